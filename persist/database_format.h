@@ -1,0 +1,78 @@
+// The layout of the pure-component database files purecmp1.idx and purecmp1.dat; docs/database.md describes it in full.
+// All numbers are little-endian, text is 8-bit text of the system code page.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace qs::database {
+
+inline constexpr std::string_view kIndexFile = "purecmp1.idx";
+inline constexpr std::string_view kDataFile = "purecmp1.dat";
+
+// Length of a field definition and of an index record; a conforming file's record length R is the same.
+inline constexpr std::size_t kRecordLength = 78;
+
+// Both files start with a header in a record of its own.
+inline constexpr std::size_t kVersionOffset = 0;         // double
+inline constexpr std::size_t kRecordLengthOffset = 18;   // int32 R
+inline constexpr std::size_t kFieldCountOffset = 22;     // int32 F, used from the index file
+inline constexpr std::size_t kCompoundCountOffset = 26;  // int32 C, used from the index file
+inline constexpr std::size_t kHeaderLength = 34;
+
+// A field definition: int32 number, int32 size, name, kind.
+inline constexpr std::size_t kFieldNameLength = 50;
+inline constexpr std::size_t kFieldKindLength = 20;
+
+// An index record: int32 compound number, int32 data record number, name, identifier.
+inline constexpr std::size_t kIndexNameLength = 50;
+inline constexpr std::size_t kIndexIdentifierLength = 20;
+
+enum class FieldKind : int {
+  Other = 0,
+  Byte = 1,
+  ShortInteger = 2,
+  LongInteger = 3,
+  Double = 4,
+  String = 5,
+  Group = 6,
+  Equation = 7,
+};
+
+struct KindText {
+  std::string_view text;
+  FieldKind kind;
+};
+
+// A field's kind text is compared with these as prefixes, in this order; the first match wins.
+inline constexpr KindText kKindTexts[] = {
+    {"Double", FieldKind::Double},
+    {"Equation", FieldKind::Equation},
+    {"Byte", FieldKind::Byte},
+    {"String", FieldKind::String},
+    {"Long Integer", FieldKind::LongInteger},
+    {"Short Integer", FieldKind::ShortInteger},
+    {"Group", FieldKind::Group},
+};
+
+// An equation field without its coefficients: int16 shape before them; then four doubles of range, two int16 shapes of
+// X and Y, two double exponents and three reserved int16.
+inline constexpr std::size_t kEquationOverhead = 2 + 4 * 8 + 2 * 2 + 2 * 8 + 3 * 2;
+
+// Bytes that a field of a kind and size takes in a data record; size is not negative.
+constexpr std::uint64_t fieldBytes(FieldKind kind, std::uint64_t size) {
+  switch (kind) {
+    case FieldKind::Equation:
+      return kEquationOverhead + 8 * size;
+    case FieldKind::Group:
+      return 4 * size;
+    default:
+      return size;
+  }
+}
+
+inline constexpr std::int16_t kNoShape = -32767;
+inline constexpr double kVersionWithOldShapes = 1.0;
+
+}  // namespace qs::database

@@ -1,0 +1,50 @@
+// Read-only access to a file at absolute offsets, and a cheap mark of its state.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "platform/text.h"
+
+namespace qs {
+
+// Differs whenever a file was written or replaced: size in bytes, modification time in the system's finest unit, and
+// the number by which the file system knows the file.
+struct FileStamp {
+  std::uint64_t size = 0;
+  std::int64_t modified = 0;
+  std::uint64_t identity = 0;
+
+  bool operator==(const FileStamp&) const = default;
+};
+
+class InputFile {
+ public:
+  // Opens a regular file for reading; other readers and writers stay free to use it. Nothing when it cannot be opened.
+  static std::optional<InputFile> open(const WideString& path);
+
+  InputFile(InputFile&& other) noexcept;
+  InputFile& operator=(InputFile&&) = delete;
+  ~InputFile();
+
+  const FileStamp& stamp() const { return stamp_; }
+
+  // Reads as much of `buffer` as the file holds from `offset` on; the number of bytes read, nothing on a read error.
+  std::optional<std::size_t> readAt(std::uint64_t offset, std::span<std::byte> buffer) const;
+
+ private:
+  InputFile(std::intptr_t handle, const FileStamp& stamp) : handle_(handle), stamp_(stamp) {}
+
+  std::intptr_t handle_;
+  FileStamp stamp_;
+};
+
+// The state of a file by its path; nothing when there is no regular file.
+std::optional<FileStamp> stampOf(const WideString& path);
+
+// A file's path from its directory, given without a trailing separator, and its name.
+WideString joinPath(WideView directory, WideView name);
+
+}  // namespace qs

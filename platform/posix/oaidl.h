@@ -1,0 +1,1 @@
+// Empty: the generated interface header includes this name; com_types.h has what it declares.

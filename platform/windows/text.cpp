@@ -1,0 +1,23 @@
+#include "platform/text.h"
+
+namespace qs {
+
+WideString widen(std::string_view text) {
+  if (text.empty()) return {};
+  const int bytes = static_cast<int>(text.size());
+  const int length = MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0);
+  WideString wide(static_cast<std::size_t>(length), L'\0');
+  MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), length);
+  return wide;
+}
+
+std::string narrow(WideView text) {
+  if (text.empty()) return {};
+  const int units = static_cast<int>(text.size());
+  const int length = WideCharToMultiByte(CP_ACP, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
+  std::string bytes(static_cast<std::size_t>(length), '\0');
+  WideCharToMultiByte(CP_ACP, 0, text.data(), units, bytes.data(), length, nullptr, nullptr);
+  return bytes;
+}
+
+}  // namespace qs
