@@ -24,6 +24,13 @@ class Bstr {
   }
   ~Bstr() { SysFreeString(text_); }
 
+  // Takes over a string that a function returned.
+  static Bstr adopt(BSTR text) {
+    Bstr result;
+    result.text_ = text;
+    return result;
+  }
+
   // A copy of a caller's string, null for null.
   static Bstr copyOf(BSTR text) { return text ? Bstr(viewOf(text)) : Bstr(); }
 

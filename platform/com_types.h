@@ -10,6 +10,9 @@
 // windows.h must come first.
 #include <objbase.h>
 #include <oleauto.h>
+#ifndef E_BOUNDS
+#define E_BOUNDS _HRESULT_TYPEDEF_(0x8000000B)
+#endif
 #else
 #include "platform/posix/com_types.h"
 #endif

@@ -34,6 +34,8 @@ using VARIANT_BOOL = short;
 #define interface struct
 #define STDMETHODCALLTYPE
 #define STDAPICALLTYPE
+#define STDMETHODIMP HRESULT STDMETHODCALLTYPE
+#define STDMETHODIMP_(type) type STDMETHODCALLTYPE
 #define STDAPI extern "C" __attribute__((visibility("default"))) HRESULT
 #define DECLSPEC_UUID(text)
 #define __RPC_USER

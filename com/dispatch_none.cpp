@@ -1,0 +1,27 @@
+// No late binding where there is no type library.
+#include "com/dispatch.h"
+
+namespace qs {
+
+HRESULT TypeInfo::get(ITypeInfo**) noexcept { return E_NOTIMPL; }
+void TypeInfo::releaseAll() noexcept {}
+
+HRESULT typeInfoCount(TypeInfo&, UINT* count) noexcept {
+  if (!count) return E_POINTER;
+  *count = 0;
+  return S_OK;
+}
+
+HRESULT typeInfoOf(TypeInfo&, UINT, ITypeInfo** info) noexcept {
+  if (!info) return E_POINTER;
+  *info = nullptr;
+  return E_NOTIMPL;
+}
+
+HRESULT idsOfNames(TypeInfo&, const NameQuery&) noexcept { return E_NOTIMPL; }
+HRESULT invoke(TypeInfo&, IDispatch*, const Invocation&) noexcept { return E_NOTIMPL; }
+SharedNames::~SharedNames() {}
+HRESULT SharedNames::idsOfNames(const NameQuery&) noexcept { return E_NOTIMPL; }
+HRESULT SharedNames::find(DISPID, WORD, Target&) noexcept { return E_NOTIMPL; }
+
+}  // namespace qs

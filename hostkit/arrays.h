@@ -1,0 +1,113 @@
+// The array classes that a host brings: vectors of integers and reals and a matrix of reals, all indexed from 0.
+//
+// Results: E_BOUNDS for a position outside, E_INVALIDARG for a negative size or a null source, E_POINTER for a null
+// out-parameter, E_OUTOFMEMORY; nothing is written or changed then. Elements that nobody wrote hold the empty value -32767.
+#pragma once
+
+#include <vector>
+
+#include "com/coclass.h"
+
+namespace qs::hostkit {
+
+// The elements of a vector and what its interfaces do with them.
+template <class T>
+class Elements {
+ public:
+  static constexpr T kEmpty = -32767;
+
+  HRESULT size(LONG* out) const noexcept {
+    if (!out) return E_POINTER;
+    *out = static_cast<LONG>(values_.size());
+    return S_OK;
+  }
+  HRESULT resize(LONG size) noexcept {
+    if (size < 0) return E_INVALIDARG;
+    return guarded([&] {
+      values_.resize(static_cast<std::size_t>(size), kEmpty);
+      return S_OK;
+    });
+  }
+  HRESULT get(LONG index, T* out) const noexcept {
+    if (!out) return E_POINTER;
+    if (!holds(index)) return E_BOUNDS;
+    *out = values_[static_cast<std::size_t>(index)];
+    return S_OK;
+  }
+  HRESULT put(LONG index, T value) noexcept {
+    if (!holds(index)) return E_BOUNDS;
+    values_[static_cast<std::size_t>(index)] = value;
+    return S_OK;
+  }
+  // Takes the size and the elements of an array with get_Size and get_IthValue, or nothing when any call on it fails.
+  template <class Source>
+  HRESULT copy(Source* source) noexcept {
+    if (!source) return E_INVALIDARG;
+    return guarded([&] {
+      LONG size = 0;
+      check(source->get_Size(&size));
+      if (size < 0) return E_INVALIDARG;
+      std::vector<T> values(static_cast<std::size_t>(size));
+      for (LONG i = 0; i < size; ++i) check(source->get_IthValue(i, &values[static_cast<std::size_t>(i)]));
+      values_.swap(values);
+      return S_OK;
+    });
+  }
+
+ private:
+  bool holds(LONG index) const { return index >= 0 && static_cast<std::size_t>(index) < values_.size(); }
+
+  std::vector<T> values_;
+};
+
+class IntegerArray final : public Coclass<IntegerArray, IIntegerArrayDisp> {
+ public:
+  STDMETHODIMP get_IthValue(LONG index, LONG* value) noexcept override { return elements_.get(index, value); }
+  STDMETHODIMP put_IthValue(LONG index, LONG value) noexcept override { return elements_.put(index, value); }
+  STDMETHODIMP get_Size(LONG* size) noexcept override { return elements_.size(size); }
+  STDMETHODIMP put_Size(LONG size) noexcept override { return elements_.resize(size); }
+  STDMETHODIMP Copy(IIntegerArrayDisp* source) noexcept override { return elements_.copy(source); }
+
+ private:
+  Elements<LONG> elements_;
+};
+
+class RealArray final : public Coclass<RealArray, IRealArrayDisp, IRealVector> {
+ public:
+  STDMETHODIMP get_IthValue(LONG index, double* value) noexcept override { return elements_.get(index, value); }
+  STDMETHODIMP put_IthValue(LONG index, double value) noexcept override { return elements_.put(index, value); }
+  STDMETHODIMP get_Size(LONG* size) noexcept override { return elements_.size(size); }
+  STDMETHODIMP put_Size(LONG size) noexcept override { return elements_.resize(size); }
+  STDMETHODIMP Copy(IRealArrayDisp* source) noexcept override { return elements_.copy(source); }
+
+  STDMETHODIMP GetSize(LONG* size) noexcept override { return elements_.size(size); }
+  STDMETHODIMP SetSize(LONG size) noexcept override { return elements_.resize(size); }
+  STDMETHODIMP GetElement(LONG index, double* value) noexcept override { return elements_.get(index, value); }
+  STDMETHODIMP SetElement(LONG index, double value) noexcept override { return elements_.put(index, value); }
+
+ private:
+  Elements<double> elements_;
+};
+
+class RealMatrix final : public Coclass<RealMatrix, IRealMatrixDisp> {
+ public:
+  STDMETHODIMP get_Value(LONG row, LONG column, double* value) noexcept override;
+  STDMETHODIMP put_Value(LONG row, LONG column, double value) noexcept override;
+  STDMETHODIMP get_Rows(LONG* rows) noexcept override;
+  STDMETHODIMP get_Columns(LONG* columns) noexcept override;
+  // Elements whose row and column both remain keep their values.
+  STDMETHODIMP SetSize(LONG rows, LONG columns) noexcept override;
+  STDMETHODIMP Copy(IRealMatrixDisp* source) noexcept override;
+
+ private:
+  static std::size_t area(LONG rows, LONG columns) {
+    return static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns);
+  }
+  double* element(LONG row, LONG column);
+
+  LONG rows_ = 0;
+  LONG columns_ = 0;
+  std::vector<double> values_;  // row by row
+};
+
+}  // namespace qs::hostkit

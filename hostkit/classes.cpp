@@ -1,0 +1,24 @@
+// The creatable classes of the host kit.
+#include "com/module.h"
+#include "hostkit/arrays.h"
+
+namespace qs {
+namespace {
+
+ClassObject classObjects[] = {
+    ClassObject({&__uuidof(::IntegerArray), 101, OLESTR("QsHostKit.IntegerArray"), OLESTR("IntegerArray Class"),
+                 hostkit::IntegerArray::create}),
+    ClassObject({&__uuidof(::RealArray), 102, OLESTR("QsHostKit.RealArray"), OLESTR("RealArray Class"),
+                 hostkit::RealArray::create}),
+    ClassObject({&__uuidof(::RealMatrix), 103, OLESTR("QsHostKit.RealMatrix"), OLESTR("RealMatrix Class"),
+                 hostkit::RealMatrix::create}),
+};
+
+}  // namespace
+
+std::span<ClassObject> moduleClasses() { return classObjects; }
+
+// The type library is the main module's; the copy here serves the arrays' own late binding.
+const bool moduleRegistersTypeLibrary = false;
+
+}  // namespace qs
