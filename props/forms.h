@@ -1,0 +1,44 @@
+// The forms of correlation equations as data: number, class name, formula and number of coefficients.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+#include "com/interfaces.h"
+#include "platform/text.h"
+
+namespace qs {
+
+struct EquationForm {
+  LONG shape;          // a tagEquationShapeEnum
+  WideView className;  // as GetClassName answers
+  WideView formula;    // as GetForm answers
+  LONG coefficients;
+};
+
+inline constexpr std::size_t kFormCount = 38;
+
+// Each form at the place of its shape number, and the empty form, PropCurveVoid, behind them.
+inline constexpr auto kEquationForms = std::to_array<EquationForm>({
+#define QS_FORM(number, name, coefficients, formula, ...) \
+  {PropCurve##name, OLESTR("PropCurve" #name), OLESTR(formula), coefficients},
+#include "props/forms.def"
+    {PropCurveVoid, OLESTR("PropCurveVoid"), OLESTR(""), 0},
+});
+static_assert(kEquationForms.size() == kFormCount + 1);
+
+// The form of a class name; null when there is none.
+constexpr const EquationForm* findForm(WideView className) {
+  const auto found = std::find_if(kEquationForms.begin(), kEquationForms.end(),
+                                  [className](const EquationForm& form) { return form.className == className; });
+  return found == kEquationForms.end() ? nullptr : &*found;
+}
+
+// The numbers run without a gap, and no name stands twice.
+#define QS_FORM(number, name, coefficients, formula, ...)                             \
+  static_assert(PropCurve##name == number && kEquationForms[number].shape == number); \
+  static_assert(findForm(OLESTR("PropCurve" #name)) == &kEquationForms[number]);
+#include "props/forms.def"
+
+}  // namespace qs

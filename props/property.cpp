@@ -1,0 +1,179 @@
+// What a kind answers that does not override an operation, and the kinds other than equations.
+#include "props/property.h"
+
+#include <string>
+
+#include "com/number_text.h"
+#include "props/property_text.h"
+
+namespace qs {
+namespace {
+
+HRESULT notValid(BSTR* out) {
+  *out = Bstr(OLESTR("Not Valid")).release();
+  return S_FALSE;
+}
+
+HRESULT noValues(double* first, double* second) {
+  *first = *second = kEmptyValue;
+  return S_FALSE;
+}
+
+}  // namespace
+
+HRESULT CQSAbstractProp::SetValue(double) { return S_FALSE; }
+HRESULT CQSAbstractProp::GetClassName(BSTR* name) const { return notValid(name); }
+HRESULT CQSAbstractProp::GetForm(BSTR* form) const { return notValid(form); }
+
+HRESULT CQSAbstractProp::GetShape(LONG* shape) const {
+  *shape = PropCurveVoid;
+  return S_FALSE;
+}
+
+HRESULT CQSAbstractProp::GetNumbOfParameters(LONG* n) const {
+  *n = 0;
+  return S_FALSE;
+}
+
+HRESULT CQSAbstractProp::GetParameter(LONG, double* v) const {
+  *v = kEmptyValue;
+  return S_FALSE;
+}
+
+HRESULT CQSAbstractProp::GetTRange(double* tmin, double* tmax) const { return noValues(tmin, tmax); }
+HRESULT CQSAbstractProp::GetPRange(double* pmin, double* pmax) const { return noValues(pmin, pmax); }
+
+HRESULT CQSAbstractProp::GetXYShape(LONG* xshape, LONG* yshape) const {
+  *xshape = *yshape = eNoShapeDefined;
+  return S_FALSE;
+}
+
+HRESULT CQSAbstractProp::GetXYNorm(double* xnorm, double* ynorm) const { return noValues(xnorm, ynorm); }
+HRESULT CQSAbstractProp::GetXYPow(double* xpow, double* ypow) const { return noValues(xpow, ypow); }
+HRESULT CQSAbstractProp::GetAB(double* a, double* b) const { return noValues(a, b); }
+HRESULT CQSAbstractProp::SetParameters(const double*, LONG) { return S_FALSE; }
+HRESULT CQSAbstractProp::SetParameter(LONG, double) { return S_FALSE; }
+HRESULT CQSAbstractProp::SetTRange(double, double) { return S_FALSE; }
+HRESULT CQSAbstractProp::SetPRange(double, double) { return S_FALSE; }
+HRESULT CQSAbstractProp::SetXYShape(LONG, LONG) { return S_FALSE; }
+HRESULT CQSAbstractProp::SetXYNorm(double, double) { return S_FALSE; }
+HRESULT CQSAbstractProp::SetXYPow(double, double) { return S_FALSE; }
+HRESULT CQSAbstractProp::SetAB(double, double) { return S_FALSE; }
+
+HRESULT CQSAbstractProp::GetCOMClassName(BSTR* name) const {
+  *name = nullptr;
+  return S_FALSE;
+}
+
+HRESULT CQSAbstractProp::GetCOMObject(IPCProperty** obj) const {
+  *obj = nullptr;
+  return S_FALSE;
+}
+
+HRESULT CQSAbstractProp::SetCOMClassName(BSTR) { return S_FALSE; }
+HRESULT CQSAbstractProp::SetCOMObject(IPCProperty*) { return S_FALSE; }
+
+HRESULT CQSPointProp::Copy(const CQSAbstractProp* src) {
+  if (!isOfType(src, PointProp)) return S_FALSE;
+  Name = Bstr::copyOf(src->Name.get());
+  LONG dependencies = 0;
+  src->GetValue(0.0, 0.0, eNoExtrapolation, &dependencies, &Value);
+  return S_OK;
+}
+
+HRESULT CQSPointProp::GetValue(double, double, tagExtrapolationEnum, LONG* pDependencies, double* pVal) const {
+  *pDependencies = 0;
+  *pVal = Value;
+  return S_OK;
+}
+
+HRESULT CQSPointProp::Store(BSTR* data) const {
+  std::string text = "Value(";
+  appendDouble(text, Value);
+  text += ')';
+  *data = bstrOf(text).release();
+  return S_OK;
+}
+
+HRESULT CQSPointProp::Recall(BSTR data) {
+  convertValue(ReadKeyValue(OLESTR("Value"), viewOf(data)).value_or(WideView()), &Value);
+  return S_OK;
+}
+
+HRESULT CQSPointProp::SetValue(double v) {
+  Value = v;
+  return S_OK;
+}
+
+HRESULT CQSVoidProp::Copy(const CQSAbstractProp* src) {
+  if (!isOfType(src, VoidProp)) return S_FALSE;
+  Name = Bstr::copyOf(src->Name.get());
+  return SetType(VoidProp);
+}
+
+HRESULT CQSVoidProp::GetValue(double, double, tagExtrapolationEnum, LONG* pDependencies, double* pVal) const {
+  *pDependencies = 0;
+  *pVal = kEmptyValue;
+  return S_FALSE;
+}
+
+HRESULT CQSVoidProp::Store(BSTR* data) const {
+  *data = Bstr(OLESTR("Void")).release();
+  return S_OK;
+}
+
+HRESULT CQSVoidProp::Recall(BSTR) { return S_OK; }
+
+HRESULT CQSCOMProp::Copy(const CQSAbstractProp* src) {
+  if (!isOfType(src, COMProp)) return S_FALSE;
+  Name = Bstr::copyOf(src->Name.get());
+  ClassName = Bstr();
+  Object = ComPtr<IPCProperty>();
+  return S_OK;
+}
+
+HRESULT CQSCOMProp::GetValue(double T, double P, tagExtrapolationEnum e, LONG* pDependencies, double* pVal) const {
+  if (!Object) {
+    *pVal = kEmptyValue;
+    return S_FALSE;
+  }
+  Object->GetProperty(T, P, e, pDependencies, pVal);
+  return S_OK;
+}
+
+HRESULT CQSCOMProp::Store(BSTR* data) const {
+  Bstr content;
+  if (Object) Object->Store(content.out());
+  *data = bstrOf("ClassName(" + narrow(ClassName.view()) + ") ComContent(" + narrow(content.view()) + ")").release();
+  return S_OK;
+}
+
+HRESULT CQSCOMProp::Recall(BSTR data) {
+  const std::optional<WideView> name = ReadKeyValue(OLESTR("ClassName"), viewOf(data));
+  ClassName = name ? Bstr(*name) : Bstr();
+  return S_OK;
+}
+
+HRESULT CQSCOMProp::GetCOMClassName(BSTR* name) const {
+  *name = Bstr::copyOf(ClassName.get()).release();
+  return *name ? S_OK : S_FALSE;
+}
+
+HRESULT CQSCOMProp::GetCOMObject(IPCProperty** obj) const {
+  *obj = ComPtr<IPCProperty>(Object).release();
+  return *obj ? S_OK : S_FALSE;
+}
+
+HRESULT CQSCOMProp::SetCOMClassName(BSTR name) {
+  ClassName = Bstr::copyOf(name);
+  return S_OK;
+}
+
+HRESULT CQSCOMProp::SetCOMObject(IPCProperty* obj) {
+  if (!obj) return S_FALSE;
+  Object.release();
+  Object = ComPtr<IPCProperty>(obj);
+  return S_OK;
+}
+
+}  // namespace qs

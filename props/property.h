@@ -1,0 +1,135 @@
+// Property objects: the values that a compound owns, of one kind each. An object is no component: its owner deletes it.
+#pragma once
+
+#include "com/bstr.h"
+#include "com/com_ptr.h"
+#include "com/interfaces.h"
+
+namespace qs {
+
+// Stands for "no value" in values, coefficients, ranges and constants; compared exactly.
+inline constexpr double kEmptyValue = -32767.0;
+
+// The operations of every kind, in the fixed order of their slots; a kind overrides those that it supports. Results
+// are S_OK, or S_FALSE for what a kind does not support or does not have; out-parameters then hold the values given in
+// property.cpp. Strings written are new and the caller's. An allocation that fails is raised as CQSCOMError or
+// std::bad_alloc; nothing else is raised.
+class CQSAbstractProp {
+ public:
+  CQSAbstractProp() = default;
+  CQSAbstractProp(const CQSAbstractProp&) = delete;
+  CQSAbstractProp& operator=(const CQSAbstractProp&) = delete;
+
+  virtual ~CQSAbstractProp() = default;
+
+  // Takes over name and content of an object of the same kind; S_FALSE and no change for any other.
+  virtual HRESULT Copy(const CQSAbstractProp* src) = 0;
+
+  // The value at temperature T and pressure P, in the units of the data behind it. Writes 0 to *pDependencies when the
+  // value is constant, 1 when it depends on temperature.
+  virtual HRESULT GetValue(double T, double P, tagExtrapolationEnum e, LONG* pDependencies, double* pVal) const = 0;
+
+  // Content as one line of Key(value) items, and back. Recall ignores what it does not know.
+  virtual HRESULT Store(BSTR* data) const = 0;
+  virtual HRESULT Recall(BSTR data) = 0;
+
+  virtual HRESULT SetValue(double v);
+
+  // Equations: class name, formula and coefficients, validity ranges, transformations of X and Y. Counts and indices
+  // are of coefficients, from 0. SetParameters answers E_FAIL when n values are too few.
+  virtual HRESULT GetClassName(BSTR* name) const;
+  virtual HRESULT GetForm(BSTR* form) const;
+  virtual HRESULT GetShape(LONG* shape) const;
+  virtual HRESULT GetNumbOfParameters(LONG* n) const;
+  virtual HRESULT GetParameter(LONG i, double* v) const;
+  virtual HRESULT GetTRange(double* tmin, double* tmax) const;
+  virtual HRESULT GetPRange(double* pmin, double* pmax) const;
+  virtual HRESULT GetXYShape(LONG* xshape, LONG* yshape) const;
+  virtual HRESULT GetXYNorm(double* xnorm, double* ynorm) const;
+  virtual HRESULT GetXYPow(double* xpow, double* ypow) const;
+  virtual HRESULT GetAB(double* a, double* b) const;
+  virtual HRESULT SetParameters(const double* values, LONG n);
+  virtual HRESULT SetParameter(LONG i, double v);
+  virtual HRESULT SetTRange(double tmin, double tmax);
+  virtual HRESULT SetPRange(double pmin, double pmax);
+  virtual HRESULT SetXYShape(LONG xshape, LONG yshape);
+  virtual HRESULT SetXYNorm(double xnorm, double ynorm);
+  virtual HRESULT SetXYPow(double xpow, double ypow);
+  virtual HRESULT SetAB(double a, double b);
+
+  // External components: the name of their class and the object, with a reference of the receiver's own.
+  virtual HRESULT GetCOMClassName(BSTR* name) const;
+  virtual HRESULT GetCOMObject(IPCProperty** obj) const;
+  virtual HRESULT SetCOMClassName(BSTR name);
+  virtual HRESULT SetCOMObject(IPCProperty* obj);
+
+  // The kind, a tagPropTypeEnum. Whoever creates an object sets it; a new object says VoidProp.
+  HRESULT GetType(LONG* type) const {
+    *type = Type;
+    return S_OK;
+  }
+  HRESULT SetType(LONG type) {
+    Type = type;
+    return S_OK;
+  }
+
+  // The key or other name under which the owner keeps the object; null until the owner sets it.
+  Bstr Name;
+
+ protected:
+  // Whether a copy's source, which may be null, is of a kind.
+  static bool isOfType(const CQSAbstractProp* src, tagPropTypeEnum type) { return src && src->Type == type; }
+
+ private:
+  LONG Type = VoidProp;
+};
+
+// One number, the same at every state; empty until set.
+class CQSPointProp final : public CQSAbstractProp {
+ public:
+  HRESULT Copy(const CQSAbstractProp* src) override;
+  HRESULT GetValue(double T, double P, tagExtrapolationEnum e, LONG* pDependencies, double* pVal) const override;
+  HRESULT Store(BSTR* data) const override;
+  HRESULT Recall(BSTR data) override;
+  HRESULT SetValue(double v) override;
+
+ private:
+  double Value = kEmptyValue;
+};
+
+// A property that is known to be absent.
+class CQSVoidProp final : public CQSAbstractProp {
+ public:
+  HRESULT Copy(const CQSAbstractProp* src) override;
+  HRESULT GetValue(double T, double P, tagExtrapolationEnum e, LONG* pDependencies, double* pVal) const override;
+  HRESULT Store(BSTR* data) const override;
+  HRESULT Recall(BSTR data) override;
+};
+
+// A property that an external component computes.
+class CQSCOMProp final : public CQSAbstractProp {
+ public:
+  // Drops class name and object and copies the name alone: the owner sets the other two.
+  HRESULT Copy(const CQSAbstractProp* src) override;
+
+  // S_OK whatever the component answers; without a component the empty value, and *pDependencies stays as it was.
+  HRESULT GetValue(double T, double P, tagExtrapolationEnum e, LONG* pDependencies, double* pVal) const override;
+
+  HRESULT Store(BSTR* data) const override;
+
+  // Reads the class name alone: the owner creates the component and hands it its content.
+  HRESULT Recall(BSTR data) override;
+
+  HRESULT GetCOMClassName(BSTR* name) const override;
+  HRESULT GetCOMObject(IPCProperty** obj) const override;
+  HRESULT SetCOMClassName(BSTR name) override;
+
+  // Adds a reference to the new object; that to a previous one is not released but passes to the caller.
+  HRESULT SetCOMObject(IPCProperty* obj) override;
+
+ private:
+  ComPtr<IPCProperty> Object;
+  Bstr ClassName;
+};
+
+}  // namespace qs
