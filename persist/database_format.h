@@ -47,12 +47,8 @@ struct KindText {
 
 // A field's kind text is compared with these as prefixes, in this order; the first match wins.
 inline constexpr KindText kKindTexts[] = {
-    {"Double", FieldKind::Double},
-    {"Equation", FieldKind::Equation},
-    {"Byte", FieldKind::Byte},
-    {"String", FieldKind::String},
-    {"Long Integer", FieldKind::LongInteger},
-    {"Short Integer", FieldKind::ShortInteger},
+    {"Double", FieldKind::Double}, {"Equation", FieldKind::Equation},        {"Byte", FieldKind::Byte},
+    {"String", FieldKind::String}, {"Long Integer", FieldKind::LongInteger}, {"Short Integer", FieldKind::ShortInteger},
     {"Group", FieldKind::Group},
 };
 
@@ -60,7 +56,8 @@ inline constexpr KindText kKindTexts[] = {
 // X and Y, two double exponents and three reserved int16.
 inline constexpr std::size_t kEquationOverhead = 2 + 4 * 8 + 2 * 2 + 2 * 8 + 3 * 2;
 
-// Bytes that a field of a kind and size takes in a data record; size is not negative.
+// Bytes that a field of a kind and size declares for itself in a data record; size is not negative. The sum over the
+// fields before it is a field's offset.
 constexpr std::uint64_t fieldBytes(FieldKind kind, std::uint64_t size) {
   switch (kind) {
     case FieldKind::Equation:
@@ -72,7 +69,28 @@ constexpr std::uint64_t fieldBytes(FieldKind kind, std::uint64_t size) {
   }
 }
 
+// Bytes that a field's encoding takes when a record is read from its start, field by field: numbers have their own
+// width. The same as fieldBytes in a conforming file, where numbers declare just that width.
+constexpr std::uint64_t encodedBytes(FieldKind kind, std::uint64_t size) {
+  switch (kind) {
+    case FieldKind::Byte:
+      return 1;
+    case FieldKind::ShortInteger:
+      return 2;
+    case FieldKind::LongInteger:
+      return 4;
+    case FieldKind::Double:
+      return 8;
+    default:
+      return fieldBytes(kind, size);
+  }
+}
+
+// Wide characters that a text must stay below.
+inline constexpr std::size_t kTextLimit = 1024;
+
 inline constexpr std::int16_t kNoShape = -32767;
+inline constexpr double kUnsetCoefficient = -32767.0;
 inline constexpr double kVersionWithOldShapes = 1.0;
 
 }  // namespace qs::database

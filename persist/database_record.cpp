@@ -1,0 +1,205 @@
+#include "persist/database_record.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "com/interfaces.h"
+#include "persist/byte_cursor.h"
+
+namespace qs::database {
+namespace {
+
+// More than any text or coefficient table needs; what claims to be larger is not a record.
+constexpr std::uint64_t kLargestRead = (std::uint64_t{1} << 31) - 1;
+
+// The shapes of X and Y as older data files number them, in the present numbering.
+void renewShapes(const Field& field, EquationField& equation) {
+  if (equation.xShape == COMxr) {
+    if (field.name != OLESTR("HVP") && field.name != OLESTR("ST")) equation.xShape = COMxp;
+  } else if (equation.yShape == COMlnxxo) {
+    equation.yShape = COMlnxp;
+  }
+}
+
+class Decoder {
+ public:
+  Decoder(std::span<const std::byte> bytes, double version, RecordSink& sink)
+      : cursor_(bytes), oldShapes_(version == kVersionWithOldShapes), sink_(sink) {}
+
+  HRESULT decode(std::span<const Field> fields) {
+    for (const Field& field : fields) {
+      if (!decode(field)) return E_FAIL;
+      if (cursor_.cutOff()) break;
+    }
+    return S_OK;
+  }
+
+ private:
+  // False when the field can be no field.
+  bool decode(const Field& field) {
+    switch (field.kind) {
+      case FieldKind::Byte:
+        cursor_.skip(1);
+        return true;
+      case FieldKind::ShortInteger:
+        if (const auto value = cursor_.take<std::int16_t>(); !cursor_.cutOff()) sink_.shortInteger(field, value);
+        return true;
+      case FieldKind::LongInteger:
+        if (const auto value = cursor_.take<std::int32_t>(); !cursor_.cutOff()) sink_.longInteger(field, value);
+        return true;
+      case FieldKind::Double:
+        if (const auto value = cursor_.take<double>(); !cursor_.cutOff()) sink_.number(field, value);
+        return true;
+      default:
+        break;
+    }
+    if (field.size < 0) return false;
+    const auto size = static_cast<std::uint64_t>(field.size);
+    switch (field.kind) {
+      case FieldKind::String:
+        return text(field, size);
+      case FieldKind::Group:
+        groups(field, size);
+        return true;
+      case FieldKind::Equation:
+        equation(field, size);
+        return true;
+      default:
+        cursor_.skip(size);
+        return true;
+    }
+  }
+
+  bool text(const Field& field, std::uint64_t size) {
+    const std::string_view bytes = cursor_.takeText(size);
+    if (bytes.empty() && cursor_.cutOff()) return true;
+    const auto value = storedText(bytes);
+    if (!value) return false;
+    sink_.text(field, *value);
+    return true;
+  }
+
+  void groups(const Field& field, std::uint64_t size) {
+    groups_.clear();
+    groups_.reserve(static_cast<std::size_t>(std::min<std::uint64_t>(size, cursor_.left() / sizeof(GroupCount))));
+    while (groups_.size() < size) {
+      const auto type = cursor_.take<std::int16_t>();
+      const auto count = cursor_.take<std::int16_t>();
+      if (cursor_.cutOff()) break;
+      groups_.push_back({type, count});
+    }
+    if (!groups_.empty() || size == 0) sink_.groups(field, groups_);
+  }
+
+  void equation(const Field& field, std::uint64_t size) {
+    if (cursor_.left() < fieldBytes(FieldKind::Equation, size)) {
+      cursor_.skip(fieldBytes(FieldKind::Equation, size));
+      return;
+    }
+    EquationField value{};
+    value.shape = cursor_.take<std::int16_t>();
+    if (value.shape == kNoShape) value.shape = PropCurveVoid;
+    coefficients_.resize(static_cast<std::size_t>(size));
+    for (double& coefficient : coefficients_) {
+      coefficient = cursor_.take<double>();
+      if (coefficient == kUnsetCoefficient) coefficient = 0.0;
+    }
+    value.coefficients = coefficients_;
+    for (double* limit : {&value.tMin, &value.tMax, &value.pMin, &value.pMax}) *limit = cursor_.take<double>();
+    value.xShape = cursor_.take<std::int16_t>();
+    value.yShape = cursor_.take<std::int16_t>();
+    value.xPower = cursor_.take<double>();
+    value.yPower = cursor_.take<double>();
+    cursor_.skip(3 * sizeof(std::int16_t));
+    value.fromOldShapes = oldShapes_;
+    if (oldShapes_) renewShapes(field, value);
+    sink_.equation(field, value);
+  }
+
+  ByteCursor cursor_;
+  const bool oldShapes_;
+  RecordSink& sink_;
+  std::vector<double> coefficients_;
+  std::vector<GroupCount> groups_;
+};
+
+// A part of a data file; of no length when nothing of it is there.
+struct Extent {
+  std::uint64_t offset = 0;
+  std::size_t length = 0;
+};
+
+// Where `length` bytes from `start` on within a record are, as far as the file goes. Nothing when the record cannot be
+// positioned: it would have to lie before the end of the header's own record.
+std::optional<Extent> locate(const Header& header, std::uint64_t fileSize, LONG dataRecord, std::uint64_t start,
+                             std::uint64_t length) {
+  if (!header.recordLength) return Extent{};
+  if (*header.recordLength <= 0 || dataRecord < 0) return std::nullopt;
+  const std::uint64_t record =
+      (static_cast<std::uint64_t>(dataRecord) + 1) * static_cast<std::uint64_t>(*header.recordLength);
+  if (record >= fileSize || start >= fileSize - record) return Extent{};
+  const std::uint64_t held = std::min(length, fileSize - record - start);
+  if (held > kLargestRead) return std::nullopt;
+  return Extent{record + start, static_cast<std::size_t>(held)};
+}
+
+// The header of the data file that this thread read last, if that was this one.
+std::optional<Header> headerOf(const WideString& path, const InputFile& file) {
+  struct LastRead {
+    WideString path;
+    FileWatch watch;
+    Header header;
+  };
+  thread_local LastRead last;
+  if (last.path == path && last.watch.holds(file.stamp())) return last.header;
+
+  if (last.path != path) last = {path, {}, {}};
+  last.watch.beforeReading(file.stamp());
+  std::array<std::byte, kHeaderLength> bytes;
+  const auto got = file.readAt(0, bytes);
+  if (!got) {
+    last.watch = {};
+    return std::nullopt;
+  }
+  last.header = readHeader(std::span(bytes).first(*got));
+  return last.header;
+}
+
+HRESULT readFields(const Catalogue& catalogue, LONG dataRecord, std::uint64_t start, std::uint64_t length,
+                   std::span<const Field> fields, RecordSink& sink) {
+  const auto file = InputFile::open(catalogue.dataPath());
+  if (!file) return E_FAIL;
+  const auto header = headerOf(catalogue.dataPath(), *file);
+  if (!header) return E_FAIL;
+  const auto extent = locate(*header, file->stamp().size, dataRecord, start, length);
+  if (!extent) return E_FAIL;
+  const auto buffer = std::make_unique_for_overwrite<std::byte[]>(extent->length);
+  const std::span bytes(buffer.get(), extent->length);
+  const auto got = file->readAt(extent->offset, bytes);
+  if (!got) return E_FAIL;
+  return Decoder(bytes.first(*got), header->version, sink).decode(fields);
+}
+
+}  // namespace
+
+HRESULT readRecord(const Catalogue& catalogue, LONG dataRecord, RecordSink& sink) {
+  return readFields(catalogue, dataRecord, 0, catalogue.recordBytes(), catalogue.fields(), sink);
+}
+
+HRESULT readRecord(const Catalogue& catalogue, std::span<const std::byte> dataFile, LONG dataRecord, RecordSink& sink) {
+  const Header header = readHeader(dataFile);
+  const auto extent = locate(header, dataFile.size(), dataRecord, 0, catalogue.recordBytes());
+  if (!extent) return E_FAIL;
+  const auto bytes = dataFile.subspan(static_cast<std::size_t>(extent->offset), extent->length);
+  return Decoder(bytes, header.version, sink).decode(catalogue.fields());
+}
+
+HRESULT readField(const Catalogue& catalogue, LONG dataRecord, const Field& field, RecordSink& sink) {
+  const std::uint64_t size = field.size < 0 ? 0 : static_cast<std::uint64_t>(field.size);
+  return readFields(catalogue, dataRecord, field.offset, encodedBytes(field.kind, size), std::span(&field, 1), sink);
+}
+
+}  // namespace qs::database

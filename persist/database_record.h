@@ -1,0 +1,61 @@
+// Reads a compound's data record and hands its fields, decoded, to a sink; the sink knows what each name is for.
+//
+// Fields are read one after the other, each taking what its encoding takes. A number or an equation that the end of the
+// file cuts off is not delivered, nor is anything after it; a text or a group is delivered as far as it goes unless
+// nothing of it is there.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "persist/database_catalogue.h"
+
+namespace qs::database {
+
+// A UNIFAC group and how often it occurs.
+struct GroupCount {
+  std::int16_t type;
+  std::int16_t count;
+
+  bool operator==(const GroupCount&) const = default;
+};
+
+// A correlation with the rewriting of shapes done: no shape becomes PropCurveVoid, an unset coefficient 0.0, and shapes
+// of X and Y are those that the present forms use.
+struct EquationField {
+  std::int32_t shape;                    // tagEquationShapeEnum, not checked
+  std::span<const double> coefficients;  // valid during the call only
+  double tMin, tMax, pMin, pMax;
+  std::int32_t xShape, yShape;  // tagXYShapeEnum, not checked
+  double xPower, yPower;
+  bool fromOldShapes;  // the data file has the version in which COMxr is normalised with the molecular weight
+};
+
+// Takes the fields of a record in their order. Fields of other kinds are not delivered. A method may raise an error,
+// which ends the reading.
+class RecordSink {
+ public:
+  virtual void shortInteger(const Field& field, std::int16_t value) = 0;
+  virtual void longInteger(const Field& field, std::int32_t value) = 0;
+  virtual void number(const Field& field, double value) = 0;
+  virtual void text(const Field& field, WideView value) = 0;                        // see storedText
+  virtual void groups(const Field& field, std::span<const GroupCount> values) = 0;  // valid during the call only
+  virtual void equation(const Field& field, const EquationField& value) = 0;
+
+ protected:
+  ~RecordSink() = default;
+};
+
+// Reads a whole record. E_FAIL when the data file cannot be opened or read or the record not positioned, when a text
+// reaches kTextLimit wide characters, or when a field other than a number has a negative size; fields before that one
+// have then been delivered. A record beyond the end of the file is S_OK with nothing delivered.
+HRESULT readRecord(const Catalogue& catalogue, LONG dataRecord, RecordSink& sink);
+
+// The same from a data file in memory.
+HRESULT readRecord(const Catalogue& catalogue, std::span<const std::byte> dataFile, LONG dataRecord, RecordSink& sink);
+
+// Reads one field of a record, found by its offset. Results as above.
+HRESULT readField(const Catalogue& catalogue, LONG dataRecord, const Field& field, RecordSink& sink);
+
+}  // namespace qs::database
