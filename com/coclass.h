@@ -41,14 +41,15 @@ class Plain : public I {
   using Interface = I;
 };
 
-// What a class derives from for each entry of its interface list: an entry is an interface, or a class of its own between
-// the interface and the object, derived from Dual or Plain, where the same method of two interfaces must differ.
+// What a class derives from for each entry of its interface list: an entry is an interface, or a class of its own
+// between the interface and the object, derived from Dual or Plain, where the same method of two interfaces must
+// differ.
 template <class Entry>
 struct FaceOf {
   using Type = std::conditional_t<std::is_base_of_v<IDispatch, Entry>, Dual<Entry>, Plain<Entry>>;
 };
 template <class Entry>
-  requires requires { typename Entry::Interface; }
+requires requires { typename Entry::Interface; }
 struct FaceOf<Entry> {
   using Type = Entry;
 };

@@ -52,8 +52,8 @@ HRESULT invoke(TypeInfo& type, IDispatch* object, const Invocation& call) noexce
 
 // The names that a class's default interface answers for late-bound callers: its own, under their documented DISPIDs,
 // then those of the class's other dual interfaces in their order, under DISPIDs from kFirstSharedId on, which stay the
-// same for as long as the module is loaded. A name with a getter in one interface and a setter in another is one member,
-// and what a name of the default interface lacks is looked up in the others.
+// same for as long as the module is loaded. A name with a getter in one interface and a setter in another is one
+// member, and what a name of the default interface lacks is looked up in the others.
 class SharedNames {
  public:
   static constexpr DISPID kFirstSharedId = 0x40000000;

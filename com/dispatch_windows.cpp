@@ -25,7 +25,9 @@ std::wstring folded(std::wstring_view name) {
   return result;
 }
 
-WORD kindsOf(WORD flags) { return flags & (DISPATCH_METHOD | DISPATCH_PROPERTYGET | DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF); }
+WORD kindsOf(WORD flags) {
+  return flags & (DISPATCH_METHOD | DISPATCH_PROPERTYGET | DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF);
+}
 
 }  // namespace
 

@@ -11,8 +11,8 @@ namespace qs {
 // A creatable class.
 struct ClassEntry {
   const CLSID* clsid;
-  int script;            // number of its registry script among the module's REGISTRY resources
-  WideView program;      // version-independent ProgID; the versioned one ends in .1
+  int script;        // number of its registry script among the module's REGISTRY resources
+  WideView program;  // version-independent ProgID; the versioned one ends in .1
   WideView description;
   // Makes an instance, aggregated when `outer` is not null.
   HRESULT (*create)(IUnknown* outer, REFIID iid, void** out) noexcept;

@@ -37,8 +37,8 @@ void setValue(HKEY key, const wchar_t* name, const WideString& text) {
 void write(HKEY parent, const RegistryKey& key) {
   if (key.removal == RegistryKey::Removal::WithAll) checkRemoval(RegDeleteTreeW(parent, key.name.c_str()));
   OpenKey made;
-  checkRegistry(RegCreateKeyExW(parent, key.name.c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr, made.out(),
-                                nullptr));
+  checkRegistry(
+      RegCreateKeyExW(parent, key.name.c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr, made.out(), nullptr));
   if (key.value) setValue(made.get(), nullptr, *key.value);
   for (const auto& [name, value] : key.namedValues) setValue(made.get(), name.c_str(), value);
   for (const RegistryKey& child : key.children) write(made.get(), child);

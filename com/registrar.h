@@ -18,8 +18,8 @@ class ClassesRoot {
   bool redirected_ = false;
 };
 
-// Runs the script of a class in either mode, with the class's and the module's data put in. They throw a CQSCOMError with
-// the first failing result; a key that is already gone is no failure.
+// Runs the script of a class in either mode, with the class's and the module's data put in. They throw a CQSCOMError
+// with the first failing result; a key that is already gone is no failure.
 void registerClass(const ClassEntry& entry);
 void unregisterClass(const ClassEntry& entry);
 

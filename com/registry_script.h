@@ -2,9 +2,9 @@
 //
 //   KEY = s 'default value' { CHILD ... val NAME = s 'named value' ... }
 //
-// A key may follow NoRemove (it stays when the class is unregistered) or ForceRemove (it goes with all that it holds, and
-// does so before it is made anew). Names and values may stand in single quotes, where two quotes mean one. %NAME% inside
-// either is replaced.
+// A key may follow NoRemove (it stays when the class is unregistered) or ForceRemove (it goes with all that it holds,
+// and does so before it is made anew). Names and values may stand in single quotes, where two quotes mean one. %NAME%
+// inside either is replaced.
 #pragma once
 
 #include <optional>

@@ -1,7 +1,8 @@
 // The array classes that a host brings: vectors of integers and reals and a matrix of reals, all indexed from 0.
 //
 // Results: E_BOUNDS for a position outside, E_INVALIDARG for a negative size or a null source, E_POINTER for a null
-// out-parameter, E_OUTOFMEMORY; nothing is written or changed then. Elements that nobody wrote hold the empty value -32767.
+// out-parameter, E_OUTOFMEMORY; nothing is written or changed then. Elements that nobody wrote hold the empty value
+// -32767.
 #pragma once
 
 #include <vector>

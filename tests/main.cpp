@@ -1,6 +1,11 @@
 #include <gmock/gmock.h>
 
+#include "platform/com_types.h"
+
 int main(int argc, char** argv) {
   testing::InitGoogleMock(&argc, argv);
-  return RUN_ALL_TESTS();
+  CoInitialize(nullptr);
+  const int result = RUN_ALL_TESTS();
+  CoUninitialize();
+  return result;
 }

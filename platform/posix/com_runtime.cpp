@@ -44,6 +44,9 @@ constexpr INT kGuidLength = sizeof kGuidPattern - 1;
 
 extern "C" {
 
+HRESULT CoInitialize(void*) noexcept { return S_OK; }
+void CoUninitialize() noexcept {}
+
 BSTR SysAllocStringLen(const OLECHAR* text, UINT length) noexcept {
   if (length > (UINT32_MAX - kPrefix) / sizeof(OLECHAR) - 1) return nullptr;
   const std::size_t bytes = std::size_t{length} * sizeof(OLECHAR);

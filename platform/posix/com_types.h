@@ -78,12 +78,12 @@ using REFCLSID = const CLSID&;
 template <class T>
 struct InterfaceUuid;
 #define __uuidof(type) (InterfaceUuid<type>::value)
-#define __CRT_UUID_DECL(type, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8)               \
-  extern "C++" {                                                                       \
-  template <>                                                                          \
-  struct InterfaceUuid<type> {                                                         \
-    static constexpr GUID value = {l, w1, w2, {b1, b2, b3, b4, b5, b6, b7, b8}};        \
-  };                                                                                   \
+#define __CRT_UUID_DECL(type, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8)         \
+  extern "C++" {                                                                 \
+  template <>                                                                    \
+  struct InterfaceUuid<type> {                                                   \
+    static constexpr GUID value = {l, w1, w2, {b1, b2, b3, b4, b5, b6, b7, b8}}; \
+  };                                                                             \
   }
 #define DEFINE_GUID(name, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8) \
   inline constexpr GUID name = {l, w1, w2, {b1, b2, b3, b4, b5, b6, b7, b8}}
@@ -152,6 +152,10 @@ constexpr DWORD CLSCTX_ALL = 0x17;
 constexpr DWORD REGCLS_MULTIPLEUSE = 1;
 
 extern "C" {
+// A host brackets its use of components with these; here they have nothing to do.
+HRESULT CoInitialize(void* reserved) noexcept;
+void CoUninitialize() noexcept;
+
 // Length-prefixed wide strings. A null source gives a null string; lengths count OLECHARs or, where named so, bytes.
 BSTR SysAllocString(const OLECHAR* text) noexcept;
 BSTR SysAllocStringLen(const OLECHAR* text, UINT length) noexcept;

@@ -1,0 +1,43 @@
+// Loads a component module from beside the program and makes its classes creatable in this process without
+// installation, as a C++ host, a test or a benchmark wants it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "com/com_ptr.h"
+#include "platform/com_types.h"
+
+namespace qs::host {
+
+class LoadedModule {
+ public:
+  // `name` is that of the module without prefix and ending, as "qscontainers". Throws std::runtime_error when the file
+  // or one of its entry points is missing. The file stays loaded until the process ends.
+  explicit LoadedModule(const std::string& name);
+  LoadedModule(const LoadedModule&) = delete;
+  LoadedModule& operator=(const LoadedModule&) = delete;
+  // Ends what registerClass began.
+  ~LoadedModule();
+
+  HRESULT getClassObject(REFCLSID clsid, REFIID iid, void** out) const { return getClassObject_(clsid, iid, out); }
+  HRESULT canUnloadNow() const { return canUnloadNow_(); }
+
+  // From now on CoGetClassObject and CoCreateInstance find the class in this process.
+  HRESULT registerClass(REFCLSID clsid);
+
+ private:
+  HRESULT(STDAPICALLTYPE* getClassObject_)(REFCLSID, REFIID, void**);
+  HRESULT(STDAPICALLTYPE* canUnloadNow_)();
+  std::vector<DWORD> cookies_;
+};
+
+// A new instance of a class that is registered in this process or installed; empty on failure.
+template <class I>
+ComPtr<I> createInstance(REFCLSID clsid) {
+  ComPtr<I> instance;
+  CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(I), reinterpret_cast<void**>(instance.out()));
+  return instance;
+}
+
+}  // namespace qs::host

@@ -1,0 +1,36 @@
+#include "tests/support/component_test.h"
+
+namespace qs::test {
+namespace {
+
+// The modules stay loaded and registered until the process ends.
+host::LoadedModule& load(const char* name, std::initializer_list<const CLSID*> classes) {
+  auto* module = new host::LoadedModule(name);
+  for (const CLSID* clsid : classes) EXPECT_EQ(module->registerClass(*clsid), S_OK);
+  return *module;
+}
+
+}  // namespace
+
+host::LoadedModule& ComponentTest::containers() {
+  static host::LoadedModule& module = load("qscontainers", {&__uuidof(::COQSCompound)});
+  return module;
+}
+
+host::LoadedModule& ComponentTest::hostKit() {
+  static host::LoadedModule& module =
+      load("qshostkit", {&__uuidof(::IntegerArray), &__uuidof(::RealArray), &__uuidof(::RealMatrix)});
+  return module;
+}
+
+void ComponentTest::SetUp() {
+  containers();
+  hostKit();
+}
+
+void ComponentTest::TearDown() {
+  EXPECT_EQ(containers().canUnloadNow(), S_OK) << "an object of the main module is still alive";
+  EXPECT_EQ(hostKit().canUnloadNow(), S_OK) << "an array is still alive";
+}
+
+}  // namespace qs::test
