@@ -28,7 +28,16 @@ inline constexpr auto kEquationForms = std::to_array<EquationForm>({
 });
 static_assert(kEquationForms.size() == kFormCount + 1);
 
-// The form of a class name; null when there is none.
+inline constexpr LONG kMostCoefficients =
+    std::max_element(kEquationForms.begin(), kEquationForms.end(), [](const EquationForm& a, const EquationForm& b) {
+      return a.coefficients < b.coefficients;
+    })->coefficients;
+
+// The form of a shape number, or of a class name; null when there is none.
+constexpr const EquationForm* findForm(LONG shape) {
+  if (shape == PropCurveVoid) return &kEquationForms.back();
+  return shape >= 0 && shape < LONG{kFormCount} ? &kEquationForms[static_cast<std::size_t>(shape)] : nullptr;
+}
 constexpr const EquationForm* findForm(WideView className) {
   const auto found = std::find_if(kEquationForms.begin(), kEquationForms.end(),
                                   [className](const EquationForm& form) { return form.className == className; });

@@ -12,8 +12,8 @@ namespace qs {
 
 // A fixed key; its number is the key's place in the table and its slot in a compound.
 enum class Key : int {
-#define QS_KEY(key, help, interface_name, dispid) key,
-#define QS_KEY_BY_NAME(key, help) key,
+#define FIXED_KEY(key, help, interface_name, dispid) key,
+#define FIXED_KEY_BY_NAME(key, help) key,
 #include "props/keys.def"
 };
 
@@ -26,8 +26,8 @@ inline constexpr int kKeyCount = 105;
 
 // In the order of Key.
 inline constexpr auto kKeys = std::to_array<KeyEntry>({
-#define QS_KEY(key, help, interface_name, dispid) {OLESTR(#key), OLESTR(help)},
-#define QS_KEY_BY_NAME(key, help) {OLESTR(#key), OLESTR(help)},
+#define FIXED_KEY(key, help, interface_name, dispid) {OLESTR(#key), OLESTR(help)},
+#define FIXED_KEY_BY_NAME(key, help) {OLESTR(#key), OLESTR(help)},
 #include "props/keys.def"
 });
 static_assert(kKeys.size() == kKeyCount);
