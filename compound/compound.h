@@ -1,0 +1,199 @@
+// COQSCompound, the pure-compound record: identity, fixed properties and every interface that reads or writes them. The
+// methods of each group of interfaces stand in a file of their own.
+#pragma once
+
+#include <map>
+
+#include "com/coclass.h"
+#include "compound/identity.h"
+#include "compound/peer.h"
+#include "compound/property_table.h"
+
+namespace qs {
+
+// IBasicCompound answers S_OK for two identity fields even when they are not known, while ICompoundID and
+// ICompoundFamily answer S_FALSE for the same fields under the same names. Each of the three keeps its own version.
+class BasicCompoundFace : public Dual<IBasicCompound> {
+ public:
+  STDMETHODIMP get_VelcorinID(INT* value) noexcept final { return basicVelcorinId(value); }
+  STDMETHODIMP get_Family(tagCompoundFamilyEnum* value) noexcept final { return basicFamily(value); }
+
+ protected:
+  virtual HRESULT basicVelcorinId(INT* value) noexcept = 0;
+  virtual HRESULT basicFamily(tagCompoundFamilyEnum* value) noexcept = 0;
+};
+
+class CompoundIDFace : public Dual<ICompoundID> {
+ public:
+  STDMETHODIMP get_VelcorinID(INT* value) noexcept final { return knownVelcorinId(value); }
+
+ protected:
+  virtual HRESULT knownVelcorinId(INT* value) noexcept = 0;
+};
+
+class CompoundFamilyFace : public Dual<ICompoundFamily> {
+ public:
+  STDMETHODIMP get_Family(tagCompoundFamilyEnum* value) noexcept final { return knownFamily(value); }
+
+ protected:
+  virtual HRESULT knownFamily(tagCompoundFamilyEnum* value) noexcept = 0;
+};
+
+class COQSCompound final
+    : public Coclass<COQSCompound, BasicCompoundFace, ICompoundReferenceStateProperties, ICompoundPR, ICompoundCOSTALD,
+                     ICompoundCavett, ICompoundViscosity, ICompoundChaoSeader, ICompoundChienNull, ICompoundVirial,
+                     ICompoundPRSV, ICompoundSRK, ICompoundWilson, CompoundIDFace, CompoundFamilyFace, ICompoundUNIFAC1,
+                     ICompoundUNIQUAC1, ICompoundSolidProperties, ICompoundIDPut, ICompoundFamilyPut,
+                     ICompoundUNIFAC1Put, ICompoundInitFromVelDB, ICompoundProp, ICompoundPropPut, ICompoundCopy,
+                     XMLParserClient, IXMLStore, IUserProperty, ICompEqnXYShape, ICompoundPeer> {
+ public:
+  // Values and ranges of the fixed keys. A key that two interfaces read is answered identically by both.
+#define FIXED_KEY(key, help, interface_name, dispid)                                                           \
+  STDMETHODIMP get_##key(double temperature, double pressure, tagExtrapolationEnum method, LONG* dependencies, \
+                         double* value) noexcept override {                                                    \
+    return valueOf(properties_[Key::key], temperature, pressure, method, dependencies, value);                 \
+  }                                                                                                            \
+  STDMETHODIMP get_##key##TPRange(double* tMin, double* tMax, double* pMin, double* pMax) noexcept override {  \
+    return rangeOf(properties_[Key::key], tMin, tMax, pMin, pMax);                                             \
+  }
+#include "props/keys.def"
+
+  // values.cpp
+  STDMETHODIMP get_ViscosityThetas(double* thetaA, double* thetaB) noexcept override;
+  STDMETHODIMP get_UNIQUAC1Parameters(double* r, double* q) noexcept override;
+
+  // identity.cpp
+  STDMETHODIMP get_Name(BSTR* value) noexcept override;
+  STDMETHODIMP get_NumberOfSynonymNames(INT* value) noexcept override;
+  STDMETHODIMP get_SynonymName(INT index, BSTR* value) noexcept override;
+  STDMETHODIMP get_PPAttribute(INT* value) noexcept override;
+  STDMETHODIMP get_CASN(BSTR* value) noexcept override;
+  STDMETHODIMP get_IUPACName(BSTR* value) noexcept override;
+  STDMETHODIMP get_PPDSID(INT* value) noexcept override;
+  STDMETHODIMP get_DDBID(INT* value) noexcept override;
+  STDMETHODIMP get_DIPPRID(INT* value) noexcept override;
+  STDMETHODIMP get_CMAID(INT* value) noexcept override;
+  STDMETHODIMP get_ChemicalFormula(BSTR* value) noexcept override;
+  STDMETHODIMP IsWater() noexcept override;
+  STDMETHODIMP IsDEG() noexcept override;
+  STDMETHODIMP IsTEG() noexcept override;
+  STDMETHODIMP IsEG() noexcept override;
+  STDMETHODIMP IsMethanol() noexcept override;
+  STDMETHODIMP put_Name(BSTR value) noexcept override;
+  STDMETHODIMP put_NumberOfSynonymNames(INT value) noexcept override;
+  STDMETHODIMP put_SynonymName(INT index, BSTR value) noexcept override;
+  STDMETHODIMP put_PPAttribute(INT value) noexcept override;
+  STDMETHODIMP put_CASN(BSTR value) noexcept override;
+  STDMETHODIMP put_IUPACName(BSTR value) noexcept override;
+  STDMETHODIMP put_VelcorinID(INT value) noexcept override;
+  STDMETHODIMP put_PPDSID(INT value) noexcept override;
+  STDMETHODIMP put_DDBID(INT value) noexcept override;
+  STDMETHODIMP put_DIPPRID(INT value) noexcept override;
+  STDMETHODIMP put_CMAID(INT value) noexcept override;
+  STDMETHODIMP put_ChemicalFormula(BSTR value) noexcept override;
+
+  // family.cpp
+  STDMETHODIMP get_SubFamily(BSTR* value) noexcept override;
+  STDMETHODIMP get_NonCondensable(VARIANT_BOOL* value) noexcept override;
+  STDMETHODIMP GetNonCondensable(BYTE* value) noexcept override;
+  STDMETHODIMP put_Family(tagCompoundFamilyEnum value) noexcept override;
+  STDMETHODIMP put_SubFamily(BSTR value) noexcept override;
+  STDMETHODIMP put_NonCondensable(VARIANT_BOOL value) noexcept override;
+
+  // unifac.cpp
+  STDMETHODIMP get_UNIFAC1NumberOfGroups(INT* value) noexcept override;
+  STDMETHODIMP get_UNIFAC1Groups(IDispatch** types, IDispatch** counts) noexcept override;
+  STDMETHODIMP put_UNIFAC1NumberOfGroups(INT value) noexcept override;
+  STDMETHODIMP put_UNIFAC1Groups(INT groupCount, IDispatch* types, IDispatch* counts) noexcept override;
+  STDMETHODIMP put_VELUNIFACNoGr(INT groupCount, IIntegerArrayDisp* counts) noexcept override;
+  STDMETHODIMP put_VELUNIFACSubGr(INT groupCount, IIntegerArrayDisp* types) noexcept override;
+
+  // database.cpp
+  STDMETHODIMP Init(BSTR directory, INT number) noexcept override;
+
+  // properties.cpp
+  STDMETHODIMP GetNumbOfProperty(BYTE fixed, INT* count) noexcept override;
+  STDMETHODIMP GetPropertyName(BYTE fixed, INT index, BSTR* name, tagPropTypeEnum* type) noexcept override;
+  STDMETHODIMP GetPropertyValue(BSTR name, double temperature, double pressure, tagExtrapolationEnum method,
+                                LONG* dependencies, double* value) noexcept override;
+  STDMETHODIMP GetPropertyType(BSTR name, tagPropTypeEnum* type) noexcept override;
+  STDMETHODIMP GetEquationProperty(BSTR name, tagEquationShapeEnum* shape, BSTR* form, double* tMin, double* tMax,
+                                   double* pMin, double* pMax, INT* parameterCount,
+                                   IRealArrayDisp** parameters) noexcept override;
+  STDMETHODIMP GetCOMProperty(BSTR name, BSTR* className, IPCProperty** component) noexcept override;
+  STDMETHODIMP GetNumbOfCommonProperty(INT* count) noexcept override;
+  STDMETHODIMP GetCommonPropertyName(INT index, BSTR* name, tagPropTypeEnum* type) noexcept override;
+  STDMETHODIMP SetPointProperty(BSTR name, BYTE fixed, double value) noexcept override;
+  STDMETHODIMP SetEquationProperty(BSTR name, BYTE fixed, tagEquationShapeEnum shape, double tMin, double tMax,
+                                   double pMin, double pMax, IRealArrayDisp* parameters) noexcept override;
+  STDMETHODIMP SetCOMProperty(BSTR name, BYTE fixed, BSTR className, IPCProperty* component) noexcept override;
+  STDMETHODIMP ErasePropFromMap(BSTR name, BYTE fixed) noexcept override;
+  STDMETHODIMP FindProperty(BSTR name, BYTE* found, BYTE* fixed) noexcept override;
+  STDMETHODIMP GetEquationInfo(tagEquationShapeEnum shape, BSTR* form, INT* parameterCount) noexcept override;
+  STDMETHODIMP SetVoidProperty(BSTR name, BYTE fixed) noexcept override;
+  STDMETHODIMP GetPropertyLoader(BSTR name, BSTR* loader) noexcept override;
+  STDMETHODIMP SetPropertyLoader(BSTR name, BSTR loader) noexcept override;
+  STDMETHODIMP GetEquationPropertyXYShape(BSTR name, tagXYShapeEnum* xShape, tagXYShapeEnum* yShape, double* xNorm,
+                                          double* yNorm, double* xPow, double* yPow, double* a,
+                                          double* b) noexcept override;
+  STDMETHODIMP SetEquationPropertyXYShape(BSTR name, tagXYShapeEnum xShape, tagXYShapeEnum yShape, double xNorm,
+                                          double yNorm, double xPow, double yPow, double a, double b) noexcept override;
+
+  // user_properties.cpp
+  STDMETHODIMP SetUserProperty(BSTR name, BSTR classId, IDispatch* component) noexcept override;
+  STDMETHODIMP GetUserProperty(BSTR name, IDispatch** component) noexcept override;
+  STDMETHODIMP GetUserPropertyClassID(BSTR name, BSTR* classId) noexcept override;
+  STDMETHODIMP DeleteUserProperty(BSTR name) noexcept override;
+  STDMETHODIMP GetNumbOfUserProperty(INT* count) noexcept override;
+  STDMETHODIMP GetUserPropertyI(INT index, BSTR* name, BSTR* classId, IDispatch** component) noexcept override;
+
+  // copy.cpp
+  STDMETHODIMP CopyToThis(INT newIndex, IDispatch* original) noexcept override;
+  COQSCompound* STDMETHODCALLTYPE compound(const void* module) noexcept override;
+
+  // xml.cpp
+  STDMETHODIMP CharacterData(BSTR text) noexcept override;
+  STDMETHODIMP StartElement(BSTR name, TaggedAttributes* attributes) noexcept override;
+  STDMETHODIMP EndElement(BSTR name) noexcept override;
+  STDMETHODIMP Comment() noexcept override;
+  STDMETHODIMP ProcessElement(BSTR name, TaggedAttributes* attributes) noexcept override;
+  STDMETHODIMP Error() noexcept override;
+  STDMETHODIMP StartDocument() noexcept override;
+  STDMETHODIMP EndDocument() noexcept override;
+  STDMETHODIMP StoreAsXML(BSTR* text) noexcept override;
+
+ private:
+  friend class RecordReceiver;
+
+  struct UserProperty {
+    Bstr classId;
+    ComPtr<IDispatch> component;
+  };
+  using UserProperties = std::map<WideString, UserProperty, std::less<>>;
+
+  static HRESULT valueOf(const CQSAbstractProp* property, double temperature, double pressure,
+                         tagExtrapolationEnum method, LONG* dependencies, double* value) noexcept {
+    if (!property) return S_FALSE;
+    property->GetValue(temperature, pressure, method, dependencies, value);
+    return *value == kEmptyValue ? S_FALSE : S_OK;
+  }
+  static HRESULT rangeOf(const CQSAbstractProp* property, double* tMin, double* tMax, double* pMin,
+                         double* pMax) noexcept;
+  // At 298.15 K and 101.325 kPa; the empty value when the property writes none.
+  static double standardValue(const CQSAbstractProp& property);
+  HRESULT standardValues(Key first, Key second, double* firstValue, double* secondValue) const noexcept;
+
+  HRESULT basicVelcorinId(INT* value) noexcept override;
+  HRESULT knownVelcorinId(INT* value) noexcept override;
+  HRESULT basicFamily(tagCompoundFamilyEnum* value) noexcept override;
+  HRESULT knownFamily(tagCompoundFamilyEnum* value) noexcept override;
+
+  // Makes the compound as new.
+  void clear();
+
+  Identity identity_;
+  PropertyTable properties_;
+  UserProperties userProperties_;
+};
+
+}  // namespace qs

@@ -1,0 +1,67 @@
+// Identification data of a compound.
+#pragma once
+
+#include <vector>
+
+#include "com/bstr.h"
+
+namespace qs {
+
+// Stands for "not known" in every integer field.
+inline constexpr INT kEmptyInteger = -32767;
+
+inline constexpr std::size_t kMostSynonyms = 64;
+
+struct Identity {
+  // Null strings were never set.
+  Bstr name;
+  Bstr casNumber;
+  Bstr iupacName;
+  Bstr chemicalFormula;
+  Bstr subFamily;
+
+  // The count is what callers set and read; a synonym below it that was never set is null.
+  INT synonymCount = kEmptyInteger;
+  std::vector<Bstr> synonyms;
+
+  INT ppAttribute = kEmptyInteger;
+  INT velcorinId = kEmptyInteger;  // number in the system's own data bank
+  INT ppdsId = kEmptyInteger;
+  INT ddbId = kEmptyInteger;
+  INT dipprId = kEmptyInteger;
+  INT cmaId = kEmptyInteger;
+
+  // Position in the host's list of compounds; -32767 until the compound was loaded or copied.
+  INT compoundIndex = kEmptyInteger;
+
+  INT family = kEmptyInteger;  // tagCompoundFamilyEnum
+  INT nonCondensable = kEmptyInteger;
+
+  // UNIFAC groups: type numbers and how often each occurs.
+  INT groupCount = kEmptyInteger;
+  std::vector<LONG> groupTypes;
+  std::vector<LONG> groupCounts;
+
+  Identity copy() const;
+
+  // Replaces the synonym at a position, or appends one at the position of the count. S_FALSE, and no change, for any
+  // other position and for one past the most that a compound keeps.
+  HRESULT putSynonym(INT index, BSTR value);
+};
+
+// A string field as the interfaces read and write it: a new copy for the caller, and one of the caller's; null for
+// null.
+inline HRESULT giveCopy(const Bstr& field, BSTR* value) noexcept {
+  return guarded([&] {
+    *value = Bstr::copyOf(field.get()).release();
+    return S_OK;
+  });
+}
+inline HRESULT takeCopy(Bstr& field, BSTR value) noexcept {
+  return guarded([&] {
+    field = Bstr::copyOf(value);
+    return S_OK;
+  });
+}
+
+}  // namespace qs

@@ -1,0 +1,276 @@
+// Properties by name and by position: reading, storing, and the transformations of equations.
+#include "com/host_arrays.h"
+#include "compound/compound.h"
+#include "compound/new_property.h"
+#include "props/curve.h"
+#include "props/forms.h"
+
+namespace qs {
+namespace {
+
+// The fixed map is chosen by 1, the other map by any other value.
+constexpr bool isFixed(BYTE flag) { return flag == 1; }
+
+constexpr WideView kIdentityFields[] = {
+    OLESTR("Name"),           OLESTR("NumberOfSynonymNames"),
+    OLESTR("SynonymName"),    OLESTR("PPAttribute"),
+    OLESTR("CASN"),           OLESTR("IUPACName"),
+    OLESTR("VelcorinID"),     OLESTR("PPDSID"),
+    OLESTR("DDBID"),          OLESTR("DIPPRID"),
+    OLESTR("CMAID"),          OLESTR("ChemicalFormula"),
+    OLESTR("Family"),         OLESTR("SubFamily"),
+    OLESTR("NonCondensable"),
+};
+
+tagPropTypeEnum kindOf(const CQSAbstractProp& property) {
+  LONG type = VoidProp;
+  property.GetType(&type);
+  return static_cast<tagPropTypeEnum>(type);
+}
+
+bool isEquation(const CQSAbstractProp* property) { return property && kindOf(*property) == EquationProp; }
+
+// A new object of a kind under a name.
+PropertyPtr named(PropertyPtr property, WideView name, tagPropTypeEnum kind) {
+  property->Name = Bstr(name);
+  property->SetType(kind);
+  return property;
+}
+
+std::vector<double> elementsOf(IRealArrayDisp* array) {
+  std::vector<double> values;
+  if (!array) return values;
+  LONG size = 0;
+  check(array->get_Size(&size));
+  for (LONG i = 0; i < size; ++i) {
+    double value = kEmptyValue;
+    check(array->get_IthValue(i, &value));
+    values.push_back(value);
+  }
+  return values;
+}
+
+std::vector<double> coefficientsOf(const CQSAbstractProp& equation) {
+  LONG count = 0;
+  equation.GetNumbOfParameters(&count);
+  std::vector<double> values(static_cast<std::size_t>(count));
+  for (LONG i = 0; i < count; ++i) equation.GetParameter(i, &values[static_cast<std::size_t>(i)]);
+  return values;
+}
+
+}  // namespace
+
+PropertyPtr newEquation(WideView name, const EquationData& data) {
+  CQSAbstractProp* created = nullptr;
+  check(CreateEquationProp(data.shape, &created));
+  PropertyPtr equation = named(PropertyPtr(created), name, EquationProp);
+  equation->SetTRange(data.tMin, data.tMax);
+  equation->SetPRange(data.pMin, data.pMax);
+  check(equation->SetParameters(data.coefficients.data(), static_cast<LONG>(data.coefficients.size())));
+  return equation;
+}
+
+PropertyPtr newPoint(WideView name, double value) {
+  PropertyPtr point = named(std::make_unique<CQSPointProp>(), name, PointProp);
+  point->SetValue(value);
+  return point;
+}
+
+HRESULT COQSCompound::GetNumbOfProperty(BYTE fixed, INT* count) noexcept {
+  *count = isFixed(fixed) ? kKeyCount : static_cast<INT>(properties_.others().size());
+  return S_OK;
+}
+
+HRESULT COQSCompound::GetPropertyName(BYTE fixed, INT index, BSTR* name, tagPropTypeEnum* type) noexcept {
+  INT count = 0;
+  GetNumbOfProperty(fixed, &count);
+  if (index < 0 || index >= count) return S_FALSE;
+  return guarded([&] {
+    WideView key;
+    const CQSAbstractProp* property = nullptr;
+    if (isFixed(fixed)) {
+      const Key place = kKeysByName[static_cast<std::size_t>(index)];
+      key = nameOf(place);
+      property = properties_[place];
+    } else {
+      const auto& entry = *std::next(properties_.others().begin(), index);
+      key = entry.first;
+      property = entry.second.get();
+    }
+    *name = (property ? Bstr::copyOf(property->Name.get()) : Bstr(key)).release();
+    *type = property ? kindOf(*property) : VoidProp;
+    return S_OK;
+  });
+}
+
+HRESULT COQSCompound::GetPropertyValue(BSTR name, double temperature, double pressure, tagExtrapolationEnum method,
+                                       LONG* dependencies, double* value) noexcept {
+  return valueOf(properties_.find(viewOf(name)).property, temperature, pressure, method, dependencies, value);
+}
+
+HRESULT COQSCompound::GetPropertyType(BSTR name, tagPropTypeEnum* type) noexcept {
+  const PropertyTable::Entry entry = properties_.find(viewOf(name));
+  *type = entry.property ? kindOf(*entry.property) : VoidProp;
+  // Among the other names an entry without an object counts as a void property.
+  const bool known = entry.property || (entry.present && !entry.fixed);
+  return known ? S_OK : S_FALSE;
+}
+
+HRESULT COQSCompound::GetEquationProperty(BSTR name, tagEquationShapeEnum* shape, BSTR* form, double* tMin,
+                                          double* tMax, double* pMin, double* pMax, INT* parameterCount,
+                                          IRealArrayDisp** parameters) noexcept {
+  return guarded([&] {
+    const PropertyTable::Entry entry = properties_.find(viewOf(name));
+    if (!entry.present) return S_FALSE;
+    if (!isEquation(entry.property)) {
+      *shape = PropCurveVoid;
+      *form = nullptr;
+      *tMin = *tMax = *pMin = *pMax = kEmptyValue;
+      *parameterCount = 0;
+      *parameters = nullptr;
+      return S_FALSE;
+    }
+    const CQSAbstractProp& equation = *entry.property;
+    const std::vector<double> coefficients = coefficientsOf(equation);
+    auto array = newRealArray(coefficients);
+    LONG number = 0;
+    equation.GetShape(&number);
+    equation.GetForm(form);
+    *shape = static_cast<tagEquationShapeEnum>(number);
+    equation.GetTRange(tMin, tMax);
+    equation.GetPRange(pMin, pMax);
+    *parameterCount = static_cast<INT>(coefficients.size());
+    *parameters = array.release();
+    return S_OK;
+  });
+}
+
+HRESULT COQSCompound::GetCOMProperty(BSTR name, BSTR* className, IPCProperty** component) noexcept {
+  return guarded([&] {
+    const PropertyTable::Entry entry = properties_.find(viewOf(name));
+    if (!entry.present) return S_FALSE;
+    *className = nullptr;
+    *component = nullptr;
+    if (!entry.property || kindOf(*entry.property) != COMProp) return S_FALSE;
+    entry.property->GetCOMClassName(className);
+    entry.property->GetCOMObject(component);
+    return S_OK;
+  });
+}
+
+HRESULT COQSCompound::GetNumbOfCommonProperty(INT* count) noexcept {
+  *count = static_cast<INT>(std::size(kIdentityFields));
+  return S_OK;
+}
+
+HRESULT COQSCompound::GetCommonPropertyName(INT index, BSTR* name, tagPropTypeEnum* type) noexcept {
+  if (index < 0 || static_cast<std::size_t>(index) >= std::size(kIdentityFields)) return S_FALSE;
+  return guarded([&] {
+    *name = Bstr(kIdentityFields[index]).release();
+    // Of the integer fields too: hosts rely on it.
+    *type = PointPropBSTR;
+    return S_OK;
+  });
+}
+
+HRESULT COQSCompound::SetPointProperty(BSTR name, BYTE fixed, double value) noexcept {
+  return guarded([&] {
+    PropertyPtr point = newPoint(viewOf(name), value);
+    return properties_.AddPropertyToMap(viewOf(name), isFixed(fixed), point);
+  });
+}
+
+HRESULT COQSCompound::SetEquationProperty(BSTR name, BYTE fixed, tagEquationShapeEnum shape, double tMin, double tMax,
+                                          double pMin, double pMax, IRealArrayDisp* parameters) noexcept {
+  return guarded([&] {
+    const std::vector<double> coefficients = elementsOf(parameters);
+    PropertyPtr equation = newEquation(viewOf(name), {shape, tMin, tMax, pMin, pMax, coefficients});
+    return properties_.AddPropertyToMap(viewOf(name), isFixed(fixed), equation);
+  });
+}
+
+HRESULT COQSCompound::SetCOMProperty(BSTR name, BYTE fixed, BSTR className, IPCProperty* component) noexcept {
+  return guarded([&] {
+    PropertyPtr property = named(std::make_unique<CQSCOMProp>(), viewOf(name), COMProp);
+    property->SetCOMClassName(className);
+    property->SetCOMObject(component);
+    // A name that the fixed map refuses is not reported.
+    properties_.AddPropertyToMap(viewOf(name), isFixed(fixed), property);
+    return S_OK;
+  });
+}
+
+HRESULT COQSCompound::ErasePropFromMap(BSTR name, BYTE fixed) noexcept {
+  return properties_.erase(viewOf(name), isFixed(fixed));
+}
+
+HRESULT COQSCompound::FindProperty(BSTR name, BYTE* found, BYTE* fixed) noexcept {
+  const PropertyTable::Entry entry = properties_.find(viewOf(name));
+  *found = entry.property ? 1 : 0;
+  *fixed = entry.fixed ? 1 : 0;
+  return entry.property ? S_OK : S_FALSE;
+}
+
+HRESULT COQSCompound::GetEquationInfo(tagEquationShapeEnum shape, BSTR* form, INT* parameterCount) noexcept {
+  return guarded([&] {
+    const EquationForm* found = findForm(LONG{shape});
+    if (!found) return S_FALSE;
+    *form = Bstr(found->formula).release();
+    *parameterCount = found->coefficients;
+    return S_OK;
+  });
+}
+
+HRESULT COQSCompound::SetVoidProperty(BSTR name, BYTE fixed) noexcept {
+  return guarded([&] {
+    PropertyPtr property = named(std::make_unique<CQSVoidProp>(), viewOf(name), VoidProp);
+    return properties_.AddPropertyToMap(viewOf(name), isFixed(fixed), property);
+  });
+}
+
+HRESULT COQSCompound::GetPropertyLoader(BSTR name, BSTR* loader) noexcept {
+  const Bstr* found = properties_.loaderOf(viewOf(name));
+  return found ? giveCopy(*found, loader) : S_FALSE;
+}
+
+HRESULT COQSCompound::SetPropertyLoader(BSTR name, BSTR loader) noexcept {
+  return guarded([&] {
+    if (!properties_.find(viewOf(name)).property) return S_FALSE;
+    properties_.setLoader(viewOf(name), Bstr::copyOf(loader));
+    return S_OK;
+  });
+}
+
+HRESULT COQSCompound::GetEquationPropertyXYShape(BSTR name, tagXYShapeEnum* xShape, tagXYShapeEnum* yShape,
+                                                 double* xNorm, double* yNorm, double* xPow, double* yPow, double* a,
+                                                 double* b) noexcept {
+  const PropertyTable::Entry entry = properties_.find(viewOf(name));
+  if (!entry.present) return S_FALSE;
+  if (!isEquation(entry.property)) {
+    *xShape = *yShape = eNoShapeDefined;
+    *xNorm = *yNorm = *xPow = *yPow = *a = *b = kEmptyValue;
+    return S_FALSE;
+  }
+  LONG x = 0;
+  LONG y = 0;
+  entry.property->GetXYShape(&x, &y);
+  *xShape = static_cast<tagXYShapeEnum>(x);
+  *yShape = static_cast<tagXYShapeEnum>(y);
+  entry.property->GetXYNorm(xNorm, yNorm);
+  entry.property->GetXYPow(xPow, yPow);
+  entry.property->GetAB(a, b);
+  return S_OK;
+}
+
+HRESULT COQSCompound::SetEquationPropertyXYShape(BSTR name, tagXYShapeEnum xShape, tagXYShapeEnum yShape, double xNorm,
+                                                 double yNorm, double xPow, double yPow, double a, double b) noexcept {
+  CQSAbstractProp* property = properties_.find(viewOf(name)).property;
+  if (!isEquation(property)) return S_FALSE;
+  property->SetXYShape(xShape, yShape);
+  property->SetXYNorm(xNorm, yNorm);
+  property->SetXYPow(xPow, yPow);
+  property->SetAB(a, b);
+  return S_OK;
+}
+
+}  // namespace qs

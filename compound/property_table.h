@@ -1,0 +1,60 @@
+// The property objects of a compound: one slot per fixed key, and an ordered map for all other names.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <map>
+#include <memory>
+
+#include "props/key_table.h"
+#include "props/property.h"
+
+namespace qs {
+
+using PropertyPtr = std::unique_ptr<CQSAbstractProp>;
+
+// A new object with the name, kind, content and external component of another.
+PropertyPtr duplicate(const CQSAbstractProp& source);
+
+class PropertyTable {
+ public:
+  using OtherMap = std::map<WideString, PropertyPtr, std::less<>>;
+
+  // A name's entry. A fixed key always has one, perhaps without an object; any other name has one once it was stored.
+  struct Entry {
+    bool present = false;
+    bool fixed = false;
+    CQSAbstractProp* property = nullptr;
+  };
+
+  CQSAbstractProp* operator[](Key key) const { return slots_[static_cast<std::size_t>(key)].get(); }
+  const OtherMap& others() const { return others_; }
+
+  // A fixed key hides the same name in the other map.
+  Entry find(WideView name) const;
+
+  // Stores an object under a name and destroys the one that stood there. S_FALSE, and the caller keeps the object, when
+  // `fixed` is set and the name is no fixed key.
+  HRESULT AddPropertyToMap(WideView name, bool fixed, PropertyPtr& prop);
+
+  // Destroys the object under a name of the fixed or the other map; S_FALSE when there is none.
+  HRESULT erase(WideView name, bool fixed);
+
+  void clear();
+
+  // The name of the loader that a property came from; it goes with the property.
+  const Bstr* loaderOf(WideView name) const;
+  void setLoader(WideView name, Bstr loader);
+
+  // A table of duplicates of everything in this one.
+  PropertyTable copy() const;
+
+ private:
+  void forgetLoader(WideView name);
+
+  std::array<PropertyPtr, kKeyCount> slots_;
+  OtherMap others_;
+  std::map<WideString, Bstr, std::less<>> loaders_;
+};
+
+}  // namespace qs

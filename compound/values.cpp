@@ -1,0 +1,51 @@
+// Ranges, and values that are read together.
+#include "compound/compound.h"
+
+namespace qs {
+namespace {
+
+// The state at which values without an argument are taken: 25 C and one atmosphere.
+constexpr double kStandardTemperature = 298.15;
+constexpr double kStandardPressure = 101.325;
+
+}  // namespace
+
+HRESULT COQSCompound::rangeOf(const CQSAbstractProp* property, double* tMin, double* tMax, double* pMin,
+                              double* pMax) noexcept {
+  if (!property) return S_FALSE;
+  LONG type = VoidProp;
+  property->GetType(&type);
+  if (type == EquationProp) {
+    property->GetTRange(tMin, tMax);
+    property->GetPRange(pMin, pMax);
+    return S_OK;
+  }
+  *tMin = *tMax = *pMin = *pMax = kEmptyValue;
+  return S_FALSE;
+}
+
+double COQSCompound::standardValue(const CQSAbstractProp& property) {
+  double value = kEmptyValue;
+  LONG dependencies = 0;
+  property.GetValue(kStandardTemperature, kStandardPressure, eNoExtrapolation, &dependencies, &value);
+  return value;
+}
+
+HRESULT COQSCompound::standardValues(Key first, Key second, double* firstValue, double* secondValue) const noexcept {
+  const CQSAbstractProp* one = properties_[first];
+  const CQSAbstractProp* two = properties_[second];
+  if (!one || !two) return S_FALSE;
+  *firstValue = standardValue(*one);
+  *secondValue = standardValue(*two);
+  return *firstValue == kEmptyValue || *secondValue == kEmptyValue ? S_FALSE : S_OK;
+}
+
+HRESULT COQSCompound::get_ViscosityThetas(double* thetaA, double* thetaB) noexcept {
+  return standardValues(Key::THETAA, Key::THETAB, thetaA, thetaB);
+}
+
+HRESULT COQSCompound::get_UNIQUAC1Parameters(double* r, double* q) noexcept {
+  return standardValues(Key::UNIQUACR, Key::UNIQUACQ, r, q);
+}
+
+}  // namespace qs
