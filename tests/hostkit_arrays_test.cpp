@@ -1,0 +1,172 @@
+// The array classes of the host kit, through their interfaces.
+#include <climits>
+#include <cmath>
+
+#include "tests/support/component_test.h"
+
+namespace qs::test {
+namespace {
+
+// A source whose calls fail from a given one on, as a broken host's array may.
+template <class I, class T>
+class FailingArray final : public I {
+ public:
+  explicit FailingArray(int callsThatWork) : left_(callsThatWork) {}
+  STDMETHODIMP QueryInterface(REFIID, void**) noexcept override { return E_NOINTERFACE; }
+  STDMETHODIMP_(ULONG) AddRef() noexcept override { return 1; }
+  STDMETHODIMP_(ULONG) Release() noexcept override { return 1; }
+  STDMETHODIMP GetTypeInfoCount(UINT*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
+    return E_NOTIMPL;
+  }
+  STDMETHODIMP get_IthValue(LONG index, T* value) noexcept override { return answer(value, static_cast<T>(index)); }
+  STDMETHODIMP put_IthValue(LONG, T) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP get_Size(LONG* size) noexcept override { return answer(size, LONG{3}); }
+  STDMETHODIMP put_Size(LONG) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Copy(I*) noexcept override { return E_NOTIMPL; }
+
+ private:
+  template <class V>
+  HRESULT answer(V* out, V value) {
+    if (left_-- <= 0) return E_FAIL;
+    *out = value;
+    return S_OK;
+  }
+  int left_;
+};
+
+template <class I, class T>
+struct Kind {
+  using Interface = I;
+  using Value = T;
+};
+using Integers = Kind<IIntegerArrayDisp, LONG>;
+using Reals = Kind<IRealArrayDisp, double>;
+
+template <class K>
+class HostKitArrays : public ComponentTest {
+ protected:
+  using I = typename K::Interface;
+
+  static REFCLSID classId() {
+    if constexpr (std::is_same_v<typename K::Value, LONG>)
+      return __uuidof(::IntegerArray);
+    else
+      return __uuidof(::RealArray);
+  }
+  ComPtr<I> make() { return create<I>(classId()); }
+
+  static std::vector<typename K::Value> valuesOf(I* array) {
+    LONG size = -1;
+    EXPECT_EQ(array->get_Size(&size), S_OK);
+    std::vector<typename K::Value> values(static_cast<std::size_t>(size));
+    for (LONG i = 0; i < size; ++i) EXPECT_EQ(array->get_IthValue(i, &values[static_cast<std::size_t>(i)]), S_OK);
+    return values;
+  }
+};
+using ArrayKinds = testing::Types<Integers, Reals>;
+TYPED_TEST_SUITE(HostKitArrays, ArrayKinds);
+
+TYPED_TEST(HostKitArrays, KeepsElementsWhenResizedAndFillsNewOnesWithTheEmptyValue) {
+  using T = typename TypeParam::Value;
+  const auto array = this->make();
+  EXPECT_EQ(this->valuesOf(array.get()), std::vector<T>());
+  ASSERT_EQ(array->put_Size(2), S_OK);
+  ASSERT_EQ(array->put_IthValue(0, 7), S_OK);
+  ASSERT_EQ(array->put_Size(3), S_OK);
+  EXPECT_EQ(this->valuesOf(array.get()), (std::vector<T>{7, -32767, -32767}));
+  ASSERT_EQ(array->put_Size(1), S_OK);
+  EXPECT_EQ(this->valuesOf(array.get()), (std::vector<T>{7}));
+}
+
+TYPED_TEST(HostKitArrays, RefusesPositionsOutsideAndChangesNothing) {
+  using T = typename TypeParam::Value;
+  const auto array = this->make();
+  ASSERT_EQ(array->put_Size(2), S_OK);
+  for (const LONG index : {-1, 2, 3, INT_MAX, INT_MIN}) {
+    T value = 5;
+    EXPECT_EQ(array->get_IthValue(index, &value), E_BOUNDS) << index;
+    EXPECT_EQ(value, 5) << index;
+    EXPECT_EQ(array->put_IthValue(index, 1), E_BOUNDS) << index;
+  }
+  EXPECT_EQ(array->put_Size(-1), E_INVALIDARG);
+  EXPECT_EQ(array->get_Size(nullptr), E_POINTER);
+  EXPECT_EQ(array->get_IthValue(0, nullptr), E_POINTER);
+  EXPECT_EQ(this->valuesOf(array.get()), (std::vector<T>{-32767, -32767}));
+}
+
+TYPED_TEST(HostKitArrays, CopiesWholeArraysOrNothing) {
+  using T = typename TypeParam::Value;
+  const auto source = this->make();
+  source->put_Size(2);
+  source->put_IthValue(0, 3);
+  source->put_IthValue(1, 4);
+  const auto copy = this->make();
+  ASSERT_EQ(copy->Copy(source.get()), S_OK);
+  source->put_IthValue(0, 9);
+  EXPECT_EQ(this->valuesOf(copy.get()), (std::vector<T>{3, 4}));
+  EXPECT_EQ(copy->Copy(copy.get()), S_OK);
+  EXPECT_EQ(copy->Copy(nullptr), E_INVALIDARG);
+  for (int works = 0; works < 4; ++works) {
+    FailingArray<typename TypeParam::Interface, T> failing(works);
+    EXPECT_EQ(copy->Copy(&failing), E_FAIL) << works;
+    EXPECT_EQ(this->valuesOf(copy.get()), (std::vector<T>{3, 4})) << works;
+  }
+}
+
+using HostKitVector = ComponentTest;
+
+TEST_F(HostKitVector, SharesItsElementsWithTheDispatchInterface) {
+  const auto array = create<IRealArrayDisp>(__uuidof(::RealArray));
+  const auto vector = query<IRealVector>(array);
+  ASSERT_EQ(vector->SetSize(2), S_OK);
+  ASSERT_EQ(vector->SetElement(1, 2.5), S_OK);
+  double value = 0;
+  EXPECT_EQ(array->get_IthValue(1, &value), S_OK);
+  EXPECT_EQ(value, 2.5);
+  EXPECT_EQ(vector->SetElement(2, 1.0), E_BOUNDS);
+  LONG size = 0;
+  EXPECT_EQ(vector->GetSize(&size), S_OK);
+  EXPECT_EQ(size, 2);
+}
+
+using HostKitMatrix = ComponentTest;
+
+TEST_F(HostKitMatrix, KeepsElementsByRowAndColumnWhenResized) {
+  const auto matrix = create<IRealMatrixDisp>(__uuidof(::RealMatrix));
+  ASSERT_EQ(matrix->SetSize(2, 3), S_OK);
+  for (LONG row = 0; row < 2; ++row)
+    for (LONG column = 0; column < 3; ++column) ASSERT_EQ(matrix->put_Value(row, column, 10 * row + column), S_OK);
+  const auto copy = create<IRealMatrixDisp>(__uuidof(::RealMatrix));
+  ASSERT_EQ(copy->Copy(matrix.get()), S_OK);
+  ASSERT_EQ(copy->SetSize(3, 2), S_OK);
+  const double expected[3][2] = {{0, 1}, {10, 11}, {-32767, -32767}};
+  for (LONG row = 0; row < 3; ++row)
+    for (LONG column = 0; column < 2; ++column) {
+      double value = 0;
+      EXPECT_EQ(copy->get_Value(row, column, &value), S_OK);
+      EXPECT_EQ(value, expected[row][column]) << row << ", " << column;
+    }
+}
+
+TEST_F(HostKitMatrix, RefusesPositionsAndSizesThatCannotBe) {
+  const auto matrix = create<IRealMatrixDisp>(__uuidof(::RealMatrix));
+  ASSERT_EQ(matrix->SetSize(2, 3), S_OK);
+  const LONG outside[][2] = {{-1, 0}, {2, 0}, {0, -1}, {0, 3}, {INT_MAX, INT_MAX}};
+  for (const auto& [row, column] : outside) {
+    double value = 5;
+    EXPECT_EQ(matrix->get_Value(row, column, &value), E_BOUNDS);
+    EXPECT_EQ(value, 5);
+    EXPECT_EQ(matrix->put_Value(row, column, 1), E_BOUNDS);
+  }
+  EXPECT_EQ(matrix->SetSize(-1, 2), E_INVALIDARG);
+  EXPECT_EQ(matrix->SetSize(INT_MAX, INT_MAX), E_OUTOFMEMORY);
+  LONG rows = 0;
+  EXPECT_EQ(matrix->get_Rows(&rows), S_OK);
+  EXPECT_EQ(rows, 2);
+}
+
+}  // namespace
+}  // namespace qs::test
