@@ -12,7 +12,8 @@ struct InterfaceName {
   const IID* iid;
   const char* name;
 };
-#define QS_INTERFACE(name) {&__uuidof(name), #name}
+#define QS_INTERFACE(name) \
+  { &__uuidof(name), #name }
 const InterfaceName kCompoundInterfaces[] = {
     QS_INTERFACE(IBasicCompound),
     QS_INTERFACE(ICompoundReferenceStateProperties),
@@ -86,7 +87,8 @@ TEST_F(Identity, EveryInterfaceAnswersFromEveryOther) {
 
 TEST_F(Identity, DispatchIsTheDefaultInterface) {
   const auto compound = create<IUnknown>(__uuidof(::COQSCompound));
-  EXPECT_EQ(queryFor(compound.get(), __uuidof(IDispatch)).get(), queryFor(compound.get(), __uuidof(IBasicCompound)).get());
+  EXPECT_EQ(queryFor(compound.get(), __uuidof(IDispatch)).get(),
+            queryFor(compound.get(), __uuidof(IBasicCompound)).get());
 }
 
 TEST_F(Identity, RefusesWhatItDoesNotHave) {

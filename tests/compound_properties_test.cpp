@@ -258,8 +258,8 @@ TEST_F(CompoundProperties, TransformationsAreReadAndSetByName) {
   const auto read = [&](WideView name) {
     Shapes s{0, 5, 5, 5, 5, 5, 5, 5, 5};
     tagXYShapeEnum x = static_cast<tagXYShapeEnum>(5), y = x;
-    s.result = shapes->GetEquationPropertyXYShape(Bstr(name).get(), &x, &y, &s.xNorm, &s.yNorm, &s.xPow, &s.yPow, &s.a,
-                                                  &s.b);
+    s.result =
+        shapes->GetEquationPropertyXYShape(Bstr(name).get(), &x, &y, &s.xNorm, &s.yNorm, &s.xPow, &s.yPow, &s.a, &s.b);
     s.x = x;
     s.y = y;
     return s;
@@ -308,9 +308,7 @@ TEST_F(CompoundProperties, LoadersBelongToTheirProperty) {
     BSTR text = nullptr;
     return put->GetPropertyLoader(Bstr(name).get(), &text) == S_OK ? taken(text) : WideString(OLESTR("-"));
   };
-  const auto set = [&](WideView name) {
-    return put->SetPropertyLoader(Bstr(name).get(), Bstr(OLESTR("bank")).get());
-  };
+  const auto set = [&](WideView name) { return put->SetPropertyLoader(Bstr(name).get(), Bstr(OLESTR("bank")).get()); };
   EXPECT_EQ(set(OLESTR("TC")), S_FALSE);
   setPoint(OLESTR("TC"), 1, 1.0);
   EXPECT_EQ(loader(OLESTR("TC")), OLESTR("-"));
@@ -373,7 +371,8 @@ TEST_F(CompoundProperties, ACopyHasEverythingAndStandsAlone) {
   put->SetPropertyLoader(Bstr(OLESTR("mine")).get(), Bstr(OLESTR("bank")).get());
   put->SetVoidProperty(Bstr(OLESTR("PC")).get(), 1);
   setEquation(OLESTR("VP"), 1, PropCurvePOLY2, {1, 2, 0});
-  query<ICompEqnXYShape>(compound)->SetEquationPropertyXYShape(Bstr(OLESTR("VP")).get(), COMxr, COMx, 2.0, 1, 1, 1, 0, 0);
+  query<ICompEqnXYShape>(compound)->SetEquationPropertyXYShape(Bstr(OLESTR("VP")).get(), COMxr, COMx, 2.0, 1, 1, 1, 0,
+                                                               0);
   put->SetCOMProperty(Bstr(OLESTR("LDN")).get(), 1, Bstr(OLESTR("My.Class")).get(), &component);
 
   const auto copy = newCompound();

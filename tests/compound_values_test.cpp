@@ -33,19 +33,19 @@ struct Getter {
   Range (*range)(IUnknown* compound);  // null where the interface has none
 };
 
-#define READ_VALUE(key, interface_name)                                                                           \
-  [](IUnknown* compound) {                                                                                        \
-    Reading reading{0, kOldDependencies, kOld};                                                                   \
-    reading.result = ComPtr<interface_name>::from(compound)->get_##key(350.0, 200.0, eNoExtrapolation,            \
-                                                                       &reading.dependencies, &reading.value);    \
-    return reading;                                                                                               \
+#define READ_VALUE(key, interface_name)                                                                        \
+  [](IUnknown* compound) {                                                                                     \
+    Reading reading{0, kOldDependencies, kOld};                                                                \
+    reading.result = ComPtr<interface_name>::from(compound)->get_##key(350.0, 200.0, eNoExtrapolation,         \
+                                                                       &reading.dependencies, &reading.value); \
+    return reading;                                                                                            \
   }
-#define READ_RANGE(key, interface_name)                                                                           \
-  [](IUnknown* compound) {                                                                                        \
-    Range range{0, kOld, kOld, kOld, kOld};                                                                       \
-    range.result = ComPtr<interface_name>::from(compound)->get_##key##TPRange(&range.tMin, &range.tMax,           \
-                                                                              &range.pMin, &range.pMax);          \
-    return range;                                                                                                 \
+#define READ_RANGE(key, interface_name)                                                                              \
+  [](IUnknown* compound) {                                                                                           \
+    Range range{0, kOld, kOld, kOld, kOld};                                                                          \
+    range.result = ComPtr<interface_name>::from(compound)->get_##key##TPRange(&range.tMin, &range.tMax, &range.pMin, \
+                                                                              &range.pMax);                          \
+    return range;                                                                                                    \
   }
 const Getter kGetters[] = {
 #define FIXED_KEY(key, help, interface_name, dispid) \
@@ -147,8 +147,7 @@ TEST_F(CompoundValues, TwoValuesAtOnceNeedBothAndUseTheStandardState) {
     std::function<HRESULT(double*, double*)> read;
   };
   const Pair pairs[] = {
-      {OLESTR("THETAA"), OLESTR("THETAB"),
-       [&](double* a, double* b) { return viscosity->get_ViscosityThetas(a, b); }},
+      {OLESTR("THETAA"), OLESTR("THETAB"), [&](double* a, double* b) { return viscosity->get_ViscosityThetas(a, b); }},
       {OLESTR("UNIQUACR"), OLESTR("UNIQUACQ"),
        [&](double* r, double* q) { return uniquac->get_UNIQUAC1Parameters(r, q); }},
   };
