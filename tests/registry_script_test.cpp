@@ -14,13 +14,14 @@ const Replacements kReplacements = {{OLESTR("ID"), OLESTR("{1-2}")}, {OLESTR("FI
 WideString shown(const std::vector<RegistryKey>& keys) {
   WideString text;
   for (const RegistryKey& key : keys) {
-    text += key.name;
-    if (key.removal == RegistryKey::Removal::Never) text += OLESTR("[keep]");
-    if (key.removal == RegistryKey::Removal::WithAll) text += OLESTR("[all]");
-    if (key.value) text += OLESTR("=") + *key.value;
-    for (const auto& [name, value] : key.namedValues) text += OLESTR("(") + name + OLESTR("=") + value + OLESTR(")");
-    if (!key.children.empty()) text += OLESTR("{") + shown(key.children) + OLESTR("}");
-    text += OLESTR(";");
+    text.append(key.name);
+    if (key.removal == RegistryKey::Removal::Never) text.append(OLESTR("[keep]"));
+    if (key.removal == RegistryKey::Removal::WithAll) text.append(OLESTR("[all]"));
+    if (key.value) text.append(OLESTR("=")).append(*key.value);
+    for (const auto& [name, value] : key.namedValues)
+      text.append(OLESTR("(")).append(name).append(OLESTR("=")).append(value).append(OLESTR(")"));
+    if (!key.children.empty()) text.append(OLESTR("{")).append(shown(key.children)).append(OLESTR("}"));
+    text.append(OLESTR(";"));
   }
   return text;
 }
