@@ -6,6 +6,7 @@
 
 #include "com/error.h"
 #include "persist/byte_cursor.h"
+#include "platform/per_thread.h"
 
 namespace qs::database {
 namespace {
@@ -174,7 +175,8 @@ IndexRecord Catalogue::indexRecord(std::size_t i) const {
 }
 
 std::span<const Synonym> Catalogue::synonymsOf(LONG compound) const {
-  return std::ranges::equal_range(synonyms_, compound, {}, &Synonym::compound);
+  const auto first = std::ranges::lower_bound(synonyms_, compound, {}, &Synonym::compound);
+  return {first, std::ranges::upper_bound(first, synonyms_.end(), compound, {}, &Synonym::compound)};
 }
 
 WideString Catalogue::synonymText(const Synonym& synonym) const {
@@ -184,12 +186,13 @@ WideString Catalogue::synonymText(const Synonym& synonym) const {
 }
 
 std::shared_ptr<const Catalogue> openCatalogue(WideView directory) {
-  thread_local std::array<CachedCatalogue, 4> cache;  // the last used first
+  static PerThread<std::array<CachedCatalogue, 4>> caches;
+  auto& cache = caches.get();  // the last used first
   const auto known = std::ranges::find(cache, directory, &CachedCatalogue::directory);
   if (known == cache.end() || directory.empty()) {
     CachedCatalogue entry = unread(directory);
     read(entry);
-    std::ranges::rotate(cache, cache.end() - 1);
+    std::rotate(cache.begin(), cache.end() - 1, cache.end());
     cache.front() = std::move(entry);
   } else {
     if (!holds(*known)) read(*known);

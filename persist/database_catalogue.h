@@ -1,10 +1,5 @@
 // What purecmp1.idx tells about a pure-component database: the fields of a data record, where each compound's record
 // is, and the synonyms. database_format.h has the layout, database_record.h reads the records.
-//
-// No value of the file is trusted. What the end of the file cuts off is not there: a header's missing numbers read as
-// zero, a field definition counts only when it is whole, an index record when both its numbers are, a synonym when its
-// number is (its text may be shortened). No count or size makes a loop or an allocation that the file's length does not
-// justify.
 #pragma once
 
 #include <chrono>
@@ -57,7 +52,10 @@ struct Synonym {
   std::uint32_t offset;  // of its text in the index file
 };
 
-// Immutable; answers look-ups from the retained bytes of the index file.
+// Immutable; answers look-ups from the retained bytes of the index file. No value of the file is trusted, and no count
+// or size in it makes a loop or an allocation that the file's length does not justify. What the end of the file cuts
+// off is not there: a header's missing numbers read as zero, a field definition counts only when it is whole, an index
+// record when both its numbers are, a synonym when its number is and its text has begun.
 class Catalogue {
  public:
   // Raises CQSCOMError(E_FAIL) when the sections cannot be positioned: a record length that is not positive, a negative

@@ -8,6 +8,7 @@
 
 #include "com/interfaces.h"
 #include "persist/byte_cursor.h"
+#include "platform/per_thread.h"
 
 namespace qs::database {
 namespace {
@@ -153,7 +154,8 @@ std::optional<Header> headerOf(const WideString& path, const InputFile& file) {
     FileWatch watch;
     Header header;
   };
-  thread_local LastRead last;
+  static PerThread<LastRead> lastReads;
+  LastRead& last = lastReads.get();
   if (last.path == path && last.watch.holds(file.stamp())) return last.header;
 
   if (last.path != path) last = {path, {}, {}};

@@ -1,8 +1,4 @@
 // Reads a compound's data record and hands its fields, decoded, to a sink; the sink knows what each name is for.
-//
-// Fields are read one after the other, each taking what its encoding takes. A number or an equation that the end of the
-// file cuts off is not delivered, nor is anything after it; a text or a group is delivered as far as it goes unless
-// nothing of it is there.
 #pragma once
 
 #include <cstddef>
@@ -47,9 +43,11 @@ class RecordSink {
   ~RecordSink() = default;
 };
 
-// Reads a whole record. E_FAIL when the data file cannot be opened or read or the record not positioned, when a text
-// reaches kTextLimit wide characters, or when a field other than a number has a negative size; fields before that one
-// have then been delivered. A record beyond the end of the file is S_OK with nothing delivered.
+// Reads a whole record: one field after the other, each taking what its encoding takes. A number or an equation that
+// the end of the file cuts off is not delivered, nor is anything after it; a text or a group is delivered as far as it
+// goes unless nothing of it is there. A record beyond the end of the file is thus S_OK with nothing delivered. E_FAIL
+// when the data file cannot be opened or read or the record not positioned, when a text reaches kTextLimit wide
+// characters, or when a field other than a number has a negative size; fields before that one have then been delivered.
 HRESULT readRecord(const Catalogue& catalogue, LONG dataRecord, RecordSink& sink);
 
 // The same from a data file in memory.
