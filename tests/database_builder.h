@@ -16,6 +16,8 @@
 
 namespace qs::test {
 
+inline WideString wide(std::string_view ascii) { return {ascii.begin(), ascii.end()}; }
+
 class Bytes {
  public:
   Bytes& integer(std::int64_t value, int width) {

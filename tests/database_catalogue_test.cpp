@@ -17,8 +17,6 @@ using namespace qs::test;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-WideString wide(std::string_view ascii) { return {ascii.begin(), ascii.end()}; }
-
 std::string numbered(std::string_view text, std::size_t number) {
   return std::string(text).append(std::to_string(number));
 }
@@ -82,17 +80,6 @@ TEST(DatabaseCatalogue, FieldKindsComparedAsPrefixesDecideOffsets) {
     offset += cases[i].bytes;
   }
   EXPECT_EQ(catalogue.recordBytes(), offset);
-}
-
-TEST(DatabaseCatalogue, NumbersDeclareAWidthOfTheirOwnInOffsetsOnly) {
-  const Catalogue catalogue(indexFile({fieldDefinition("A", 3, "Double"), fieldDefinition("B", 7, "Byte"),
-                                       fieldDefinition("C", 9, "Short Integer"),
-                                       fieldDefinition("D", 1, "Long Integer"), fieldDefinition("E", 2, "String")})
-                                .get());
-  std::vector<std::uint64_t> offsets;
-  for (const Field& field : catalogue.fields()) offsets.push_back(field.offset);
-  EXPECT_THAT(offsets, ElementsAre(0, 3, 10, 19, 20));
-  EXPECT_EQ(catalogue.recordBytes(), 8u + 1 + 2 + 4 + 2);
 }
 
 TEST(DatabaseCatalogue, NamesEndBeforeTrailingBlanksOrAtNul) {
