@@ -1,0 +1,166 @@
+#include "com/number_text.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "platform/text.h"
+#include "tests/comma_locale.h"
+
+namespace qs {
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+std::string written(double value) {
+  std::string text;
+  appendDouble(text, value);
+  return text;
+}
+
+TEST(NumberText, WritesSixSignificantDigits) {
+  const struct {
+    double value;
+    const char* text;
+  } rows[] = {
+      {0.0, "0"},
+      {-0.0, "-0"},
+      {1.0, "1"},
+      {-32767.0, "-32767"},
+      {0.344, "0.344"},
+      {100000.0, "100000"},
+      {999999.5, "1e+06"},
+      {999999.4, "999999"},
+      {1234567.0, "1.23457e+06"},
+      {1e-5, "1e-05"},
+      {0.0001, "0.0001"},
+      {0.00012345678, "0.000123457"},
+      {1e10, "1e+10"},
+      {1e15, "1e+15"},
+      {1e100, "1e+100"},
+      {-1.5e-300, "-1.5e-300"},
+      {2.5e-7, "2.5e-07"},
+      {std::numeric_limits<double>::max(), "1.79769e+308"},
+      {-std::numeric_limits<double>::denorm_min(), "-4.94066e-324"},
+      {kInfinity, "inf"},
+      {-kInfinity, "-inf"},
+      {kNaN, "nan"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(written(row.value), row.text);
+}
+
+TEST(NumberText, AppendsToEitherKindOfText) {
+  std::string narrow = "a";
+  appendDouble(narrow, -1.25e-7);
+  appendInteger(narrow, std::numeric_limits<std::int32_t>::min());
+  EXPECT_EQ(narrow, "a-1.25e-07-2147483648");
+
+  WideString wide = OLESTR("a");
+  appendDouble(wide, -1.25e-7);
+  appendInteger(wide, 2147483647);
+  EXPECT_EQ(wide, OLESTR("a-1.25e-072147483647"));
+}
+
+TEST(NumberText, ReadsDoubles) {
+  const struct {
+    std::string_view text;
+    double value;
+  } rows[] = {
+      {"", 0.0},
+      {" ", 0.0},
+      {"abc", 0.0},
+      {"-", 0.0},
+      {"+-5", 0.0},
+      {"--5", 0.0},
+      {"-+5", 0.0},
+      {".", 0.0},
+      {"e5", 0.0},
+      {"0.344", 0.344},
+      {" \t\n\v\f\r+12.5kg", 12.5},
+      {"-.5", -0.5},
+      {"5.", 5.0},
+      {"1e5", 1e5},
+      {"1E+05", 1e5},
+      {"1e", 1.0},
+      {"1e+", 1.0},
+      {"1,5", 1.0},
+      {"1 5", 1.0},
+      {"0.1000000000000000055511151231257827", 0.1},
+      {"1.7976931348623157e308", std::numeric_limits<double>::max()},
+      {"4.9406564584124654e-324", std::numeric_limits<double>::denorm_min()},
+      {"2.2250738585072011e-308", 2.2250738585072011e-308},
+      {"1e309", kInfinity},
+      {"-1e309", -kInfinity},
+      {"1e99999999999999999999", kInfinity},
+      {"1e-99999999999999999999", 0.0},
+      {"1e-400", 0.0},
+      {"0e999", 0.0},
+      {"0.0001e313 kPa", kInfinity},
+      {"1234567e-340", 0.0},
+      {"inf", kInfinity},
+      {"-INFINITY", -kInfinity},
+      {"0x", 0.0},
+      {"0xg", 0.0},
+      {"0x-1", 0.0},
+      {"0x1F", 31.0},
+      {"-0X.8p1", -1.0},
+      {"0x1.8p-1z", 0.75},
+      {"0x1p1024", kInfinity},
+      {"0x1p-1080", 0.0},
+      {std::string_view("7\0008", 3), 7.0},
+  };
+  for (const auto& row : rows) EXPECT_EQ(readDouble(row.text), row.value) << row.text;
+
+  EXPECT_TRUE(std::signbit(readDouble("-0")));
+  EXPECT_TRUE(std::signbit(readDouble("-1e-400")));
+  EXPECT_TRUE(std::isnan(readDouble(" NaN(2)")));
+  EXPECT_EQ(readDouble(std::string(400, '9')), kInfinity);
+  EXPECT_EQ(readDouble("0." + std::string(400, '0') + "1"), 0.0);
+  EXPECT_EQ(readDouble("0." + std::string(400, '0') + "1e800"), kInfinity);
+  EXPECT_EQ(readDouble("0." + std::string(400, '0') + "1e400"), 0.1);
+  EXPECT_EQ(readDouble("1" + std::string(400, '0') + "e-399"), 10.0);
+}
+
+TEST(NumberText, ReadsBackWhatItWrote) {
+  for (const double value : {0.0, 0.344, -32767.0, 1e-5, 1.23457e6, 6.02214e23, -9.99999e-310}) {
+    EXPECT_EQ(readDouble(written(value)), value) << written(value);
+  }
+}
+
+TEST(NumberText, ReadsIntegers) {
+  const struct {
+    std::string_view text;
+    std::int32_t value;
+  } rows[] = {
+      {"", 0},
+      {"x", 0},
+      {" \t\n\v\f\r+7", 7},
+      {"-12abc", -12},
+      {"3.9", 3},
+      {"1e3", 1},
+      {"0x10", 0},
+      {"+-5", 0},
+      {"--5", 0},
+      {"2147483647", 2147483647},
+      {"2147483648", 2147483647},
+      {"-2147483648", -2147483647 - 1},
+      {"-2147483649", -2147483647 - 1},
+      {"99999999999999999999999999", 2147483647},
+      {"-99999999999999999999999999", -2147483647 - 1},
+  };
+  for (const auto& row : rows) EXPECT_EQ(readInteger(row.text), row.value) << row.text;
+}
+
+TEST(NumberText, IgnoresTheLocale) {
+  const CommaLocale locale;
+  if (!locale.installed()) GTEST_SKIP() << "no locale with a decimal comma is installed";
+  EXPECT_EQ(written(1234.5), "1234.5");
+  EXPECT_EQ(readDouble("2.75"), 2.75);
+  EXPECT_EQ(readDouble("2,75"), 2.0);
+}
+
+}  // namespace
+}  // namespace qs

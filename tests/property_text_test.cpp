@@ -1,0 +1,181 @@
+#include "props/property_text.h"
+
+#include "tests/comma_locale.h"
+#include "tests/property_support.h"
+
+namespace qs {
+namespace {
+
+using testing::ElementsAre;
+
+std::vector<double> coefficients(const CQSAbstractProp& property) {
+  LONG count = 0;
+  property.GetNumbOfParameters(&count);
+  std::vector<double> values(static_cast<std::size_t>(count));
+  for (LONG i = 0; i < count; ++i) property.GetParameter(i, &values[static_cast<std::size_t>(i)]);
+  return values;
+}
+
+TEST(PropertyText, ReadsTheFirstOccurrenceOfAKey) {
+  const struct {
+    WideView key;
+    WideView text;
+    std::optional<WideView> value;
+  } rows[] = {
+      {OLESTR("A"), OLESTR("A(1)"), OLESTR("1")},       {OLESTR("A"), OLESTR("x A() B(2)"), OLESTR("")},
+      {OLESTR("A"), OLESTR("BA(1) A(2)"), OLESTR("1")}, {OLESTR("A"), OLESTR("A(f(x)) "), OLESTR("f(x")},
+      {OLESTR("A"), OLESTR("A A(2)"), std::nullopt},    {OLESTR("A"), OLESTR("A (2)"), std::nullopt},
+      {OLESTR("A"), OLESTR("A(2"), std::nullopt},       {OLESTR("A"), OLESTR("A("), std::nullopt},
+      {OLESTR("A"), OLESTR("A"), std::nullopt},         {OLESTR("A"), OLESTR("a(1)"), std::nullopt},
+      {OLESTR("A"), OLESTR(""), std::nullopt},
+  };
+  for (const auto& row : rows) EXPECT_EQ(ReadKeyValue(row.key, row.text), row.value) << narrow(row.text);
+}
+
+TEST(PropertyText, PointStoresSixDigits) {
+  const struct {
+    double value;
+    const char* text;
+  } rows[] = {
+      {0.344, "Value(0.344)"}, {1234567.0, "Value(1.23457e+06)"}, {-32767.0, "Value(-32767)"}, {1e-12, "Value(1e-12)"}};
+  for (const auto& row : rows) {
+    CQSPointProp point;
+    point.SetValue(row.value);
+    EXPECT_EQ(stored(point), row.text);
+  }
+}
+
+TEST(PropertyText, PointRecallsAnything) {
+  const std::string fits(75, '0');
+  const struct {
+    std::string text;
+    double value;
+  } rows[] = {
+      {"Value(0.344)", 0.344},
+      {"noise Value( 12.5 kg) Value(3)", 12.5},
+      {"Value()", 0.0},
+      {"Value(x)", 0.0},
+      {"", 0.0},
+      {"value(3)", 0.0},
+      {"Value(3", 0.0},
+      {"Value(" + fits + "12.5)", 12.5},   // 79 bytes
+      {"Value(" + fits + "012.5)", 99.0},  // 80 bytes do not fit: unchanged
+  };
+  for (const auto& row : rows) {
+    CQSPointProp point;
+    point.SetValue(99.0);
+    recall(point, row.text);
+    EXPECT_EQ(evaluate(point).value, row.value) << row.text;
+  }
+  CQSPointProp point;
+  EXPECT_EQ(point.Recall(nullptr), S_OK);
+  EXPECT_EQ(evaluate(point).value, 0.0);
+}
+
+TEST(PropertyText, PlaceholderIsVoid) {
+  CQSVoidProp placeholder;
+  EXPECT_EQ(stored(placeholder), "Void");
+  recall(placeholder, "Value(3)");
+  EXPECT_EQ(placeholder.Recall(nullptr), S_OK);
+  EXPECT_EQ(stored(placeholder), "Void");
+}
+
+TEST(PropertyText, ComponentStoresClassNameAndContent) {
+  FakeComponent fake;
+  CQSCOMProp property;
+  EXPECT_EQ(stored(property), "ClassName() ComContent()");
+  property.SetCOMClassName(Bstr(OLESTR("Vendor.Cp")).get());
+  property.SetCOMObject(&fake);
+  EXPECT_EQ(stored(property), "ClassName(Vendor.Cp) ComContent(k=1)");
+  fake.result = E_FAIL;
+  EXPECT_EQ(stored(property), "ClassName(Vendor.Cp) ComContent()");
+
+  recall(property, "ComContent(x) ClassName(Other.Cp)");
+  EXPECT_EQ(stored(property), "ClassName(Other.Cp) ComContent()");
+  BSTR name = nullptr;
+  recall(property, "ClassName()");
+  EXPECT_EQ(property.GetCOMClassName(&name), S_OK);
+  EXPECT_EQ(taken(name), "");
+  recall(property, "Name(x)");
+  EXPECT_EQ(property.GetCOMClassName(&name), S_FALSE);
+}
+
+TEST(PropertyText, EquationStoresEveryField) {
+  EXPECT_EQ(stored(*equation(PropCurveANTO1)),
+            "Tmin(1e-05) Tmax(1e+10) Pmin(1e-05) Pmax(1e+15) nParams(5) Values(-32767,-32767,-32767,-32767,-32767) "
+            "Xshape(1) Yshape(1) Xnorm(1) Ynorm(1) Xpow(1) Ypow(1) A(-32767) B(-32767)");
+  EXPECT_EQ(stored(*equation(PropCurveVoid)),
+            "Tmin(1e-05) Tmax(1e+10) Pmin(1e-05) Pmax(1e+15) nParams(0) Values() "
+            "Xshape(1) Yshape(1) Xnorm(1) Ynorm(1) Xpow(1) Ypow(1) A(-32767) B(-32767)");
+
+  const std::string text =
+      "Tmin(250.5) Tmax(500) Pmin(-2) Pmax(1e+06) nParams(3) Values(1.5,-2e-07,1e+20) "
+      "Xshape(26) Yshape(7) Xnorm(2) Ynorm(3) Xpow(0.5) Ypow(4) A(5) B(6.25)";
+  const auto curve = equation(PropCurvePOLY2);
+  recall(*curve, text);
+  EXPECT_EQ(stored(*curve), text);
+}
+
+TEST(PropertyText, EquationRecallsWhatIsThere) {
+  const auto curve = equation(PropCurvePOLY2);
+  curve->SetXYShape(26, 7);
+  curve->SetXYNorm(2.0, 3.0);
+  curve->SetXYPow(4.0, 5.0);
+  curve->SetAB(6.0, 7.0);
+  curve->SetTRange(10.0, 20.0);
+  recall(*curve, "Tmax(x) Yshape(8) Ypow() B(70) nonsense");
+  EXPECT_EQ(stored(*curve),
+            "Tmin(0) Tmax(0) Pmin(0) Pmax(0) nParams(3) Values(-32767,-32767,-32767) "
+            "Xshape(26) Yshape(8) Xnorm(2) Ynorm(3) Xpow(4) Ypow(0) A(6) B(70)");
+  EXPECT_EQ(curve->Recall(nullptr), S_OK);
+}
+
+TEST(PropertyText, EquationRecallsNoMoreValuesThanEitherCount) {
+  const struct {
+    std::string text;
+    std::vector<double> values;
+  } rows[] = {
+      {"nParams(5) Values(1,2,3,4,5)", {1, 2, 3, 4, 5}},
+      {"nParams(3) Values(1,2,3)", {1, 2, 3, 94, 95}},
+      {"nParams(3) Values(1,2,3,4,5)", {1, 2, 3, 94, 95}},
+      {"nParams(7) Values(1,2,3,4,5,6,7)", {1, 2, 3, 4, 5}},
+      {"nParams(5) Values(1,2,3,4,5,6,7,8,9)", {1, 2, 3, 4, 5}},
+      {"nParams(5) Values(1,2)", {1, 2, 93, 94, 95}},
+      {"nParams(5) Values(,1,, 2e1x,,x,4,)", {1, 20, 0, 4, 95}},
+      {"nParams(0) Values(1,2,3,4,5)", {91, 92, 93, 94, 95}},
+      {"nParams(-1) Values(1,2)", {91, 92, 93, 94, 95}},
+      {"nParams(-2147483648) Values(1,2)", {91, 92, 93, 94, 95}},
+      {"nParams(2147483647) Values(1,2)", {1, 2, 93, 94, 95}},
+      {"nParams(99999999999) Values(1,2,3,4,5,6)", {1, 2, 3, 4, 5}},
+      {"Values(1,2,3,4,5)", {91, 92, 93, 94, 95}},
+      {"nParams(5)", {91, 92, 93, 94, 95}},
+      {"nParams(5) Values()", {91, 92, 93, 94, 95}},
+      {"nParams(5) Values(,,,)", {91, 92, 93, 94, 95}},
+  };
+  for (const auto& row : rows) {
+    const auto curve = equation(PropCurveVELDB1);
+    const double before[] = {91, 92, 93, 94, 95};
+    curve->SetParameters(before, 5);
+    recall(*curve, row.text);
+    EXPECT_EQ(coefficients(*curve), row.values) << row.text;
+    LONG count = 0;
+    curve->GetNumbOfParameters(&count);
+    EXPECT_EQ(count, 5) << row.text;
+  }
+  const auto empty = equation(PropCurveVoid);
+  recall(*empty, "nParams(3) Values(1,2,3)");
+  EXPECT_THAT(coefficients(*empty), ElementsAre());
+}
+
+TEST(PropertyText, IgnoresTheLocale) {
+  const CommaLocale locale;
+  if (!locale.installed()) GTEST_SKIP() << "no locale with a decimal comma is installed";
+  const auto curve = equation(PropCurveEXPO2);
+  recall(*curve, "Tmin(1.5) nParams(2) Values(2.5,3.5) Xnorm(4.5)");
+  EXPECT_EQ(stored(*curve),
+            "Tmin(1.5) Tmax(0) Pmin(0) Pmax(0) nParams(2) Values(2.5,3.5) "
+            "Xshape(1) Yshape(1) Xnorm(4.5) Ynorm(1) Xpow(1) Ypow(1) A(-32767) B(-32767)");
+}
+
+}  // namespace
+}  // namespace qs
