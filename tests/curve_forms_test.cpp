@@ -25,11 +25,11 @@ struct FormCase {
   std::vector<double> coefficients;
   std::array<double, 3> temperatures;
   Real (*expected)(Real x, Coefficients c);
-  double ulps;  // the largest error allowed, see kFormCases
+  double ulps;  // the largest error allowed, in units of the last place
 };
 
-// Rounding a sum of terms costs half a unit of its largest term, and an exponential multiplies that by the size of its
-// argument; the bounds follow from the largest terms of each row. Two maths libraries differ by less than these bounds.
+// A sum is good to two units in the last place; an exponential multiplies the error of its argument by the size of it,
+// about 18 in VELDB8. The maths libraries of the targets differ by less than a hundredth of a unit at these points.
 const std::vector<FormCase>& formCases() {
   static const std::vector<FormCase> cases = {
       {0,
@@ -38,7 +38,7 @@ const std::vector<FormCase>& formCases() {
        {3.5, 0.25, 1.5e-3, 2e-7, 3e-10},
        {200, 350.5, 900},
        [](Real x, Coefficients c) { return (((c[4] * x + c[3]) * x + c[2]) * x + c[1]) * x + c[0]; },
-       3},
+       2},
       {1,
        "PropCurveVELDB2",
        "Y = A + B/X + C*lnX + D*X + E*X^2",
@@ -52,7 +52,7 @@ const std::vector<FormCase>& formCases() {
        {3.5, 0.25, 1.5e-3, 2e-7, 3e-10, 4e-13},
        {200, 350.5, 900},
        [](Real x, Coefficients c) { return ((((c[5] * x + c[4]) * x + c[3]) * x + c[2]) * x + c[1]) * x + c[0]; },
-       3},
+       2},
       {3,
        "PropCurveVELDB4",
        "Y = exp(A + B/X + C*lnX + D*X^E)",
@@ -61,7 +61,7 @@ const std::vector<FormCase>& formCases() {
        [](Real x, Coefficients c) {
          return std::exp(c[0] + c[1] / x) * raised(x, c[2]) * std::exp(c[3] * raised(x, c[4]));
        },
-       8},
+       2},
       {4,
        "PropCurveVELDB5",
        "Y = exp(A + B/(C+X) + D*lnX + E*X^F)",
@@ -70,28 +70,28 @@ const std::vector<FormCase>& formCases() {
        [](Real x, Coefficients c) {
          return std::exp(c[0] + c[1] / (c[2] + x)) * raised(x, c[3]) * std::exp(c[4] * raised(x, c[5]));
        },
-       8},
+       3},
       {5,
        "PropCurveVELDB6",
        "Y = A*X^(B/(C+D/X+E/X^2))",
        {2.5, 0.75, 1.25, 30, 400},
        {200, 350.5, 900},
        [](Real x, Coefficients c) { return c[0] * std::exp(ln(x) * c[1] * x * x / ((c[2] * x + c[3]) * x + c[4])); },
-       6},
+       2},
       {6,
        "PropCurveVELDB7",
        "Y = A/B^(1+(1-X/C)^D)",
        {1.25, 0.27, 560, 0.2857},
        {200, 350.5, 500},
        [](Real x, Coefficients c) { return c[0] * std::exp(-ln(c[1]) * (1 + raised((c[2] - x) / c[2], c[3]))); },
-       4},
+       2},
       {7,
        "PropCurveVELDB8",
        "lnY = ln(A) + ln(1-X)*(B+C*X+D*X^2+E*X^3)",
        {5.2e7, 0.3, -0.2, 0.25, 0.1},
        {0.3, 0.55, 0.9},
        [](Real x, Coefficients c) { return c[0] * raised(1 - x, c[1] + (c[2] + (c[3] + c[4] * x) * x) * x); },
-       24},
+       8},
       {8,
        "PropCurveDIPPR107",
        "Y = A + B(C/(X*sinh(C/X)))^2+D(E/(X*cosh(E/X)))^2",
@@ -109,7 +109,7 @@ const std::vector<FormCase>& formCases() {
        {9e9, 0.25, 1.5e-3, 2e-7, 3e-10, 4e-13},
        {200, 350.5, 900},
        [](Real x, Coefficients c) { return (((5 * c[5] * x + 4 * c[4]) * x + 3 * c[3]) * x + 2 * c[2]) * x + c[1]; },
-       3},
+       2},
       {10,
        "PropCurveVELDB10",
        "Y = B*ln(X) + 2*C*X + (3/2)*D*X^2 + (4/3)*E*X^3 + (5/4)*F*X^4 + G",
@@ -119,7 +119,7 @@ const std::vector<FormCase>& formCases() {
          return c[1] * ln(x) + 2 * c[2] * x + 3 * c[3] * x * x / 2 + Real(1.33333333333) * c[4] * x * x * x +
                 5 * c[5] * x * x * x * x / 4 + c[6];
        },
-       3},
+       2},
       {11,
        "PropCurveDIPPR101",
        "Y = exp(A + B/X + ClnX + D*X^E)",
@@ -128,21 +128,21 @@ const std::vector<FormCase>& formCases() {
        [](Real x, Coefficients c) {
          return std::exp(c[0] + c[1] / x) * raised(x, c[2]) * std::exp(c[3] * raised(x, c[4]));
        },
-       8},
+       2},
       {12,
        "PropCurveDIPPR102",
        "Y = A*X^B/(1 + C/X + D/X^2)",
        {1.7e-6, 0.45, 290, 2000},
        {200, 350.5, 900},
        [](Real x, Coefficients c) { return c[0] * raised(x, c[1] + 2) / ((x + c[2]) * x + c[3]); },
-       4},
+       2},
       {13,
        "PropCurveDIPPR103",
        "Y = A + B*exp(-C/X^D)",
        {1.5, 2.5, 40, 0.75},
        {200, 350.5, 900},
        [](Real x, Coefficients c) { return c[0] + c[1] * std::exp(-c[2] * raised(x, -c[3])); },
-       3},
+       2},
       {14,
        "PropCurveDIPPR104",
        "Y = A + B/X + C/X^3 + D/X^8 + E/X^9",
@@ -151,7 +151,7 @@ const std::vector<FormCase>& formCases() {
        [](Real x, Coefficients c) {
          return c[0] + c[1] / x + (c[2] + (c[3] + c[4] / x) / (x * x * x * x * x)) / (x * x * x);
        },
-       3},
+       2},
       {15,
        "PropCurveDIPPR106",
        "Y = A(1-X/F)^(B + C*(X/F) + D*(X/F)^2 + E*(X/F)^3)",
@@ -161,7 +161,7 @@ const std::vector<FormCase>& formCases() {
          const Real r = x / c[5];
          return c[0] * raised(1 - r, c[1] + (c[2] + (c[3] + c[4] * r) * r) * r);
        },
-       6},
+       2},
       {16,
        "PropCurveDIPPR114",
        "Y = A^2/(1-X/E)+B-2AC(1-X/E)-AD(1-X/E)^2-C^2(1-X/E)^3/3-CD(1-X/E)^4/2-D^2(1-X/E)^5/5",
@@ -173,7 +173,7 @@ const std::vector<FormCase>& formCases() {
          const Real integral = t * t * t * (c[2] * c[2] / 3 + c[2] * c[3] * t / 2 + c[3] * c[3] * t * t / 5);
          return c[0] * c[0] / t + c[1] - c[0] * t * (c[2] + slope) - integral;
        },
-       6},
+       2},
       {17,
        "PropCurveDIPPR115",
        "Y = exp(A + B/T + Cln(T) + DT^2 + E/T^2)",
@@ -197,7 +197,7 @@ const std::vector<FormCase>& formCases() {
        {3.5, 0.25, 1.5e-3},
        {-200, 350.5, 900},
        [](Real x, Coefficients c) { return (c[2] * x + c[1]) * x + c[0]; },
-       8},
+       2},
       {20,
        "PropCurvePOLY3",
        "Y = A + B*X + C*X^2 + D*ln(X^3 -E)",
@@ -225,14 +225,14 @@ const std::vector<FormCase>& formCases() {
        {2.5, 1.75, 1.25, 30, 400},
        {200, 350.5, 900},
        [](Real x, Coefficients c) { return c[0] * std::exp(ln(c[1]) * ((c[2] * x + c[3]) * x + c[4]) / x / x); },
-       4},
+       2},
       {24,
        "PropCurveEXPO1",
        "Y = A + B*exp(C/X^D)",
        {1.5, 2.5, 40, 0.75},
        {200, 350.5, 900},
        [](Real x, Coefficients c) { return c[0] + c[1] * std::exp(c[2] * raised(x, -c[3])); },
-       3},
+       2},
       {25,
        "PropCurveEXPO2",
        "Y = A + X^B",
@@ -253,7 +253,7 @@ const std::vector<FormCase>& formCases() {
        {1.5, 200, 3e4, 4e6, 5e8},
        {200, 350.5, 900},
        [](Real x, Coefficients c) { return c[0] + (c[1] + (c[2] + (c[3] + c[4] / x) / x) / x) / x; },
-       3},
+       2},
       {28,
        "PropCurveKFAC4",
        "Y = A + B/X + C*lnX + D*X^2 + E*X^3",
@@ -269,7 +269,7 @@ const std::vector<FormCase>& formCases() {
        [](Real x, Coefficients c) {
          return x * (c[0] + c[1] * std::sqrt(x) + x * x * (c[2] + c[3] * x * x * x)) / (1 - x);
        },
-       4},
+       2},
       {30,
        "PropCurvePPDS8",
        "Y = (A*(1 + BX^(1/3) + CX^(2/3) + DX)",
@@ -279,14 +279,14 @@ const std::vector<FormCase>& formCases() {
          const Real root = third(x);
          return c[0] * (1 + root * (c[1] + root * (c[2] + c[3] * root)));
        },
-       3},
+       2},
       {31,
        "PropCurvePPDS9",
        "Y = 1000*E*e^(AX^(1/3)+BX^(4/3))",
        {1.25, 0.5, 9e9, 9e9, 3e-5},
        {0.3, 0.55, 0.9},
        [](Real x, Coefficients c) { return 1000 * c[4] * std::exp(third(x) * (c[0] + c[1] * x)); },
-       5},
+       2},
       {32,
        "PropCurvePPDS10",
        "Y = A + B*X^0.35 + C*X^(2/3) + D*X + E*X^(4/3)",
@@ -306,14 +306,14 @@ const std::vector<FormCase>& formCases() {
          const Real six = raised(x, 6);
          return Real(8.314) * (((c[2] * x + c[1]) * x + c[0]) * x + six * (c[3] + c[4] * six * six));
        },
-       3},
+       2},
       {34,
        "PropCurvePPDS14",
        "Y = A*X^B*(1 + C*X)",
        {0.06, 1.25, 0.15},
        {0.3, 0.55, 0.9},
        [](Real x, Coefficients c) { return c[0] * std::exp(c[1] * ln(x)) * (1 + c[2] * x); },
-       4},
+       2},
       {35,
        "PropCurvePPDS15",
        "Y = R*(A/X + B + C*X + D*X^2 + E*X^3 + F*X^4)",
@@ -322,7 +322,7 @@ const std::vector<FormCase>& formCases() {
        [](Real x, Coefficients c) {
          return Real(8.314) * (c[0] / x + c[1] + (c[2] + (c[3] + (c[4] + c[5] * x) * x) * x) * x);
        },
-       3},
+       2},
       {36,
        "PropCurvePPDS16",
        "Y = (A*X + B*X^1.5 + C*X^2.5 + D*X^5)/(1-X)",
@@ -332,7 +332,7 @@ const std::vector<FormCase>& formCases() {
          const Real root = std::sqrt(x);
          return x * (c[0] + root * (c[1] + c[2] * x) + c[3] * x * x * x * x) / (1 - x);
        },
-       4},
+       3},
       {37,
        "PropCurvePPDS17",
        "Y = (1/(B*(C + DX)^-(1+X^(2/7)))",
@@ -342,7 +342,7 @@ const std::vector<FormCase>& formCases() {
          const Real base = c[2] + c[3] * x;
          return base * raised(base, raised(x, 2.0L / 7)) / c[1];
        },
-       4},
+       2},
   };
   return cases;
 }

@@ -1,0 +1,85 @@
+// Runs a fuzz target without libFuzzer: on every file named, or else on the target's seeds and on a fixed number of
+// pseudo-random mutations of them, the same at every run.
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <random>
+
+#include "fuzz/fuzz_target.h"
+
+namespace {
+
+constexpr int kMutations = 100000;
+constexpr std::size_t kLargestInput = 1 << 16;
+
+void runOn(const std::string& input) {
+  LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
+}
+
+class Mutator {
+ public:
+  explicit Mutator(const std::vector<std::string>& seeds) : seeds_(seeds) {}
+
+  std::string next() {
+    std::string input = seed();
+    for (std::size_t changes = 1 + below(4); changes > 0; --changes) change(input);
+    if (input.size() > kLargestInput) input.resize(kLargestInput);
+    return input;
+  }
+
+ private:
+  std::size_t below(std::size_t limit) { return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random_); }
+  const std::string& seed() { return seeds_[below(seeds_.size())]; }
+  char byte() { return static_cast<char>(below(256)); }
+
+  void change(std::string& input) {
+    const std::size_t at = below(input.size() + 1);
+    const std::size_t length = std::min(below(8) + 1, input.size() - at);
+    switch (below(6)) {
+      case 0:
+        input.insert(at, 1, byte());
+        break;
+      case 1:
+        input.erase(at, length);
+        break;
+      case 2:
+        std::generate_n(input.begin() + static_cast<std::ptrdiff_t>(at), length, [this] { return byte(); });
+        break;
+      case 3:
+        input.insert(at, input.substr(below(input.size() + 1), below(64)));
+        break;
+      case 4:
+        input.resize(at);
+        break;
+      default: {
+        const std::string& other = seed();
+        input.replace(at, length, other.substr(below(other.size() + 1), below(64)));
+      }
+    }
+  }
+
+  const std::vector<std::string>& seeds_;
+  std::mt19937_64 random_{20261121};
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    std::ifstream file(argv[i], std::ios::binary);
+    if (!file) {
+      std::cerr << "cannot read " << argv[i] << '\n';
+      return EXIT_FAILURE;
+    }
+    runOn(std::string(std::istreambuf_iterator<char>(file), {}));
+  }
+  if (argc > 1) return EXIT_SUCCESS;
+
+  const std::vector<std::string> seeds = qs::fuzzSeeds();
+  for (const std::string& seed : seeds) runOn(seed);
+  Mutator mutator(seeds);
+  for (int i = 0; i < kMutations; ++i) runOn(mutator.next());
+  return EXIT_SUCCESS;
+}
