@@ -49,8 +49,8 @@ class CurveBase : public CQSAbstractProp {
   // `parameters` is the array that the derived class owns.
   CurveBase(const EquationForm& form, std::span<double> parameters) : form_(form), Parameters(parameters) {}
 
-  // False when the transformation fails. The usual case, none at all, is settled here; the rest works on a copy so that
-  // the value can stay in a register.
+  // False when the transformation fails. The usual cases are settled here; the rest works on a copy, so that the value
+  // can stay in a register.
   bool transformX(double P, double& x) const {
     if (XShape == COMx && XPow == 1.0) return x != kEmptyValue;
     double transformed = x;
@@ -60,6 +60,10 @@ class CurveBase : public CQSAbstractProp {
   }
   bool transformY(double P, double& y) const {
     if (YShape == COMx && YPow == 1.0) return y != kEmptyValue;
+    if (YShape == COMlnx && YPow == 1.0) {
+      y = std::exp(y);
+      return true;
+    }
     double transformed = y;
     const bool valid = transformBack({YShape, YNorm, YPow, A, B}, P, &transformed);
     y = transformed;
