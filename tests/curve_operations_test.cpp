@@ -1,5 +1,5 @@
 // Coefficients, ranges, transformation settings and copying, which all equations share.
-#include "tests/property_support.h"
+#include "tests/support/properties.h"
 
 namespace qs {
 namespace {

@@ -1,8 +1,8 @@
 // The transformations of X and Y, seen through an equation whose form is Y = X.
 #include <cmath>
 
-#include "tests/property_support.h"
-#include "tests/ulps.h"
+#include "tests/support/properties.h"
+#include "tests/support/ulps.h"
 
 namespace qs {
 namespace {

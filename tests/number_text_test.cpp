@@ -7,7 +7,7 @@
 #include <string>
 
 #include "platform/text.h"
-#include "tests/comma_locale.h"
+#include "tests/support/comma_locale.h"
 
 namespace qs {
 namespace {

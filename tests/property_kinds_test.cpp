@@ -1,7 +1,7 @@
 // Points, placeholders and component properties, and what every kind answers to operations it does not support.
 #include <cstring>
 
-#include "tests/property_support.h"
+#include "tests/support/properties.h"
 
 namespace qs {
 namespace {

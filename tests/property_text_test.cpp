@@ -1,7 +1,7 @@
 #include "props/property_text.h"
 
-#include "tests/comma_locale.h"
-#include "tests/property_support.h"
+#include "tests/support/comma_locale.h"
+#include "tests/support/properties.h"
 
 namespace qs {
 namespace {
