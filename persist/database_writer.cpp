@@ -1,0 +1,414 @@
+#include "persist/database_writer.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <fstream>
+#include <limits>
+#include <set>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "persist/database_format.h"
+#include "platform/text.h"
+#include "props/forms.h"
+#include "props/property.h"
+
+namespace qs::database {
+namespace {
+
+constexpr double kVersion = 2.0;  // shapes are stored as they are used
+constexpr std::int16_t kEmptyShort = -32767;
+constexpr std::int32_t kEmptyLong = -32767;
+constexpr std::size_t kMostSynonyms = 64;
+constexpr std::size_t kSynonymLength = kRecordLength - sizeof(std::int32_t);
+constexpr std::size_t kIdealGasCoefficients = 7;
+// Readers keep the index file in memory and refuse larger ones.
+constexpr std::uint64_t kLargestIndexFile = (std::uint64_t{1} << 31) - 1;
+
+// The identity fields, in the order of the data record.
+struct TextField {
+  std::string_view name;
+  std::size_t size;
+  std::string CompoundData::*value;
+};
+constexpr TextField kTextFields[] = {
+    {"PName", 50, &CompoundData::name},
+    {"CName", 100, &CompoundData::iupacName},
+    {"Formula", 30, &CompoundData::formula},
+    {"CASN", 20, &CompoundData::cas},
+};
+static_assert(kTextFields[0].size <= kIndexNameLength && kTextFields[3].size <= kIndexIdentifierLength);
+
+struct LongField {
+  std::string_view name;
+  std::optional<std::int32_t> CompoundData::*value;
+};
+constexpr LongField kLongFields[] = {
+    {"DIPPRID", &CompoundData::dipprId}, {"DDBID", &CompoundData::ddbId},      {"PPDSID", &CompoundData::ppdsId},
+    {"CMAID", &CompoundData::cmaId},     {"PPkg", &CompoundData::ppAttribute},
+};
+
+struct ShortField {
+  std::string_view name;
+  std::int16_t (*value)(const CompoundData&);
+};
+constexpr ShortField kShortFields[] = {
+    {"Family", [](const CompoundData& c) { return c.family ? static_cast<std::int16_t>(*c.family) : kEmptyShort; }},
+    {"NonCondensable",
+     [](const CompoundData& c) { return c.nonCondensable ? std::int16_t{*c.nonCondensable} : kEmptyShort; }},
+    {"SubComp", [](const CompoundData&) { return kEmptyShort; }},
+};
+constexpr std::string_view kGroupField = "UNIFAC";
+
+// A reader that finds no PRPVOLT replaces COSTALDACEN by the value of SRKVC, so both are always there, if only empty.
+constexpr Key kDeclaredConstants[] = {Key::PRPVOLT, Key::SRKVC};
+
+std::string keyName(Key key) { return narrow(nameOf(key)); }
+
+[[noreturn]] void refuse(const CompoundData& compound, std::string_view field, std::string_view why) {
+  throw std::invalid_argument(describe(compound).append(", ").append(field).append(": ").append(why));
+}
+
+void checkText(const CompoundData& compound, std::string_view field, std::string_view text, std::size_t limit) {
+  if (text.size() > limit) refuse(compound, field, "longer than " + std::to_string(limit) + " bytes");
+  if (!std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; })) {
+    refuse(compound, field, "a character is not printable ASCII");
+  }
+  if (text.ends_with(' ')) refuse(compound, field, "a blank at the end would be lost");
+}
+
+void checkReal(const CompoundData& compound, std::string_view field, double value) {
+  if (!std::isfinite(value)) refuse(compound, field, "not a finite number");
+  if (value == kEmptyValue) refuse(compound, field, "-32767 stands for a value that is not set");
+}
+
+void checkIdentity(const CompoundData& compound) {
+  if (compound.number < 1) refuse(compound, "number", "less than 1");
+  for (const TextField& field : kTextFields) checkText(compound, field.name, compound.*field.value, field.size);
+  if (compound.name.empty()) refuse(compound, "PName", "empty");
+  for (const LongField& field : kLongFields) {
+    if (compound.*field.value == kEmptyLong) refuse(compound, field.name, "-32767 stands for a value that is not set");
+  }
+  if (compound.family && (*compound.family < eHydrocarbon || *compound.family > ePolymer)) {
+    refuse(compound, "Family", "no such family");
+  }
+  constexpr int kMostShort = std::numeric_limits<std::int16_t>::max();
+  for (const auto& [subgroup, count] : compound.unifac) {
+    if (subgroup < 1 || subgroup > kMostShort || count < 1 || count > kMostShort) {
+      refuse(compound, kGroupField, "a sub-group or a count is not within 1 to 32767");
+    }
+  }
+  if (compound.synonyms.size() > kMostSynonyms) {
+    refuse(compound, "synonyms", "more than " + std::to_string(kMostSynonyms));
+  }
+  for (const std::string& synonym : compound.synonyms) {
+    if (synonym.empty()) refuse(compound, "synonyms", "empty");
+    checkText(compound, "synonyms", synonym, kSynonymLength);
+  }
+}
+
+// The coefficients of a form; an ideal-gas enthalpy has the entropy constant besides.
+std::size_t coefficientCount(Key key, tagEquationShapeEnum form) {
+  return key == Key::IGH ? kIdealGasCoefficients : static_cast<std::size_t>(kEquationForms[form].coefficients);
+}
+
+void checkCorrelation(const CompoundData& compound, Key key, const Correlation& correlation) {
+  const std::string name = keyName(key);
+  if (static_cast<std::size_t>(correlation.form) >= kFormCount) refuse(compound, name, "no such form");
+  if (key == Key::IGH && correlation.form != PropCurveVELDB3) {
+    refuse(compound, name, "heat capacity and entropy follow from the form VELDB3 only");
+  }
+  const std::size_t given = correlation.coefficients.size();
+  if (const std::size_t wanted = coefficientCount(key, correlation.form); given != wanted) {
+    refuse(compound, name, std::to_string(given) + " coefficients instead of " + std::to_string(wanted));
+  }
+  for (const double coefficient : correlation.coefficients) checkReal(compound, name, coefficient);
+  for (const double value : {correlation.tmin, correlation.tmax, correlation.pmin, correlation.pmax, correlation.xPower,
+                             correlation.yPower}) {
+    checkReal(compound, name, value);
+  }
+  if (correlation.tmin > correlation.tmax) refuse(compound, name, "tmin is above tmax");
+  if (correlation.pmin > correlation.pmax) refuse(compound, name, "pmin is above pmax");
+  for (const tagXYShapeEnum shape : {correlation.xShape, correlation.yShape}) {
+    if (shape < COMx || shape > COMlnxp) refuse(compound, name, "no such transformation");
+  }
+}
+
+bool derivesFromEnthalpy(Key key) { return key == Key::IGCP || key == Key::IGS; }
+
+// What a compound's field holds. Readers derive IGCP and IGS from IGH, but a later field replaces them, so where other
+// compounds bring such a field of their own, the derived correlation is written out.
+std::optional<Correlation> correlationOf(const CompoundData& compound, Key key) {
+  if (const auto own = compound.correlations.find(key); own != compound.correlations.end()) return own->second;
+  const auto enthalpy = compound.correlations.find(Key::IGH);
+  if (!derivesFromEnthalpy(key) || enthalpy == compound.correlations.end()) return std::nullopt;
+  Correlation derived = enthalpy->second;
+  derived.form = key == Key::IGCP ? PropCurveVELDB9 : PropCurveVELDB10;
+  derived.coefficients.resize(coefficientCount(key, derived.form));
+  derived.xShape = derived.yShape = COMx;
+  derived.xPower = derived.yPower = 1.0;
+  return derived;
+}
+
+// The fields whose number and sizes depend on the compounds.
+struct Layout {
+  std::size_t groups = 0;
+  std::set<Key> constants{std::begin(kDeclaredConstants), std::end(kDeclaredConstants)};
+  std::map<Key, std::size_t> correlations;  // with the largest number of coefficients
+};
+
+Layout checkedLayout(std::span<const CompoundData> compounds) {
+  Layout layout;
+  std::set<std::int32_t> numbers;
+  for (const CompoundData& compound : compounds) {
+    checkIdentity(compound);
+    if (!numbers.insert(compound.number).second) refuse(compound, "number", "given to two compounds");
+    layout.groups = std::max(layout.groups, compound.unifac.size());
+    for (const auto& [key, value] : compound.constants) {
+      checkReal(compound, keyName(key), value);
+      layout.constants.insert(key);
+    }
+    for (const auto& [key, correlation] : compound.correlations) {
+      checkCorrelation(compound, key, correlation);
+      std::size_t& size = layout.correlations[key];
+      size = std::max(size, correlation.coefficients.size());
+    }
+  }
+  for (const CompoundData& compound : compounds) {
+    for (const auto& [key, value] : compound.constants) {
+      if (derivesFromEnthalpy(key) && layout.correlations.contains(Key::IGH)) {
+        refuse(compound, keyName(key), "a single value would be replaced by what readers derive from IGH");
+      }
+    }
+    for (const auto& [key, correlation] : compound.correlations) {
+      if (layout.constants.contains(key)) {
+        refuse(compound, keyName(key), "a correlation, but the database has single values under this key");
+      }
+    }
+  }
+  for (const Key key : {Key::IGCP, Key::IGS}) {
+    if (const auto own = layout.correlations.find(key); own != layout.correlations.end()) {
+      own->second = std::max(own->second, kIdealGasCoefficients);
+    }
+  }
+  return layout;
+}
+
+class ByteWriter {
+ public:
+  void real(double value) { unsignedNumber(std::bit_cast<std::uint64_t>(value)); }
+  void longInteger(std::int32_t value) { unsignedNumber(static_cast<std::uint32_t>(value)); }
+  void shortInteger(int value) { unsignedNumber(static_cast<std::uint16_t>(value)); }
+
+  void text(std::string_view text, std::size_t width, char padding) {
+    for (std::size_t i = 0; i < width; ++i)
+      bytes_.push_back(static_cast<std::byte>(i < text.size() ? text[i] : padding));
+  }
+
+  void endRecord() { bytes_.resize((bytes_.size() + kRecordLength - 1) / kRecordLength * kRecordLength); }
+
+  std::size_t size() const { return bytes_.size(); }
+  std::vector<std::byte> take() { return std::move(bytes_); }
+
+ private:
+  template <class Unsigned>
+  void unsignedNumber(Unsigned value) {
+    for (std::size_t i = 0; i < sizeof value; ++i) {
+      bytes_.push_back(static_cast<std::byte>(static_cast<std::uint64_t>(value) >> (8 * i) & 0xff));
+    }
+  }
+
+  std::vector<std::byte> bytes_;
+};
+
+void writeHeader(ByteWriter& out, std::size_t fields, std::size_t compounds) {
+  out.real(kVersion);
+  out.text("", kRecordLengthOffset - sizeof(double), '\0');
+  out.longInteger(kRecordLength);
+  out.longInteger(static_cast<std::int32_t>(fields));
+  out.longInteger(static_cast<std::int32_t>(compounds));
+  out.endRecord();
+}
+
+struct FieldDefinition {
+  std::string name;
+  FieldKind kind;
+  std::size_t size;
+};
+
+std::vector<FieldDefinition> fieldTable(const Layout& layout) {
+  std::vector<FieldDefinition> fields;
+  for (const TextField& field : kTextFields) fields.push_back({std::string(field.name), FieldKind::String, field.size});
+  for (const LongField& field : kLongFields) fields.push_back({std::string(field.name), FieldKind::LongInteger, 4});
+  for (const ShortField& field : kShortFields) fields.push_back({std::string(field.name), FieldKind::ShortInteger, 2});
+  fields.push_back({std::string(kGroupField), FieldKind::Group, layout.groups});
+  for (const Key key : layout.constants) fields.push_back({keyName(key), FieldKind::Double, 8});
+  for (const auto& [key, size] : layout.correlations) fields.push_back({keyName(key), FieldKind::Equation, size});
+  return fields;
+}
+
+void writeFieldTable(ByteWriter& out, std::span<const FieldDefinition> fields) {
+  std::int32_t number = 0;
+  for (const FieldDefinition& field : fields) {
+    out.longInteger(++number);
+    out.longInteger(static_cast<std::int32_t>(field.size));
+    out.text(field.name, kFieldNameLength, ' ');
+    out.text(std::ranges::find(kKindTexts, field.kind, &KindText::kind)->text, kFieldKindLength, ' ');
+  }
+}
+
+void writeCorrelation(ByteWriter& out, const std::optional<Correlation>& correlation, std::size_t size) {
+  constexpr int kReserved = 3;
+  const std::size_t held = correlation ? correlation->coefficients.size() : 0;
+  out.shortInteger(correlation ? static_cast<int>(correlation->form) : kNoShape);
+  for (std::size_t i = 0; i < size; ++i) out.real(i < held ? correlation->coefficients[i] : kEmptyValue);
+  for (const auto limit : {&Correlation::tmin, &Correlation::tmax, &Correlation::pmin, &Correlation::pmax}) {
+    out.real(correlation ? (*correlation).*limit : kEmptyValue);
+  }
+  for (const auto shape : {&Correlation::xShape, &Correlation::yShape}) {
+    out.shortInteger(correlation ? static_cast<int>((*correlation).*shape) : kEmptyShort);
+  }
+  for (const auto power : {&Correlation::xPower, &Correlation::yPower}) {
+    out.real(correlation ? (*correlation).*power : kEmptyValue);
+  }
+  for (int i = 0; i < kReserved; ++i) out.shortInteger(0);
+}
+
+void writeDataRecord(ByteWriter& out, const Layout& layout, const CompoundData& compound) {
+  for (const TextField& field : kTextFields) out.text(compound.*field.value, field.size, '\0');
+  for (const LongField& field : kLongFields) out.longInteger((compound.*field.value).value_or(kEmptyLong));
+  for (const ShortField& field : kShortFields) out.shortInteger(field.value(compound));
+  for (std::size_t i = 0; i < layout.groups; ++i) {
+    const UnifacGroup group = i < compound.unifac.size() ? compound.unifac[i] : UnifacGroup{};
+    out.shortInteger(group.subgroup);
+    out.shortInteger(group.count);
+  }
+  for (const Key key : layout.constants) {
+    const auto value = compound.constants.find(key);
+    out.real(value != compound.constants.end() ? value->second : kEmptyValue);
+  }
+  for (const auto& [key, size] : layout.correlations) writeCorrelation(out, correlationOf(compound, key), size);
+  out.endRecord();
+}
+
+std::runtime_error fileError(const std::filesystem::path& path, std::string_view what) {
+  const std::u8string text = path.u8string();
+  return std::runtime_error(std::string(text.begin(), text.end()).append(": ").append(what));
+}
+
+// A file written beside the one that it is to replace. Unless it is kept in the end, all is put back as it was.
+class StagedFile {
+ public:
+  StagedFile(std::filesystem::path target, std::span<const std::byte> content)
+      : target_(std::move(target)), new_(beside(".new")), old_(beside(".old")) {
+    std::ofstream file(new_, std::ios::binary | std::ios::trunc);
+    file.write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
+    file.close();
+    if (file.fail()) {
+      undo();
+      throw fileError(target_, "cannot be written");
+    }
+  }
+  StagedFile(const StagedFile&) = delete;
+  StagedFile& operator=(const StagedFile&) = delete;
+  ~StagedFile() { undo(); }
+
+  void replaceTarget() {
+    std::error_code error;
+    if (std::filesystem::is_regular_file(target_, error)) {
+      std::filesystem::rename(target_, old_, error);
+      if (error) throw fileError(target_, "cannot be replaced");
+      movedAside_ = true;
+    }
+    std::filesystem::rename(new_, target_, error);
+    if (error) throw fileError(target_, "cannot be replaced");
+    inPlace_ = true;
+  }
+
+  void keep() noexcept {
+    std::error_code ignored;
+    std::filesystem::remove(old_, ignored);
+    movedAside_ = inPlace_ = false;
+  }
+
+ private:
+  std::filesystem::path beside(const char* suffix) const {
+    std::filesystem::path path = target_;
+    path += suffix;
+    return path;
+  }
+
+  void undo() noexcept {
+    std::error_code ignored;
+    if (inPlace_) std::filesystem::remove(target_, ignored);
+    if (movedAside_) std::filesystem::rename(old_, target_, ignored);
+    std::filesystem::remove(new_, ignored);
+  }
+
+  const std::filesystem::path target_, new_, old_;
+  bool movedAside_ = false;
+  bool inPlace_ = false;
+};
+
+}  // namespace
+
+std::string describe(const CompoundData& compound) {
+  return "compound " + std::to_string(compound.number) + " (" + compound.name + ")";
+}
+
+DatabaseFiles encodeDatabase(std::span<const CompoundData> compounds) {
+  const Layout layout = checkedLayout(compounds);
+  const std::vector<FieldDefinition> fields = fieldTable(layout);
+
+  std::vector<const CompoundData*> ordered;
+  std::uint64_t synonyms = 0;
+  for (const CompoundData& compound : compounds) {
+    ordered.push_back(&compound);
+    synonyms += compound.synonyms.size();
+  }
+  std::ranges::sort(ordered, {}, &CompoundData::number);
+  std::uint64_t recordBytes = 0;
+  for (const FieldDefinition& field : fields) recordBytes += fieldBytes(field.kind, field.size);
+  const std::uint64_t recordsPerCompound = (recordBytes + kRecordLength - 1) / kRecordLength;
+  if ((1 + fields.size() + compounds.size() + synonyms) * kRecordLength > kLargestIndexFile ||
+      compounds.size() * recordsPerCompound > std::uint64_t{std::numeric_limits<std::int32_t>::max()}) {
+    throw std::invalid_argument("more compounds than the files can number");
+  }
+
+  ByteWriter index, data;
+  writeHeader(index, fields.size(), compounds.size());
+  writeHeader(data, fields.size(), compounds.size());
+  writeFieldTable(index, fields);
+  for (const CompoundData* compound : ordered) {
+    index.longInteger(compound->number);
+    index.longInteger(static_cast<std::int32_t>(data.size() / kRecordLength - 1));
+    index.text(compound->name, kIndexNameLength, ' ');
+    index.text(compound->cas, kIndexIdentifierLength, ' ');
+    writeDataRecord(data, layout, *compound);
+  }
+  for (const CompoundData* compound : ordered) {
+    for (const std::string& synonym : compound->synonyms) {
+      index.longInteger(compound->number);
+      index.text(synonym, kSynonymLength, '\0');
+    }
+  }
+  return {index.take(), data.take()};
+}
+
+void saveDatabase(const DatabaseFiles& files, const std::filesystem::path& directory) {
+  std::error_code error;
+  std::filesystem::create_directories(directory, error);
+  if (!std::filesystem::is_directory(directory, error))
+    throw fileError(directory, "is no directory and cannot become one");
+  StagedFile data(directory / kDataFile, files.data);
+  StagedFile index(directory / kIndexFile, files.index);
+  data.replaceTarget();
+  index.replaceTarget();
+  data.keep();
+  index.keep();
+}
+
+}  // namespace qs::database

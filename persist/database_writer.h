@@ -1,0 +1,64 @@
+// Makes the two files of a pure-component database (docs/database.md) from compounds in memory. Tools, tests and
+// benchmarks use it; the server itself never writes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "com/interfaces.h"
+#include "props/key_table.h"
+
+namespace qs::database {
+
+// A temperature-dependent property. Coefficients are in the order of the form's letters, as many as the form has; an
+// ideal-gas enthalpy (IGH) has one more, the entropy constant. Temperatures in K, pressures in kPa.
+struct Correlation {
+  tagEquationShapeEnum form = PropCurveVoid;
+  std::vector<double> coefficients;
+  double tmin = 1e-5, tmax = 1e10;
+  double pmin = 1e-5, pmax = 1e15;
+  tagXYShapeEnum xShape = COMx, yShape = COMx;
+  double xPower = 1.0, yPower = 1.0;
+};
+
+struct UnifacGroup {
+  int subgroup = 0;
+  int count = 0;
+};
+
+// One compound; what is left out is not known. Text is printable ASCII.
+struct CompoundData {
+  std::int32_t number = 0;  // from 1 on, unique in a database
+  std::string name, iupacName, formula, cas;
+  std::optional<tagCompoundFamilyEnum> family;
+  std::optional<bool> nonCondensable;
+  std::optional<std::int32_t> dipprId, ddbId, ppdsId, cmaId, ppAttribute;
+  std::vector<UnifacGroup> unifac;
+  std::vector<std::string> synonyms;
+  std::map<Key, double> constants;  // units of docs/units.md
+  std::map<Key, Correlation> correlations;
+};
+
+struct DatabaseFiles {
+  std::vector<std::byte> index;  // purecmp1.idx
+  std::vector<std::byte> data;   // purecmp1.dat
+};
+
+// The bytes of both files; the compounds may come in any order. Throws std::invalid_argument, naming compound and
+// field, for anything that the files cannot hold or that readers would take for something else.
+DatabaseFiles encodeDatabase(std::span<const CompoundData> compounds);
+
+// Puts both files into a directory, which is made when it is not there, in place of those that it has. Throws
+// std::runtime_error, naming the file; the directory's files are then as they were.
+void saveDatabase(const DatabaseFiles& files, const std::filesystem::path& directory);
+
+// A compound as messages name it.
+std::string describe(const CompoundData& compound);
+
+}  // namespace qs::database
