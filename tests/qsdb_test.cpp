@@ -1,0 +1,292 @@
+#include "tools/qsdb.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "tests/database_builder.h"
+#include "tests/database_decoder.h"
+#include "tests/files.h"
+
+namespace {
+
+using nlohmann::json;
+using qs::test::DatabaseDecoder;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+const std::filesystem::path kSources = std::filesystem::path(QS_SOURCE_DIR);
+
+struct Outcome {
+  int code;
+  std::string out, err;
+};
+
+Outcome run(const std::vector<std::string>& arguments) {
+  std::ostringstream out, err;
+  const int code = qs::tools::runQsdb(arguments, out, err);
+  return {code, out.str(), err.str()};
+}
+
+std::string utf8(const std::filesystem::path& path) {
+  const std::u8string text = path.u8string();
+  return {text.begin(), text.end()};
+}
+
+Outcome build(const std::filesystem::path& source, const std::filesystem::path& directory) {
+  return run({"build", utf8(source), utf8(directory)});
+}
+
+// The bundled source, beside the database that qsdb makes of it.
+class BundledDatabase : public testing::Test {
+ protected:
+  void SetUp() override {
+    const auto outcome = build(kSources / "data" / "compounds.json", directory_.path());
+    ASSERT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_THAT(outcome.out, HasSubstr("54 compounds"));
+    index_ = qs::test::readFile(directory_.path() / "purecmp1.idx");
+    data_ = qs::test::readFile(directory_.path() / "purecmp1.dat");
+    source_ = json::parse(qs::test::readFile(kSources / "data" / "compounds.json"));
+  }
+
+  DatabaseDecoder database() const {
+    return {std::as_bytes(std::span(std::as_const(index_))), std::as_bytes(std::span(std::as_const(data_)))};
+  }
+
+  const qs::test::TemporaryDirectory directory_;
+  std::string index_, data_;
+  json source_;
+};
+
+TEST_F(BundledDatabase, HoldsEveryNumberOfItsSource) {
+  const auto decoded = database();
+  EXPECT_EQ(decoded.numbers.size(), 54u);
+  for (const json& compound : source_["compounds"]) {
+    const int number = compound["number"];
+    const std::string name = compound["name"];
+    EXPECT_EQ(decoded.text(number, "PName"), name);
+    EXPECT_EQ(decoded.text(number, "CName"), compound["iupac_name"]);
+    EXPECT_EQ(decoded.text(number, "CASN"), compound["cas"]);
+    std::vector<std::string> synonyms;
+    for (const auto& [owner, synonym] : decoded.synonyms) {
+      if (owner == number) synonyms.push_back(synonym);
+    }
+    EXPECT_EQ(json(synonyms), compound.value("synonyms", json::array())) << name;
+    const json groups = compound.value("unifac", json::array());
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+      EXPECT_EQ(decoded.number<std::int16_t>(number, "UNIFAC", 2 * i), groups[i]["subgroup"]) << name;
+      EXPECT_EQ(decoded.number<std::int16_t>(number, "UNIFAC", 2 * i + 1), groups[i]["count"]) << name;
+    }
+    for (const auto& [key, item] : compound["constants"].items()) {
+      EXPECT_EQ(decoded.number<double>(number, key), item["value"].get<double>()) << name << ' ' << key;
+    }
+    for (const auto& [key, item] : compound["correlations"].items()) {
+      auto equation = decoded.equation(number, key);
+      equation.coefficients.resize(item["coefficients"].size());
+      EXPECT_EQ(equation.coefficients, item["coefficients"].get<std::vector<double>>()) << name << ' ' << key;
+      EXPECT_EQ(equation.tmin, item["tmin"]) << name << ' ' << key;
+      EXPECT_EQ(equation.tmax, item["tmax"]) << name << ' ' << key;
+      EXPECT_EQ(equation.xShape, 1) << name << ' ' << key;
+    }
+  }
+}
+
+TEST_F(BundledDatabase, HoldsWaterAtItsFixedPlace) {
+  const auto decoded = database();
+  EXPECT_EQ(decoded.text(19, "PName"), "Water");
+  EXPECT_EQ(decoded.text(19, "Formula"), "H2O");
+  EXPECT_EQ(decoded.text(19, "CASN"), "7732-18-5");
+  EXPECT_EQ(decoded.number<std::int16_t>(19, "Family"), 2);
+  EXPECT_EQ(decoded.number<std::int16_t>(19, "NonCondensable"), 0);
+  EXPECT_EQ(decoded.number<double>(19, "MW"), 18.01528);
+  EXPECT_EQ(decoded.equation(19, "VP").shape, 11);
+  EXPECT_EQ(decoded.equation(19, "IGH").shape, 2);
+  const std::pair<int, const char*> fixed[] = {{29, "67-56-1"}, {30, "107-21-1"}, {54, "112-27-6"}, {511, "111-46-6"}};
+  for (const auto& [number, cas] : fixed) EXPECT_EQ(decoded.text(number, "CASN"), cas);
+}
+
+// The forms that the checks below meet, in extended precision.
+long double evaluate(const DatabaseDecoder& database, int number, const char* key, long double T) {
+  const auto equation = database.equation(number, key);
+  std::vector<long double> c(equation.coefficients.begin(), equation.coefficients.end());
+  const auto reduced = [&](long double critical) { return 1 - T / critical; };
+  switch (equation.shape) {
+    case 4:
+      return std::exp(c[0] + c[1] / (c[2] + T) + c[3] * std::log(T) + c[4] * std::pow(T, c[5]));
+    case 6:
+      return c[0] / std::pow(c[1], 1 + std::pow(reduced(c[2]), c[3]));
+    case 11:
+      return std::exp(c[0] + c[1] / T + c[2] * std::log(T) + c[3] * std::pow(T, c[4]));
+    case 15: {
+      const long double Tr = T / c[5];
+      return c[0] * std::pow(reduced(c[5]), c[1] + Tr * (c[2] + Tr * (c[3] + Tr * c[4])));
+    }
+    default:
+      throw std::invalid_argument("form");
+  }
+}
+
+TEST_F(BundledDatabase, GivesPublishedLiquidDensities) {
+  const auto decoded = database();
+  const std::pair<int, double> densities[] = {{19, 997.05}, {28, 785.1}, {30, 1109.9}, {21, 873.7}};  // kg/m3, 298.15 K
+  for (const auto& [number, density] : densities) {
+    EXPECT_NEAR(static_cast<double>(evaluate(decoded, number, "LDN", 298.15L)), density, 0.005 * density) << number;
+  }
+}
+
+TEST_F(BundledDatabase, StatesWhereVapourPressureAndBoilingPointDisagree) {
+  const auto decoded = database();
+  for (const json& compound : source_["compounds"]) {
+    if (!compound["constants"].contains("NBP")) continue;
+    const json& boilingPoint = compound["constants"]["NBP"];
+    const auto pressure = evaluate(decoded, compound["number"], "VP", boilingPoint["value"].get<long double>());
+    const bool stated = boilingPoint.value("note", "").find("vapour pressure row gives") != std::string::npos;
+    EXPECT_EQ(std::abs(pressure / 101.325L - 1) > 0.01L, stated) << compound["name"];
+  }
+}
+
+TEST_F(BundledDatabase, UsesTheDocumentedUnits) {
+  const std::string document = qs::test::readFile(kSources / "docs" / "units.md");
+  for (const auto& [key, unit] : source_["units"].items()) {
+    const auto row = document.find("| `" + key + "` |");
+    ASSERT_NE(row, std::string::npos) << key;
+    const std::string line = document.substr(row, document.find('\n', row) - row);
+    EXPECT_THAT(line, testing::EndsWith("| " + unit.get<std::string>() + " |"));
+  }
+}
+
+// A source of one compound, one value and one correlation.
+constexpr const char* kSmallSource = R"({
+  "description": "a small one",
+  "sources": {"s": {"title": "t", "authors": "a", "licence": "l"}},
+  "identity_sources": {"number": "s", "name": "s", "family": "s", "dippr_id": "s", "synonyms": "s", "unifac": "s"},
+  "units": {"MW": "kg/kmol", "VP": "kPa"},
+  "compounds": [
+    {
+      "number": 5,
+      "name": "Five",
+      "family": "Nitrile",
+      "dippr_id": 2147483647,
+      "synonyms": ["V"],
+      "unifac": [{"subgroup": 1, "count": 2}],
+      "constants": {"MW": {"value": 1.5, "unit": "kg/kmol", "source": "s"}},
+      "correlations": {"VP": {"form": "ANTO1", "coefficients": [1, 2, 3, 4, 5], "tmin": 1, "tmax": 2, "pmin": 3,
+        "pmax": 4, "xshape": "COMxr", "yshape": "COMlnxp", "xpow": 2, "ypow": 3, "unit": "kPa", "source": "s"}}
+    }
+  ]
+})";
+
+TEST(QsdbBuild, ReadsEveryMemberOfASource) {
+  const qs::test::TemporaryDirectory temporary;
+  const auto source = temporary.path() / u8"st\u00f6ff.json";
+  qs::test::writeFile(source, kSmallSource);
+  const auto outcome = build(source, temporary.path() / "new" / u8"\u6c34");
+  ASSERT_EQ(outcome.code, 0) << outcome.err;
+  const std::string index = qs::test::readFile(temporary.path() / "new" / u8"\u6c34" / "purecmp1.idx");
+  const std::string data = qs::test::readFile(temporary.path() / "new" / u8"\u6c34" / "purecmp1.dat");
+  const DatabaseDecoder database(std::as_bytes(std::span(index)), std::as_bytes(std::span(data)));
+  EXPECT_EQ(database.number<std::int16_t>(5, "Family"), 10);
+  EXPECT_EQ(database.number<std::int32_t>(5, "DIPPRID"), 2147483647);
+  const auto equation = database.equation(5, "VP");
+  EXPECT_EQ(equation.shape, 21);
+  EXPECT_EQ(equation.pmin, 3);
+  EXPECT_EQ(equation.pmax, 4);
+  EXPECT_EQ(equation.xShape, 2);
+  EXPECT_EQ(equation.yShape, 36);
+  EXPECT_EQ(equation.xPower, 2);
+  EXPECT_EQ(equation.yPower, 3);
+}
+
+TEST(QsdbBuild, RefusesFaultySourcesAndLeavesTheDatabaseAsItWas) {
+  struct Case {
+    const char* replaced;
+    const char* by;
+    std::vector<const char*> message;
+  };
+  const Case cases[] = {
+      {"\"number\": 5,", "\"number\": 5", {"source.json:9: ", "syntax"}},
+      {"1.5", "1e999", {":14:", "1e999"}},
+      {"\"name\": \"Five\",", "\"name\": \"Five\", \"name\": \"V\",", {":9:", "\"name\" stands twice"}},
+      {"\"name\": \"Five\",", "", {"source.json: compound at position 1", "\"name\""}},
+      {"\"number\": 5", "\"number\": \"5\"", {"source.json: compound at position 1, number", "integer"}},
+      {"\"number\": 5", "\"number\": 2147483648", {"source.json: compound at position 1, number", "32-bit"}},
+      {"2147483647", "-2147483649", {"source.json: compound 5 (Five), dippr_id", "32-bit"}},
+      {"2147483647", "18446744073709551615", {"source.json: compound 5 (Five), dippr_id", "32-bit"}},
+      {"\"number\": 5", "\"number\": -5", {"source.json: compound -5 (Five), number", "less than 1"}},
+      {"Nitrile", "nitrile", {"source.json: compound 5 (Five), family", "\"nitrile\""}},
+      {"[\"V\"]", "[7]", {"source.json: compound 5 (Five), synonyms", "text"}},
+      {"[\"V\"]", "\"V\"", {"source.json: compound 5 (Five), synonyms", "list"}},
+      {"\"count\": 2", "\"counts\": 2", {"source.json: compound 5 (Five), unifac", "\"count\""}},
+      {"{\"subgroup\": 1,", "{\"subgroup\": 40000,", {"source.json: compound 5 (Five), UNIFAC", "32767"}},
+      {"\"family\":", "\"cas\":", {"source.json: compound 5 (Five), family", "identity_sources"}},
+      {"\"constants\"", "\"constant\"", {"source.json: compound 5 (Five)", "constant"}},
+      {"{\"MW\": {", "{\"mw\": {", {"source.json: compound 5 (Five)", "\"mw\""}},
+      {"{\"MW\": {", "{\"TC\": {", {"source.json: compound 5 (Five), TC", "units"}},
+      {"\"unit\": \"kg/kmol\"", "\"unit\": \"g/kmol\"", {"source.json: compound 5 (Five), MW", "\"g/kmol\""}},
+      {"\"source\": \"s\"}}", "\"source\": \"x\"}}", {"source.json: compound 5 (Five), MW", "no source \"x\""}},
+      {"\"value\": 1.5", "\"value\": \"1.5\"", {"source.json: compound 5 (Five), MW, value", "number"}},
+      {"\"value\": 1.5", "\"value\": -32767", {"source.json: compound 5 (Five), MW", "not set"}},
+      {"ANTO1", "ANTO3", {"source.json: compound 5 (Five), VP, form", "\"ANTO3\""}},
+      {"[1, 2, 3, 4, 5]", "[1, 2, 3, 4]", {"source.json: compound 5 (Five), VP", "4 coefficients instead of 5"}},
+      {"[1, 2, 3, 4, 5]", "[1, 2, 3, 4, null]", {"source.json: compound 5 (Five), VP, coefficients", "number"}},
+      {"\"tmax\": 2", "\"tmax\": 0.5", {"source.json: compound 5 (Five), VP", "tmin"}},
+      {"\"tmin\": 1,", "", {"source.json: compound 5 (Five), VP", "\"tmin\""}},
+      {"COMxr", "COMxrx", {"source.json: compound 5 (Five), VP, xshape", "\"COMxrx\""}},
+      {"\"pmin\"", "\"pmim\"", {"source.json: compound 5 (Five), VP", "\"pmim\""}},
+      {"\"licence\": \"l\"", "\"license\": \"l\"", {"source.json: sources, s", "\"licence\""}},
+  };
+  const qs::test::TemporaryDirectory temporary;
+  const auto source = temporary.path() / "source.json";
+  const auto directory = temporary.path() / "database";
+  qs::test::writeFile(source, kSmallSource);
+  ASSERT_EQ(build(source, directory).code, 0);
+  const std::string index = qs::test::readFile(directory / "purecmp1.idx");
+  for (const Case& faulty : cases) {
+    std::string text = kSmallSource;
+    const auto place = text.find(faulty.replaced);
+    ASSERT_NE(place, std::string::npos) << faulty.replaced;
+    qs::test::writeFile(source, text.replace(place, std::string_view(faulty.replaced).size(), faulty.by));
+    const auto outcome = build(source, directory);
+    EXPECT_EQ(outcome.code, 1) << faulty.by;
+    for (const char* part : faulty.message) EXPECT_THAT(outcome.err, HasSubstr(part)) << faulty.by;
+    EXPECT_THAT(outcome.out, IsEmpty());
+    EXPECT_THAT(qs::test::namesIn(directory), ElementsAre("purecmp1.dat", "purecmp1.idx"));
+    EXPECT_EQ(qs::test::readFile(directory / "purecmp1.idx"), index);
+    EXPECT_NE(build(source, temporary.path() / "other").code, 0);
+    EXPECT_FALSE(std::filesystem::exists(temporary.path() / "other"));
+  }
+}
+
+TEST(QsdbBuild, NamesFilesThatItCannotReadOrWrite) {
+  const qs::test::TemporaryDirectory temporary;
+  const auto missing = build(temporary.path() / "missing.json", temporary.path() / "database");
+  EXPECT_EQ(missing.code, 1);
+  EXPECT_THAT(missing.err, HasSubstr("missing.json"));
+  const auto source = temporary.path() / "source.json";
+  qs::test::writeFile(source, kSmallSource);
+  const auto blocked = build(source, source / "database");
+  EXPECT_EQ(blocked.code, 1);
+  EXPECT_THAT(blocked.err, HasSubstr("database"));
+  EXPECT_THAT(qs::test::namesIn(temporary.path()), ElementsAre("source.json"));
+}
+
+TEST(Qsdb, TellsHowItIsUsed) {
+  const auto help = run({"--help"});
+  EXPECT_EQ(help.code, 0);
+  EXPECT_THAT(help.out, HasSubstr("build"));
+  const auto version = run({"--version"});
+  EXPECT_EQ(version.code, 0);
+  EXPECT_THAT(version.out, HasSubstr("1.0"));
+  for (const std::vector<std::string>& wrong :
+       std::vector<std::vector<std::string>>{{}, {"biuld"}, {"build"}, {"build", "source"}, {"build", "a", "b", "c"}}) {
+    const auto outcome = run(wrong);
+    EXPECT_NE(outcome.code, 0);
+    EXPECT_THAT(outcome.err, Not(IsEmpty()));
+  }
+}
+
+}  // namespace

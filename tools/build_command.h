@@ -1,0 +1,15 @@
+// `qsdb build SOURCE OUTDIR`: makes the binary database from a compound source in JSON.
+#pragma once
+
+#include <iosfwd>
+
+namespace CLI {
+class App;
+}
+
+namespace qs::tools {
+
+// Adds the command, which reports what it made to `out` and throws std::exception on failure.
+void addBuildCommand(CLI::App& app, std::ostream& out);
+
+}  // namespace qs::tools
