@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "com/error.h"
-#include "tests/database_builder.h"
+#include "tests/support/database_builder.h"
 
 namespace qs::database {
 namespace {

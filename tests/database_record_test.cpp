@@ -9,7 +9,7 @@
 
 #include "com/error.h"
 #include "com/interfaces.h"
-#include "tests/database_builder.h"
+#include "tests/support/database_builder.h"
 
 namespace qs::database {
 namespace {

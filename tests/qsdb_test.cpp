@@ -6,9 +6,9 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "tests/database_builder.h"
-#include "tests/database_decoder.h"
-#include "tests/files.h"
+#include "tests/support/database_builder.h"
+#include "tests/support/database_decoder.h"
+#include "tests/support/files.h"
 
 namespace {
 

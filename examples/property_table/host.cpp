@@ -69,8 +69,7 @@ std::string stringOf(ICompoundID* id, HRESULT (STDMETHODCALLTYPE ICompoundID::*g
 std::string valueAt(IBasicCompound* compound, const Property& property, double temperature) {
   LONG dependencies = 0;
   double value = 0;
-  const HRESULT result =
-      (compound->*property.value)(temperature, kPressure, eNoExtrapolation, &dependencies, &value);
+  const HRESULT result = (compound->*property.value)(temperature, kPressure, eNoExtrapolation, &dependencies, &value);
   return result == S_OK ? text(value) : "-";
 }
 
@@ -91,7 +90,8 @@ ComPtr<IBasicCompound> newCompound() {
 
 ComPtr<IBasicCompound> compoundFrom(const std::string& directory, INT number) {
   auto compound = newCompound();
-  const HRESULT result = ComPtr<ICompoundInitFromVelDB>::from(compound.get())->Init(Bstr(qs::widen(directory)).get(), number);
+  const HRESULT result =
+      ComPtr<ICompoundInitFromVelDB>::from(compound.get())->Init(Bstr(qs::widen(directory)).get(), number);
   if (result != S_OK)
     throw std::runtime_error("compound " + std::to_string(number) + " of " + directory + ": " +
                              (result == S_FALSE ? "not in the database" : "the database cannot be read"));
@@ -102,8 +102,10 @@ void printIdentity(IBasicCompound* compound) {
   const auto id = ComPtr<ICompoundID>::from(compound);
   INT synonyms = 0;
   id->get_NumberOfSynonymNames(&synonyms);
-  std::cout << "\n" << stringOf(id.get(), &ICompoundID::get_Name) << "  " << stringOf(id.get(), &ICompoundID::get_ChemicalFormula)
-            << "  CAS " << stringOf(id.get(), &ICompoundID::get_CASN) << "  synonyms:";
+  std::cout << "\n"
+            << stringOf(id.get(), &ICompoundID::get_Name) << "  "
+            << stringOf(id.get(), &ICompoundID::get_ChemicalFormula) << "  CAS "
+            << stringOf(id.get(), &ICompoundID::get_CASN) << "  synonyms:";
   for (INT i = 0; i < synonyms; ++i) {
     Bstr synonym;
     id->get_SynonymName(i, synonym.out());
@@ -125,15 +127,16 @@ void printConstants(IBasicCompound* compound) {
 }
 
 void printCorrelations(IBasicCompound* compound) {
-  constexpr std::size_t kWidth = 26;
-  std::cout << padded("T [K]", 9);
-  for (const Property& property : kCorrelations)
-    std::cout << padded(std::string(property.title) + " [" + property.unit + "]", kWidth + 10);
+  constexpr std::size_t kWidth = 25;
+  std::cout << padded("T", 9);
+  for (const Property& property : kCorrelations) std::cout << padded(property.title, kWidth);
+  std::cout << "\n" << padded("K", 9);
+  for (const Property& property : kCorrelations) std::cout << padded(property.unit, kWidth);
   std::cout << "\n";
   for (const double temperature : kTemperatures) {
     std::cout << padded(text(temperature), 9);
     for (const Property& property : kCorrelations)
-      std::cout << padded(valueAt(compound, property, temperature), kWidth + 10);
+      std::cout << padded(valueAt(compound, property, temperature), kWidth);
     std::cout << "\n";
   }
   std::cout << padded("range", 9);
@@ -142,7 +145,7 @@ void printCorrelations(IBasicCompound* compound) {
     double tMin = 0, tMax = 0, pMin = 0, pMax = 0;
     const HRESULT result = property.range ? (compound->*property.range)(&tMin, &tMax, &pMin, &pMax)
                                           : reference->get_IGCPTPRange(&tMin, &tMax, &pMin, &pMax);
-    std::cout << padded(result == S_OK ? text(tMin) + " to " + text(tMax) + " K" : "none", kWidth + 10);
+    std::cout << padded(result == S_OK ? text(tMin) + " to " + text(tMax) + " K" : "none", kWidth);
   }
   std::cout << "\n";
 }

@@ -7,6 +7,11 @@ function shown(value) {
   return value == NOT_SET ? "not set" : String(value);
 }
 
+function constant(c, key) {
+  // A property that the compound does not have is of kind 0.
+  return c.GetPropertyType(key) == 0 ? "not set" : shown(c.GetPropertyValue(key, 298.15, PRESSURE, 0, 0));
+}
+
 function printCompound(directory, number) {
   var c = new ActiveXObject("COQSCompound.COQSCompound.1");
   c.Init(directory, number);
@@ -19,7 +24,7 @@ function printCompound(directory, number) {
   WScript.Echo("  molecular weight     " + shown(c.MW(298.15, PRESSURE, 0, 0)) + " kg/kmol");
   WScript.Echo("  critical temperature " + shown(c.TC(298.15, PRESSURE, 0, 0)) + " K");
   WScript.Echo("  critical pressure    " + shown(c.PC(298.15, PRESSURE, 0, 0)) + " kPa");
-  WScript.Echo("  refractive index     " + shown(c.RI(298.15, PRESSURE, 0, 0)));
+  WScript.Echo("  refractive index     " + constant(c, "RI"));
   WScript.Echo("  T [K], vapour pressure [kPa], liquid density [kg/m3], heat of vaporisation [kJ/kmol], " +
                "ideal-gas heat capacity [kJ/(kmol K)]");
   var temperatures = [298.15, 350, 373.15];

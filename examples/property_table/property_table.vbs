@@ -13,6 +13,15 @@ Function Shown(value)
   End If
 End Function
 
+Function Constant(c, key)
+  ' A property that the compound does not have is of kind 0.
+  If c.GetPropertyType(key) = 0 Then
+    Constant = "not set"
+  Else
+    Constant = Shown(c.GetPropertyValue(key, 298.15, Pressure, 0, 0))
+  End If
+End Function
+
 Sub PrintCompound(directory, number)
   Dim c, i, t, synonyms
   Set c = CreateObject("COQSCompound.COQSCompound.1")
@@ -28,7 +37,7 @@ Sub PrintCompound(directory, number)
   WScript.Echo "  molecular weight     " & Shown(c.MW(298.15, Pressure, 0, 0)) & " kg/kmol"
   WScript.Echo "  critical temperature " & Shown(c.TC(298.15, Pressure, 0, 0)) & " K"
   WScript.Echo "  critical pressure    " & Shown(c.PC(298.15, Pressure, 0, 0)) & " kPa"
-  WScript.Echo "  refractive index     " & Shown(c.RI(298.15, Pressure, 0, 0))
+  WScript.Echo "  refractive index     " & Constant(c, "RI")
   WScript.Echo "  T [K], vapour pressure [kPa], liquid density [kg/m3], heat of vaporisation [kJ/kmol], ideal-gas heat capacity [kJ/(kmol K)]"
   For Each t In Array(298.15, 350, 373.15)
     WScript.Echo "  " & t & ", " & Shown(c.VP(t, Pressure, 0, 0)) & ", " & Shown(c.LDN(t, Pressure, 0, 0)) & ", " & _

@@ -1,0 +1,78 @@
+# What ./demo, ./test and ./bench share: the packages they need, quiet builds, and the Wine prefix they run in.
+# Sourced by them from the repository's root.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+mkdir -p build/log
+export LC_ALL=C.UTF-8 TZ=UTC
+export CCACHE_DIR="${CCACHE_DIR:-$PWD/build/ccache}"
+export WINEPREFIX="$PWD/build/wine" WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml=
+
+fail() {
+  echo "$(basename "$0"): $*" >&2
+  exit 1
+}
+
+# What is needed, as `file-or-command package`; a package is installed when one of its lines names what is not there.
+needed_packages() {
+  while read -r what package; do
+    if [[ $what == /* ]]; then [[ -e $what ]]; else command -v "$what" >/dev/null; fi || echo "$package"
+  done <<'END'
+cmake cmake
+ninja ninja-build
+ccache ccache
+g++ g++
+x86_64-w64-mingw32-g++-posix g++-mingw-w64-x86-64-posix
+i686-w64-mingw32-g++-posix g++-mingw-w64-i686-posix
+x86_64-w64-mingw32-widl mingw-w64-tools
+x86_64-w64-mingw32-windres binutils-mingw-w64-x86-64
+wine wine
+/usr/lib/wine/wine64 wine64
+/usr/include/wine/wine/windows/oaidl.idl libwine-dev
+/usr/src/googletest/CMakeLists.txt googletest
+/usr/include/nlohmann/json.hpp nlohmann-json3-dev
+/usr/include/CLI/CLI.hpp libcli11-dev
+/usr/include/benchmark/benchmark.h libbenchmark-dev
+/usr/share/i18n/locales/de_DE locales
+END
+}
+
+install_packages() {
+  local packages
+  packages=$(needed_packages | sort -u | tr '\n' ' ')
+  [[ -n $packages ]] || return 0
+  command -v apt-get >/dev/null || fail "these Debian packages are needed: $packages"
+  echo "installing $packages"
+  local as_root=()
+  [[ $(id -u) == 0 ]] || as_root=(sudo)
+  {
+    "${as_root[@]}" apt-get update &&
+      "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $packages
+  } >build/log/packages.log 2>&1 || fail "the packages cannot be installed, see build/log/packages.log"
+}
+
+# build PRESET TARGET...: configures when needed and builds; the log is shown only when that fails.
+build() {
+  local preset=$1 log=build/log/build-$1.log
+  shift
+  echo "building $preset"
+  {
+    [[ -f build/$preset/build.ninja ]] || cmake --preset "$preset"
+    cmake --build --preset "$preset" --target "$@"
+  } >"$log" 2>&1 || {
+    tail -n 40 "$log" >&2
+    fail "building $preset failed, see $log"
+  }
+}
+
+# The prefix is made once; later calls only wait until it is ready.
+make_wine_prefix() {
+  [[ -f $WINEPREFIX/system.reg ]] && return
+  echo "making a Wine prefix"
+  wine wineboot --init >build/log/wine.log 2>&1 || fail "Wine does not start, see build/log/wine.log"
+}
+
+# run_wine PROGRAM ARGUMENT...: Windows line ends are taken off.
+run_wine() { wine "$@" 2>>build/log/wine.log | tr -d '\r'; }
+
+# The bundled database in build/database, for native and Windows programs alike.
+build_database() { build/native/bin/qsdb build data/compounds.json build/database >build/log/database.log; }
