@@ -5,22 +5,14 @@
 
 #include "props/key_table.h"
 #include "tests/support/compounds.h"
+#include "tests/support/host_object.h"
 
 namespace qs::test {
 namespace {
 
 // An external property that answers 100 plus the temperature and the result it is told to.
-class Component final : public IPCProperty {
+class Component final : public HostObject<IPCProperty> {
  public:
-  STDMETHODIMP QueryInterface(REFIID, void**) noexcept override { return E_NOINTERFACE; }
-  STDMETHODIMP_(ULONG) AddRef() noexcept override { return ++references; }
-  STDMETHODIMP_(ULONG) Release() noexcept override { return --references; }
-  STDMETHODIMP GetTypeInfoCount(UINT*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
-    return E_NOTIMPL;
-  }
   STDMETHODIMP GetProperty(double temperature, double, tagExtrapolationEnum, LONG* dependencies,
                            double* value) noexcept override {
     *dependencies = 3;
@@ -33,8 +25,6 @@ class Component final : public IPCProperty {
   STDMETHODIMP Recall(BSTR) noexcept override { return E_NOTIMPL; }
   STDMETHODIMP Copy(IPCProperty*) noexcept override { return E_NOTIMPL; }
   STDMETHODIMP GetMethod(BSTR*) noexcept override { return E_NOTIMPL; }
-
-  ULONG references = 1;
 };
 
 class CompoundProperties : public CompoundTest {

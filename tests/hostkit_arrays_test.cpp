@@ -3,24 +3,16 @@
 #include <cmath>
 
 #include "tests/support/component_test.h"
+#include "tests/support/host_object.h"
 
 namespace qs::test {
 namespace {
 
 // A source whose calls fail from a given one on, as a broken host's array may.
 template <class I, class T>
-class FailingArray final : public I {
+class FailingArray final : public HostObject<I> {
  public:
   explicit FailingArray(int callsThatWork) : left_(callsThatWork) {}
-  STDMETHODIMP QueryInterface(REFIID, void**) noexcept override { return E_NOINTERFACE; }
-  STDMETHODIMP_(ULONG) AddRef() noexcept override { return 1; }
-  STDMETHODIMP_(ULONG) Release() noexcept override { return 1; }
-  STDMETHODIMP GetTypeInfoCount(UINT*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
-    return E_NOTIMPL;
-  }
   STDMETHODIMP get_IthValue(LONG index, T* value) noexcept override { return answer(value, static_cast<T>(index)); }
   STDMETHODIMP put_IthValue(LONG, T) noexcept override { return E_NOTIMPL; }
   STDMETHODIMP get_Size(LONG* size) noexcept override { return answer(size, LONG{3}); }

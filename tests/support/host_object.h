@@ -1,0 +1,32 @@
+// The part of a host's own objects that does not matter to a test: identity, a visible reference count and dispatch
+// methods that are not there. A test derives and writes the interface's own methods.
+#pragma once
+
+#include "com/interfaces.h"
+
+namespace qs::test {
+
+// Lives on the stack of a test, which checks `references` to be 1 again at its end.
+template <class I>
+class HostObject : public I {
+ public:
+  STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
+    const bool known = IsEqualGUID(iid, __uuidof(IUnknown)) || IsEqualGUID(iid, __uuidof(IDispatch)) ||
+                       IsEqualGUID(iid, __uuidof(I));
+    *out = known ? static_cast<I*>(this) : nullptr;
+    if (known) ++references;
+    return known ? S_OK : E_NOINTERFACE;
+  }
+  STDMETHODIMP_(ULONG) AddRef() noexcept override { return ++references; }
+  STDMETHODIMP_(ULONG) Release() noexcept override { return --references; }
+  STDMETHODIMP GetTypeInfoCount(UINT*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
+    return E_NOTIMPL;
+  }
+
+  ULONG references = 1;
+};
+
+}  // namespace qs::test
