@@ -5,7 +5,9 @@
 #include <cstring>
 
 #include "com/error.h"
+#include "fuzz/fuzz_target.h"
 #include "persist/database_record.h"
+#include "tests/support/database_builder.h"
 
 namespace {
 
@@ -69,4 +71,27 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t siz
   const std::size_t split = std::min<std::size_t>(indexLength, files.size());
   guarded([&] { return readAll(files.first(split), files.subspan(split)); });
   return 0;
+}
+
+// A database with a field of every kind, as a file of the present version and as an old one.
+std::vector<std::string> qs::fuzzSeeds() {
+  using namespace qs::test;
+  const Bytes index =
+      indexFile({fieldDefinition("PName", 8, "String"), fieldDefinition("MW", 8, "Double"),
+                 fieldDefinition("Family", 2, "Short Integer"), fieldDefinition("DDBID", 4, "Long Integer"),
+                 fieldDefinition("UNIFAC", 2, "Group"), fieldDefinition("HVP", 3, "Equation"),
+                 fieldDefinition("Flag", 1, "Byte"), fieldDefinition("Else", 3, "Picture")},
+                {indexRecord(7, 0, "seven"), indexRecord(8, 1, "eight")},
+                {synonymRecord(7, "one"), synonymRecord(7, "two"), synonymRecord(8, "three")});
+  std::vector<std::string> seeds;
+  for (const double version : {2.0, 1.0}) {
+    Bytes data = header(version, 78, 0, 0).zerosTo(78);
+    data.text("Seven", 8).real(18.0).int16(3).int32(174).int16(1).int16(2).int16(3).int16(4);
+    data.int16(19).reals({1.0, -32767.0, 3.0, 200.0, 400.0, 1.0, 1000.0}).int16(2).int16(27).reals({1.0, 1.0});
+    data.int16(0).int16(0).int16(0).integer(1, 1).text("abc", 3);
+    Bytes input;
+    input.int16(static_cast<std::int64_t>(index.size())).append(index).append(data);
+    seeds.emplace_back(reinterpret_cast<const char*>(input.get().data()), input.size());
+  }
+  return seeds;
 }

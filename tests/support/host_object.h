@@ -11,8 +11,8 @@ template <class I>
 class HostObject : public I {
  public:
   STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
-    const bool known = IsEqualGUID(iid, __uuidof(IUnknown)) || IsEqualGUID(iid, __uuidof(IDispatch)) ||
-                       IsEqualGUID(iid, __uuidof(I));
+    const bool known =
+        IsEqualGUID(iid, __uuidof(IUnknown)) || IsEqualGUID(iid, __uuidof(IDispatch)) || IsEqualGUID(iid, __uuidof(I));
     *out = known ? static_cast<I*>(this) : nullptr;
     if (known) ++references;
     return known ? S_OK : E_NOINTERFACE;

@@ -1,0 +1,42 @@
+// The installed classes from JScript. Prints a line `ok - ...` or `not ok - ...` for each check and `end` at the end.
+//   cscript //nologo compound.js DATABASE-DIRECTORY
+var P = 101.325;
+
+function check(name, passed) {
+  WScript.Echo((passed ? "ok - " : "not ok - ") + name);
+}
+
+function fails(action) {
+  try {
+    action();
+    return false;
+  } catch (error) {
+    return true;
+  }
+}
+
+var c = new ActiveXObject("COQSCompound.COQSCompound.1");
+c.Init(WScript.Arguments(0), 29);
+check("MW by name", c.MW(298.15, P, 0, 0) == 32.04186);
+check("TC by name", c.TC(298.15, P, 0, 0) == 512.64);
+check("VP by name", Math.abs(c.VP(337.69, P, 0, 0) / P - 1) < 0.01);
+check("a member of another interface", c.ChemicalFormula == "CH4O");
+check("a name with an index", c.SynonymName(0) != "");
+c.Name = "my methanol";
+check("put and get in different interfaces", c.Name == "my methanol");
+c.SynonymName(0) = "spirit";
+check("a put with an index", c.SynonymName(0) == "spirit");
+c.SetPointProperty("TC", 1, 500);
+check("a value stored by name", c.TC(298.15, P, 0, 0) == 500);
+c.SetVoidProperty("TC", 1);
+check("a void property reads as the empty value", c.TC(298.15, P, 0, 0) == -32767);
+
+var integers = new ActiveXObject("QsHostKit.IntegerArray.1");
+integers.Size = 2;
+integers(1) = 7;
+check("array elements", integers(1) == 7 && integers(0) == -32767);
+
+check("an unknown member is an error", fails(function () { c.NoSuchMember(); }));
+check("a failing call is an error", fails(function () { c.Init("no such directory", 19); }));
+check("an element outside is an error", fails(function () { return integers(2); }));
+WScript.Echo("end");
