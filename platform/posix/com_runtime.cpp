@@ -25,8 +25,9 @@ struct ClassObjects {
   DWORD lastCookie = 0;
 };
 
+// Never destroyed: a host may revoke its classes as late as it likes.
 ClassObjects& classObjects() {
-  static ClassObjects table;
+  static auto& table = *new ClassObjects;
   return table;
 }
 

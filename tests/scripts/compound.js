@@ -33,7 +33,7 @@ check("a void property reads as the empty value", c.TC(298.15, P, 0, 0) == -3276
 
 var integers = new ActiveXObject("QsHostKit.IntegerArray.1");
 integers.Size = 2;
-integers(1) = 7;
+integers.IthValue(1) = 7;
 check("array elements", integers(1) == 7 && integers(0) == -32767);
 
 check("an unknown member is an error", fails(function () { c.NoSuchMember(); }));

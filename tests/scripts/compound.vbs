@@ -17,7 +17,7 @@ Function Near(value, expected, relative)
   Near = Abs(value - expected) <= relative * Abs(expected)
 End Function
 
-Set c = CreateObject("COQSCompound.COQSCompound")
+Set c = CreateObject("COQSCompound.COQSCompound.1")
 Check "a new compound has no name", IsNull(c.Name) Or c.Name = ""
 Set c = CreateObject("COQSCompound.COQSCompound.1")
 c.Init WScript.Arguments(0), 19
