@@ -26,7 +26,7 @@ ThreadSlot::Value* ThreadSlot::get() const { return static_cast<Value*>(::pthrea
 
 void ThreadSlot::set(std::unique_ptr<Value> value) {
   if (::pthread_setspecific(key_, value.get()) != 0) throw std::bad_alloc();
-  value.release();
+  static_cast<void>(value.release());
 }
 
 }  // namespace qs
