@@ -67,8 +67,8 @@ class DefaultFace : public Face<Entry> {
                       EXCEPINFO* exception, UINT* argumentError) noexcept final {
     SharedNames::Target target;
     if (const HRESULT hr = Object::sharedNames().find(member, flags, target); FAILED(hr)) return hr;
-    return invoke(*Object::kTypes[target.face], static_cast<Object*>(this)->dispatchFace(target.face),
-                  {target.member, flags, parameters, result, exception, argumentError});
+    return SharedNames::call(target, static_cast<Object*>(this)->dispatchFace(target.face),
+                             {member, flags, parameters, result, exception, argumentError});
   }
 };
 

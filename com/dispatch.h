@@ -50,6 +50,8 @@ HRESULT typeInfoOf(TypeInfo& type, UINT index, ITypeInfo** info) noexcept;
 HRESULT idsOfNames(TypeInfo& type, const NameQuery& query) noexcept;
 HRESULT invoke(TypeInfo& type, IDispatch* object, const Invocation& call) noexcept;
 
+class LateFunction;
+
 // The names that a class's default interface answers for late-bound callers: its own, under their documented DISPIDs,
 // then those of the class's other dual interfaces in their order, under DISPIDs from kFirstSharedId on, which stay the
 // same for as long as the module is loaded. A name with a getter in one interface and a setter in another is one
@@ -58,10 +60,10 @@ class SharedNames {
  public:
   static constexpr DISPID kFirstSharedId = 0x40000000;
 
-  // A member of the class's interface number `face`, under that interface's own DISPID.
+  // A function of the class's interface number `face`.
   struct Target {
     std::size_t face;
-    DISPID member;
+    const LateFunction* function;
   };
 
   // `types` are those of the class's dual interfaces, the default one first; lent.
@@ -70,8 +72,11 @@ class SharedNames {
 
   HRESULT idsOfNames(const NameQuery& query) noexcept;
 
-  // Where a call with the flags of IDispatch::Invoke goes.
+  // Where a call with the flags of IDispatch::Invoke goes: the first interface that has such a function.
   HRESULT find(DISPID member, WORD flags, Target& target) noexcept;
+
+  // Calls what find found; `object` is the object's interface number `target.face`.
+  static HRESULT call(const Target& target, IDispatch* object, const Invocation& call) noexcept;
 
  private:
   struct Table;

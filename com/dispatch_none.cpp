@@ -23,5 +23,6 @@ HRESULT invoke(TypeInfo&, IDispatch*, const Invocation&) noexcept { return E_NOT
 SharedNames::~SharedNames() {}
 HRESULT SharedNames::idsOfNames(const NameQuery&) noexcept { return E_NOTIMPL; }
 HRESULT SharedNames::find(DISPID, WORD, Target&) noexcept { return E_NOTIMPL; }
+HRESULT SharedNames::call(const Target&, IDispatch*, const Invocation&) noexcept { return E_NOTIMPL; }
 
 }  // namespace qs

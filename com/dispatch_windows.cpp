@@ -8,6 +8,7 @@
 #include "com/com_ptr.h"
 #include "com/dispatch.h"
 #include "com/error.h"
+#include "com/late_function.h"
 #include "com/module_file.h"
 
 namespace qs {
@@ -23,10 +24,6 @@ std::wstring folded(std::wstring_view name) {
   for (wchar_t& c : result)
     if (c >= L'a' && c <= L'z') c = static_cast<wchar_t>(c - L'a' + L'A');
   return result;
-}
-
-WORD kindsOf(WORD flags) {
-  return flags & (DISPATCH_METHOD | DISPATCH_PROPERTYGET | DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF);
 }
 
 }  // namespace
@@ -86,8 +83,8 @@ HRESULT invoke(TypeInfo& type, IDispatch* object, const Invocation& call) noexce
 
 struct SharedNames::Table {
   struct Function {
-    Target target;
-    WORD kinds;
+    std::size_t face;
+    LateFunction function;
   };
   struct Member {
     DISPID id;
@@ -98,37 +95,39 @@ struct SharedNames::Table {
   std::map<DISPID, std::size_t> byId;
   std::vector<Member> members;
 
-  void add(std::wstring_view name, const Function& function) {
+  Member& member(std::wstring_view name, std::size_t face, DISPID documented) {
     const auto [found, inserted] = byName.try_emplace(folded(name), members.size());
     if (inserted) {
-      const bool documented = function.target.face == 0;
-      const DISPID id = documented ? function.target.member : kFirstSharedId + static_cast<DISPID>(members.size());
+      const DISPID id = face == 0 ? documented : kFirstSharedId + static_cast<DISPID>(members.size());
       byId.emplace(id, members.size());
       members.push_back({id, {}});
     }
-    members[found->second].functions.push_back(function);
+    return members[found->second];
   }
 
-  void add(std::size_t face, ITypeInfo& info) {
+  // Adds the functions of an interface, from its virtual table.
+  void add(std::size_t face, ITypeInfo& dispatch) {
+    HREFTYPE reference = 0;
+    ComPtr<ITypeInfo> type;
+    check(dispatch.GetRefTypeOfImplType(static_cast<UINT>(-1), &reference));
+    check(dispatch.GetRefTypeInfo(reference, type.out()));
     TYPEATTR* attributes = nullptr;
-    check(info.GetTypeAttr(&attributes));
+    check(type->GetTypeAttr(&attributes));
     const WORD count = attributes->cFuncs;
-    info.ReleaseTypeAttr(attributes);
+    type->ReleaseTypeAttr(attributes);
     for (UINT i = 0; i < count; ++i) {
-      FUNCDESC* function = nullptr;
-      check(info.GetFuncDesc(i, &function));
-      const DISPID member = function->memid;
-      const auto kinds = static_cast<WORD>(function->invkind);
-      // IUnknown's and IDispatch's own methods are no members.
-      const bool restricted = function->wFuncFlags & FUNCFLAG_FRESTRICTED;
-      info.ReleaseFuncDesc(function);
-      if (restricted) continue;
-
-      BSTR name = nullptr;
-      UINT got = 0;
-      check(info.GetNames(member, &name, 1, &got));
-      const Bstr owned = Bstr::adopt(name);
-      add(owned.view(), {{face, member}, kinds});
+      FUNCDESC* description = nullptr;
+      check(type->GetFuncDesc(i, &description));
+      const HRESULT added = guarded([&] {
+        Bstr name;
+        UINT got = 0;
+        check(type->GetNames(description->memid, name.out(), 1, &got));
+        member(name.view(), face, description->memid)
+            .functions.push_back({face, LateFunction(*type.get(), *description)});
+        return S_OK;
+      });
+      type->ReleaseFuncDesc(description);
+      check(added);
     }
   }
 };
@@ -161,28 +160,28 @@ HRESULT SharedNames::idsOfNames(const NameQuery& query) noexcept {
     if (found == names.byName.end()) return own;
     const Table::Member& member = names.members[found->second];
     // The further names are those of the arguments; the interface that has the member knows them.
-    const HRESULT hr = qs::idsOfNames(*types_[member.functions[0].target.face], query);
+    const HRESULT hr = qs::idsOfNames(*types_[member.functions[0].face], query);
     query.ids[0] = member.id;
     return hr;
   });
 }
 
 HRESULT SharedNames::find(DISPID member, WORD flags, Target& target) noexcept {
-  target = {0, member};
   return guarded([&] {
     const Table& names = table();
     const auto found = names.byId.find(member);
-    if (found == names.byId.end()) return member < kFirstSharedId ? S_OK : DISP_E_MEMBERNOTFOUND;
-    const auto& functions = names.members[found->second].functions;
-    for (const Table::Function& function : functions)
-      if (function.kinds & kindsOf(flags)) {
-        target = function.target;
+    if (found == names.byId.end()) return DISP_E_MEMBERNOTFOUND;
+    for (const Table::Function& entry : names.members[found->second].functions)
+      if (entry.function.answers(flags)) {
+        target = {entry.face, &entry.function};
         return S_OK;
       }
-    // No function of that kind: the first interface that has the name says so.
-    target = functions[0].target;
-    return S_OK;
+    return DISP_E_MEMBERNOTFOUND;
   });
+}
+
+HRESULT SharedNames::call(const Target& target, IDispatch* object, const Invocation& call) noexcept {
+  return target.function->call(object, call);
 }
 
 }  // namespace qs

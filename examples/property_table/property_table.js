@@ -7,9 +7,10 @@ function shown(value) {
   return value == NOT_SET ? "not set" : String(value);
 }
 
-function constant(c, key) {
-  // A property that the compound does not have is of kind 0.
-  return c.GetPropertyType(key) == 0 ? "not set" : shown(c.GetPropertyValue(key, 298.15, PRESSURE, 0, 0));
+// A method returns its out-parameters that the caller leaves out, several as an array.
+function rangeOf(limits) {
+  var array = new VBArray(limits).toArray();
+  return array[0] + " to " + array[1] + " K";
 }
 
 function printCompound(directory, number) {
@@ -20,11 +21,12 @@ function printCompound(directory, number) {
   for (var i = 0; i < c.NumberOfSynonymNames; ++i) synonyms.push(c.SynonymName(i));
   WScript.Echo("");
   WScript.Echo(c.Name + "  " + c.ChemicalFormula + "  CAS " + c.CASN + "  synonyms: " + synonyms.join("; "));
-  // The number in place of the fourth argument stands for the dependency word, which is not wanted here.
+  WScript.Echo("  is water: " + c.IsWater() + ", is methanol: " + c.IsMethanol());
+  // The fourth argument would receive the dependency word, which is not wanted here.
   WScript.Echo("  molecular weight     " + shown(c.MW(298.15, PRESSURE, 0, 0)) + " kg/kmol");
   WScript.Echo("  critical temperature " + shown(c.TC(298.15, PRESSURE, 0, 0)) + " K");
   WScript.Echo("  critical pressure    " + shown(c.PC(298.15, PRESSURE, 0, 0)) + " kPa");
-  WScript.Echo("  refractive index     " + constant(c, "RI"));
+  WScript.Echo("  refractive index     " + shown(c.RI(298.15, PRESSURE, 0, 0)));
   WScript.Echo("  T [K], vapour pressure [kPa], liquid density [kg/m3], heat of vaporisation [kJ/kmol], " +
                "ideal-gas heat capacity [kJ/(kmol K)]");
   var temperatures = [298.15, 350, 373.15];
@@ -33,6 +35,8 @@ function printCompound(directory, number) {
     WScript.Echo("  " + [t, shown(c.VP(t, PRESSURE, 0, 0)), shown(c.LDN(t, PRESSURE, 0, 0)),
                          shown(c.HVP(t, PRESSURE, 0, 0)), shown(c.IGCP(t, PRESSURE, 0, 0))].join(", "));
   }
+  WScript.Echo("  range " + [rangeOf(c.get_VPTPRange()), rangeOf(c.get_LDNTPRange()), rangeOf(c.get_HVPTPRange()),
+                             rangeOf(c.get_IGCPTPRange())].join(", "));
 }
 
 var numbers = [19, 29, 30];

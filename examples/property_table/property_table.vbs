@@ -13,13 +13,8 @@ Function Shown(value)
   End If
 End Function
 
-Function Constant(c, key)
-  ' A property that the compound does not have is of kind 0.
-  If c.GetPropertyType(key) = 0 Then
-    Constant = "not set"
-  Else
-    Constant = Shown(c.GetPropertyValue(key, 298.15, Pressure, 0, 0))
-  End If
+Function RangeOf(limits)
+  RangeOf = limits(0) & " to " & limits(1) & " K"
 End Function
 
 Sub PrintCompound(directory, number)
@@ -33,16 +28,19 @@ Sub PrintCompound(directory, number)
   Next
   WScript.Echo ""
   WScript.Echo c.Name & "  " & c.ChemicalFormula & "  CAS " & c.CASN & "  synonyms:" & synonyms
-  ' The number in place of the fourth argument stands for the dependency word, which is not wanted here.
+  WScript.Echo "  is water: " & c.IsWater & ", is methanol: " & c.IsMethanol
+  ' The fourth argument would receive the dependency word, which is not wanted here.
   WScript.Echo "  molecular weight     " & Shown(c.MW(298.15, Pressure, 0, 0)) & " kg/kmol"
   WScript.Echo "  critical temperature " & Shown(c.TC(298.15, Pressure, 0, 0)) & " K"
   WScript.Echo "  critical pressure    " & Shown(c.PC(298.15, Pressure, 0, 0)) & " kPa"
-  WScript.Echo "  refractive index     " & Constant(c, "RI")
+  WScript.Echo "  refractive index     " & Shown(c.RI(298.15, Pressure, 0, 0))
   WScript.Echo "  T [K], vapour pressure [kPa], liquid density [kg/m3], heat of vaporisation [kJ/kmol], ideal-gas heat capacity [kJ/(kmol K)]"
   For Each t In Array(298.15, 350, 373.15)
     WScript.Echo "  " & t & ", " & Shown(c.VP(t, Pressure, 0, 0)) & ", " & Shown(c.LDN(t, Pressure, 0, 0)) & ", " & _
       Shown(c.HVP(t, Pressure, 0, 0)) & ", " & Shown(c.IGCP(t, Pressure, 0, 0))
   Next
+  WScript.Echo "  range " & RangeOf(c.get_VPTPRange) & ", " & RangeOf(c.get_LDNTPRange) & ", " & _
+    RangeOf(c.get_HVPTPRange) & ", " & RangeOf(c.get_IGCPTPRange)
 End Sub
 
 Dim number

@@ -31,6 +31,12 @@ check("a value stored by name", c.TC(298.15, P, 0, 0) == 500);
 c.SetVoidProperty("TC", 1);
 check("a void property reads as the empty value", c.TC(298.15, P, 0, 0) == -32767);
 
+var range = new VBArray(c.get_VPTPRange()).toArray();
+check("out-parameters left out are returned", range.length == 4 && range[0] == 175.47);
+check("a result code alone", c.IsMethanol() === true && c.IsWater() === false);
+c.SetEquationProperty("LCP", 1, 19, 200, 400, 1, 1000, [1, 2, 0.5]);
+check("an equation from the script's own array", c.LCP(10, P, 0, 0) == 71);
+
 var integers = new ActiveXObject("QsHostKit.IntegerArray.1");
 integers.Size = 2;
 integers.IthValue(1) = 7;

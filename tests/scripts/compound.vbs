@@ -27,7 +27,13 @@ Check "VP by name", Near(c.VP(373.15, P, 0, 0), 101.325, 0.003)
 Check "a member of another interface", c.ChemicalFormula = "H2O"
 Check "names regardless of case", c.casn = "7732-18-5"
 Check "a name with an index", c.SynonymName(0) <> ""
-Check "the absent property is void", c.GetPropertyType("RI") = 0
+Check "what is not set reads as the empty value", c.RI(298.15, P, 0, 0) = -32767
+Dim word, range
+word = "before"
+Check "a value beside an out-parameter", c.VP(373.15, P, 0, word) > 100 And word = 1
+range = c.get_VPTPRange
+Check "out-parameters left out are returned", range(0) = 263.15 And UBound(range) = 3
+Check "a result code alone", c.IsWater And Not c.IsMethanol
 Check "any key by name", c.GetPropertyValue("TC", 298.15, P, 0, 0) = 647.14
 
 c.Name = "my water"
@@ -46,6 +52,9 @@ coefficients(2) = 0.5
 Check "array elements", coefficients(2) = 0.5 And coefficients.Size = 3
 c.SetEquationProperty "LDN", 1, 19, 200, 400, 1, 1000, coefficients
 Check "an equation from an array", c.LDN(10, P, 0, 0) = 71
+
+c.SetEquationProperty "LCP", 1, 19, 200, 400, 1, 1000, Array(1, 2, 0.5)
+Check "an equation from the script's own array", c.LCP(10, P, 0, 0) = 71
 
 Dim copy
 Set copy = CreateObject("COQSCompound.COQSCompound.1")
