@@ -1,0 +1,40 @@
+// What each file of the program measures. Benchmarks are registered under the names that main.cpp's table of targets
+// refers to; all use the classes through the loaded modules, which must be registered before.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+
+#include "com/com_ptr.h"
+#include "com/interfaces.h"
+
+namespace qs::bench {
+
+// Throws std::runtime_error when the class is not there.
+ComPtr<IBasicCompound> newCompound();
+
+// getters.cpp: typed getters "get/KIND" and what they are held against: "empty call", and "inline/KIND" for the formula
+// alone, each at temperatures that change from call to call.
+void addGetters();
+
+// database.cpp: two databases of compounds as large as usual, in a temporary directory, and the benchmarks over them:
+//   "Init", "read record"                 one compound, and the bytes of its data record through stdio
+//   "fill 10000", "fill 1000"             time per compound when every compound of a database is filled
+//   "Init in a new thread", "read index"  a thread's first Init, and the bytes of the index file through stdio
+class Databases {
+ public:
+  Databases();   // throws std::runtime_error when they cannot be written
+  ~Databases();  // to be ended after the last benchmark run
+  void addBenchmarks();
+
+ private:
+  struct Files;
+  std::unique_ptr<Files> files_;
+};
+
+// Bytes that a compound holds: without content, and as the largest of all that are filled from a database.
+std::size_t bytesOfEmptyCompound();
+std::size_t bytesOfLargestCompound(const std::filesystem::path& database);
+
+}  // namespace qs::bench

@@ -1,0 +1,39 @@
+#include "benchmarks/empty_compound.h"
+
+namespace qs::bench {
+namespace {
+
+class EmptyCompound final : public IBasicCompound {
+ public:
+  STDMETHODIMP QueryInterface(REFIID, void**) noexcept override { return E_NOINTERFACE; }
+  STDMETHODIMP_(ULONG) AddRef() noexcept override { return 1; }
+  STDMETHODIMP_(ULONG) Release() noexcept override { return 1; }
+  STDMETHODIMP GetTypeInfoCount(UINT*) noexcept override { return S_OK; }
+  STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return S_OK; }
+  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override { return S_OK; }
+  STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
+    return S_OK;
+  }
+
+  // Those of other interfaces than IBasicCompound override nothing.
+#define FIXED_KEY(key, help, interface_name, dispid)                                                           \
+  virtual HRESULT STDMETHODCALLTYPE get_##key(double, double, tagExtrapolationEnum, LONG*, double*) noexcept { \
+    return S_OK;                                                                                               \
+  }                                                                                                            \
+  virtual HRESULT STDMETHODCALLTYPE get_##key##TPRange(double*, double*, double*, double*) noexcept { return S_OK; }
+#include "props/keys.def"
+
+  STDMETHODIMP get_VelcorinID(INT*) noexcept override { return S_OK; }
+  STDMETHODIMP get_Family(tagCompoundFamilyEnum*) noexcept override { return S_OK; }
+  STDMETHODIMP get_SubFamily(BSTR*) noexcept override { return S_OK; }
+  STDMETHODIMP GetNonCondensable(BYTE*) noexcept override { return S_OK; }
+};
+
+}  // namespace
+
+IBasicCompound* emptyCompound() {
+  static EmptyCompound compound;
+  return &compound;
+}
+
+}  // namespace qs::bench

@@ -1,0 +1,150 @@
+// Measures the modules against bounds, each beside a yardstick of its own in the same run, and prints a line per
+// target.
+//   qs_bench DATABASE-DIRECTORY [options of Google Benchmark]
+// The directory holds the database whose compounds are weighed. Exits with 0 whether or not the bounds are kept.
+#include <benchmark/benchmark.h>
+
+#include <iomanip>
+#include <iostream>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "benchmarks/bench.h"
+#include "hostkit/module_loader.h"
+
+namespace qs::bench {
+namespace {
+
+// A bound on the time of a benchmark: `factor` times that of another and, when it is given, `extra` nanoseconds. Where
+// it is given, the measured value is the time over `factor` times the yardstick; otherwise it is their ratio.
+struct Target {
+  std::string title;
+  std::string subject;
+  std::string yardstick;
+  double factor;
+  double extra = 0.0;
+};
+
+const Target kTargets[] = {
+    {"getter of a point property, over an empty call", "get/point", "empty call", 1.0, 3.0},
+    {"getter of DIPPR101, over 1.25 x inline", "get/DIPPR101", "inline/DIPPR101", 1.25, 5.0},
+    {"getter of DIPPR107, over 1.25 x inline", "get/DIPPR107", "inline/DIPPR107", 1.25, 5.0},
+    {"getter of VELDB1, over 1.25 x inline", "get/VELDB1", "inline/VELDB1", 1.25, 5.0},
+    {"getter of DIPPR101 as lnY, over 1.25 x inline", "get/DIPPR101 of lnY", "inline/DIPPR101 of lnY", 1.25, 8.0},
+    {"getter of DIPPR107 as lnY, over 1.25 x inline", "get/DIPPR107 of lnY", "inline/DIPPR107 of lnY", 1.25, 8.0},
+    {"getter of VELDB1 as lnY, over 1.25 x inline", "get/VELDB1 of lnY", "inline/VELDB1 of lnY", 1.25, 8.0},
+    {"Init from 10,000 compounds / reading its record", "Init", "read record", 3.0},
+    {"filling one of 10,000 / one of 1,000", "fill 10000", "fill 1000", 1.2},
+    {"first Init of a thread / reading the index", "Init in a new thread", "read index", 5.0},
+};
+
+// Keeps the median time of each benchmark, in nanoseconds.
+class Medians final : public benchmark::BenchmarkReporter {
+ public:
+  bool ReportContext(const Context&) override { return true; }
+
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      if (run.error_occurred) throw std::runtime_error(run.run_name.str() + ": " + run.error_message);
+      if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median")
+        nanoseconds_[run.run_name.function_name] =
+            run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit) * 1e9;
+    }
+  }
+
+  double of(const std::string& name) const {
+    const auto found = nanoseconds_.find(name);
+    if (found == nanoseconds_.end()) throw std::runtime_error("benchmark " + name + " was not run");
+    return found->second;
+  }
+
+ private:
+  std::map<std::string, double> nanoseconds_;
+};
+
+// The printed lines: title, measured value, bound and whether it is kept; for times also both medians.
+class Lines {
+ public:
+  void print(const Target& target, const Medians& medians) {
+    const double subject = medians.of(target.subject);
+    const double yardstick = medians.of(target.yardstick);
+    if (target.extra > 0.0)
+      print(target.title, subject - target.factor * yardstick, target.extra, "ns", 2);
+    else
+      print(target.title, subject / yardstick, target.factor, "x ", 2);
+    std::cout << "   (" << std::setprecision(1) << subject << " and " << yardstick << " ns)\n";
+  }
+  void printBytes(const std::string& title, std::size_t measured, std::size_t bound) {
+    print(title, static_cast<double>(measured), static_cast<double>(bound), "B ", 0);
+    std::cout << "\n";
+  }
+
+  int shortCount() const { return shortCount_; }
+
+ private:
+  void print(const std::string& title, double measured, double bound, const std::string& unit, int digits) {
+    const bool kept = measured <= bound;
+    shortCount_ += !kept;
+    std::cout << std::left << std::setw(50) << title << std::right << std::fixed << std::setprecision(digits)
+              << std::setw(8) << measured << " " << unit << "   at most " << std::setw(6) << bound << " " << unit
+              << (kept ? "   ok" : "   short");
+  }
+
+  int shortCount_ = 0;
+};
+
+void measure(const std::string& database) {
+  host::LoadedModule containers("qscontainers"), hostKit("qshostkit");
+  containers.registerClass(__uuidof(::COQSCompound));
+  hostKit.registerClass(__uuidof(::RealArray));
+  hostKit.registerClass(__uuidof(::IntegerArray));
+
+  const std::size_t emptyBytes = bytesOfEmptyCompound();
+  const std::size_t largestBytes = bytesOfLargestCompound(database);
+
+  Databases databases;
+  databases.addBenchmarks();
+  addGetters();
+  Medians medians;
+  benchmark::RunSpecifiedBenchmarks(&medians);
+  benchmark::ClearRegisteredBenchmarks();
+
+  Lines lines;
+  for (const Target& target : kTargets) lines.print(target, medians);
+  lines.printBytes("memory of an empty compound", emptyBytes, 2048);
+  lines.printBytes("memory of the bundled database's largest compound", largestBytes, 16384);
+  std::cout << lines.shortCount() << " short\n";
+}
+
+}  // namespace
+
+ComPtr<IBasicCompound> newCompound() {
+  auto compound = host::createInstance<IBasicCompound>(__uuidof(::COQSCompound));
+  if (!compound) throw std::runtime_error("the class COQSCompound cannot be created");
+  return compound;
+}
+
+}  // namespace qs::bench
+
+int main(int argc, char** argv) {
+  // What Google Benchmark is told unless the caller says otherwise: the later option wins.
+  std::vector<std::string> arguments = {argv[0], "--benchmark_repetitions=15", "--benchmark_min_time=0.05",
+                                        "--benchmark_enable_random_interleaving=true"};
+  arguments.insert(arguments.end(), argv + 1, argv + argc);
+  std::vector<char*> pointers;
+  for (std::string& argument : arguments) pointers.push_back(argument.data());
+  int count = static_cast<int>(pointers.size());
+  benchmark::Initialize(&count, pointers.data());
+  if (count != 2) {
+    std::cerr << "usage: qs_bench DATABASE-DIRECTORY [options of Google Benchmark]\n";
+    return 2;
+  }
+  try {
+    qs::bench::measure(pointers[1]);
+  } catch (const std::exception& error) {
+    std::cerr << "qs_bench: " << error.what() << "\n";
+    return 1;
+  }
+}
