@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <functional>
 #include <future>
 #include <memory>
@@ -24,7 +25,13 @@ namespace qs::bench {
 namespace {
 
 using namespace database;
-using Seconds = std::chrono::duration<double>;
+
+// What the calling thread has used of a processor, in seconds.
+double processorTime() {
+  std::timespec time;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
 
 constexpr Key kConstants[] = {Key::MW,   Key::TC,  Key::PC, Key::VC, Key::ACEN,   Key::NBP,   Key::SLDN,
                               Key::DM,   Key::RG,  Key::MP, Key::RI, Key::HFUS,   Key::FP,    Key::FLML,
@@ -127,25 +134,25 @@ void fillBenchmark(benchmark::State& state, const Database& database) {
   for (auto _ : state) {
     std::vector<ComPtr<IBasicCompound>> compounds;
     compounds.reserve(database.numbers.size());
-    const auto start = std::chrono::steady_clock::now();
+    const auto start = processorTime();
     for (const INT number : database.numbers) {
       compounds.push_back(newCompound());
       fill(compounds.back().get(), database.directory.get(), number);
     }
-    const Seconds elapsed = std::chrono::steady_clock::now() - start;
-    state.SetIterationTime(elapsed.count() / static_cast<double>(compounds.size()));
+    const double elapsed = processorTime() - start;
+    state.SetIterationTime(elapsed / static_cast<double>(compounds.size()));
   }
 }
 
 // Times a function in a thread of its own, which has read nothing before.
 void inNewThread(benchmark::State& state, const std::function<void()>& function) {
   for (auto _ : state) {
-    const Seconds elapsed = std::async(std::launch::async, [&function]() -> Seconds {
-                              const auto start = std::chrono::steady_clock::now();
-                              function();
-                              return std::chrono::steady_clock::now() - start;
-                            }).get();
-    state.SetIterationTime(elapsed.count());
+    const double elapsed = std::async(std::launch::async, [&function] {
+                             const auto start = processorTime();
+                             function();
+                             return processorTime() - start;
+                           }).get();
+    state.SetIterationTime(elapsed);
   }
 }
 
