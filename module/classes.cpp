@@ -1,4 +1,5 @@
 // The creatable classes of the main module.
+#include "collection/collection.h"
 #include "com/module.h"
 #include "compound/compound.h"
 
@@ -8,6 +9,8 @@ namespace {
 ClassObject classObjects[] = {
     ClassObject({&__uuidof(::COQSCompound), 103, OLESTR("COQSCompound.COQSCompound"), OLESTR("COQSCompound Class"),
                  COQSCompound::create}),
+    ClassObject({&__uuidof(::COQSCompoundCollection), 104, OLESTR("COQSCompoundCollection.COQSCompoundCollection"),
+                 OLESTR("COQSCompoundCollection Class"), COQSCompoundCollection::create}),
 };
 
 }  // namespace

@@ -1,0 +1,147 @@
+// COQSCompoundCollection, the ordered compounds of a calculation: a list of its own, or a view, which is a list of
+// positions in a parent collection. The methods of each group of interfaces stand in a file of their own.
+//
+// A position outside, a name that is not there and an empty slot answer S_FALSE and give null; a null out-parameter
+// answers E_POINTER. A method that fails has changed nothing, unless it says otherwise. External objects may call back
+// at any time.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "collection/component_registry.h"
+#include "collection/compound_slots.h"
+#include "com/coclass.h"
+
+namespace qs {
+
+class COQSCompoundCollection final
+    : public Coclass<COQSCompoundCollection, ICompoundCollection, ICompoundCollectionSetup, ICompoundManipulation,
+                     ICompCollnIPInfo, ILoadCompoundProp, ISubCompList, ISubCompList1, IQueryLoader,
+                     IPureEstimatorHandler> {
+ public:
+  ~COQSCompoundCollection();
+
+  // list.cpp
+  STDMETHODIMP get_Compound(INT index, IDispatch** compound) noexcept override;
+  // A null compound empties the slot, and so does one whose query fails.
+  STDMETHODIMP put_Compound(INT index, IDispatch* compound) noexcept override;
+  STDMETHODIMP get_NumberOfCompounds(INT* count) noexcept override;
+  // A view can be shortened only: E_FAIL for a larger number.
+  STDMETHODIMP put_NumberOfCompounds(INT count) noexcept override;
+  // A view finds the compound in its parent by name, or else adds it there.
+  STDMETHODIMP AddCompound(IDispatch* compound) noexcept override;
+  // Makes the collection as new; a view leaves its parent.
+  STDMETHODIMP Reset() noexcept override;
+  STDMETHODIMP GetBasicCompound(INT index, IBasicCompound** compound) noexcept override;
+  STDMETHODIMP GetOffsetH(IRealArrayDisp** offsets) noexcept override;
+  STDMETHODIMP PutOffsetH(IRealArrayDisp* offsets) noexcept override;
+  STDMETHODIMP GetOffsetS(IRealArrayDisp** offsets) noexcept override;
+  STDMETHODIMP PutOffsetS(IRealArrayDisp* offsets) noexcept override;
+  STDMETHODIMP MoveCompound(INT compound, INT before) noexcept override;
+  STDMETHODIMP RemoveLastCompound() noexcept override;
+
+  // models.cpp
+  STDMETHODIMP get_InteractionParameters(BSTR model, IDispatch** parameters) noexcept override;
+  STDMETHODIMP put_InteractionParameters(BSTR model, IDispatch* parameters) noexcept override;
+  STDMETHODIMP SetPane(BSTR model, BSTR pane) noexcept override;
+  STDMETHODIMP CompCollnIPInfo(INT model, INT* count, BSTR* name, BSTR* pane) noexcept override;
+  // Models that cannot load are passed over. A failure takes the compound out of this collection again.
+  STDMETHODIMP AddLastCompoundLoadIPs(IDispatch* compound, BSTR directory) noexcept override;
+
+  // loaders.cpp. A view uses the loaders of its parent.
+  STDMETHODIMP AddCompoundFromLoader(BSTR searchKey, BSTR id, BSTR loader, BYTE useLoader) noexcept override;
+  // Each compound as by LoadOneCompound without an id; ends at the first failure. S_FALSE when one was not found.
+  STDMETHODIMP LoadAllCompounds(BSTR loader, BSTR searchKey, BYTE useLoader) noexcept override;
+  // `useLoader` is 0 for the default loader. A null id stands for what the compound has in the identity field
+  // `searchKey`. What the loader lacks keeps its value; S_FALSE when it has nothing of the compound. E_NOINTERFACE for
+  // a compound of another implementation, which cannot be copied back and forth.
+  STDMETHODIMP LoadOneCompound(INT index, BSTR loader, BSTR searchKey, BSTR id, BYTE useLoader) noexcept override;
+  STDMETHODIMP LoadOneProperty(INT index, BSTR property, BSTR loader, BSTR searchKey, BSTR id,
+                               BYTE useLoader) noexcept override;
+  STDMETHODIMP SetDefaultLoader(BSTR name, BSTR className, BSTR path, IDispatch* loader) noexcept override;
+  STDMETHODIMP AddLoader(BSTR name, BSTR className, BSTR path, IDispatch* loader) noexcept override;
+  STDMETHODIMP RemoveLoader(BSTR name) noexcept override;
+  STDMETHODIMP GetLoader(BSTR name, IDispatch** loader) noexcept override;
+  STDMETHODIMP GetDefaultLoader(BSTR* name, IDispatch** loader) noexcept override;
+  // A view's own, which are none.
+  STDMETHODIMP GetNumOfLoaders(INT* count) noexcept override;
+  STDMETHODIMP GetLoaderI(INT index, BSTR* name, IDispatch** loader) noexcept override;
+  STDMETHODIMP SetAsDefaultLoader(BSTR name) noexcept override;
+
+  // views.cpp. A view keeps its parent alive, not the other way round. All views fetched under one name share their
+  // positions. E_FAIL for a position outside, E_INVALIDARG for a null array.
+  STDMETHODIMP CreateSubCompList(IIntegerArrayDisp* positions, ICompoundCollection** view) noexcept override;
+  STDMETHODIMP GetParent(ICompoundCollection** parent) noexcept override;
+  STDMETHODIMP GetPositions(IIntegerArrayDisp** positions) noexcept override;
+  STDMETHODIMP AddSubCompList(BSTR name, IIntegerArrayDisp* positions) noexcept override;
+  STDMETHODIMP GetNumOfSubCompLists(INT* count) noexcept override;
+  STDMETHODIMP GetSubCompList(BSTR name, ICompoundCollection** view) noexcept override;
+  STDMETHODIMP GetSubCompListI(INT index, BSTR* name, ICompoundCollection** view) noexcept override;
+  STDMETHODIMP RemoveSubCompList(BSTR name) noexcept override;
+
+  // query.cpp. The compounds of a database, in the order of its index, whose field has the text. Fields of names match
+  // regardless of case and through synonyms too; the field "Synonym" is the synonyms alone.
+  STDMETHODIMP GetVelIDs(BSTR directory, BSTR field, BSTR text, IIntegerArrayDisp** numbers) noexcept override;
+
+  // estimators.cpp. A view uses the estimators of its parent. What cannot be estimated is S_FALSE.
+  STDMETHODIMP EstimateProperty(INT index, BSTR property, BSTR estimator, BYTE useEstimator) noexcept override;
+  STDMETHODIMP SetDefaultEstimator(BSTR name, BSTR className, BSTR path, IDispatch* estimator) noexcept override;
+  STDMETHODIMP AddEstimator(BSTR name, BSTR className, BSTR path, IDispatch* estimator) noexcept override;
+  STDMETHODIMP RemoveEstimator(BSTR name) noexcept override;
+  STDMETHODIMP GetEstimator(BSTR name, IDispatch** estimator) noexcept override;
+  STDMETHODIMP GetDefaultEstimator(BSTR* name, IDispatch** estimator) noexcept override;
+  STDMETHODIMP GetNumOfEstimators(INT* count) noexcept override;
+  STDMETHODIMP GetEstimatorI(INT index, BSTR* name, IDispatch** estimator) noexcept override;
+  STDMETHODIMP SetAsDefaultEstimator(BSTR name) noexcept override;
+
+ private:
+  using Positions = std::vector<LONG>;
+
+  struct Model {
+    ComPtr<IInteractionParameters> parameters;
+    Bstr pane;
+  };
+
+  // Everything that Reset resets.
+  struct State {
+    CompoundSlots slots;
+    ComPtr<ICompoundCollection> parent;    // null in an own list
+    std::shared_ptr<Positions> positions;  // of a view in its parent
+    ComPtr<IRealArrayDisp> offsetH, offsetS;
+    std::map<WideString, Model, std::less<>> models;
+    ComponentRegistry loaders, estimators;
+    std::map<WideString, std::shared_ptr<Positions>, std::less<>> subLists;
+  };
+
+  bool isView() const { return static_cast<bool>(state_.parent); }
+  INT count() const { return isView() ? static_cast<INT>(state_.positions->size()) : state_.slots.size(); }
+  // The parent's position of a position of a view, -1 when it is outside.
+  INT inParent(INT index) const {
+    const Positions& positions = *state_.positions;
+    return index >= 0 && static_cast<std::size_t>(index) < positions.size() ? positions[static_cast<std::size_t>(index)]
+                                                                            : -1;
+  }
+
+  // Calls a method of the parent, which stays alive meanwhile.
+  template <class I, class... Parameters, class... Arguments>
+  HRESULT forward(HRESULT (STDMETHODCALLTYPE I::*method)(Parameters...), Arguments... arguments) const {
+    ComPtr<I> parent;
+    const HRESULT queried = state_.parent->QueryInterface(__uuidof(I), reinterpret_cast<void**>(parent.out()));
+    return FAILED(queried) ? queried : (parent.get()->*method)(arguments...);
+  }
+
+  HRESULT addToParent(IDispatch* compound);
+
+  Positions checkedPositions(IIntegerArrayDisp* array);
+  ComPtr<ICompoundCollection> newView(std::shared_ptr<Positions> positions);
+
+  // Runs `fill` with a filler on a copy of a compound and takes the copy over when that answers S_OK.
+  template <class Fill>
+  HRESULT load(INT index, BSTR loader, BSTR searchKey, BSTR id, BYTE useLoader, Fill fill);
+
+  State state_;
+};
+
+}  // namespace qs

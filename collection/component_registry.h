@@ -1,0 +1,72 @@
+// External components - loaders or estimators - that a collection knows by name, one of which may be the default.
+#pragma once
+
+#include <functional>
+#include <map>
+
+#include "com/bstr.h"
+#include "com/com_ptr.h"
+#include "com/interfaces.h"
+
+namespace qs {
+
+// A registered component. Strings are null until set.
+struct CQSLoader {
+  ComPtr<IDispatch> object;
+  Bstr Name;
+  Bstr ClassName;
+  Bstr Path;
+  Bstr Description;
+
+  // Sets name, class name and object; S_FALSE, and no change, when one of them is null.
+  HRESULT init(BSTR name, BSTR className, IDispatch* component);
+};
+
+// Names are compared by code unit. Null and unknown names answer S_FALSE and change nothing; the out-parameters are
+// then null. What is returned is the caller's. The methods raise std::bad_alloc and CQSCOMError and have changed
+// nothing then.
+class ComponentRegistry {
+ public:
+  INT count() const { return static_cast<INT>(records_.size()); }
+
+  // S_FALSE when the name or the component is null or the name is taken. Without a class name the record keeps name and
+  // path alone, and the result is S_FALSE as well.
+  HRESULT add(BSTR name, BSTR className, BSTR path, IDispatch* component);
+
+  // As add, and makes the component the default. Without a component, one of the class named - by its ProgID or its
+  // identifier - is created; a failure to do so is returned.
+  HRESULT addDefault(BSTR name, BSTR className, BSTR path, IDispatch* component);
+
+  // Removing the default leaves no default.
+  HRESULT remove(BSTR name);
+  HRESULT makeDefault(BSTR name);
+
+  HRESULT get(BSTR name, IDispatch** component) const;
+  HRESULT getDefault(BSTR* name, IDispatch** component) const;
+  // By position in name order, compared as an unsigned number.
+  HRESULT getAt(INT index, BSTR* name, IDispatch** component) const;
+
+  // The component of a name, or the default one, ready for use: its interface I, told the path that it has, and its
+  // name. S_FALSE when there is none; the query's failure when it lacks the interface, or its own about the path.
+  template <class I>
+  HRESULT choose(BSTR name, bool named, Bstr& foundName, ComPtr<I>& found) const {
+    const CQSLoader* record = named ? find(name) : findDefault();
+    if (!record || !record->object) return S_FALSE;
+    const ComPtr<IDispatch> object = record->object;
+    const Bstr path = Bstr::copyOf(record->Path.get());
+    foundName = Bstr::copyOf(record->Name.get());
+    const HRESULT queried = object->QueryInterface(__uuidof(I), reinterpret_cast<void**>(found.out()));
+    if (FAILED(queried)) return queried;
+    const HRESULT told = path ? found->Set_Path(path.get()) : S_OK;
+    return FAILED(told) ? told : S_OK;
+  }
+
+ private:
+  const CQSLoader* find(BSTR name) const;
+  const CQSLoader* findDefault() const { return find(default_.get()); }
+
+  std::map<WideString, CQSLoader, std::less<>> records_;
+  Bstr default_;  // null for none
+};
+
+}  // namespace qs

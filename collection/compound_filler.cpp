@@ -1,0 +1,276 @@
+#include "collection/compound_filler.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+#include <type_traits>
+
+#include "com/number_text.h"
+#include "props/key_table.h"
+#include "props/property.h"
+
+namespace qs {
+namespace {
+
+template <class I>
+ComPtr<I> need(IUnknown* object) {
+  if (!object) throw CQSCOMError(E_POINTER);
+  ComPtr<I> found;
+  check(object->QueryInterface(__uuidof(I), reinterpret_cast<void**>(found.out())));
+  return found;
+}
+
+// Whether a call found what was asked for; a failure is raised.
+bool found(HRESULT result) {
+  check(result);
+  return result == S_OK;
+}
+
+// How an identity field is read and written as text.
+struct IdentityField {
+  WideView name;
+  Bstr (*read)(IUnknown* compound);
+  void (*write)(IUnknown* compound, BSTR text);
+};
+
+template <class Method>
+struct Accessor;
+template <class I, class T>
+struct Accessor<HRESULT (STDMETHODCALLTYPE I::*)(T)> {
+  using Interface = I;
+  using Value = std::remove_pointer_t<T>;
+};
+template <class I>
+struct Accessor<HRESULT (STDMETHODCALLTYPE I::*)(BSTR)> {
+  using Interface = I;
+  using Value = BSTR;
+};
+
+template <auto Get, auto Put>
+constexpr IdentityField field(WideView name) {
+  using Reader = Accessor<decltype(Get)>;
+  using Writer = Accessor<decltype(Put)>;
+  using Value = typename Writer::Value;
+  if constexpr (std::is_same_v<Value, BSTR>) {
+    return {name,
+            [](IUnknown* compound) {
+              Bstr text;
+              const auto reader = need<typename Reader::Interface>(compound);
+              check((reader.get()->*Get)(text.out()));
+              return text;
+            },
+            [](IUnknown* compound, BSTR text) {
+              const auto writer = need<typename Writer::Interface>(compound);
+              check((writer.get()->*Put)(text));
+            }};
+  } else {
+    return {name,
+            [](IUnknown* compound) {
+              Value value{};
+              const auto reader = need<typename Reader::Interface>(compound);
+              if (!found((reader.get()->*Get)(&value))) return Bstr();
+              WideString text;
+              appendInteger(text, static_cast<INT>(value));
+              return Bstr(text);
+            },
+            [](IUnknown* compound, BSTR text) {
+              const auto writer = need<typename Writer::Interface>(compound);
+              check((writer.get()->*Put)(static_cast<Value>(readInteger(narrow(viewOf(text))))));
+            }};
+  }
+}
+
+constexpr IdentityField kIdentityFields[] = {
+    field<&ICompoundID::get_Name, &ICompoundIDPut::put_Name>(OLESTR("Name")),
+    field<&ICompoundID::get_PPAttribute, &ICompoundIDPut::put_PPAttribute>(OLESTR("PPAttribute")),
+    field<&ICompoundID::get_CASN, &ICompoundIDPut::put_CASN>(OLESTR("CASN")),
+    field<&ICompoundID::get_IUPACName, &ICompoundIDPut::put_IUPACName>(OLESTR("IUPACName")),
+    field<&ICompoundID::get_VelcorinID, &ICompoundIDPut::put_VelcorinID>(OLESTR("VelcorinID")),
+    field<&ICompoundID::get_PPDSID, &ICompoundIDPut::put_PPDSID>(OLESTR("PPDSID")),
+    field<&ICompoundID::get_DDBID, &ICompoundIDPut::put_DDBID>(OLESTR("DDBID")),
+    field<&ICompoundID::get_DIPPRID, &ICompoundIDPut::put_DIPPRID>(OLESTR("DIPPRID")),
+    field<&ICompoundID::get_CMAID, &ICompoundIDPut::put_CMAID>(OLESTR("CMAID")),
+    field<&ICompoundID::get_ChemicalFormula, &ICompoundIDPut::put_ChemicalFormula>(OLESTR("ChemicalFormula")),
+    field<&ICompoundFamily::get_Family, &ICompoundFamilyPut::put_Family>(OLESTR("Family")),
+    field<&ICompoundFamily::get_SubFamily, &ICompoundFamilyPut::put_SubFamily>(OLESTR("SubFamily")),
+    field<&ICompoundFamily::get_NonCondensable, &ICompoundFamilyPut::put_NonCondensable>(OLESTR("NonCondensable")),
+};
+
+const IdentityField* findIdentityField(WideView name) {
+  const auto* entry = std::ranges::find(kIdentityFields, name, &IdentityField::name);
+  return entry == std::end(kIdentityFields) ? nullptr : entry;
+}
+
+constexpr WideView kSynonyms = OLESTR("SynonymName");
+
+// Lists of reals that a compound keeps as constants of their own.
+struct Pair {
+  WideView name;
+  Key keys[2];
+};
+constexpr Pair kPairs[] = {
+    {OLESTR("ViscosityThetas"), {Key::THETAA, Key::THETAB}},
+    {OLESTR("UNIQUAC1Parameters"), {Key::UNIQUACR, Key::UNIQUACQ}},
+};
+
+BYTE isFixed(BSTR name) { return findKey(viewOf(name)) ? 1 : 0; }
+
+}  // namespace
+
+Bstr identityText(IUnknown* compound, WideView fieldName) {
+  const IdentityField* entry = findIdentityField(fieldName);
+  return entry ? entry->read(compound) : Bstr();
+}
+
+HRESULT storePoint(IUnknown* compound, BSTR name, double value) {
+  const HRESULT result = need<ICompoundPropPut>(compound)->SetPointProperty(name, isFixed(name), value);
+  check(result);
+  return result;
+}
+
+HRESULT CompoundFiller::fillAll() {
+  bool any = false;
+  for (INT i = 0; i < std::numeric_limits<INT>::max(); ++i) {
+    Bstr name;
+    tagPropTypeEnum type = VoidProp;
+    if (!found(source_.loader->Get_Prop(source_.searchKey, source_.id, i, name.out(), &type))) break;
+    any = true;
+    fill(name.get(), type);
+  }
+  if (fillSynonyms()) any = true;
+  return any ? S_OK : S_FALSE;
+}
+
+HRESULT CompoundFiller::fillProperty(BSTR name) {
+  if (viewOf(name) == kSynonyms) return fillSynonyms() ? S_OK : S_FALSE;
+  tagPropTypeEnum type = VoidProp;
+  const bool known = found(source_.loader->Get_PropType(source_.searchKey, source_.id, name, &type));
+  return known && fill(name, type) ? S_OK : S_FALSE;
+}
+
+// Whether the loader had the property and the compound took it.
+bool CompoundFiller::fill(BSTR name, tagPropTypeEnum type) {
+  switch (type) {
+    case PointProp:
+    case PointPropBSTR:
+    case PointPropLong:
+      return fillSingleValue(name, type);
+    case EquationProp:
+      return fillEquation(name);
+    case COMProp:
+      return fillComponent(name);
+    case MultiPointPropLong:
+      return fillIntegers(name);
+    case MultiPointPropReal:
+      return fillReals(name);
+    default:
+      return false;
+  }
+}
+
+bool CompoundFiller::fillSingleValue(BSTR name, tagPropTypeEnum type) {
+  double number = kEmptyValue;
+  Bstr text;
+  if (!found(source_.loader->Get_PropSingleVal(source_.searchKey, source_.id, name, &number, text.out()))) return false;
+  const IdentityField* identity = findIdentityField(viewOf(name));
+  if (type != PointPropBSTR) {
+    if (number == kEmptyValue) return false;
+    if (!identity) return storeNumber(name, number);
+    WideString digits;
+    appendDouble(digits, number);
+    if (type == PointPropLong && number >= std::numeric_limits<INT>::min() &&
+        number <= std::numeric_limits<INT>::max()) {
+      digits.clear();
+      appendInteger(digits, static_cast<INT>(number));
+    }
+    text = Bstr(digits);
+  }
+  if (!identity || !text) return false;
+  identity->write(compound_, text.get());
+  return true;
+}
+
+bool CompoundFiller::fillEquation(BSTR name) {
+  tagEquationShapeEnum shape = PropCurveVoid;
+  tagXYShapeEnum xShape = eNoShapeDefined, yShape = eNoShapeDefined;
+  double tMin = kEmptyValue, tMax = kEmptyValue, pMin = kEmptyValue, pMax = kEmptyValue;
+  double xNorm = 1.0, yNorm = 1.0, xPow = 1.0, yPow = 1.0, a = kEmptyValue, b = kEmptyValue;
+  ComPtr<IRealArrayDisp> coefficients;
+  if (!found(source_.loader->Get_PropEquation(source_.searchKey, source_.id, name, &shape, &tMin, &tMax, &pMin, &pMax,
+                                              coefficients.out(), &xShape, &yShape, &xNorm, &yNorm, &xPow, &yPow, &a,
+                                              &b)))
+    return false;
+  if (!found(need<ICompoundPropPut>(compound_)->SetEquationProperty(name, isFixed(name), shape, tMin, tMax, pMin, pMax,
+                                                                    coefficients.get())))
+    return false;
+  if (xShape != eNoShapeDefined && yShape != eNoShapeDefined)
+    check(need<ICompEqnXYShape>(compound_)->SetEquationPropertyXYShape(name, xShape, yShape, xNorm, yNorm, xPow, yPow,
+                                                                       a, b));
+  return rememberLoader(name);
+}
+
+bool CompoundFiller::fillComponent(BSTR name) {
+  Bstr className;
+  ComPtr<IPCProperty> component;
+  if (!found(source_.loader->Get_PropCOM(source_.searchKey, source_.id, name, className.out(), component.out())) ||
+      !component)
+    return false;
+  return found(need<ICompoundPropPut>(compound_)->SetCOMProperty(name, isFixed(name), className.get(),
+                                                                 component.get())) &&
+         rememberLoader(name);
+}
+
+bool CompoundFiller::fillIntegers(BSTR name) {
+  const auto put = viewOf(name) == OLESTR("VELUNIFACSubGr")  ? &ICompoundUNIFAC1Put::put_VELUNIFACSubGr
+                   : viewOf(name) == OLESTR("VELUNIFACNoGr") ? &ICompoundUNIFAC1Put::put_VELUNIFACNoGr
+                                                             : nullptr;
+  if (!put) return false;
+  ComPtr<IDispatch> values;
+  if (!found(source_.loader->Get_PropMultiVal(source_.searchKey, source_.id, name, values.out()))) return false;
+  const auto integers = need<IIntegerArrayDisp>(values.get());
+  LONG size = 0;
+  check(integers->get_Size(&size));
+  const auto groups = need<ICompoundUNIFAC1Put>(compound_);
+  return found((groups.get()->*put)(size, integers.get()));
+}
+
+bool CompoundFiller::fillReals(BSTR name) {
+  const auto* pair = std::ranges::find(kPairs, viewOf(name), &Pair::name);
+  if (pair == std::end(kPairs)) return false;
+  ComPtr<IDispatch> values;
+  if (!found(source_.loader->Get_PropMultiVal(source_.searchKey, source_.id, name, values.out()))) return false;
+  const auto reals = need<IRealArrayDisp>(values.get());
+  for (LONG i = 0; i < 2; ++i) {
+    double value = kEmptyValue;
+    check(reals->get_IthValue(i, &value));
+    storeNumber(Bstr(nameOf(pair->keys[i])).get(), value);
+  }
+  return true;
+}
+
+// Those of the loader take the place of all that the compound has.
+bool CompoundFiller::fillSynonyms() {
+  ComPtr<ICompoundIDPut> identity;
+  for (INT i = 0;; ++i) {
+    Bstr synonym;
+    if (!found(source_.loader->Get_AllSynonyms(source_.searchKey, source_.id, i, synonym.out()))) break;
+    if (!identity) {
+      identity = need<ICompoundIDPut>(compound_);
+      check(identity->put_NumberOfSynonymNames(0));
+    }
+    // A compound takes so many and no more.
+    if (!found(identity->put_SynonymName(i, synonym.get()))) break;
+  }
+  return static_cast<bool>(identity);
+}
+
+bool CompoundFiller::storeNumber(BSTR name, double value) {
+  return storePoint(compound_, name, value) == S_OK && rememberLoader(name);
+}
+
+bool CompoundFiller::rememberLoader(BSTR name) {
+  check(need<ICompoundPropPut>(compound_)->SetPropertyLoader(name, source_.loaderName));
+  return true;
+}
+
+}  // namespace qs

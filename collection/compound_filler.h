@@ -1,0 +1,50 @@
+// Fills a compound with what a loader has about it, through public interfaces on both sides.
+#pragma once
+
+#include "com/bstr.h"
+#include "com/com_ptr.h"
+#include "com/interfaces.h"
+
+namespace qs {
+
+// The text of an identity field, by the names that ICompoundProp::GetCommonPropertyName gives; null when the field or
+// its value is not known.
+Bstr identityText(IUnknown* compound, WideView field);
+
+// The loader knows the compound by the text `id` in the field `searchKey`; strings and pointers are lent. Properties
+// are stored under their names, those with the name of an identity field there, and remember the loader. What the
+// loader answers S_FALSE for, and what a compound has no place for, is passed over. Throws CQSCOMError with the failure
+// of any call; the compound is then partly filled.
+class CompoundFiller {
+ public:
+  struct Source {
+    ILoad* loader;
+    BSTR loaderName, searchKey, id;
+  };
+  CompoundFiller(const Source& source, IBasicCompound* compound) : source_(source), compound_(compound) {}
+
+  // Properties and synonyms; S_FALSE when the loader has none.
+  HRESULT fillAll();
+
+  // One property or identity field, or the synonyms as "SynonymName"; S_FALSE when the loader lacks it.
+  HRESULT fillProperty(BSTR name);
+
+ private:
+  bool fill(BSTR name, tagPropTypeEnum type);
+  bool fillSingleValue(BSTR name, tagPropTypeEnum type);
+  bool fillEquation(BSTR name);
+  bool fillComponent(BSTR name);
+  bool fillIntegers(BSTR name);
+  bool fillReals(BSTR name);
+  bool fillSynonyms();
+  bool storeNumber(BSTR name, double value);
+  bool rememberLoader(BSTR name);
+
+  const Source source_;
+  IBasicCompound* const compound_;
+};
+
+// Stores a number under a fixed key or another name. The result is that of SetPointProperty; throws CQSCOMError.
+HRESULT storePoint(IUnknown* compound, BSTR name, double value);
+
+}  // namespace qs

@@ -1,0 +1,58 @@
+// The compounds of a collection's own list, by position. Every release of a compound may call back into the collection:
+// it happens when the list already shows the change.
+#pragma once
+
+#include <algorithm>
+#include <vector>
+
+#include "com/com_ptr.h"
+#include "com/interfaces.h"
+
+namespace qs {
+
+// Moves the entry at `from` before the one at `before`, which may be the end. Both are positions of the list.
+template <class T>
+void moveEntry(std::vector<T>& entries, INT from, INT before) {
+  const auto entry = entries.begin() + from;
+  const auto target = entries.begin() + before;
+  if (target < entry)
+    std::rotate(target, entry, entry + 1);
+  else if (target > entry)
+    std::rotate(entry, entry + 1, target);
+}
+
+// Gives memory back once a list uses little of what it has; growing stays amortised.
+template <class T>
+void trim(std::vector<T>& entries) {
+  constexpr std::size_t kSmall = 64;
+  if (entries.capacity() > kSmall && entries.size() < entries.capacity() / 4) entries.shrink_to_fit();
+}
+
+// Plain pointers, each with one reference, so that moving an entry is a move of memory.
+class CompoundSlots {
+ public:
+  CompoundSlots() = default;
+  CompoundSlots(CompoundSlots&& other) noexcept : slots_(std::move(other.slots_)) { other.slots_.clear(); }
+  CompoundSlots& operator=(CompoundSlots&& other) noexcept {
+    slots_.swap(other.slots_);
+    return *this;
+  }
+  ~CompoundSlots();
+
+  INT size() const { return static_cast<INT>(slots_.size()); }
+  bool holds(INT index) const { return index >= 0 && index < size(); }
+
+  // Lent; null for an empty slot and for a position outside.
+  IBasicCompound* at(INT index) const { return holds(index) ? slots_[static_cast<std::size_t>(index)] : nullptr; }
+
+  void append(ComPtr<IBasicCompound> compound);
+  void put(INT index, ComPtr<IBasicCompound> compound);
+  void grow(INT count) { slots_.resize(static_cast<std::size_t>(count)); }
+  void dropLast(INT count);
+  void move(INT from, INT before) { moveEntry(slots_, from, before); }
+
+ private:
+  std::vector<IBasicCompound*> slots_;
+};
+
+}  // namespace qs

@@ -1,0 +1,77 @@
+// The registry of estimators, and estimating properties through them.
+#include "collection/collection.h"
+#include "collection/compound_filler.h"
+#include "props/property.h"
+
+namespace qs {
+
+HRESULT COQSCompoundCollection::EstimateProperty(INT index, BSTR property, BSTR estimator, BYTE useEstimator) noexcept {
+  if (!property) return S_FALSE;
+  if (isView())
+    return forward(&IPureEstimatorHandler::EstimateProperty, inParent(index), property, estimator, useEstimator);
+  return guarded([&] {
+    const ComPtr<IBasicCompound> compound(state_.slots.at(index));
+    if (!compound) return S_FALSE;
+    Bstr name;
+    ComPtr<IPurePropEstimator> component;
+    const HRESULT chosen = state_.estimators.choose(estimator, useEstimator != 0, name, component);
+    if (chosen != S_OK) return chosen;
+
+    double value = kEmptyValue;
+    const HRESULT estimated = component->Estimate(compound.get(), property, &value);
+    if (estimated != S_OK) return estimated;
+    if (value == kEmptyValue) return S_FALSE;
+    const HRESULT stored = storePoint(compound.get(), property, value);
+    if (stored == S_OK)
+      if (const auto source = ComPtr<ICompoundPropPut>::from(compound.get()))
+        source->SetPropertyLoader(property, name.get());
+    return stored;
+  });
+}
+
+HRESULT COQSCompoundCollection::SetDefaultEstimator(BSTR name, BSTR className, BSTR path,
+                                                    IDispatch* estimator) noexcept {
+  if (isView()) return forward(&IPureEstimatorHandler::SetDefaultEstimator, name, className, path, estimator);
+  return guarded([&] { return state_.estimators.addDefault(name, className, path, estimator); });
+}
+
+HRESULT COQSCompoundCollection::AddEstimator(BSTR name, BSTR className, BSTR path, IDispatch* estimator) noexcept {
+  if (isView()) return forward(&IPureEstimatorHandler::AddEstimator, name, className, path, estimator);
+  return guarded([&] { return state_.estimators.add(name, className, path, estimator); });
+}
+
+HRESULT COQSCompoundCollection::RemoveEstimator(BSTR name) noexcept {
+  if (isView()) return forward(&IPureEstimatorHandler::RemoveEstimator, name);
+  return guarded([&] { return state_.estimators.remove(name); });
+}
+
+HRESULT COQSCompoundCollection::GetEstimator(BSTR name, IDispatch** estimator) noexcept {
+  if (!estimator) return E_POINTER;
+  if (isView()) return forward(&IPureEstimatorHandler::GetEstimator, name, estimator);
+  return guarded([&] { return state_.estimators.get(name, estimator); });
+}
+
+HRESULT COQSCompoundCollection::GetDefaultEstimator(BSTR* name, IDispatch** estimator) noexcept {
+  if (!name || !estimator) return E_POINTER;
+  if (isView()) return forward(&IPureEstimatorHandler::GetDefaultEstimator, name, estimator);
+  return guarded([&] { return state_.estimators.getDefault(name, estimator); });
+}
+
+HRESULT COQSCompoundCollection::GetNumOfEstimators(INT* number) noexcept {
+  if (!number) return E_POINTER;
+  *number = state_.estimators.count();
+  return S_OK;
+}
+
+HRESULT COQSCompoundCollection::GetEstimatorI(INT index, BSTR* name, IDispatch** estimator) noexcept {
+  if (!name || !estimator) return E_POINTER;
+  if (isView()) return forward(&IPureEstimatorHandler::GetEstimatorI, index, name, estimator);
+  return guarded([&] { return state_.estimators.getAt(index, name, estimator); });
+}
+
+HRESULT COQSCompoundCollection::SetAsDefaultEstimator(BSTR name) noexcept {
+  if (isView()) return forward(&IPureEstimatorHandler::SetAsDefaultEstimator, name);
+  return guarded([&] { return state_.estimators.makeDefault(name); });
+}
+
+}  // namespace qs

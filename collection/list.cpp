@@ -1,0 +1,156 @@
+// The compounds by position, their order, and the offset vectors.
+#include "collection/collection.h"
+#include "com/bstr.h"
+
+namespace qs {
+namespace {
+
+// The interface under which a list keeps a compound.
+HRESULT queryCompound(IDispatch* object, ComPtr<IBasicCompound>& compound) {
+  if (!object) return E_INVALIDARG;
+  return object->QueryInterface(__uuidof(IBasicCompound), reinterpret_cast<void**>(compound.out()));
+}
+
+template <class I>
+HRESULT give(IBasicCompound* compound, I** out) {
+  if (!compound) return S_FALSE;
+  compound->AddRef();
+  *out = compound;
+  return S_OK;
+}
+
+// Null when it has none.
+Bstr nameOf(IUnknown* compound) {
+  Bstr name;
+  if (const auto identity = ComPtr<ICompoundID>::from(compound)) identity->get_Name(name.out());
+  return name;
+}
+
+// The offsets are handed out and taken over without a reference being added.
+HRESULT lend(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp** out) {
+  if (!out) return E_POINTER;
+  *out = stored.get();
+  return stored ? S_OK : S_FALSE;
+}
+HRESULT takeOver(ComPtr<IRealArrayDisp>& stored, IRealArrayDisp* offsets) {
+  if (!offsets) return S_FALSE;
+  ComPtr<IRealArrayDisp> taken;
+  *taken.out() = offsets;
+  stored = std::move(taken);
+  return S_OK;
+}
+
+}  // namespace
+
+COQSCompoundCollection::~COQSCompoundCollection() { Reset(); }
+
+HRESULT COQSCompoundCollection::get_Compound(INT index, IDispatch** compound) noexcept {
+  if (!compound) return E_POINTER;
+  *compound = nullptr;
+  return isView() ? state_.parent->get_Compound(inParent(index), compound) : give(state_.slots.at(index), compound);
+}
+
+HRESULT COQSCompoundCollection::GetBasicCompound(INT index, IBasicCompound** compound) noexcept {
+  if (!compound) return E_POINTER;
+  *compound = nullptr;
+  return isView() ? state_.parent->GetBasicCompound(inParent(index), compound) : give(state_.slots.at(index), compound);
+}
+
+HRESULT COQSCompoundCollection::put_Compound(INT index, IDispatch* compound) noexcept {
+  if (isView()) return forward(&ICompoundCollection::put_Compound, inParent(index), compound);
+  if (!state_.slots.holds(index)) return S_FALSE;
+  ComPtr<IBasicCompound> queried;
+  const HRESULT result = compound ? queryCompound(compound, queried) : S_OK;
+  // The query may have shortened the list.
+  if (!state_.slots.holds(index)) return S_FALSE;
+  state_.slots.put(index, std::move(queried));
+  return result;
+}
+
+HRESULT COQSCompoundCollection::get_NumberOfCompounds(INT* number) noexcept {
+  if (!number) return E_POINTER;
+  *number = count();
+  return S_OK;
+}
+
+HRESULT COQSCompoundCollection::put_NumberOfCompounds(INT number) noexcept {
+  if (number < 0) return E_FAIL;
+  return guarded([&] {
+    if (isView()) {
+      if (number > count()) return E_FAIL;
+      state_.positions->resize(static_cast<std::size_t>(number));
+      trim(*state_.positions);
+    } else if (number > count()) {
+      state_.slots.grow(number);
+    } else {
+      state_.slots.dropLast(count() - number);
+    }
+    return S_OK;
+  });
+}
+
+HRESULT COQSCompoundCollection::AddCompound(IDispatch* compound) noexcept {
+  return guarded([&] {
+    ComPtr<IBasicCompound> queried;
+    const HRESULT result = queryCompound(compound, queried);
+    if (FAILED(result)) return result;
+    if (isView()) return addToParent(compound);
+    state_.slots.append(std::move(queried));
+    return result;
+  });
+}
+
+HRESULT COQSCompoundCollection::addToParent(IDispatch* compound) {
+  const auto parent = state_.parent;
+  const auto positions = state_.positions;
+  const Bstr name = nameOf(compound);
+  INT number = 0;
+  check(parent->get_NumberOfCompounds(&number));
+  INT found = 0;
+  for (; found < number; ++found) {
+    ComPtr<IDispatch> candidate;
+    check(parent->get_Compound(found, candidate.out()));
+    const Bstr other = nameOf(candidate.get());
+    if (name && other && name.view() == other.view()) break;
+  }
+  // Room first: once the compound is in the parent nothing may fail.
+  if (positions->size() == positions->capacity()) positions->reserve(2 * positions->size() + 1);
+  if (found == number) {
+    const HRESULT added = parent->AddCompound(compound);
+    if (added != S_OK) return added;
+    parent->get_NumberOfCompounds(&found);
+    --found;
+  }
+  positions->push_back(found);
+  return S_OK;
+}
+
+HRESULT COQSCompoundCollection::Reset() noexcept {
+  // Released in the end, when calls back find the collection as new.
+  const State old = std::exchange(state_, State());
+  return S_OK;
+}
+
+HRESULT COQSCompoundCollection::GetOffsetH(IRealArrayDisp** offsets) noexcept { return lend(state_.offsetH, offsets); }
+HRESULT COQSCompoundCollection::GetOffsetS(IRealArrayDisp** offsets) noexcept { return lend(state_.offsetS, offsets); }
+HRESULT COQSCompoundCollection::PutOffsetH(IRealArrayDisp* offsets) noexcept {
+  return takeOver(state_.offsetH, offsets);
+}
+HRESULT COQSCompoundCollection::PutOffsetS(IRealArrayDisp* offsets) noexcept {
+  return takeOver(state_.offsetS, offsets);
+}
+
+HRESULT COQSCompoundCollection::MoveCompound(INT compound, INT before) noexcept {
+  if (compound < 0 || compound >= count() || before < 0 || before > count()) return S_FALSE;
+  if (isView())
+    moveEntry(*state_.positions, compound, before);
+  else
+    state_.slots.move(compound, before);
+  return S_OK;
+}
+
+HRESULT COQSCompoundCollection::RemoveLastCompound() noexcept {
+  return count() > 0 ? put_NumberOfCompounds(count() - 1) : S_OK;
+}
+
+}  // namespace qs

@@ -1,0 +1,141 @@
+// The registry of loaders, and filling compounds through them.
+#include "collection/collection.h"
+#include "collection/compound_filler.h"
+#include "compound/compound.h"
+
+namespace qs {
+namespace {
+
+ComPtr<IBasicCompound> newCompound() {
+  ComPtr<IBasicCompound> compound;
+  check(COQSCompound::create(nullptr, __uuidof(IBasicCompound), reinterpret_cast<void**>(compound.out())));
+  return compound;
+}
+
+HRESULT copyCompound(IBasicCompound* from, IBasicCompound* to, INT index) {
+  const auto copy = ComPtr<ICompoundCopy>::from(to);
+  return copy ? copy->CopyToThis(index, from) : E_NOINTERFACE;
+}
+
+}  // namespace
+
+template <class Fill>
+HRESULT COQSCompoundCollection::load(INT index, BSTR loader, BSTR searchKey, BSTR id, BYTE useLoader, Fill fill) {
+  const ComPtr<IBasicCompound> compound(state_.slots.at(index));
+  if (!compound) return S_FALSE;
+  Bstr name;
+  ComPtr<ILoad> component;
+  const HRESULT chosen = state_.loaders.choose(loader, useLoader != 0, name, component);
+  if (chosen != S_OK) return chosen;
+  const Bstr known = id ? Bstr::copyOf(id) : identityText(compound.get(), viewOf(searchKey));
+  if (!known) return S_FALSE;
+
+  // The compound itself is not touched before the loader is through.
+  const auto copy = newCompound();
+  check(copyCompound(compound.get(), copy.get(), index));
+  CompoundFiller filler({component.get(), name.get(), searchKey, known.get()}, copy.get());
+  const HRESULT filled = fill(filler);
+  return filled == S_OK ? copyCompound(copy.get(), compound.get(), index) : filled;
+}
+
+HRESULT COQSCompoundCollection::LoadOneCompound(INT index, BSTR loader, BSTR searchKey, BSTR id,
+                                                BYTE useLoader) noexcept {
+  if (isView()) return forward(&ILoadCompoundProp::LoadOneCompound, inParent(index), loader, searchKey, id, useLoader);
+  return guarded([&] {
+    return load(index, loader, searchKey, id, useLoader, [](CompoundFiller& filler) { return filler.fillAll(); });
+  });
+}
+
+HRESULT COQSCompoundCollection::LoadOneProperty(INT index, BSTR property, BSTR loader, BSTR searchKey, BSTR id,
+                                                BYTE useLoader) noexcept {
+  if (!property) return S_FALSE;
+  if (isView())
+    return forward(&ILoadCompoundProp::LoadOneProperty, inParent(index), property, loader, searchKey, id, useLoader);
+  return guarded([&] {
+    return load(index, loader, searchKey, id, useLoader,
+                [property](CompoundFiller& filler) { return filler.fillProperty(property); });
+  });
+}
+
+HRESULT COQSCompoundCollection::LoadAllCompounds(BSTR loader, BSTR searchKey, BYTE useLoader) noexcept {
+  HRESULT all = S_OK;
+  for (INT i = 0; i < count(); ++i) {
+    const HRESULT one = LoadOneCompound(i, loader, searchKey, nullptr, useLoader);
+    if (FAILED(one)) return one;
+    if (one != S_OK) all = S_FALSE;
+  }
+  return all;
+}
+
+HRESULT COQSCompoundCollection::AddCompoundFromLoader(BSTR searchKey, BSTR id, BSTR loader, BYTE useLoader) noexcept {
+  return guarded([&] {
+    if (!id) return S_FALSE;
+    if (isView()) {
+      const auto parent = state_.parent;
+      const auto positions = state_.positions;
+      // Room first: once the compound is in the parent nothing may fail.
+      if (positions->size() == positions->capacity()) positions->reserve(2 * positions->size() + 1);
+      const HRESULT added = parent->AddCompoundFromLoader(searchKey, id, loader, useLoader);
+      if (added != S_OK) return added;
+      INT number = 0;
+      parent->get_NumberOfCompounds(&number);
+      positions->push_back(number - 1);
+      return S_OK;
+    }
+    Bstr name;
+    ComPtr<ILoad> component;
+    const HRESULT chosen = state_.loaders.choose(loader, useLoader != 0, name, component);
+    if (chosen != S_OK) return chosen;
+    auto compound = newCompound();
+    const HRESULT filled = CompoundFiller({component.get(), name.get(), searchKey, id}, compound.get()).fillAll();
+    if (filled == S_OK) state_.slots.append(std::move(compound));
+    return filled;
+  });
+}
+
+HRESULT COQSCompoundCollection::SetDefaultLoader(BSTR name, BSTR className, BSTR path, IDispatch* loader) noexcept {
+  if (isView()) return forward(&ILoadCompoundProp::SetDefaultLoader, name, className, path, loader);
+  return guarded([&] { return state_.loaders.addDefault(name, className, path, loader); });
+}
+
+HRESULT COQSCompoundCollection::AddLoader(BSTR name, BSTR className, BSTR path, IDispatch* loader) noexcept {
+  if (!name || !loader) return S_FALSE;
+  if (isView()) return forward(&ILoadCompoundProp::AddLoader, name, className, path, loader);
+  return guarded([&] { return state_.loaders.add(name, className, path, loader); });
+}
+
+HRESULT COQSCompoundCollection::RemoveLoader(BSTR name) noexcept {
+  if (isView()) return forward(&ILoadCompoundProp::RemoveLoader, name);
+  return guarded([&] { return state_.loaders.remove(name); });
+}
+
+HRESULT COQSCompoundCollection::GetLoader(BSTR name, IDispatch** loader) noexcept {
+  if (!loader) return E_POINTER;
+  if (isView()) return forward(&ILoadCompoundProp::GetLoader, name, loader);
+  return guarded([&] { return state_.loaders.get(name, loader); });
+}
+
+HRESULT COQSCompoundCollection::GetDefaultLoader(BSTR* name, IDispatch** loader) noexcept {
+  if (!name || !loader) return E_POINTER;
+  if (isView()) return forward(&ILoadCompoundProp::GetDefaultLoader, name, loader);
+  return guarded([&] { return state_.loaders.getDefault(name, loader); });
+}
+
+HRESULT COQSCompoundCollection::GetNumOfLoaders(INT* number) noexcept {
+  if (!number) return E_POINTER;
+  *number = state_.loaders.count();
+  return S_OK;
+}
+
+HRESULT COQSCompoundCollection::GetLoaderI(INT index, BSTR* name, IDispatch** loader) noexcept {
+  if (!name || !loader) return E_POINTER;
+  if (isView()) return forward(&ILoadCompoundProp::GetLoaderI, index, name, loader);
+  return guarded([&] { return state_.loaders.getAt(index, name, loader); });
+}
+
+HRESULT COQSCompoundCollection::SetAsDefaultLoader(BSTR name) noexcept {
+  if (isView()) return forward(&ILoadCompoundProp::SetAsDefaultLoader, name);
+  return guarded([&] { return state_.loaders.makeDefault(name); });
+}
+
+}  // namespace qs
