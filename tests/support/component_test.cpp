@@ -13,13 +13,15 @@ host::LoadedModule& load(const char* name, std::initializer_list<const CLSID*> c
 }  // namespace
 
 host::LoadedModule& ComponentTest::containers() {
-  static host::LoadedModule& module = load("qscontainers", {&__uuidof(::COQSCompound)});
+  static host::LoadedModule& module =
+      load("qscontainers", {&__uuidof(::COQSCompound), &__uuidof(::COQSCompoundCollection)});
   return module;
 }
 
 host::LoadedModule& ComponentTest::hostKit() {
   static host::LoadedModule& module =
-      load("qshostkit", {&__uuidof(::IntegerArray), &__uuidof(::RealArray), &__uuidof(::RealMatrix)});
+      load("qshostkit", {&__uuidof(::IntegerArray), &__uuidof(::RealArray), &__uuidof(::RealMatrix),
+                         &__uuidof(::JsonLoader), &__uuidof(::JobackEstimator)});
   return module;
 }
 

@@ -1,0 +1,174 @@
+// Views of a collection: forwarding, positions, life time, names.
+#include "tests/support/collections.h"
+
+namespace qs::test {
+namespace {
+
+class CollectionViewsTest : public CollectionTest {};
+
+TEST_F(CollectionViewsTest, ReadsAndWritesItsParent) {
+  const auto parent = collectionOf("abcd");
+  const auto view = viewOf(parent, {3, 0, 0, 2});
+  EXPECT_EQ(lettersOf(view), "daac");
+  EXPECT_EQ(view->put_Compound(1, named(OLESTR("x")).get()), S_OK);
+  EXPECT_EQ(lettersOf(parent), "xbcd");
+  EXPECT_EQ(lettersOf(view), "dxxc");
+  for (const INT index : {-1, 4, 2147483647}) {
+    ComPtr<IDispatch> compound;
+    EXPECT_EQ(view->get_Compound(index, compound.out()), S_FALSE);
+    EXPECT_EQ(view->put_Compound(index, parent.get()), S_FALSE);
+  }
+}
+
+TEST_F(CollectionViewsTest, OrdersAndShortensItsPositionsOnly) {
+  const auto parent = collectionOf("abcd");
+  const auto view = viewOf(parent, {3, 1, 0});
+  const auto order = query<ICompoundManipulation>(view);
+  EXPECT_EQ(order->MoveCompound(2, 0), S_OK);
+  EXPECT_EQ(lettersOf(view), "adb");
+  EXPECT_EQ(order->MoveCompound(0, 3), S_OK);
+  EXPECT_EQ(lettersOf(view), "dba");
+  EXPECT_EQ(order->MoveCompound(3, 0), S_FALSE);
+  EXPECT_EQ(order->RemoveLastCompound(), S_OK);
+  EXPECT_EQ(lettersOf(view), "db");
+  EXPECT_EQ(view->put_NumberOfCompounds(3), E_FAIL);
+  EXPECT_EQ(view->put_NumberOfCompounds(-1), E_FAIL);
+  EXPECT_EQ(view->put_NumberOfCompounds(1), S_OK);
+  EXPECT_EQ(lettersOf(view), "d");
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(order->RemoveLastCompound(), S_OK);
+  EXPECT_EQ(lettersOf(view), "");
+  EXPECT_EQ(lettersOf(parent), "abcd");
+}
+
+TEST_F(CollectionViewsTest, AViewOfAViewAndAParentThatShrinks) {
+  auto parent = collectionOf("abcd");
+  auto view = viewOf(parent, {3, 2, 1});
+  const auto inner = viewOf(view, {2, 0});
+  EXPECT_EQ(lettersOf(inner), "bd");
+  ASSERT_EQ(parent->put_NumberOfCompounds(3), S_OK);
+  EXPECT_EQ(lettersOf(view), " cb");
+  EXPECT_EQ(lettersOf(inner), "b ");
+  EXPECT_EQ(inner->put_Compound(1, named(OLESTR("x")).get()), S_FALSE);
+  EXPECT_EQ(query<ICompoundManipulation>(parent)->MoveCompound(0, 3), S_OK);
+  EXPECT_EQ(lettersOf(view), " ac") << "positions, not compounds";
+
+  // The innermost view keeps all of them alive; they do not keep it.
+  const ULONG before = referencesOf(inner.get());
+  parent = {};
+  view = {};
+  EXPECT_EQ(lettersOf(inner), "c ");
+  EXPECT_EQ(referencesOf(inner.get()), before);
+}
+
+TEST_F(CollectionViewsTest, GivesParentAndPositionsBack) {
+  const auto parent = collectionOf("abc");
+  const auto view = query<ISubCompList>(viewOf(parent, {2, 0, 2}));
+  ComPtr<ICompoundCollection> behind;
+  ComPtr<IIntegerArrayDisp> positions;
+  EXPECT_EQ(view->GetParent(behind.out()), S_OK);
+  EXPECT_EQ(behind.get(), parent.get());
+  EXPECT_EQ(view->GetPositions(positions.out()), S_OK);
+  EXPECT_EQ(valuesOf(positions.get()), (std::vector<LONG>{2, 0, 2}));
+  const auto own = query<ISubCompList>(parent);
+  EXPECT_EQ(own->GetParent(behind.out()), S_FALSE);
+  EXPECT_EQ(own->GetPositions(positions.out()), S_FALSE);
+  EXPECT_FALSE(behind);
+  EXPECT_FALSE(positions);
+}
+
+TEST_F(CollectionViewsTest, RefusesPositionsOutside) {
+  const auto parent = collectionOf("abc");
+  const auto views = query<ISubCompList>(parent);
+  const auto namedViews = query<ISubCompList1>(parent);
+  const Bstr name(OLESTR("light"));
+  for (const LONG position : {-1, 3, -32767, 2147483647}) {
+    const auto positions = integers({0, position});
+    auto* view = reinterpret_cast<ICompoundCollection*>(1);
+    EXPECT_EQ(views->CreateSubCompList(positions.get(), &view), E_FAIL) << position;
+    EXPECT_EQ(view, nullptr);
+    EXPECT_EQ(namedViews->AddSubCompList(name.get(), positions.get()), E_FAIL) << position;
+  }
+  ComPtr<ICompoundCollection> none;
+  EXPECT_EQ(views->CreateSubCompList(nullptr, none.out()), E_INVALIDARG);
+  INT number = -1;
+  EXPECT_EQ(namedViews->GetNumOfSubCompLists(&number), S_OK);
+  EXPECT_EQ(number, 0);
+}
+
+TEST_F(CollectionViewsTest, AddsThroughItsParentByName) {
+  const auto parent = collectionOf("ab c");
+  const auto view = viewOf(parent, {0});
+  const auto inner = viewOf(view, {});
+  EXPECT_EQ(inner->AddCompound(named(OLESTR("c")).get()), S_OK);
+  EXPECT_EQ(lettersOf(parent), "ab c") << "known by its name";
+  EXPECT_EQ(lettersOf(view), "ac");
+  EXPECT_EQ(lettersOf(inner), "c");
+  EXPECT_EQ(inner->AddCompound(named(OLESTR("d")).get()), S_OK);
+  EXPECT_EQ(lettersOf(parent), "ab cd");
+  EXPECT_EQ(lettersOf(view), "acd");
+  EXPECT_EQ(lettersOf(inner), "cd");
+  // Compounds without a name are all different.
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(inner->AddCompound(newCompound().get()), S_OK);
+  EXPECT_EQ(countOf(parent), 7);
+  EXPECT_EQ(inner->AddCompound(parent.get()), E_NOINTERFACE);
+  EXPECT_EQ(inner->AddCompound(nullptr), E_INVALIDARG);
+  EXPECT_EQ(countOf(inner), 4);
+}
+
+TEST_F(CollectionViewsTest, ResetLeavesTheParent) {
+  const auto parent = collectionOf("ab");
+  const ULONG before = referencesOf(parent.get());
+  const auto view = viewOf(parent, {1});
+  EXPECT_EQ(view->Reset(), S_OK);
+  EXPECT_EQ(referencesOf(parent.get()), before);
+  EXPECT_EQ(view->AddCompound(named(OLESTR("x")).get()), S_OK);
+  EXPECT_EQ(lettersOf(view), "x");
+  EXPECT_EQ(lettersOf(parent), "ab");
+}
+
+TEST_F(CollectionViewsTest, NamesViewsInTheOrderOfTheirNames) {
+  auto parent = collectionOf("abc");
+  auto lists = query<ISubCompList1>(parent);
+  const Bstr zeta(OLESTR("Zeta")), alpha(OLESTR("Alpha")), small(OLESTR("alpha"));
+  EXPECT_EQ(lists->AddSubCompList(zeta.get(), integers({2, 1}).get()), S_OK);
+  EXPECT_EQ(lists->AddSubCompList(small.get(), integers({}).get()), S_OK);
+  EXPECT_EQ(lists->AddSubCompList(alpha.get(), integers({0}).get()), S_OK);
+  EXPECT_EQ(lists->AddSubCompList(alpha.get(), integers({1}).get()), S_FALSE) << "taken";
+  EXPECT_EQ(lists->AddSubCompList(nullptr, integers({1}).get()), S_FALSE);
+  const struct {
+    INT index;
+    const OLECHAR* name;
+    const char* letters;
+  } rows[] = {{0, OLESTR("Alpha"), "a"}, {1, OLESTR("Zeta"), "cb"}, {2, OLESTR("alpha"), ""}};
+  for (const auto& row : rows) {
+    BSTR name = nullptr;
+    ComPtr<ICompoundCollection> byIndex, byName;
+    EXPECT_EQ(lists->GetSubCompListI(row.index, &name, byIndex.out()), S_OK);
+    EXPECT_EQ(taken(name), row.name);
+    EXPECT_EQ(lists->GetSubCompList(Bstr(row.name).get(), byName.out()), S_OK);
+    EXPECT_EQ(lettersOf(byIndex), row.letters);
+    EXPECT_EQ(lettersOf(byName), row.letters);
+  }
+  for (const INT index : {-1, 3}) {
+    BSTR name = nullptr;
+    ComPtr<ICompoundCollection> view;
+    EXPECT_EQ(lists->GetSubCompListI(index, &name, view.out()), S_FALSE);
+    EXPECT_FALSE(name || view);
+  }
+
+  ComPtr<ICompoundCollection> view, again;
+  ASSERT_EQ(lists->GetSubCompList(zeta.get(), view.out()), S_OK);
+  EXPECT_EQ(view->AddCompound(named(OLESTR("d")).get()), S_OK);
+  ASSERT_EQ(lists->GetSubCompList(zeta.get(), again.out()), S_OK);
+  EXPECT_EQ(lettersOf(again), "cbd") << "the name stands for what its views made of it";
+  EXPECT_EQ(lists->RemoveSubCompList(zeta.get()), S_OK);
+  EXPECT_EQ(lists->RemoveSubCompList(zeta.get()), S_FALSE);
+  EXPECT_EQ(lists->RemoveSubCompList(nullptr), S_FALSE);
+  EXPECT_EQ(lists->GetSubCompList(zeta.get(), again.out()), S_FALSE);
+  lists = {};
+  parent = {};
+  EXPECT_EQ(lettersOf(view), "cbd") << "views outlive their name";
+}
+
+}  // namespace
+}  // namespace qs::test

@@ -1,0 +1,73 @@
+// Short ways to make and read collections in tests.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/support/compounds.h"
+
+namespace qs::test {
+
+class CollectionTest : public CompoundTest {
+ protected:
+  static ComPtr<ICompoundCollection> newCollection() {
+    return create<ICompoundCollection>(__uuidof(::COQSCompoundCollection));
+  }
+
+  static ComPtr<IBasicCompound> named(const WideString& name) {
+    auto compound = newCompound();
+    EXPECT_EQ(query<ICompoundIDPut>(compound)->put_Name(Bstr(name).get()), S_OK);
+    return compound;
+  }
+
+  // Compounds named with one letter each; a blank stands for an empty slot.
+  static ComPtr<ICompoundCollection> collectionOf(const std::string& letters) {
+    auto collection = newCollection();
+    for (const char letter : letters) {
+      if (letter == ' ') {
+        EXPECT_EQ(collection->put_NumberOfCompounds(countOf(collection) + 1), S_OK);
+      } else {
+        const auto compound = named(WideString(1, static_cast<OLECHAR>(letter)));
+        EXPECT_EQ(collection->AddCompound(compound.get()), S_OK);
+      }
+    }
+    return collection;
+  }
+
+  static INT countOf(const ComPtr<ICompoundCollection>& collection) {
+    INT count = -1;
+    EXPECT_EQ(collection->get_NumberOfCompounds(&count), S_OK);
+    return count;
+  }
+
+  // The names in their order, for collections made by collectionOf. Both getters must agree.
+  static std::string lettersOf(const ComPtr<ICompoundCollection>& collection) {
+    std::string letters;
+    for (INT i = 0; i < countOf(collection); ++i) {
+      ComPtr<IDispatch> compound;
+      ComPtr<IBasicCompound> basic;
+      const HRESULT result = collection->get_Compound(i, compound.out());
+      EXPECT_EQ(collection->GetBasicCompound(i, basic.out()), result);
+      EXPECT_EQ(result == S_OK, static_cast<bool>(compound));
+      EXPECT_EQ(static_cast<IDispatch*>(basic.get()), compound.get());
+      if (!compound) {
+        EXPECT_EQ(result, S_FALSE);
+        letters += ' ';
+        continue;
+      }
+      BSTR name = nullptr;
+      EXPECT_EQ(query<ICompoundID>(compound)->get_Name(&name), S_OK);
+      letters += static_cast<char>(taken(name).front());
+    }
+    return letters;
+  }
+
+  static ComPtr<ICompoundCollection> viewOf(const ComPtr<ICompoundCollection>& parent,
+                                            std::initializer_list<LONG> positions) {
+    ComPtr<ICompoundCollection> view;
+    EXPECT_EQ(query<ISubCompList>(parent)->CreateSubCompList(integers(positions).get(), view.out()), S_OK);
+    return view;
+  }
+};
+
+}  // namespace qs::test
