@@ -1,6 +1,8 @@
 // The creatable classes of the host kit.
 #include "com/module.h"
 #include "hostkit/arrays.h"
+#include "hostkit/joback_estimator.h"
+#include "hostkit/json_loader.h"
 
 namespace qs {
 namespace {
@@ -12,6 +14,10 @@ ClassObject classObjects[] = {
                  hostkit::RealArray::create}),
     ClassObject({&__uuidof(::RealMatrix), 103, OLESTR("QsHostKit.RealMatrix"), OLESTR("RealMatrix Class"),
                  hostkit::RealMatrix::create}),
+    ClassObject({&__uuidof(::JsonLoader), 104, OLESTR("QsHostKit.JsonLoader"), OLESTR("JsonLoader Class"),
+                 hostkit::JsonLoader::create}),
+    ClassObject({&__uuidof(::JobackEstimator), 105, OLESTR("QsHostKit.JobackEstimator"),
+                 OLESTR("JobackEstimator Class"), hostkit::JobackEstimator::create}),
 };
 
 }  // namespace

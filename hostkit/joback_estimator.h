@@ -1,0 +1,26 @@
+// An estimator component: critical temperature (TC), pressure (PC) and volume (VC) from group contributions.
+//
+// K. G. Joback and R. C. Reid, Estimation of pure-component properties from group-contributions, Chem. Eng. Commun. 57
+// (1987) 233-243. With the sums of contributions t, p and v over the groups, n atoms and the normal boiling point Tb:
+//   Tc = Tb / (0.584 + 0.965 t - t^2)   in K
+//   Pc = 1 / (0.113 + 0.0032 n - p)^2   in bar
+//   Vc = 17.5 + v                       in cm3/mol
+//   Tb = 198.2 + b                      in K, where the compound has no normal boiling point of its own
+#pragma once
+
+#include "com/coclass.h"
+
+namespace qs::hostkit {
+
+// The groups come from the compound's UNIFAC groups, which do not tell where rings are: compounds with a ring other
+// than one of benzene, with a group that has no counterpart, or without groups are S_FALSE. PC is in kPa, VC in
+// m3/kmol.
+class JobackEstimator final : public Coclass<JobackEstimator, IPurePropEstimator> {
+ public:
+  STDMETHODIMP Get_SupportedPropList(INT index, BSTR* name) noexcept override;
+  // The contributions are built in: any path will do.
+  STDMETHODIMP Set_Path(BSTR path) noexcept override;
+  STDMETHODIMP Estimate(IDispatch* compound, BSTR property, double* value) noexcept override;
+};
+
+}  // namespace qs::hostkit

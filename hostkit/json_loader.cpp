@@ -1,0 +1,295 @@
+#include "hostkit/json_loader.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <optional>
+#include <string>
+
+#include "com/bstr.h"
+#include "com/host_arrays.h"
+#include "com/number_text.h"
+#include "tools/compound_source.h"
+
+namespace qs::hostkit {
+namespace {
+
+using database::CompoundData;
+using database::Correlation;
+
+constexpr double kEmpty = -32767.0;
+
+// An identity field: its text, or null when it is not known.
+struct IdentityField {
+  WideView name;
+  tagPropTypeEnum type;
+  Bstr (*text)(const CompoundData& compound);
+};
+
+Bstr shown(const std::string& text) { return text.empty() ? Bstr() : Bstr(widen(text)); }
+Bstr shown(std::optional<std::int32_t> number) {
+  if (!number) return Bstr();
+  WideString digits;
+  appendInteger(digits, *number);
+  return Bstr(digits);
+}
+
+template <auto Member>
+Bstr member(const CompoundData& compound) {
+  return shown(compound.*Member);
+}
+
+constexpr IdentityField kIdentityFields[] = {
+    {OLESTR("Name"), PointPropBSTR, member<&CompoundData::name>},
+    {OLESTR("IUPACName"), PointPropBSTR, member<&CompoundData::iupacName>},
+    {OLESTR("CASN"), PointPropBSTR, member<&CompoundData::cas>},
+    {OLESTR("ChemicalFormula"), PointPropBSTR, member<&CompoundData::formula>},
+    {OLESTR("VelcorinID"), PointPropLong, member<&CompoundData::number>},
+    {OLESTR("PPDSID"), PointPropLong, member<&CompoundData::ppdsId>},
+    {OLESTR("DDBID"), PointPropLong, member<&CompoundData::ddbId>},
+    {OLESTR("DIPPRID"), PointPropLong, member<&CompoundData::dipprId>},
+    {OLESTR("CMAID"), PointPropLong, member<&CompoundData::cmaId>},
+    {OLESTR("PPAttribute"), PointPropLong, member<&CompoundData::ppAttribute>},
+    {OLESTR("Family"), PointPropLong, member<&CompoundData::family>},
+    {OLESTR("NonCondensable"), PointPropLong, member<&CompoundData::nonCondensable>},
+};
+
+// The UNIFAC groups as two lists.
+struct GroupList {
+  WideView name;
+  int database::UnifacGroup::*member;
+};
+constexpr GroupList kGroupLists[] = {
+    {OLESTR("VELUNIFACSubGr"), &database::UnifacGroup::subgroup},
+    {OLESTR("VELUNIFACNoGr"), &database::UnifacGroup::count},
+};
+
+template <class Table>
+auto findNamed(const Table& table, WideView name) -> decltype(std::begin(table)) {
+  const auto entry = std::ranges::find(table, name, [](const auto& row) { return row.name; });
+  return entry == std::end(table) ? nullptr : entry;
+}
+
+// The correlation of a key, or one that follows from the ideal-gas enthalpy: its derivative and the integral of that
+// over the logarithm of temperature have the same coefficients in forms of their own.
+std::optional<Correlation> correlationOf(const CompoundData& compound, Key key) {
+  const auto own = compound.correlations.find(key);
+  if (own != compound.correlations.end()) return own->second;
+  const auto enthalpy = compound.correlations.find(Key::IGH);
+  if ((key != Key::IGCP && key != Key::IGS) || enthalpy == compound.correlations.end() ||
+      compound.constants.contains(key))
+    return std::nullopt;
+  Correlation derived = enthalpy->second;
+  derived.form = key == Key::IGCP ? PropCurveVELDB9 : PropCurveVELDB10;
+  derived.xShape = derived.yShape = COMx;
+  derived.xPower = derived.yPower = 1.0;
+  return derived;
+}
+
+// What a compound has under a name; VoidProp for nothing.
+tagPropTypeEnum kindOf(const CompoundData& compound, WideView name) {
+  if (const auto* field = findNamed(kIdentityFields, name)) return field->text(compound) ? field->type : VoidProp;
+  if (findNamed(kGroupLists, name)) return compound.unifac.empty() ? VoidProp : MultiPointPropLong;
+  const auto key = findKey(name);
+  if (!key) return VoidProp;
+  if (compound.constants.contains(*key)) return PointProp;
+  return correlationOf(compound, *key) ? EquationProp : VoidProp;
+}
+
+// The names of all that some compound may have, one by one; empty at the end.
+WideView nameAt(std::size_t index) {
+  if (index < std::size(kIdentityFields)) return kIdentityFields[index].name;
+  index -= std::size(kIdentityFields);
+  if (index < std::size(kGroupLists)) return kGroupLists[index].name;
+  index -= std::size(kGroupLists);
+  return index < kKeys.size() ? kKeys[index].name : WideView();
+}
+
+// The first, second ... name and kind of what `has` tells a kind other than VoidProp for.
+template <class TypeOf>
+HRESULT nth(INT index, TypeOf has, BSTR* name, tagPropTypeEnum* type) {
+  if (index < 0) return S_FALSE;
+  for (std::size_t i = 0; !nameAt(i).empty(); ++i) {
+    const tagPropTypeEnum found = has(nameAt(i));
+    if (found == VoidProp || index-- > 0) continue;
+    *name = Bstr(nameAt(i)).release();
+    *type = found;
+    return S_OK;
+  }
+  return S_FALSE;
+}
+
+std::vector<CompoundData> readFolder(const std::filesystem::path& folder) {
+  std::vector<std::filesystem::path> files;
+  for (const auto& entry : std::filesystem::directory_iterator(folder))
+    if (entry.path().extension() == ".json") files.push_back(entry.path());
+  std::ranges::sort(files);
+  std::vector<CompoundData> compounds;
+  for (const auto& file : files) std::ranges::move(tools::readCompoundSource(file), std::back_inserter(compounds));
+  return compounds;
+}
+
+}  // namespace
+
+const CompoundData* JsonLoader::find(BSTR searchKey, BSTR id) const {
+  const auto* field = findNamed(kIdentityFields, viewOf(searchKey));
+  if (!field || !id) return nullptr;
+  const auto matches = [&](const CompoundData& compound) {
+    const Bstr text = field->text(compound);
+    return text && text.view() == viewOf(id);
+  };
+  const auto found = std::ranges::find_if(compounds_, matches);
+  return found == compounds_.end() ? nullptr : &*found;
+}
+
+HRESULT JsonLoader::Set_Path(BSTR path) noexcept {
+  return guarded([&] {
+    if (path && path_ == viewOf(path)) return S_OK;
+    WideString newPath(viewOf(path));
+    compounds_ = readFolder(newPath);
+    path_ = std::move(newPath);
+    return S_OK;
+  });
+}
+
+HRESULT JsonLoader::Get_DBIdentification(BSTR* text) noexcept {
+  if (!text) return E_POINTER;
+  return guarded([&] {
+    *text = Bstr(OLESTR("Folder of JSON compounds")).release();
+    return S_OK;
+  });
+}
+
+HRESULT JsonLoader::Get_SupportedPropList(INT index, BSTR* name, tagPropTypeEnum* type) noexcept {
+  if (!name || !type) return E_POINTER;
+  *name = nullptr;
+  // Of a key it depends on the compound which of the two kinds it is.
+  const auto usualKind = [this](WideView property) {
+    if (const auto* field = findNamed(kIdentityFields, property)) return field->type;
+    for (const CompoundData& compound : compounds_)
+      if (const tagPropTypeEnum found = kindOf(compound, property); found != VoidProp) return found;
+    return VoidProp;
+  };
+  return guarded([&] { return nth(index, usualKind, name, type); });
+}
+
+HRESULT JsonLoader::Get_AllCompounds(BSTR searchKey, INT index, BSTR* id) noexcept {
+  if (!id) return E_POINTER;
+  *id = nullptr;
+  return guarded([&] {
+    const auto* field = findNamed(kIdentityFields, viewOf(searchKey));
+    if (!field || index < 0 || static_cast<std::size_t>(index) >= compounds_.size()) return S_FALSE;
+    // A compound without that field has a place all the same.
+    Bstr text = field->text(compounds_[static_cast<std::size_t>(index)]);
+    *id = text ? text.release() : Bstr(WideView(OLESTR(""))).release();
+    return S_OK;
+  });
+}
+
+HRESULT JsonLoader::Get_Prop(BSTR searchKey, BSTR id, INT index, BSTR* name, tagPropTypeEnum* type) noexcept {
+  if (!name || !type) return E_POINTER;
+  *name = nullptr;
+  return guarded([&] {
+    const CompoundData* compound = find(searchKey, id);
+    if (!compound) return S_FALSE;
+    return nth(
+        index, [compound](WideView property) { return kindOf(*compound, property); }, name, type);
+  });
+}
+
+HRESULT JsonLoader::Get_PropType(BSTR searchKey, BSTR id, BSTR name, tagPropTypeEnum* type) noexcept {
+  if (!type) return E_POINTER;
+  return guarded([&] {
+    const CompoundData* compound = find(searchKey, id);
+    const tagPropTypeEnum found = compound ? kindOf(*compound, viewOf(name)) : VoidProp;
+    if (found == VoidProp) return S_FALSE;
+    *type = found;
+    return S_OK;
+  });
+}
+
+HRESULT JsonLoader::Get_PropSingleVal(BSTR searchKey, BSTR id, BSTR name, double* number, BSTR* text) noexcept {
+  if (!number || !text) return E_POINTER;
+  *text = nullptr;
+  return guarded([&] {
+    const CompoundData* compound = find(searchKey, id);
+    if (!compound) return S_FALSE;
+    if (const auto* field = findNamed(kIdentityFields, viewOf(name))) {
+      Bstr value = field->text(*compound);
+      if (!value) return S_FALSE;
+      if (field->type == PointPropLong)
+        *number = readInteger(narrow(value.view()));
+      else
+        *text = value.release();
+      return S_OK;
+    }
+    const auto key = findKey(viewOf(name));
+    const auto constant = key ? compound->constants.find(*key) : compound->constants.end();
+    if (constant == compound->constants.end()) return S_FALSE;
+    *number = constant->second;
+    return S_OK;
+  });
+}
+
+HRESULT JsonLoader::Get_PropEquation(BSTR searchKey, BSTR id, BSTR name, tagEquationShapeEnum* shape, double* tMin,
+                                     double* tMax, double* pMin, double* pMax, IRealArrayDisp** coefficients,
+                                     tagXYShapeEnum* xShape, tagXYShapeEnum* yShape, double* xNorm, double* yNorm,
+                                     double* xPow, double* yPow, double* a, double* b) noexcept {
+  if (!shape || !tMin || !tMax || !pMin || !pMax || !coefficients || !xShape || !yShape || !xNorm || !yNorm || !xPow ||
+      !yPow || !a || !b)
+    return E_POINTER;
+  *coefficients = nullptr;
+  return guarded([&] {
+    const CompoundData* compound = find(searchKey, id);
+    const auto key = findKey(viewOf(name));
+    const auto correlation = compound && key ? correlationOf(*compound, *key) : std::nullopt;
+    if (!correlation) return S_FALSE;
+    *coefficients = newRealArray(correlation->coefficients).release();
+    *shape = correlation->form;
+    *tMin = correlation->tmin;
+    *tMax = correlation->tmax;
+    *pMin = correlation->pmin;
+    *pMax = correlation->pmax;
+    *xShape = correlation->xShape;
+    *yShape = correlation->yShape;
+    *xPow = correlation->xPower;
+    *yPow = correlation->yPower;
+    *xNorm = *yNorm = 1.0;
+    *a = *b = kEmpty;
+    return S_OK;
+  });
+}
+
+HRESULT JsonLoader::Get_PropCOM(BSTR, BSTR, BSTR, BSTR* className, IPCProperty** component) noexcept {
+  if (!className || !component) return E_POINTER;
+  *className = nullptr;
+  *component = nullptr;
+  return S_FALSE;
+}
+
+HRESULT JsonLoader::Get_PropMultiVal(BSTR searchKey, BSTR id, BSTR name, IDispatch** values) noexcept {
+  if (!values) return E_POINTER;
+  *values = nullptr;
+  return guarded([&] {
+    const CompoundData* compound = find(searchKey, id);
+    const auto* list = findNamed(kGroupLists, viewOf(name));
+    if (!compound || !list || compound->unifac.empty()) return S_FALSE;
+    std::vector<LONG> numbers;
+    for (const database::UnifacGroup& group : compound->unifac) numbers.push_back(group.*(list->member));
+    *values = newIntegerArray(numbers).release();
+    return S_OK;
+  });
+}
+
+HRESULT JsonLoader::Get_AllSynonyms(BSTR searchKey, BSTR id, INT index, BSTR* synonym) noexcept {
+  if (!synonym) return E_POINTER;
+  *synonym = nullptr;
+  return guarded([&] {
+    const CompoundData* compound = find(searchKey, id);
+    if (!compound || index < 0 || static_cast<std::size_t>(index) >= compound->synonyms.size()) return S_FALSE;
+    *synonym = Bstr(widen(compound->synonyms[static_cast<std::size_t>(index)])).release();
+    return S_OK;
+  });
+}
+
+}  // namespace qs::hostkit
