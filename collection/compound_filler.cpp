@@ -1,6 +1,7 @@
 #include "collection/compound_filler.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <string>
 #include <type_traits>
@@ -176,13 +177,11 @@ bool CompoundFiller::fillSingleValue(BSTR name, tagPropTypeEnum type) {
   if (type != PointPropBSTR) {
     if (number == kEmptyValue) return false;
     if (!identity) return storeNumber(name, number);
+    using Limits = std::numeric_limits<INT>;
+    // Identity fields hold integers: other numbers have no place there.
+    if (!(number >= Limits::min() && number <= Limits::max()) || std::trunc(number) != number) return false;
     WideString digits;
-    appendDouble(digits, number);
-    if (type == PointPropLong && number >= std::numeric_limits<INT>::min() &&
-        number <= std::numeric_limits<INT>::max()) {
-      digits.clear();
-      appendInteger(digits, static_cast<INT>(number));
-    }
+    appendInteger(digits, static_cast<INT>(number));
     text = Bstr(digits);
   }
   if (!identity || !text) return false;

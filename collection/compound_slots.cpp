@@ -6,20 +6,25 @@ CompoundSlots::~CompoundSlots() { dropLast(size()); }
 
 void CompoundSlots::append(ComPtr<IBasicCompound> compound) {
   slots_.push_back(compound.get());
-  compound.release();
+  if (compound.release()) ++occupied_;
 }
 
 void CompoundSlots::put(INT index, ComPtr<IBasicCompound> compound) {
-  IBasicCompound* old = std::exchange(slots_[static_cast<std::size_t>(index)], compound.release());
+  IBasicCompound*& slot = slots_[static_cast<std::size_t>(index)];
+  IBasicCompound* old = std::exchange(slot, compound.release());
+  occupied_ += (slot ? 1 : 0) - (old ? 1 : 0);
   if (old) old->Release();
 }
 
 void CompoundSlots::dropLast(INT count) {
-  for (; count > 0 && !slots_.empty(); --count) {
+  for (; count > 0 && occupied_ > 0; --count) {
     IBasicCompound* last = slots_.back();
     slots_.pop_back();
-    if (last) last->Release();
+    if (!last) continue;
+    --occupied_;
+    last->Release();
   }
+  slots_.resize(slots_.size() - std::min(slots_.size(), static_cast<std::size_t>(count)));
   trim(slots_);
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "com/com_ptr.h"
@@ -32,9 +33,11 @@ void trim(std::vector<T>& entries) {
 class CompoundSlots {
  public:
   CompoundSlots() = default;
-  CompoundSlots(CompoundSlots&& other) noexcept : slots_(std::move(other.slots_)) { other.slots_.clear(); }
+  CompoundSlots(CompoundSlots&& other) noexcept
+      : slots_(std::exchange(other.slots_, {})), occupied_(std::exchange(other.occupied_, 0)) {}
   CompoundSlots& operator=(CompoundSlots&& other) noexcept {
     slots_.swap(other.slots_);
+    std::swap(occupied_, other.occupied_);
     return *this;
   }
   ~CompoundSlots();
@@ -53,6 +56,7 @@ class CompoundSlots {
 
  private:
   std::vector<IBasicCompound*> slots_;
+  INT occupied_ = 0;  // slots with a compound; without any, slots go without being looked at
 };
 
 }  // namespace qs

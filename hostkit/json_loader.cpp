@@ -9,7 +9,6 @@
 #include "com/bstr.h"
 #include "com/host_arrays.h"
 #include "com/number_text.h"
-#include "tools/compound_source.h"
 
 namespace qs::hostkit {
 namespace {

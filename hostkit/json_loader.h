@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "com/coclass.h"
-#include "persist/database_writer.h"
+#include "tools/compound_source.h"
 
 namespace qs::hostkit {
 

@@ -225,8 +225,11 @@ class FakeLoader : public HostObject<ILoad> {
   }
   STDMETHODIMP Get_PropSingleVal(BSTR, BSTR, BSTR name, double* number, BSTR* text) noexcept override {
     if (const HRESULT failed = step(); failed != S_OK) return failed;
-    static const std::map<WideString, double> kNumbers = {
-        {OLESTR("TC"), 513.9}, {OLESTR("Own"), 7.0}, {OLESTR("Family"), 4.0}, {OLESTR("PPDSID"), 120.0}};
+    static const std::map<WideString, double> kNumbers = {{OLESTR("TC"), 513.9},
+                                                          {OLESTR("Own"), 7.0},
+                                                          {OLESTR("Family"), 4.0},
+                                                          {OLESTR("PPDSID"), 120.0},
+                                                          {OLESTR("CMAID"), 1e10}};
     static const std::map<WideString, WideString> kTexts = {
         {OLESTR("Name"), OLESTR("Ethanol")}, {OLESTR("DDBID"), OLESTR("11")}, {OLESTR("Remark"), OLESTR("none")}};
     const WideString wanted(viewOf(name));
@@ -302,6 +305,7 @@ class FakeLoader : public HostObject<ILoad> {
       {OLESTR("Own"), PointProp},
       {OLESTR("Family"), PointPropLong},
       {OLESTR("PPDSID"), PointPropLong},
+      {OLESTR("CMAID"), PointPropLong},  // too large for one
       {OLESTR("Name"), PointPropBSTR},
       {OLESTR("DDBID"), PointPropBSTR},
       {OLESTR("Remark"), PointPropBSTR},
@@ -455,10 +459,9 @@ TEST_F(CollectionLoadingTest, FillsOneProperty) {
   const struct {
     const OLECHAR* property;
     HRESULT result;
-  } rows[] = {{OLESTR("MW"), S_FALSE},         {OLESTR("NBP"), S_FALSE},
-              {OLESTR("Remark"), S_FALSE},     {OLESTR("Void"), S_FALSE},
-              {OLESTR("VELUNIFACNoGr"), S_OK}, {OLESTR("SynonymName"), S_OK},
-              {OLESTR("DDBID"), S_OK},         {OLESTR("Own"), S_OK}};
+  } rows[] = {{OLESTR("MW"), S_FALSE},       {OLESTR("NBP"), S_FALSE},  {OLESTR("Remark"), S_FALSE},
+              {OLESTR("CMAID"), S_FALSE},    {OLESTR("Void"), S_FALSE}, {OLESTR("VELUNIFACNoGr"), S_OK},
+              {OLESTR("SynonymName"), S_OK}, {OLESTR("DDBID"), S_OK},   {OLESTR("Own"), S_OK}};
   for (const auto& row : rows)
     EXPECT_EQ(loaders_->LoadOneProperty(0, Bstr(row.property).get(), name_.get(), casField_.get(), nullptr, 1),
               row.result)

@@ -129,9 +129,9 @@ TEST_F(CollectionViewsTest, ResetLeavesTheParent) {
 TEST_F(CollectionViewsTest, NamesViewsInTheOrderOfTheirNames) {
   auto parent = collectionOf("abc");
   auto lists = query<ISubCompList1>(parent);
-  const Bstr zeta(OLESTR("Zeta")), alpha(OLESTR("Alpha")), small(OLESTR("alpha"));
+  const Bstr zeta(OLESTR("Zeta")), alpha(OLESTR("Alpha")), lower(OLESTR("alpha"));
   EXPECT_EQ(lists->AddSubCompList(zeta.get(), integers({2, 1}).get()), S_OK);
-  EXPECT_EQ(lists->AddSubCompList(small.get(), integers({}).get()), S_OK);
+  EXPECT_EQ(lists->AddSubCompList(lower.get(), integers({}).get()), S_OK);
   EXPECT_EQ(lists->AddSubCompList(alpha.get(), integers({0}).get()), S_OK);
   EXPECT_EQ(lists->AddSubCompList(alpha.get(), integers({1}).get()), S_FALSE) << "taken";
   EXPECT_EQ(lists->AddSubCompList(nullptr, integers({1}).get()), S_FALSE);
