@@ -19,11 +19,11 @@ ComPtr<Array> newArray(REFCLSID clsid, std::span<const T> values) {
 }  // namespace
 
 ComPtr<IIntegerArrayDisp> newIntegerArray(std::span<const LONG> values) {
-  return newArray<IIntegerArrayDisp>(__uuidof(IntegerArray), values);
+  return newArray<IIntegerArrayDisp>(__uuidof(HostIntegerArray), values);
 }
 
 ComPtr<IRealArrayDisp> newRealArray(std::span<const double> values) {
-  return newArray<IRealArrayDisp>(__uuidof(RealArray), values);
+  return newArray<IRealArrayDisp>(__uuidof(HostRealArray), values);
 }
 
 }  // namespace qs

@@ -8,11 +8,11 @@ namespace qs {
 namespace {
 
 ClassObject classObjects[] = {
-    ClassObject({&__uuidof(::IntegerArray), 101, OLESTR("QsHostKit.IntegerArray"), OLESTR("IntegerArray Class"),
+    ClassObject({&__uuidof(::HostIntegerArray), 101, OLESTR("QsHostKit.IntegerArray"), OLESTR("IntegerArray Class"),
                  hostkit::IntegerArray::create}),
-    ClassObject({&__uuidof(::RealArray), 102, OLESTR("QsHostKit.RealArray"), OLESTR("RealArray Class"),
+    ClassObject({&__uuidof(::HostRealArray), 102, OLESTR("QsHostKit.RealArray"), OLESTR("RealArray Class"),
                  hostkit::RealArray::create}),
-    ClassObject({&__uuidof(::RealMatrix), 103, OLESTR("QsHostKit.RealMatrix"), OLESTR("RealMatrix Class"),
+    ClassObject({&__uuidof(::HostRealMatrix), 103, OLESTR("QsHostKit.RealMatrix"), OLESTR("RealMatrix Class"),
                  hostkit::RealMatrix::create}),
     ClassObject({&__uuidof(::JsonLoader), 104, OLESTR("QsHostKit.JsonLoader"), OLESTR("JsonLoader Class"),
                  hostkit::JsonLoader::create}),

@@ -111,7 +111,7 @@ TEST_F(Identity, AllInterfacesShareOneCount) {
 }
 
 TEST_F(Aggregation, AnInnerObjectIsPartOfItsOuter) {
-  for (const CLSID* clsid : {&__uuidof(::COQSCompound), &__uuidof(::RealArray)}) {
+  for (const CLSID* clsid : {&__uuidof(::COQSCompound), &__uuidof(::HostRealArray)}) {
     Outer outer;
     ASSERT_EQ(CoCreateInstance(*clsid, &outer, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
                                reinterpret_cast<void**>(outer.inner.out())),
@@ -157,7 +157,7 @@ TEST_F(ClassObjects, AnswerForTheirClassAlone) {
   };
   EXPECT_EQ(get(__uuidof(::COQSCompound), __uuidof(IClassFactory)), S_OK);
   EXPECT_EQ(get(__uuidof(::COQSCompound), __uuidof(IDispatch)), E_NOINTERFACE);
-  EXPECT_EQ(get(__uuidof(::RealArray), __uuidof(IClassFactory)), CLASS_E_CLASSNOTAVAILABLE);
+  EXPECT_EQ(get(__uuidof(::HostRealArray), __uuidof(IClassFactory)), CLASS_E_CLASSNOTAVAILABLE);
   EXPECT_EQ(get(__uuidof(IBasicCompound), __uuidof(IClassFactory)), CLASS_E_CLASSNOTAVAILABLE);
   EXPECT_EQ(containers().getClassObject(__uuidof(::COQSCompound), __uuidof(IClassFactory), nullptr), E_POINTER);
 }

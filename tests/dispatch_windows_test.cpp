@@ -271,7 +271,7 @@ TEST_F(LateBinding, RefusesWhatDoesNotExist) {
 }
 
 TEST_F(LateBinding, ArraysAnswerByPosition) {
-  const auto array = create<IRealArrayDisp>(__uuidof(::RealArray));
+  const auto array = create<IRealArrayDisp>(__uuidof(::HostRealArray));
   EXPECT_EQ(call(array.get(), L"Size", DISPATCH_PROPERTYPUT, nullptr, 2), S_OK);
   EXPECT_EQ(call(array.get(), L"IthValue", DISPATCH_PROPERTYPUT, nullptr, 1, 2.5), S_OK);
   Variant result;

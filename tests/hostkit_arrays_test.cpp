@@ -44,9 +44,9 @@ class HostKitArrays : public ComponentTest {
 
   static REFCLSID classId() {
     if constexpr (std::is_same_v<typename K::Value, LONG>)
-      return __uuidof(::IntegerArray);
+      return __uuidof(::HostIntegerArray);
     else
-      return __uuidof(::RealArray);
+      return __uuidof(::HostRealArray);
   }
   ComPtr<I> make() { return create<I>(classId()); }
 
@@ -111,7 +111,7 @@ TYPED_TEST(HostKitArrays, CopiesWholeArraysOrNothing) {
 using HostKitVector = ComponentTest;
 
 TEST_F(HostKitVector, SharesItsElementsWithTheDispatchInterface) {
-  const auto array = create<IRealArrayDisp>(__uuidof(::RealArray));
+  const auto array = create<IRealArrayDisp>(__uuidof(::HostRealArray));
   const auto vector = query<IRealVector>(array);
   ASSERT_EQ(vector->SetSize(2), S_OK);
   ASSERT_EQ(vector->SetElement(1, 2.5), S_OK);
@@ -127,11 +127,11 @@ TEST_F(HostKitVector, SharesItsElementsWithTheDispatchInterface) {
 using HostKitMatrix = ComponentTest;
 
 TEST_F(HostKitMatrix, KeepsElementsByRowAndColumnWhenResized) {
-  const auto matrix = create<IRealMatrixDisp>(__uuidof(::RealMatrix));
+  const auto matrix = create<IRealMatrixDisp>(__uuidof(::HostRealMatrix));
   ASSERT_EQ(matrix->SetSize(2, 3), S_OK);
   for (LONG row = 0; row < 2; ++row)
     for (LONG column = 0; column < 3; ++column) ASSERT_EQ(matrix->put_Value(row, column, 10 * row + column), S_OK);
-  const auto copy = create<IRealMatrixDisp>(__uuidof(::RealMatrix));
+  const auto copy = create<IRealMatrixDisp>(__uuidof(::HostRealMatrix));
   ASSERT_EQ(copy->Copy(matrix.get()), S_OK);
   ASSERT_EQ(copy->SetSize(3, 2), S_OK);
   const double expected[3][2] = {{0, 1}, {10, 11}, {-32767, -32767}};
@@ -144,7 +144,7 @@ TEST_F(HostKitMatrix, KeepsElementsByRowAndColumnWhenResized) {
 }
 
 TEST_F(HostKitMatrix, RefusesPositionsAndSizesThatCannotBe) {
-  const auto matrix = create<IRealMatrixDisp>(__uuidof(::RealMatrix));
+  const auto matrix = create<IRealMatrixDisp>(__uuidof(::HostRealMatrix));
   ASSERT_EQ(matrix->SetSize(2, 3), S_OK);
   const LONG outside[][2] = {{-1, 0}, {2, 0}, {0, -1}, {0, 3}, {INT_MAX, INT_MAX}};
   for (const auto& [row, column] : outside) {

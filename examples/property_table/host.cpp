@@ -81,7 +81,7 @@ ComPtr<IBasicCompound> newCompound() {
     loaded.push_back(std::make_unique<qs::host::LoadedModule>("qscontainers"));
     loaded.back()->registerClass(__uuidof(COQSCompound));
     loaded.push_back(std::make_unique<qs::host::LoadedModule>("qshostkit"));
-    loaded.back()->registerClass(__uuidof(IntegerArray));
+    loaded.back()->registerClass(__uuidof(HostIntegerArray));
     compound = qs::host::createInstance<IBasicCompound>(__uuidof(COQSCompound));
   }
   if (!compound) throw std::runtime_error("the class COQSCompound cannot be created");

@@ -20,7 +20,7 @@ host::LoadedModule& ComponentTest::containers() {
 
 host::LoadedModule& ComponentTest::hostKit() {
   static host::LoadedModule& module =
-      load("qshostkit", {&__uuidof(::IntegerArray), &__uuidof(::RealArray), &__uuidof(::RealMatrix),
+      load("qshostkit", {&__uuidof(::HostIntegerArray), &__uuidof(::HostRealArray), &__uuidof(::HostRealMatrix),
                          &__uuidof(::JsonLoader), &__uuidof(::JobackEstimator)});
   return module;
 }

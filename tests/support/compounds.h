@@ -17,7 +17,7 @@ class CompoundTest : public ComponentTest {
   static ComPtr<IBasicCompound> newCompound() { return create<IBasicCompound>(__uuidof(::COQSCompound)); }
 
   static ComPtr<IRealArrayDisp> reals(std::initializer_list<double> values) {
-    auto array = create<IRealArrayDisp>(__uuidof(::RealArray));
+    auto array = create<IRealArrayDisp>(__uuidof(::HostRealArray));
     EXPECT_EQ(array->put_Size(static_cast<LONG>(values.size())), S_OK);
     LONG i = 0;
     for (const double value : values) EXPECT_EQ(array->put_IthValue(i++, value), S_OK);
@@ -25,7 +25,7 @@ class CompoundTest : public ComponentTest {
   }
 
   static ComPtr<IIntegerArrayDisp> integers(std::initializer_list<LONG> values) {
-    auto array = create<IIntegerArrayDisp>(__uuidof(::IntegerArray));
+    auto array = create<IIntegerArrayDisp>(__uuidof(::HostIntegerArray));
     EXPECT_EQ(array->put_Size(static_cast<LONG>(values.size())), S_OK);
     LONG i = 0;
     for (const LONG value : values) EXPECT_EQ(array->put_IthValue(i++, value), S_OK);
