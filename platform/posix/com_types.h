@@ -55,6 +55,10 @@ QS_RESULT_CODE(CLASS_E_NOAGGREGATION, 0x80040110);
 QS_RESULT_CODE(CLASS_E_CLASSNOTAVAILABLE, 0x80040111);
 QS_RESULT_CODE(REGDB_E_CLASSNOTREG, 0x80040154);
 QS_RESULT_CODE(CO_E_CLASSSTRING, 0x800401F3);
+QS_RESULT_CODE(DISP_E_TYPEMISMATCH, 0x80020005);
+QS_RESULT_CODE(DISP_E_BADVARTYPE, 0x80020008);
+QS_RESULT_CODE(DISP_E_OVERFLOW, 0x8002000A);
+QS_RESULT_CODE(DISP_E_BADINDEX, 0x8002000B);
 #undef QS_RESULT_CODE
 
 #define SUCCEEDED(hr) (static_cast<HRESULT>(hr) >= 0)
@@ -106,6 +110,36 @@ struct ITypeInfo;
 struct IDispatch;
 struct EXCEPINFO;
 
+enum : VARTYPE {
+  VT_EMPTY = 0,
+  VT_NULL = 1,
+  VT_I2 = 2,
+  VT_I4 = 3,
+  VT_R8 = 5,
+  VT_BSTR = 8,
+  VT_DISPATCH = 9,
+  VT_BOOL = 11,
+  VT_VARIANT = 12,
+  VT_UNKNOWN = 13,
+  VT_UI1 = 17,
+  VT_ARRAY = 0x2000,
+  VT_BYREF = 0x4000
+};
+
+// An array of one or more dimensions, the first of which varies fastest; its bounds stand in reverse order.
+struct SAFEARRAYBOUND {
+  ULONG cElements;
+  LONG lLbound;
+};
+struct SAFEARRAY {
+  USHORT cDims;
+  USHORT fFeatures;
+  ULONG cbElements;
+  ULONG cLocks;
+  void* pvData;
+  SAFEARRAYBOUND rgsabound[1];
+};
+
 struct VARIANT {
   VARTYPE vt;
   WORD wReserved1;
@@ -121,6 +155,8 @@ struct VARIANT {
     BSTR bstrVal;
     IUnknown* punkVal;
     IDispatch* pdispVal;
+    SAFEARRAY* parray;
+    VARIANT* pvarVal;
     void* byref;
     struct {
       void* pvRecord;
@@ -162,6 +198,24 @@ BSTR SysAllocStringLen(const OLECHAR* text, UINT length) noexcept;
 void SysFreeString(BSTR text) noexcept;
 UINT SysStringLen(BSTR text) noexcept;
 UINT SysStringByteLen(BSTR text) noexcept;
+
+// Variants that hold one of the types above. VariantCopyInd takes the value that a reference refers to. Conversions are
+// those between numbers, from text that is a number as a whole, and between interfaces; DISP_E_TYPEMISMATCH for others.
+void VariantInit(VARIANT* variant) noexcept;
+HRESULT VariantClear(VARIANT* variant) noexcept;
+HRESULT VariantCopy(VARIANT* destination, const VARIANT* source) noexcept;
+HRESULT VariantCopyInd(VARIANT* destination, VARIANT* source) noexcept;
+HRESULT VariantChangeType(VARIANT* destination, VARIANT* source, USHORT flags, VARTYPE type) noexcept;
+
+// Arrays of VT_I4 or VT_R8; null for other types. Dimensions count from 1.
+SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds) noexcept;
+HRESULT SafeArrayDestroy(SAFEARRAY* array) noexcept;
+HRESULT SafeArrayCopy(SAFEARRAY* source, SAFEARRAY** copy) noexcept;
+UINT SafeArrayGetDim(SAFEARRAY* array) noexcept;
+HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* bound) noexcept;
+HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* bound) noexcept;
+HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data) noexcept;
+HRESULT SafeArrayUnaccessData(SAFEARRAY* array) noexcept;
 
 // Class objects of this process. There is no registry of installed modules: a host loads a module, asks its
 // DllGetClassObject and registers what it gets. CoGetClassObject answers REGDB_E_CLASSNOTREG for the rest.
