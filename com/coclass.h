@@ -73,7 +73,8 @@ class DefaultFace : public Face<Entry> {
 };
 
 // The base of a class: `First` and `Rest` are its interfaces in order, the default one first and all dual ones before
-// any other. Derived is final and has a constructor without arguments.
+// any other. Derived is final and has a constructor without arguments. What can fail with a result code of its own
+// belongs into `HRESULT finalConstruct() noexcept`, which a class may have: creation answers its failure.
 template <class Derived, class First, class... Rest>
 class Coclass : public DefaultFace<First, Coclass<Derived, First, Rest...>>, public Face<Rest>... {
  public:
@@ -86,7 +87,12 @@ class Coclass : public DefaultFace<First, Coclass<Derived, First, Rest...>>, pub
     return guarded([&] {
       auto* object = new Derived;
       if (outer) object->outer_ = outer;
-      const HRESULT hr = object->inner_.QueryInterface(iid, out);
+      HRESULT hr = S_OK;
+      if constexpr (requires { object->finalConstruct(); }) {
+        static_assert(noexcept(object->finalConstruct()));
+        hr = object->finalConstruct();
+      }
+      if (SUCCEEDED(hr)) hr = object->inner_.QueryInterface(iid, out);
       object->inner_.Release();
       return hr;
     });

@@ -5,12 +5,18 @@
 namespace qs {
 namespace {
 
-template <class Array, class T>
-ComPtr<Array> newArray(REFCLSID clsid, std::span<const T> values) {
+template <class Array>
+ComPtr<Array> newObject(REFCLSID clsid) {
   ComPtr<IDispatch> created;
   check(CoCreateInstance(clsid, nullptr, CLSCTX_ALL, __uuidof(IDispatch), reinterpret_cast<void**>(created.out())));
   ComPtr<Array> array;
   check(created->QueryInterface(__uuidof(Array), reinterpret_cast<void**>(array.out())));
+  return array;
+}
+
+template <class Array, class T>
+ComPtr<Array> newArray(REFCLSID clsid, std::span<const T> values) {
+  auto array = newObject<Array>(clsid);
   check(array->put_Size(static_cast<LONG>(values.size())));
   for (std::size_t i = 0; i < values.size(); ++i) check(array->put_IthValue(static_cast<LONG>(i), values[i]));
   return array;
@@ -24,6 +30,15 @@ ComPtr<IIntegerArrayDisp> newIntegerArray(std::span<const LONG> values) {
 
 ComPtr<IRealArrayDisp> newRealArray(std::span<const double> values) {
   return newArray<IRealArrayDisp>(__uuidof(HostRealArray), values);
+}
+
+ComPtr<IRealMatrixDisp> newRealMatrix(LONG rows, LONG columns, std::span<const double> values) {
+  auto matrix = newObject<IRealMatrixDisp>(__uuidof(HostRealMatrix));
+  check(matrix->SetSize(rows, columns));
+  auto value = values.begin();
+  for (LONG column = 0; column < columns; ++column)
+    for (LONG row = 0; row < rows; ++row) check(matrix->put_Value(row, column, *value++));
+  return matrix;
 }
 
 }  // namespace qs

@@ -12,5 +12,7 @@ namespace qs {
 // REGDB_E_CLASSNOTREG where the host brings no such class.
 ComPtr<IIntegerArrayDisp> newIntegerArray(std::span<const LONG> values);
 ComPtr<IRealArrayDisp> newRealArray(std::span<const double> values);
+// The same for a matrix, from its elements column by column.
+ComPtr<IRealMatrixDisp> newRealMatrix(LONG rows, LONG columns, std::span<const double> values);
 
 }  // namespace qs
