@@ -2,6 +2,8 @@
 #include "collection/collection.h"
 #include "com/module.h"
 #include "compound/compound.h"
+#include "phase/phase.h"
+#include "phase/phase_collection.h"
 
 namespace qs {
 namespace {
@@ -11,6 +13,10 @@ ClassObject classObjects[] = {
                  COQSCompound::create}),
     ClassObject({&__uuidof(::COQSCompoundCollection), 104, OLESTR("COQSCompoundCollection.COQSCompoundCollection"),
                  OLESTR("COQSCompoundCollection Class"), COQSCompoundCollection::create}),
+    ClassObject(
+        {&__uuidof(::COQSPhase), 101, OLESTR("COQSPhase.COQSPhase"), OLESTR("COQSPhase Class"), COQSPhase::create}),
+    ClassObject({&__uuidof(::COQSPhaseCollection), 102, OLESTR("COQSPhaseCollection.COQSPhaseCollection"),
+                 OLESTR("COQSPhaseCollection Class"), COQSPhaseCollection::create}),
 };
 
 }  // namespace

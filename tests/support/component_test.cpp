@@ -14,7 +14,8 @@ host::LoadedModule& load(const char* name, std::initializer_list<const CLSID*> c
 
 host::LoadedModule& ComponentTest::containers() {
   static host::LoadedModule& module =
-      load("qscontainers", {&__uuidof(::COQSCompound), &__uuidof(::COQSCompoundCollection)});
+      load("qscontainers", {&__uuidof(::COQSCompound), &__uuidof(::COQSCompoundCollection), &__uuidof(::COQSPhase),
+                            &__uuidof(::COQSPhaseCollection)});
   return module;
 }
 

@@ -1,0 +1,77 @@
+// Composition and fugacities of a phase.
+#include "phase/phase.h"
+#include "phase/query.h"
+
+namespace qs {
+namespace {
+
+// An array with a reference of its own. S_FALSE when it has elements and the first is not set.
+HRESULT giveArray(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp** array) noexcept {
+  *array = nullptr;
+  return guarded([&] {
+    LONG size = 0;
+    double first = kUnset;
+    check(stored->get_Size(&size));
+    if (size >= 1) check(stored->get_IthValue(0, &first));
+    *array = ComPtr(stored).release();
+    return size >= 1 && first == kUnset ? S_FALSE : S_OK;
+  });
+}
+
+// An array without a reference. S_FALSE when its first element is not set or cannot be read.
+HRESULT lendArray(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp** lent) noexcept {
+  *lent = stored.get();
+  double first = kUnset;
+  return FAILED(stored->get_IthValue(0, &first)) || first == kUnset ? S_FALSE : S_OK;
+}
+
+HRESULT takeValues(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp* array) noexcept {
+  return array ? stored->Copy(array) : S_FALSE;
+}
+
+}  // namespace
+
+HRESULT COQSPhase::get_MolarComposition(IDispatch** array) noexcept {
+  *array = ComPtr(state_.MolarComposition).release();
+  return S_OK;
+}
+
+HRESULT COQSPhase::put_MolarComposition(IDispatch* array) noexcept {
+  return guarded([&] { return put_MolarCompositionDisp(required<IRealArrayDisp>(array).get()); });
+}
+
+HRESULT COQSPhase::get_MolarCompositionDisp(IRealArrayDisp** lent) noexcept {
+  *lent = state_.MolarComposition.get();
+  return S_OK;
+}
+
+HRESULT COQSPhase::put_MolarCompositionDisp(IRealArrayDisp* array) noexcept {
+  return guarded([&] {
+    if (!array) return E_FAIL;
+    LONG size = 0;
+    check(array->get_Size(&size));
+    check(state_.MolarComposition->Copy(array));
+    compoundCount_ = size;
+    return S_OK;
+  });
+}
+
+HRESULT COQSPhase::get_LnFugacity(IRealArrayDisp** array) noexcept { return giveArray(state_.LnFugacity, array); }
+
+HRESULT COQSPhase::put_LnFugacity(IRealArrayDisp* array) noexcept { return takeValues(state_.LnFugacity, array); }
+
+HRESULT COQSPhase::get_LnFugacityCoeff(IRealArrayDisp** array) noexcept {
+  return giveArray(state_.LnFugacityCoeff, array);
+}
+
+HRESULT COQSPhase::put_LnFugacityCoeff(IRealArrayDisp* array) noexcept {
+  return takeValues(state_.LnFugacityCoeff, array);
+}
+
+HRESULT COQSPhase::GetLnFugacity(IRealArrayDisp** lent) noexcept { return lendArray(state_.LnFugacity, lent); }
+
+HRESULT COQSPhase::GetLnFugacityCoeff(IRealArrayDisp** lent) noexcept {
+  return lendArray(state_.LnFugacityCoeff, lent);
+}
+
+}  // namespace qs

@@ -1,0 +1,183 @@
+// Properties by the numbers that a host gave them: the standard ones, and further ones added at run time.
+#include <algorithm>
+#include <type_traits>
+#include <vector>
+
+#include "com/host_arrays.h"
+#include "phase/phase.h"
+#include "phase/query.h"
+
+namespace qs {
+namespace {
+
+template <class T>
+using Getter = HRESULT (STDMETHODCALLTYPE COQSPhase::*)(T*) noexcept;
+template <class T>
+using Setter = HRESULT (STDMETHODCALLTYPE COQSPhase::*)(T) noexcept;
+
+// Enumerations travel as 32-bit integers, the flag as a real, arrays as objects.
+template <class T>
+HRESULT getVariant(COQSPhase& phase, Getter<T> getter, VARIANT* value) {
+  T got{};
+  const HRESULT hr = (phase.*getter)(&got);
+  if (FAILED(hr)) return hr;
+  if constexpr (std::is_pointer_v<T>) {
+    value->vt = VT_DISPATCH;
+    value->pdispVal = got;
+  } else if constexpr (std::is_enum_v<T>) {
+    *value = Variant(static_cast<LONG>(got)).release();
+  } else {
+    *value = Variant(static_cast<double>(got)).release();
+  }
+  return hr;
+}
+
+template <class T>
+HRESULT putVariant(COQSPhase& phase, Setter<T> setter, const VARIANT& value) {
+  if constexpr (std::is_pointer_v<T>) {
+    const Variant object = Variant::converted(value, VT_DISPATCH);
+    ComPtr<std::remove_pointer_t<T>> queried;
+    if (object.get().pdispVal) queried = required<std::remove_pointer_t<T>>(object.get().pdispVal);
+    return (phase.*setter)(queried.get());
+  } else if constexpr (std::is_enum_v<T>) {
+    return (phase.*setter)(static_cast<T>(Variant::converted(value, VT_I4).get().lVal));
+  } else {
+    const double number = Variant::converted(value, VT_R8).get().dblVal;
+    if constexpr (std::is_integral_v<T>)
+      if (!(number >= 0 && number <= std::numeric_limits<T>::max())) return DISP_E_OVERFLOW;
+    return (phase.*setter)(static_cast<T>(number));
+  }
+}
+
+}  // namespace
+
+StandardProperty COQSPhase::standardProperty(LONG number) const noexcept {
+  const auto end = numbers_.begin() + kStandardCount;
+  return static_cast<StandardProperty>(std::find(numbers_.begin(), end, number) - numbers_.begin());
+}
+
+bool COQSPhase::accepts(LONG number) const noexcept {
+  const auto found = further_.find(number);
+  return found == further_.end() ? standardProperty(number) == StandardProperty::None : found->second.removed;
+}
+
+void COQSPhase::add(LONG number, Variant value) {
+  FurtherProperty& property = further_[number];
+  property.removed = false;
+  ++propertyCount_;
+  property.value = std::move(value);
+}
+
+HRESULT COQSPhase::GetNumberOfProperties(INT* count) noexcept {
+  *count = propertyCount_;
+  return S_OK;
+}
+
+HRESULT COQSPhase::GetPropertyIDs(INT most, IIntegerArrayDisp** numbers) noexcept {
+  *numbers = nullptr;
+  return guarded([&] {
+    // Removals may have lowered the count below the standard properties.
+    const auto size = static_cast<std::size_t>(std::max(0, std::min(most, propertyCount_)));
+    std::vector<LONG> values(numbers_.begin(), numbers_.begin() + std::min(size, kStandardCount));
+    for (auto next = further_.begin(); next != further_.end() && values.size() < size; ++next)
+      values.push_back(next->first);
+    *numbers = newIntegerArray(values).release();
+    return S_OK;
+  });
+}
+
+HRESULT COQSPhase::SupportsProperty(LONG number, VARIANT_BOOL* present) noexcept {
+  const auto found = further_.find(number);
+  const bool supported =
+      found == further_.end() ? standardProperty(number) != StandardProperty::None : !found->second.removed;
+  *present = supported ? VARIANT_TRUE : VARIANT_FALSE;
+  return S_OK;
+}
+
+HRESULT COQSPhase::AddProperty(LONG number, VARIANT value) noexcept {
+  return guarded([&] {
+    if (!accepts(number)) return S_FALSE;
+    add(number, Variant::copyOf(value));
+    return S_OK;
+  });
+}
+
+HRESULT COQSPhase::RemoveProperty(LONG number) noexcept {
+  const auto found = further_.find(number);
+  if (found == further_.end()) return standardProperty(number) == StandardProperty::None ? S_FALSE : E_FAIL;
+  found->second.removed = true;
+  --propertyCount_;
+  return S_OK;
+}
+
+HRESULT COQSPhase::PutPropertyValue(LONG number, VARIANT value) noexcept {
+  return guarded([&] {
+    const StandardProperty standard = standardProperty(number);
+    if (standard != StandardProperty::None) return putStandard(standard, value);
+    Variant copy = Variant::copyOf(value);
+    FurtherProperty& property = further_[number];
+    // A property that this call creates is present but not counted.
+    if (property.removed) ++propertyCount_;
+    property.removed = false;
+    property.value = std::move(copy);
+    return S_OK;
+  });
+}
+
+HRESULT COQSPhase::GetPropertyValue(LONG number, VARIANT* value) noexcept {
+  VariantInit(value);
+  return guarded([&] {
+    const StandardProperty standard = standardProperty(number);
+    if (standard != StandardProperty::None) return getStandard(standard, value);
+    const auto found = further_.find(number);
+    if (found == further_.end()) return S_FALSE;
+    *value = Variant::copyOf(found->second.value.get()).release();
+    return found->second.removed ? kRemovedProperty : S_OK;
+  });
+}
+
+HRESULT COQSPhase::putStandard(StandardProperty property, const VARIANT& value) {
+  switch (property) {
+#define PHASE_PROPERTY(name)   \
+  case StandardProperty::name: \
+    return putVariant(*this, &COQSPhase::put_##name, value);
+#include "phase/properties.def"
+    case StandardProperty::None:
+      break;
+  }
+  return E_FAIL;
+}
+
+HRESULT COQSPhase::getStandard(StandardProperty property, VARIANT* value) {
+  switch (property) {
+#define PHASE_PROPERTY(name)   \
+  case StandardProperty::name: \
+    return getVariant(*this, &COQSPhase::get_##name, value);
+#include "phase/properties.def"
+    case StandardProperty::None:
+      break;
+  }
+  return E_FAIL;
+}
+
+void COQSPhase::copyFurtherProperties(IUnknown* source) {
+  const auto container = required<IEnumeratedPropertyContainer>(source);
+  INT count = 0;
+  check(container->GetNumberOfProperties(&count));
+  if (count <= static_cast<INT>(kStandardCount)) return;
+  ComPtr<IIntegerArrayDisp> numbers;
+  check(container->GetPropertyIDs(count, numbers.out()));
+  if (!numbers) throw CQSCOMError(E_FAIL);
+  for (INT i = kStandardCount; i < count; ++i) {
+    LONG number = kUnset;
+    check(numbers->get_IthValue(i, &number));
+    VARIANT value;
+    VariantInit(&value);
+    const HRESULT hr = container->GetPropertyValue(number, &value);
+    Variant owned = Variant::adopt(value);
+    check(hr);
+    if (hr == S_OK && accepts(number)) add(number, std::move(owned));
+  }
+}
+
+}  // namespace qs

@@ -1,0 +1,155 @@
+// The life of a phase: its arrays, the compounds that they describe, resets and copies.
+#include "phase/phase.h"
+
+#include "com/bstr.h"
+#include "phase/query.h"
+
+namespace qs {
+namespace {
+
+ComPtr<IRealArrayDisp> newArray(IClassFactory* factory) {
+  ComPtr<IDispatch> created;
+  check(factory->CreateInstance(nullptr, __uuidof(IDispatch), reinterpret_cast<void**>(created.out())));
+  return required<IRealArrayDisp>(created.get());
+}
+
+void makeUnset(IRealArrayDisp* array, INT size) {
+  check(array->put_Size(size));
+  for (INT i = 0; i < size; ++i) check(array->put_IthValue(i, kUnset));
+}
+
+template <class T>
+LONG read(IBasicPhase* phase, HRESULT (STDMETHODCALLTYPE IBasicPhase::*getter)(T*)) {
+  T value{};
+  check((phase->*getter)(&value));
+  return static_cast<LONG>(value);
+}
+
+// What a clear bit of a reset's settings makes unset, beside status, type and composition.
+struct ResettableReal {
+  DWORD bit;
+  double PhaseState::*value;
+};
+constexpr DWORD kKeepStatus = 0x1, kKeepType = 0x2, kKeepComposition = 0x80;
+constexpr ResettableReal kResettableReals[] = {{0x4, &PhaseState::PhaseFraction}, {0x4, &PhaseState::PhaseMassFraction},
+                                               {0x8, &PhaseState::Pressure},      {0x10, &PhaseState::Temperature},
+                                               {0x20, &PhaseState::Entropy},      {0x40, &PhaseState::Enthalpy},
+                                               {0x80, &PhaseState::PhaseFraction}};
+
+}  // namespace
+
+HRESULT COQSPhase::finalConstruct() noexcept {
+  const HRESULT hr = guarded([&] {
+    ComPtr<IClassFactory> factory;
+    check(CoGetClassObject(__uuidof(HostRealArray), CLSCTX_ALL, nullptr, __uuidof(IClassFactory),
+                           reinterpret_cast<void**>(factory.out())));
+#define PHASE_ARRAY(name) state_.name = newArray(factory.get());
+#include "phase/properties.def"
+    return S_OK;
+  });
+  return SUCCEEDED(hr) ? S_OK : E_FAIL;
+}
+
+HRESULT COQSPhase::get_IsPseudoRoot(BYTE* value) noexcept {
+  *value = state_.IsPseudoRoot;
+  return S_OK;
+}
+
+HRESULT COQSPhase::IsActivePhase(VARIANT_BOOL* value) noexcept {
+  *value = state_.PhaseStatus == xpsActivePhase ? VARIANT_TRUE : VARIANT_FALSE;
+  return S_OK;
+}
+
+HRESULT COQSPhase::Finalize(IDispatch* compounds) noexcept {
+  return guarded([&] {
+    auto bound = required<ICompoundCollection>(compounds);
+    INT count = 0;
+    check(bound->get_NumberOfCompounds(&count));
+    if (count < 0) return E_FAIL;
+#define PHASE_ARRAY(name) makeUnset(state_.name.get(), count);
+#include "phase/properties.def"
+    compounds_ = std::move(bound);
+    compoundCount_ = count;
+    return S_OK;
+  });
+}
+
+HRESULT COQSPhase::get_NumberOfCompounds(INT* count) noexcept {
+  *count = compounds_ ? compoundCount_ : 0;
+  return compounds_ ? S_OK : S_FALSE;
+}
+
+HRESULT COQSPhase::get_Compounds(IDispatch** compounds) noexcept {
+  *compounds = nullptr;
+  if (!compounds_) return S_FALSE;
+  return compounds_->QueryInterface(__uuidof(IDispatch), reinterpret_cast<void**>(compounds));
+}
+
+HRESULT COQSPhase::GetCompounds(ICompoundCollection** compounds) noexcept {
+  *compounds = ComPtr(compounds_).release();
+  return *compounds ? S_OK : S_FALSE;
+}
+
+HRESULT COQSPhase::ResetProperties(DWORD kept) noexcept {
+  return guarded([&] {
+    state_.Homotopy = state_.Cp = state_.MolarVolume = state_.MolecularWeight = kUnset;
+    for (auto& [number, property] : further_) property.removed = true;
+    propertyCount_ = kStandardCount;
+    state_.IsPseudoRoot = 0;
+    // The first element tells whether the fugacities are set.
+    if (compoundCount_ > 0) {
+      check(state_.LnFugacity->put_IthValue(0, kUnset));
+      check(state_.LnFugacityCoeff->put_IthValue(0, kUnset));
+    }
+
+    if (!(kept & kKeepStatus)) state_.PhaseStatus = kUnset;
+    if (!(kept & kKeepType)) state_.PhaseType = kUnset;
+    for (const ResettableReal& real : kResettableReals)
+      if (!(kept & real.bit)) state_.*real.value = kUnset;
+    if (kept & kKeepComposition || compoundCount_ <= 0) return S_OK;
+    const auto composition = required<IRealVector>(state_.MolarComposition.get());
+    for (INT i = 0; i < compoundCount_; ++i) check(composition->SetElement(i, kUnset));
+    return S_OK;
+  });
+}
+
+HRESULT COQSPhase::CopyProperties(IDispatch* source) noexcept {
+  return guarded([&] {
+    const auto phase = required<IBasicPhase>(source);
+#define PHASE_ENUMERATION(name, type) state_.name = read(phase.get(), &IBasicPhase::get_##name);
+#define PHASE_REAL(name) check(phase->get_##name(&state_.name));
+#include "phase/properties.def"
+
+    ComPtr<IDispatch> compounds;
+    check(phase->get_Compounds(compounds.out()));
+    compounds_ = compounds ? required<ICompoundCollection>(compounds.get()) : ComPtr<ICompoundCollection>();
+    check(phase->get_NumberOfCompounds(&compoundCount_));
+
+    ComPtr<IDispatch> composition;
+    check(phase->get_MolarComposition(composition.out()));
+    if (composition) check(put_MolarComposition(composition.get()));
+
+    copyFurtherProperties(source);
+
+    check(phase->get_IsPseudoRoot(&state_.IsPseudoRoot));
+    ComPtr<IRealArrayDisp> fugacities;
+    check(phase->get_LnFugacity(fugacities.out()));
+    check(put_LnFugacity(fugacities.get()));
+    check(phase->get_LnFugacityCoeff(fugacities.out()));
+    check(put_LnFugacityCoeff(fugacities.get()));
+    return S_OK;
+  });
+}
+
+HRESULT COQSPhase::RegisterProperties(IDispatch* registry) noexcept {
+  return guarded([&] {
+    const auto names = required<IEnumeratedPropertyRegistry>(registry);
+    RegisteredNumbers numbers;
+    for (std::size_t i = 0; i < kRegisteredCount; ++i)
+      check(names->RegisterProperty(Bstr(kRegisteredNames[i]).get(), &numbers[i]));
+    numbers_ = numbers;
+    return S_OK;
+  });
+}
+
+}  // namespace qs
