@@ -1,8 +1,10 @@
 // The creatable classes of the host kit.
 #include "com/module.h"
 #include "hostkit/arrays.h"
+#include "hostkit/class_ids.h"
 #include "hostkit/joback_estimator.h"
 #include "hostkit/json_loader.h"
+#include "hostkit/phases.h"
 
 namespace qs {
 namespace {
@@ -18,6 +20,10 @@ ClassObject classObjects[] = {
                  hostkit::JsonLoader::create}),
     ClassObject({&__uuidof(::JobackEstimator), 105, OLESTR("QsHostKit.JobackEstimator"),
                  OLESTR("JobackEstimator Class"), hostkit::JobackEstimator::create}),
+    ClassObject({&host::kPropertyRegistry, 106, OLESTR("QsHostKit.PropertyRegistry"), OLESTR("PropertyRegistry Class"),
+                 hostkit::PropertyRegistry::create}),
+    ClassObject({&host::kPhaseActivator, 107, OLESTR("QsHostKit.PhaseActivator"), OLESTR("PhaseActivator Class"),
+                 hostkit::PhaseActivator::create}),
 };
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "tests/support/component_test.h"
 
+#include "hostkit/class_ids.h"
+
 namespace qs::test {
 namespace {
 
@@ -22,7 +24,8 @@ host::LoadedModule& ComponentTest::containers() {
 host::LoadedModule& ComponentTest::hostKit() {
   static host::LoadedModule& module =
       load("qshostkit", {&__uuidof(::HostIntegerArray), &__uuidof(::HostRealArray), &__uuidof(::HostRealMatrix),
-                         &__uuidof(::JsonLoader), &__uuidof(::JobackEstimator)});
+                         &__uuidof(::JsonLoader), &__uuidof(::JobackEstimator), &host::kPropertyRegistry,
+                         &host::kPhaseActivator});
   return module;
 }
 
