@@ -111,7 +111,8 @@ TEST_F(Identity, AllInterfacesShareOneCount) {
 }
 
 TEST_F(Aggregation, AnInnerObjectIsPartOfItsOuter) {
-  for (const CLSID* clsid : {&__uuidof(::COQSCompound), &__uuidof(::HostRealArray)}) {
+  for (const CLSID* clsid : {&__uuidof(::COQSCompound), &__uuidof(::COQSPhase), &__uuidof(::COQSPhaseCollection),
+                             &__uuidof(::HostRealMatrix)}) {
     Outer outer;
     ASSERT_EQ(CoCreateInstance(*clsid, &outer, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
                                reinterpret_cast<void**>(outer.inner.out())),

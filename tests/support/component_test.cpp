@@ -1,6 +1,7 @@
 #include "tests/support/component_test.h"
 
 #include "hostkit/class_ids.h"
+#include "tests/support/failing_arrays.h"
 
 namespace qs::test {
 namespace {
@@ -22,10 +23,20 @@ host::LoadedModule& ComponentTest::containers() {
 }
 
 host::LoadedModule& ComponentTest::hostKit() {
-  static host::LoadedModule& module =
-      load("qshostkit", {&__uuidof(::HostIntegerArray), &__uuidof(::HostRealArray), &__uuidof(::HostRealMatrix),
-                         &__uuidof(::JsonLoader), &__uuidof(::JobackEstimator), &host::kPropertyRegistry,
-                         &host::kPhaseActivator});
+  static host::LoadedModule& module = [&]() -> host::LoadedModule& {
+    host::LoadedModule& kit = load("qshostkit", {&__uuidof(::HostIntegerArray), &__uuidof(::HostRealMatrix),
+                                                 &__uuidof(::JsonLoader), &__uuidof(::JobackEstimator),
+                                                  &host::kPropertyRegistry, &host::kPhaseActivator});
+    ComPtr<IClassFactory> arrays;
+    EXPECT_EQ(
+        kit.getClassObject(__uuidof(::HostRealArray), __uuidof(IClassFactory), reinterpret_cast<void**>(arrays.out())),
+        S_OK);
+    DWORD cookie = 0;
+    EXPECT_EQ(CoRegisterClassObject(__uuidof(::HostRealArray), FailingArrays::classObject(std::move(arrays)),
+                                    CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie),
+              S_OK);
+    return kit;
+  }();
   return module;
 }
 

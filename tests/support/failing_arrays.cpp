@@ -1,0 +1,141 @@
+#include "tests/support/failing_arrays.h"
+
+#include <vector>
+
+namespace qs::test {
+namespace {
+
+bool active = false;
+int callsLeft = -1;
+int liveArrays = 0;
+
+bool works() { return callsLeft-- != 0; }
+
+class Array final : public IRealArrayDisp, public IRealVector {
+ public:
+  Array() { ++liveArrays; }
+
+  STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
+    *out = nullptr;
+    if (!works()) return FailingArrays::kFailure;
+    if (IsEqualGUID(iid, __uuidof(IRealVector)))
+      *out = static_cast<IRealVector*>(this);
+    else if (IsEqualGUID(iid, __uuidof(IUnknown)) || IsEqualGUID(iid, __uuidof(IDispatch)) ||
+             IsEqualGUID(iid, __uuidof(IRealArrayDisp)))
+      *out = static_cast<IRealArrayDisp*>(this);
+    else
+      return E_NOINTERFACE;
+    ++references_;
+    return S_OK;
+  }
+  STDMETHODIMP_(ULONG) AddRef() noexcept override { return ++references_; }
+  STDMETHODIMP_(ULONG) Release() noexcept override {
+    const ULONG left = --references_;
+    if (left == 0) {
+      --liveArrays;
+      delete this;
+    }
+    return left;
+  }
+  STDMETHODIMP GetTypeInfoCount(UINT*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
+    return E_NOTIMPL;
+  }
+
+  STDMETHODIMP get_Size(LONG* size) noexcept override { return GetSize(size); }
+  STDMETHODIMP put_Size(LONG size) noexcept override { return SetSize(size); }
+  STDMETHODIMP get_IthValue(LONG index, double* value) noexcept override { return GetElement(index, value); }
+  STDMETHODIMP put_IthValue(LONG index, double value) noexcept override { return SetElement(index, value); }
+  STDMETHODIMP Copy(IRealArrayDisp* source) noexcept override {
+    if (!works()) return FailingArrays::kFailure;
+    LONG size = 0;
+    if (const HRESULT hr = source->get_Size(&size); FAILED(hr)) return hr;
+    std::vector<double> values(static_cast<std::size_t>(size));
+    for (LONG i = 0; i < size; ++i)
+      if (const HRESULT hr = source->get_IthValue(i, &values[static_cast<std::size_t>(i)]); FAILED(hr)) return hr;
+    values_.swap(values);
+    return S_OK;
+  }
+
+  STDMETHODIMP GetSize(LONG* size) noexcept override {
+    if (!works()) return FailingArrays::kFailure;
+    *size = static_cast<LONG>(values_.size());
+    return S_OK;
+  }
+  STDMETHODIMP SetSize(LONG size) noexcept override {
+    if (!works()) return FailingArrays::kFailure;
+    values_.resize(static_cast<std::size_t>(size));
+    return S_OK;
+  }
+  STDMETHODIMP GetElement(LONG index, double* value) noexcept override {
+    if (!works()) return FailingArrays::kFailure;
+    if (!holds(index)) return E_BOUNDS;
+    *value = values_[static_cast<std::size_t>(index)];
+    return S_OK;
+  }
+  STDMETHODIMP SetElement(LONG index, double value) noexcept override {
+    if (!works()) return FailingArrays::kFailure;
+    if (!holds(index)) return E_BOUNDS;
+    values_[static_cast<std::size_t>(index)] = value;
+    return S_OK;
+  }
+
+ private:
+  bool holds(LONG index) const { return index >= 0 && static_cast<std::size_t>(index) < values_.size(); }
+
+  std::vector<double> values_;
+  ULONG references_ = 1;
+};
+
+class Factory final : public IClassFactory {
+ public:
+  STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
+    *out = nullptr;
+    if (active && IsEqualGUID(iid, __uuidof(IClassFactory)) && !works()) return FailingArrays::kFailure;
+    if (!IsEqualGUID(iid, __uuidof(IUnknown)) && !IsEqualGUID(iid, __uuidof(IClassFactory))) return E_NOINTERFACE;
+    *out = static_cast<IClassFactory*>(this);
+    return S_OK;
+  }
+  STDMETHODIMP_(ULONG) AddRef() noexcept override { return 2; }
+  STDMETHODIMP_(ULONG) Release() noexcept override { return 1; }
+  STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** out) noexcept override {
+    if (!active) return hostKit->CreateInstance(outer, iid, out);
+    *out = nullptr;
+    if (!works()) return FailingArrays::kFailure;
+    auto* array = new Array;
+    const HRESULT hr = array->QueryInterface(iid, out);
+    array->Release();
+    return hr;
+  }
+  STDMETHODIMP LockServer(BOOL) noexcept override { return S_OK; }
+
+  ComPtr<IClassFactory> hostKit;
+};
+
+}  // namespace
+
+FailingArrays::FailingArrays(int failing) {
+  active = true;
+  callsLeft = failing;
+}
+
+FailingArrays::~FailingArrays() {
+  active = false;
+  callsLeft = -1;
+}
+
+bool FailingArrays::reached() const { return callsLeft < 0; }
+
+void FailingArrays::repair() { callsLeft = -1; }
+
+int FailingArrays::live() { return liveArrays; }
+
+IClassFactory* FailingArrays::classObject(ComPtr<IClassFactory> hostKit) {
+  static Factory& factory = *new Factory;
+  factory.hostKit = std::move(hostKit);
+  return &factory;
+}
+
+}  // namespace qs::test
