@@ -119,6 +119,8 @@ struct SharedNames::Table {
       FUNCDESC* description = nullptr;
       check(type->GetFuncDesc(i, &description));
       const HRESULT added = guarded([&] {
+        // What a late-bound caller must not use, as what is lent without a reference.
+        if (description->wFuncFlags & FUNCFLAG_FRESTRICTED) return S_OK;
         Bstr name;
         UINT got = 0;
         check(type->GetNames(description->memid, name.out(), 1, &got));
