@@ -79,7 +79,7 @@ struct VELDB1 {
 
 ComPtr<IBasicCompound> compoundWith(tagEquationShapeEnum shape, const Coefficients& coefficients,
                                     tagXYShapeEnum yShape) {
-  const auto parameters = host::createInstance<IRealArrayDisp>(__uuidof(::RealArray));
+  const auto parameters = host::createInstance<IRealArrayDisp>(__uuidof(::HostRealArray));
   if (!parameters) throw std::runtime_error("the class RealArray cannot be created");
   parameters->put_Size(static_cast<LONG>(coefficients.size()));
   for (std::size_t i = 0; i < coefficients.size(); ++i) {

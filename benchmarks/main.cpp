@@ -104,8 +104,8 @@ class Lines {
 void measure(const std::string& database) {
   host::LoadedModule containers("qscontainers"), hostKit("qshostkit");
   containers.registerClass(__uuidof(::COQSCompound));
-  hostKit.registerClass(__uuidof(::RealArray));
-  hostKit.registerClass(__uuidof(::IntegerArray));
+  hostKit.registerClass(__uuidof(::HostRealArray));
+  hostKit.registerClass(__uuidof(::HostIntegerArray));
 
   const std::size_t emptyBytes = bytesOfEmptyCompound();
   const std::size_t largestBytes = bytesOfLargestCompound(database);

@@ -252,7 +252,7 @@ class FakeLoader : public HostObject<ILoad> {
     *tMax = 500.0;
     *pMin = 1.0;
     *pMax = 1000.0;
-    auto array = host::createInstance<IRealArrayDisp>(__uuidof(::RealArray));
+    auto array = host::createInstance<IRealArrayDisp>(__uuidof(::HostRealArray));
     array->put_Size(5);
     const double values[] = {10.0, -1500.0, 0.0, 0.0, 1.0};
     for (LONG i = 0; i < 5; ++i) array->put_IthValue(i, values[i]);
@@ -274,14 +274,14 @@ class FakeLoader : public HostObject<ILoad> {
   STDMETHODIMP Get_PropMultiVal(BSTR, BSTR, BSTR name, IDispatch** values) noexcept override {
     if (const HRESULT failed = step(); failed != S_OK) return failed;
     if (viewOf(name) == OLESTR("UNIQUAC1Parameters")) {
-      auto array = host::createInstance<IRealArrayDisp>(__uuidof(::RealArray));
+      auto array = host::createInstance<IRealArrayDisp>(__uuidof(::HostRealArray));
       array->put_Size(2);
       array->put_IthValue(0, 2.1);
       array->put_IthValue(1, 1.9);
       *values = array.release();
       return S_OK;
     }
-    auto array = host::createInstance<IIntegerArrayDisp>(__uuidof(::IntegerArray));
+    auto array = host::createInstance<IIntegerArrayDisp>(__uuidof(::HostIntegerArray));
     array->put_Size(2);
     for (LONG i = 0; i < 2; ++i) array->put_IthValue(i, viewOf(name) == OLESTR("VELUNIFACNoGr") ? 1 : 14 + i);
     *values = array.release();

@@ -43,7 +43,7 @@ class Modules {
     for (const CLSID* clsid : {&__uuidof(COQSCompound), &__uuidof(COQSCompoundCollection)})
       need(containers_.registerClass(*clsid), "qscontainers");
     for (const CLSID* clsid :
-         {&__uuidof(IntegerArray), &__uuidof(RealArray), &__uuidof(JsonLoader), &__uuidof(JobackEstimator)})
+         {&__uuidof(HostIntegerArray), &__uuidof(HostRealArray), &__uuidof(JsonLoader), &__uuidof(JobackEstimator)})
       need(hostKit_.registerClass(*clsid), "qshostkit");
   }
 
@@ -125,7 +125,7 @@ class Example {
   }
 
   ComPtr<ICompoundCollection> viewOf(std::initializer_list<LONG> positions) const {
-    const auto array = create<IIntegerArrayDisp>(__uuidof(IntegerArray));
+    const auto array = create<IIntegerArrayDisp>(__uuidof(HostIntegerArray));
     need(array->put_Size(static_cast<LONG>(positions.size())), "put_Size");
     LONG i = 0;
     for (const LONG position : positions) need(array->put_IthValue(i++, position), "put_IthValue");
