@@ -1,51 +1,23 @@
 // Identity, reference counts, aggregation and class objects, on the classes that hosts create.
 #include "com/coclass.h"
 
-#include <array>
+#include <vector>
 
 #include "tests/support/component_test.h"
 
 namespace qs::test {
 namespace {
 
-struct InterfaceName {
-  const IID* iid;
-  const char* name;
-};
-#define QS_INTERFACE(name) \
-  { &__uuidof(name), #name }
-const InterfaceName kCompoundInterfaces[] = {
-    QS_INTERFACE(IBasicCompound),
-    QS_INTERFACE(ICompoundReferenceStateProperties),
-    QS_INTERFACE(ICompoundPR),
-    QS_INTERFACE(ICompoundCOSTALD),
-    QS_INTERFACE(ICompoundCavett),
-    QS_INTERFACE(ICompoundViscosity),
-    QS_INTERFACE(ICompoundChaoSeader),
-    QS_INTERFACE(ICompoundChienNull),
-    QS_INTERFACE(ICompoundVirial),
-    QS_INTERFACE(ICompoundPRSV),
-    QS_INTERFACE(ICompoundSRK),
-    QS_INTERFACE(ICompoundWilson),
-    QS_INTERFACE(ICompoundID),
-    QS_INTERFACE(ICompoundFamily),
-    QS_INTERFACE(ICompoundUNIFAC1),
-    QS_INTERFACE(ICompoundUNIQUAC1),
-    QS_INTERFACE(ICompoundSolidProperties),
-    QS_INTERFACE(ICompoundIDPut),
-    QS_INTERFACE(ICompoundFamilyPut),
-    QS_INTERFACE(ICompoundUNIFAC1Put),
-    QS_INTERFACE(ICompoundInitFromVelDB),
-    QS_INTERFACE(ICompoundProp),
-    QS_INTERFACE(ICompoundPropPut),
-    QS_INTERFACE(ICompoundCopy),
-    QS_INTERFACE(XMLParserClient),
-    QS_INTERFACE(IXMLStore),
-    QS_INTERFACE(IUserProperty),
-    QS_INTERFACE(ICompEqnXYShape),
-};
-#undef QS_INTERFACE
-static_assert(std::size(kCompoundInterfaces) == 28);
+template <class... Interfaces>
+std::vector<const IID*> idsOf() {
+  return {&__uuidof(Interfaces)...};
+}
+const auto kCompoundInterfaces =
+    idsOf<IBasicCompound, ICompoundReferenceStateProperties, ICompoundPR, ICompoundCOSTALD, ICompoundCavett,
+          ICompoundViscosity, ICompoundChaoSeader, ICompoundChienNull, ICompoundVirial, ICompoundPRSV, ICompoundSRK,
+          ICompoundWilson, ICompoundID, ICompoundFamily, ICompoundUNIFAC1, ICompoundUNIQUAC1, ICompoundSolidProperties,
+          ICompoundIDPut, ICompoundFamilyPut, ICompoundUNIFAC1Put, ICompoundInitFromVelDB, ICompoundProp,
+          ICompoundPropPut, ICompoundCopy, XMLParserClient, IXMLStore, IUserProperty, ICompEqnXYShape>();
 
 ComPtr<IUnknown> queryFor(IUnknown* object, REFIID iid) {
   ComPtr<IUnknown> found;
@@ -71,32 +43,35 @@ class Outer final : public IUnknown {
 
 using Aggregation = ComponentTest;
 using Identity = ComponentTest;
-using ClassObjects = ComponentTest;
+
+class ClassObjects : public ComponentTest {
+ protected:
+  static ComPtr<IClassFactory> compoundFactory() {
+    ComPtr<IClassFactory> factory;
+    EXPECT_EQ(containers().getClassObject(__uuidof(::COQSCompound), __uuidof(IClassFactory),
+                                          reinterpret_cast<void**>(factory.out())),
+              S_OK);
+    return factory;
+  }
+};
 
 TEST_F(Identity, EveryInterfaceAnswersFromEveryOther) {
+  ASSERT_EQ(kCompoundInterfaces.size(), 28u);
   const auto compound = create<IUnknown>(__uuidof(::COQSCompound));
-  for (const InterfaceName& from : kCompoundInterfaces) {
-    const auto start = queryFor(compound.get(), *from.iid);
-    ASSERT_TRUE(start) << from.name;
-    EXPECT_EQ(queryFor(start.get(), __uuidof(IUnknown)).get(), compound.get()) << from.name;
-    for (const InterfaceName& to : kCompoundInterfaces)
-      EXPECT_EQ(queryFor(start.get(), *to.iid).get(), queryFor(compound.get(), *to.iid).get())
-          << from.name << " to " << to.name;
+  for (std::size_t from = 0; from < kCompoundInterfaces.size(); ++from) {
+    const auto start = queryFor(compound.get(), *kCompoundInterfaces[from]);
+    ASSERT_TRUE(start) << from;
+    EXPECT_EQ(queryFor(start.get(), __uuidof(IUnknown)).get(), compound.get()) << from;
+    for (const IID* to : kCompoundInterfaces)
+      EXPECT_EQ(queryFor(start.get(), *to).get(), queryFor(compound.get(), *to).get()) << from;
   }
-}
-
-TEST_F(Identity, DispatchIsTheDefaultInterface) {
-  const auto compound = create<IUnknown>(__uuidof(::COQSCompound));
   EXPECT_EQ(queryFor(compound.get(), __uuidof(IDispatch)).get(),
-            queryFor(compound.get(), __uuidof(IBasicCompound)).get());
-}
+            queryFor(compound.get(), __uuidof(IBasicCompound)).get())
+      << "the default interface";
 
-TEST_F(Identity, RefusesWhatItDoesNotHave) {
-  const auto compound = create<IUnknown>(__uuidof(::COQSCompound));
   void* out = &out;
-  EXPECT_EQ(compound->QueryInterface(__uuidof(IClassFactory), &out), E_NOINTERFACE);
-  EXPECT_EQ(out, nullptr);
   EXPECT_EQ(compound->QueryInterface(__uuidof(IRealArrayDisp), &out), E_NOINTERFACE);
+  EXPECT_EQ(out, nullptr);
   EXPECT_EQ(compound->QueryInterface(__uuidof(IUnknown), nullptr), E_POINTER);
 }
 
@@ -136,15 +111,11 @@ TEST_F(Aggregation, AllInterfacesAnswerThroughTheOuter) {
   ASSERT_EQ(CoCreateInstance(__uuidof(::COQSCompound), &outer, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
                              reinterpret_cast<void**>(outer.inner.out())),
             S_OK);
-  for (const InterfaceName& entry : kCompoundInterfaces) {
-    const auto face = queryFor(&outer, *entry.iid);
-    ASSERT_TRUE(face) << entry.name;
-    EXPECT_EQ(queryFor(face.get(), __uuidof(IUnknown)).get(), &outer) << entry.name;
+  for (const IID* iid : kCompoundInterfaces) {
+    const auto face = queryFor(&outer, *iid);
+    ASSERT_TRUE(face);
+    EXPECT_EQ(queryFor(face.get(), __uuidof(IUnknown)).get(), &outer);
   }
-}
-
-TEST_F(Aggregation, AnAggregateIsCreatedByIUnknownOnly) {
-  Outer outer;
   void* out = &out;
   EXPECT_EQ(CoCreateInstance(__uuidof(::COQSCompound), &outer, CLSCTX_INPROC_SERVER, __uuidof(IBasicCompound), &out),
             CLASS_E_NOAGGREGATION);
@@ -152,11 +123,10 @@ TEST_F(Aggregation, AnAggregateIsCreatedByIUnknownOnly) {
 }
 
 TEST_F(ClassObjects, AnswerForTheirClassAlone) {
-  ComPtr<IClassFactory> factory;
+  ComPtr<IClassFactory> none;
   const auto get = [&](REFCLSID clsid, REFIID iid) {
-    return containers().getClassObject(clsid, iid, reinterpret_cast<void**>(factory.out()));
+    return containers().getClassObject(clsid, iid, reinterpret_cast<void**>(none.out()));
   };
-  EXPECT_EQ(get(__uuidof(::COQSCompound), __uuidof(IClassFactory)), S_OK);
   EXPECT_EQ(get(__uuidof(::COQSCompound), __uuidof(IDispatch)), E_NOINTERFACE);
   EXPECT_EQ(get(__uuidof(::HostRealArray), __uuidof(IClassFactory)), CLASS_E_CLASSNOTAVAILABLE);
   EXPECT_EQ(get(__uuidof(IBasicCompound), __uuidof(IClassFactory)), CLASS_E_CLASSNOTAVAILABLE);
@@ -164,10 +134,7 @@ TEST_F(ClassObjects, AnswerForTheirClassAlone) {
 }
 
 TEST_F(ClassObjects, FailedCreationLeavesNothing) {
-  ComPtr<IClassFactory> factory;
-  ASSERT_EQ(containers().getClassObject(__uuidof(::COQSCompound), __uuidof(IClassFactory),
-                                        reinterpret_cast<void**>(factory.out())),
-            S_OK);
+  const auto factory = compoundFactory();
   void* out = &out;
   EXPECT_EQ(factory->CreateInstance(nullptr, __uuidof(IClassFactory), &out), E_NOINTERFACE);
   EXPECT_EQ(out, nullptr);
@@ -176,10 +143,7 @@ TEST_F(ClassObjects, FailedCreationLeavesNothing) {
 }
 
 TEST_F(ClassObjects, ObjectsAndServerLocksKeepTheModuleLoaded) {
-  ComPtr<IClassFactory> factory;
-  ASSERT_EQ(containers().getClassObject(__uuidof(::COQSCompound), __uuidof(IClassFactory),
-                                        reinterpret_cast<void**>(factory.out())),
-            S_OK);
+  const auto factory = compoundFactory();
   EXPECT_EQ(containers().canUnloadNow(), S_OK) << "a class object alone does not";
   {
     const auto compound = create<IBasicCompound>(__uuidof(::COQSCompound));

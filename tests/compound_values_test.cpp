@@ -59,81 +59,33 @@ const Getter kGetters[] = {
 // 82 keys have a getter of their own, and nine of them one more in IBasicCompound.
 static_assert(std::size(kGetters) == 82 + 9);
 
-WideString keyOf(const Getter& getter) { return widen(getter.key); }
-
-class EachGetter : public CompoundTest {
- protected:
-  // Calls the body for each getter with a new compound.
-  template <class Body>
-  void forEach(Body body) {
-    for (const Getter& getter : kGetters) {
-      SCOPED_TRACE(std::string(getter.interfaceName) + "::" + getter.key);
-      const auto compound = newCompound();
-      body(getter, compound.get(), query<ICompoundPropPut>(compound).get());
-    }
-  }
-};
-
-TEST_F(EachGetter, OfANewCompoundWritesNothing) {
-  forEach([](const Getter& getter, IUnknown* compound, ICompoundPropPut*) {
-    EXPECT_EQ(getter.value(compound), (Reading{S_FALSE, kOldDependencies, kOld}));
-    if (getter.range) {
-      EXPECT_EQ(getter.range(compound), (Range{S_FALSE, kOld, kOld, kOld, kOld}));
-    }
-  });
-}
-
-TEST_F(EachGetter, ReadsItsOwnKeyAlone) {
-  forEach([](const Getter& getter, IUnknown* compound, ICompoundPropPut* put) {
-    ASSERT_EQ(put->SetPointProperty(Bstr(keyOf(getter)).get(), 1, 500.0), S_OK);
-    for (const Getter& other : kGetters)
-      EXPECT_EQ(other.value(compound).result, std::string(other.key) == getter.key ? S_OK : S_FALSE) << other.key;
-  });
-}
-
-TEST_F(EachGetter, GivesAPointItsValueAndNoRange) {
-  forEach([](const Getter& getter, IUnknown* compound, ICompoundPropPut* put) {
-    ASSERT_EQ(put->SetPointProperty(Bstr(keyOf(getter)).get(), 1, 500.0), S_OK);
-    EXPECT_EQ(getter.value(compound), (Reading{S_OK, 0, 500.0}));
-    if (getter.range) {
-      EXPECT_EQ(getter.range(compound), (Range{S_FALSE, kEmpty, kEmpty, kEmpty, kEmpty}));
-    }
-  });
-}
-
-TEST_F(EachGetter, GivesAnEquationAtTheStateAskedForAndItsRange) {
+TEST_F(CompoundValues, EachGetterReadsItsOwnKeyAloneAtTheStateAskedFor) {
   const auto coefficients = reals({1.0, 2.0, 0.5});
-  forEach([&](const Getter& getter, IUnknown* compound, ICompoundPropPut* put) {
-    ASSERT_EQ(put->SetEquationProperty(Bstr(keyOf(getter)).get(), 1, PropCurvePOLY2, 200.0, 400.0, 1.0, 1000.0,
-                                       coefficients.get()),
+  const Range noRange{S_FALSE, kEmpty, kEmpty, kEmpty, kEmpty};
+  for (const Getter& getter : kGetters) {
+    SCOPED_TRACE(std::string(getter.interfaceName) + "::" + getter.key);
+    const auto compound = newCompound();
+    const auto put = query<ICompoundPropPut>(compound);
+    const Bstr key(widen(getter.key));
+    const auto expect = [&](const Reading& value, const Range& range) {
+      EXPECT_EQ(getter.value(compound.get()), value);
+      if (getter.range) {
+        EXPECT_EQ(getter.range(compound.get()), range);
+      }
+    };
+    expect({S_FALSE, kOldDependencies, kOld}, {S_FALSE, kOld, kOld, kOld, kOld});
+    ASSERT_EQ(put->SetPointProperty(key.get(), 1, 500.0), S_OK);
+    expect({S_OK, 0, 500.0}, noRange);
+    for (const Getter& other : kGetters)
+      EXPECT_EQ(other.value(compound.get()).result, std::string(other.key) == getter.key ? S_OK : S_FALSE) << other.key;
+    ASSERT_EQ(put->SetPointProperty(key.get(), 1, kEmpty), S_OK);
+    expect({S_FALSE, 0, kEmpty}, noRange);
+    ASSERT_EQ(put->SetVoidProperty(key.get(), 1), S_OK);
+    expect({S_FALSE, 0, kEmpty}, noRange);
+    ASSERT_EQ(put->SetEquationProperty(key.get(), 1, PropCurvePOLY2, 200.0, 400.0, 1.0, 1000.0, coefficients.get()),
               S_OK);
-    EXPECT_EQ(getter.value(compound), (Reading{S_OK, 1, 1.0 + 2.0 * 350.0 + 0.5 * 350.0 * 350.0}));
-    if (getter.range) {
-      EXPECT_EQ(getter.range(compound), (Range{S_OK, 200.0, 400.0, 1.0, 1000.0}));
-    }
-  });
-}
-
-TEST_F(EachGetter, AnswersNotSetForTheEmptyValueAndForAVoidProperty) {
-  forEach([](const Getter& getter, IUnknown* compound, ICompoundPropPut* put) {
-    ASSERT_EQ(put->SetPointProperty(Bstr(keyOf(getter)).get(), 1, kEmpty), S_OK);
-    EXPECT_EQ(getter.value(compound), (Reading{S_FALSE, 0, kEmpty}));
-    ASSERT_EQ(put->SetVoidProperty(Bstr(keyOf(getter)).get(), 1), S_OK);
-    EXPECT_EQ(getter.value(compound), (Reading{S_FALSE, 0, kEmpty}));
-    if (getter.range) {
-      EXPECT_EQ(getter.range(compound), (Range{S_FALSE, kEmpty, kEmpty, kEmpty, kEmpty}));
-    }
-  });
-}
-
-TEST_F(CompoundValues, AnEquationOutsideItsRangeStillEvaluates) {
-  const auto compound = newCompound();
-  query<ICompoundPropPut>(compound)->SetEquationProperty(Bstr(OLESTR("VP")).get(), 1, PropCurvePOLY2, 10.0, 20.0, 1.0,
-                                                         2.0, reals({1.0, 1.0, 0.0}).get());
-  LONG dependencies = 0;
-  double value = 0;
-  EXPECT_EQ(compound->get_VP(1000.0, 5.0, eNothingDefinedYet, &dependencies, &value), S_OK);
-  EXPECT_EQ(value, 1001.0);
+    expect({S_OK, 1, 1.0 + 2.0 * 350.0 + 0.5 * 350.0 * 350.0}, {S_OK, 200.0, 400.0, 1.0, 1000.0});
+  }
 }
 
 TEST_F(CompoundValues, TwoValuesAtOnceNeedBothAndUseTheStandardState) {

@@ -85,16 +85,9 @@ TEST(CurveOperations, TakeCoefficientsTogether) {
   curve->GetParameter(0, &value);
   EXPECT_EQ(value, -32767.0);
   EXPECT_EQ(curve->SetParameters(values, 4), S_OK);
-  EXPECT_EQ(evaluate(*curve, 10.0).value, 321.0);
-}
-
-TEST(CurveOperations, EvaluateOutsideTheirRanges) {
-  const auto curve = equation(PropCurvePOLY2);
-  const double values[] = {1.0, 2.0, 3.0};
-  curve->SetParameters(values, 3);
   curve->SetTRange(500.0, 400.0);
   curve->SetPRange(1.0, 2.0);
-  EXPECT_EQ(evaluate(*curve, 10.0, 100.0), (Evaluation{S_OK, 1, 321.0}));
+  EXPECT_EQ(evaluate(*curve, 10.0, 100.0), (Evaluation{S_OK, 1, 321.0})) << "ranges do not matter";
 }
 
 // Fills every field with a value of its own.

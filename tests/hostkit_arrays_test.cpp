@@ -29,40 +29,28 @@ class FailingArray final : public HostObject<I> {
   int left_;
 };
 
-template <class I, class T>
-struct Kind {
-  using Interface = I;
-  using Value = T;
-};
-using Integers = Kind<IIntegerArrayDisp, LONG>;
-using Reals = Kind<IRealArrayDisp, double>;
-
-template <class K>
+// One array class by the type of its elements.
+template <class T>
 class HostKitArrays : public ComponentTest {
  protected:
-  using I = typename K::Interface;
+  static constexpr bool kIntegers = std::is_same_v<T, LONG>;
+  using I = std::conditional_t<kIntegers, IIntegerArrayDisp, IRealArrayDisp>;
 
-  static REFCLSID classId() {
-    if constexpr (std::is_same_v<typename K::Value, LONG>)
-      return __uuidof(::HostIntegerArray);
-    else
-      return __uuidof(::HostRealArray);
-  }
-  ComPtr<I> make() { return create<I>(classId()); }
+  ComPtr<I> make() { return create<I>(kIntegers ? __uuidof(::HostIntegerArray) : __uuidof(::HostRealArray)); }
 
-  static std::vector<typename K::Value> valuesOf(I* array) {
+  static std::vector<T> valuesOf(I* array) {
     LONG size = -1;
     EXPECT_EQ(array->get_Size(&size), S_OK);
-    std::vector<typename K::Value> values(static_cast<std::size_t>(size));
+    std::vector<T> values(static_cast<std::size_t>(size));
     for (LONG i = 0; i < size; ++i) EXPECT_EQ(array->get_IthValue(i, &values[static_cast<std::size_t>(i)]), S_OK);
     return values;
   }
 };
-using ArrayKinds = testing::Types<Integers, Reals>;
+using ArrayKinds = testing::Types<LONG, double>;
 TYPED_TEST_SUITE(HostKitArrays, ArrayKinds);
 
 TYPED_TEST(HostKitArrays, KeepsElementsWhenResizedAndFillsNewOnesWithTheEmptyValue) {
-  using T = typename TypeParam::Value;
+  using T = TypeParam;
   const auto array = this->make();
   EXPECT_EQ(this->valuesOf(array.get()), std::vector<T>());
   ASSERT_EQ(array->put_Size(2), S_OK);
@@ -74,7 +62,7 @@ TYPED_TEST(HostKitArrays, KeepsElementsWhenResizedAndFillsNewOnesWithTheEmptyVal
 }
 
 TYPED_TEST(HostKitArrays, RefusesPositionsOutsideAndChangesNothing) {
-  using T = typename TypeParam::Value;
+  using T = TypeParam;
   const auto array = this->make();
   ASSERT_EQ(array->put_Size(2), S_OK);
   for (const LONG index : {-1, 2, 3, INT_MAX, INT_MIN}) {
@@ -90,7 +78,7 @@ TYPED_TEST(HostKitArrays, RefusesPositionsOutsideAndChangesNothing) {
 }
 
 TYPED_TEST(HostKitArrays, CopiesWholeArraysOrNothing) {
-  using T = typename TypeParam::Value;
+  using T = TypeParam;
   const auto source = this->make();
   source->put_Size(2);
   source->put_IthValue(0, 3);
@@ -102,7 +90,7 @@ TYPED_TEST(HostKitArrays, CopiesWholeArraysOrNothing) {
   EXPECT_EQ(copy->Copy(copy.get()), S_OK);
   EXPECT_EQ(copy->Copy(nullptr), E_INVALIDARG);
   for (int works = 0; works < 4; ++works) {
-    FailingArray<typename TypeParam::Interface, T> failing(works);
+    FailingArray<typename TestFixture::I, T> failing(works);
     EXPECT_EQ(copy->Copy(&failing), E_FAIL) << works;
     EXPECT_EQ(this->valuesOf(copy.get()), (std::vector<T>{3, 4})) << works;
   }

@@ -20,6 +20,8 @@ struct DecodedEquation {
   int xShape, yShape;
   double xPower, yPower;
   std::vector<int> reserved;
+
+  bool operator==(const DecodedEquation&) const = default;
 };
 
 class DatabaseDecoder {
