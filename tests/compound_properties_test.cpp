@@ -387,6 +387,10 @@ TEST_F(CompoundProperties, ACopyHasEverythingAndStandsAlone) {
   EXPECT_EQ(taken(text), OLESTR("w"));
   query<ICompoundUNIFAC1>(copy)->get_UNIFAC1NumberOfGroups(&number);
   EXPECT_EQ(number, 1);
+  ComPtr<IDispatch> groups, groupCounts;
+  query<ICompoundUNIFAC1>(copy)->get_UNIFAC1Groups(groups.out(), groupCounts.out());
+  EXPECT_EQ(valuesOf(groups.get()), std::vector<LONG>{17});
+  EXPECT_EQ(valuesOf(groupCounts.get()), std::vector<LONG>{1});
   EXPECT_EQ(value(copyProps.get(), OLESTR("TC"), S_OK), 647.0);
   EXPECT_EQ(value(copyProps.get(), OLESTR("mine"), S_OK), 5.0);
   EXPECT_EQ(kind(copyProps.get(), OLESTR("PC")), (Kind{S_OK, VoidProp}));

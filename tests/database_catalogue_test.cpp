@@ -268,7 +268,9 @@ TEST(DatabaseCatalogue, OpensADirectoryOrFails) {
 TEST(DatabaseCatalogue, DirectoryNameHasNoNulAndAtMost1024Bytes) {
   const TemporaryDirectory directory;
   directory.write(kIndexFile, oneField("MW"));
-  EXPECT_EQ(opening(directory.name() + OLECHAR{}), E_FAIL);
+  // Up to the NUL the path is that of a readable file.
+  const WideString indexPath = (directory.path() / kIndexFile).string<OLECHAR>();
+  EXPECT_EQ(opening(indexPath + OLECHAR{} + WideString(3, u'x')), E_FAIL);
   WideString padded = directory.name() + WideString(narrow(directory.name()).size() % 2, u'/');
   while (narrow(padded).size() < 1024) padded.append({u'/', u'.'});
   EXPECT_EQ(opening(padded), S_OK);
