@@ -25,7 +25,7 @@ Sub Print(title, list)
     Set c = list.Compound(i)
     ' The number in place of the fourth argument stands for the dependency word, which is not wanted here.
     WScript.Echo "  " & i & "  " & c.Name & "  TC " & c.TC(298.15, Pressure, 0, 0) & " K  VP at 298.15 K " & _
-      Round(c.VP(298.15, Pressure, 0, 0), 3) & " kPa"
+      c.VP(298.15, Pressure, 0, 0) & " kPa"
   Next
 End Sub
 
@@ -44,11 +44,12 @@ WScript.Echo ""
 WScript.Echo "Critical volume of 3 from the loader " & measured & ", estimated " & _
   compounds.Compound(3).VC(298.15, Pressure, 0, 0) & " m3/kmol"
 
-Dim positions, i
+Dim chosen, positions, i
+chosen = Array(3, 1, 0)
 Set positions = CreateObject("QsHostKit.IntegerArray.1")
 positions.Size = 3
 For i = 0 To 2
-  positions.IthValue(i) = Array(3, 1, 0)(i)
+  positions.IthValue(i) = chosen(i)
 Next
 Print "A view of positions 3, 1 and 0", compounds.CreateSubCompList(positions)
 WScript.Echo "end of collection"
