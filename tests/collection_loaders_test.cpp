@@ -319,7 +319,8 @@ class FakeLoader : public HostObject<ILoad> {
   };
 
   HRESULT step() {
-    if (onCall) onCall();
+    // A copy: what is called may replace it.
+    if (const auto deed = onCall) deed();
     return ++calls == failingCall ? E_BOUNDS : S_OK;
   }
   static bool knows(BSTR key, BSTR id) {

@@ -80,7 +80,9 @@ TEST_F(HostkitEstimatorTest, StaysNearMeasuredValues) {
 }
 
 TEST_F(HostkitEstimatorTest, DeclinesWhatTheMethodCannotTell) {
-  const std::pair<std::initializer_list<LONG>, std::initializer_list<LONG>> groups[] = {
+  const struct {
+    std::initializer_list<LONG> types, counts;
+  } groups[] = {
       {{2}, {6}},    // a ring that is not of benzene
       {{10}, {10}},  // two rings in one
       {{17}, {1}},   // water has a group of its own
