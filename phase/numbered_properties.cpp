@@ -1,5 +1,6 @@
 // Properties by the numbers that a host gave them: the standard ones, and further ones added at run time.
 #include <algorithm>
+#include <limits>
 #include <type_traits>
 #include <vector>
 

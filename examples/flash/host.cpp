@@ -23,9 +23,6 @@ using qs::Bstr;
 using qs::ComPtr;
 using Reals = std::vector<double>;
 
-// {7ED318E3-51B6-11D2-B8D5-00A0C986F9F7}
-constexpr CLSID kCompoundCollection = {0x7ED318E3, 0x51B6, 0x11D2, {0xB8, 0xD5, 0x00, 0xA0, 0xC9, 0x86, 0xF9, 0xF7}};
-
 constexpr INT kNumbers[] = {3, 4, 5, 6, 7};  // propane to n-heptane
 constexpr double kFeed[] = {0.15, 0.25, 0.30, 0.20, 0.10};
 constexpr double kTemperature = 330.0;  // K
@@ -53,8 +50,8 @@ ComPtr<I> newObject(REFCLSID clsid) {
   auto object = qs::host::createInstance<I>(clsid);
   if (!object && loaded.empty()) {
     loaded.push_back(std::make_unique<qs::host::LoadedModule>("qscontainers"));
-    for (const CLSID* own :
-         {&__uuidof(COQSCompound), &kCompoundCollection, &__uuidof(COQSPhase), &__uuidof(COQSPhaseCollection)})
+    for (const CLSID* own : {&__uuidof(COQSCompound), &__uuidof(COQSCompoundCollection), &__uuidof(COQSPhase),
+                             &__uuidof(COQSPhaseCollection)})
       loaded.back()->registerClass(*own);
     loaded.push_back(std::make_unique<qs::host::LoadedModule>("qshostkit"));
     for (const CLSID* own : {&__uuidof(HostIntegerArray), &__uuidof(HostRealArray), &qs::host::kPropertyRegistry})
@@ -66,7 +63,7 @@ ComPtr<I> newObject(REFCLSID clsid) {
 }
 
 ComPtr<ICompoundCollection> mixture(const std::string& directory) {
-  auto compounds = newObject<ICompoundCollection>(kCompoundCollection);
+  auto compounds = newObject<ICompoundCollection>(__uuidof(COQSCompoundCollection));
   for (const INT number : kNumbers) {
     const auto compound = newObject<IBasicCompound>(__uuidof(COQSCompound));
     const auto database = ComPtr<ICompoundInitFromVelDB>::from(compound.get());

@@ -1,6 +1,7 @@
 // Variants and safe arrays, where the system has none.
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
