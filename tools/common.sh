@@ -77,3 +77,17 @@ run_wine() { wine "$@" 2>>build/log/wine.log | tr -d '\r'; }
 
 # The bundled database in build/database, for native and Windows programs alike.
 build_database() { build/native/bin/qsdb build data/compounds.json build/database >build/log/database.log; }
+
+# same_lines EXAMPLE: the example's C++ host prints the same under Wine and on Linux, into
+# build/log/EXAMPLE-{windows,linux}.txt. Needs build_database.
+same_lines() {
+  local windows linux log=build/log/$1
+  windows=("$(winepath -w "$PWD/build/database" 2>/dev/null)") linux=(build/database)
+  if [[ $1 == collection ]]; then
+    windows+=("$(winepath -w "$PWD/data" 2>/dev/null)")
+    linux+=(data)
+  fi
+  run_wine "build/windows-x64/bin/$1.exe" "${windows[@]}" >"$log-windows.txt" &&
+    "build/native/bin/$1" "${linux[@]}" >"$log-linux.txt" &&
+    [[ -s $log-linux.txt ]] && cmp "$log-windows.txt" "$log-linux.txt"
+}

@@ -24,9 +24,9 @@ host::LoadedModule& ComponentTest::containers() {
 
 host::LoadedModule& ComponentTest::hostKit() {
   static host::LoadedModule& module = [&]() -> host::LoadedModule& {
-    host::LoadedModule& kit = load("qshostkit", {&__uuidof(::HostIntegerArray), &__uuidof(::HostRealMatrix),
-                                                 &__uuidof(::JsonLoader), &__uuidof(::JobackEstimator),
-                                                  &host::kPropertyRegistry, &host::kPhaseActivator});
+    host::LoadedModule& kit =
+        load("qshostkit", {&__uuidof(::HostIntegerArray), &__uuidof(::HostRealMatrix), &__uuidof(::JsonLoader),
+                           &__uuidof(::JobackEstimator), &host::kPropertyRegistry, &host::kPhaseActivator});
     ComPtr<IClassFactory> arrays;
     EXPECT_EQ(
         kit.getClassObject(__uuidof(::HostRealArray), __uuidof(IClassFactory), reinterpret_cast<void**>(arrays.out())),
