@@ -1,6 +1,7 @@
 #include "com/number_text.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -37,6 +38,18 @@ bool isTooLarge(std::string_view number, bool hexadecimal) {
   return (point - first) * (hexadecimal ? 4 : 1) + readInteger(exponent) > 0;
 }
 
+// The bits of a double below its sign and exponent.
+constexpr std::uint64_t kFraction = (std::uint64_t{1} << 52) - 1;
+constexpr std::uint64_t kUsualNaN = std::uint64_t{1} << 51;
+constexpr std::string_view kNaNBits = "nan:";
+
+double nanOf(std::string_view hexadecimal) {
+  std::uint64_t fraction = 0;
+  std::from_chars(hexadecimal.data(), hexadecimal.data() + hexadecimal.size(), fraction, 16);
+  fraction &= kFraction;
+  return std::bit_cast<double>(std::bit_cast<std::uint64_t>(HUGE_VAL) | (fraction ? fraction : kUsualNaN));
+}
+
 }  // namespace
 
 char* writeDouble(char* out, double value) {
@@ -45,9 +58,22 @@ char* writeDouble(char* out, double value) {
 
 char* writeInteger(char* out, std::int32_t value) { return std::to_chars(out, out + kNumberLength, value).ptr; }
 
+char* writeExactDouble(char* out, double value) {
+  const auto bits = std::bit_cast<std::uint64_t>(value);
+  if (!std::isnan(value) || (bits & kFraction) == kUsualNaN)
+    return std::to_chars(out, out + kExactNumberLength, value).ptr;
+  if (std::signbit(value)) *out++ = '-';
+  out = std::copy(kNaNBits.begin(), kNaNBits.end(), out);
+  return std::to_chars(out, out + 16, bits & kFraction, 16).ptr;
+}
+
 double readDouble(std::string_view text) {
   const bool negative = takeSign(text);
   if (text.starts_with('-')) return 0.0;
+  if (text.starts_with(kNaNBits)) {
+    const double value = nanOf(text.substr(kNaNBits.size()));
+    return negative ? -value : value;
+  }
 
   const bool hexadecimal = startsHexadecimal(text);
   if (hexadecimal) text.remove_prefix(2);

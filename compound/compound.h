@@ -2,12 +2,14 @@
 // methods of each group of interfaces stand in a file of their own.
 #pragma once
 
-#include <map>
+#include <memory>
 
 #include "com/coclass.h"
 #include "compound/identity.h"
 #include "compound/peer.h"
 #include "compound/property_table.h"
+#include "compound/user_properties.h"
+#include "compound/xml_reader.h"
 
 namespace qs {
 
@@ -45,7 +47,7 @@ class COQSCompound final
                      ICompoundPRSV, ICompoundSRK, ICompoundWilson, CompoundIDFace, CompoundFamilyFace, ICompoundUNIFAC1,
                      ICompoundUNIQUAC1, ICompoundSolidProperties, ICompoundIDPut, ICompoundFamilyPut,
                      ICompoundUNIFAC1Put, ICompoundInitFromVelDB, ICompoundProp, ICompoundPropPut, ICompoundCopy,
-                     XMLParserClient, IXMLStore, IUserProperty, ICompEqnXYShape, ICompoundPeer> {
+                     XMLParserClient, IXMLStore, IUserProperty, ICompEqnXYShape, IXMLStoreEx, ICompoundPeer> {
  public:
   // Values and ranges of the fixed keys. A key that two interfaces read is answered identically by both.
 #define FIXED_KEY(key, help, interface_name, dispid)                                                           \
@@ -151,7 +153,7 @@ class COQSCompound final
   STDMETHODIMP CopyToThis(INT newIndex, IDispatch* original) noexcept override;
   COQSCompound* STDMETHODCALLTYPE compound(const void* module) noexcept override;
 
-  // xml.cpp
+  // xml.cpp; xml_reader.h tells the results of a parser's events. Elements outside a Compound element are S_FALSE.
   STDMETHODIMP CharacterData(BSTR text) noexcept override;
   STDMETHODIMP StartElement(BSTR name, TaggedAttributes* attributes) noexcept override;
   STDMETHODIMP EndElement(BSTR name) noexcept override;
@@ -161,15 +163,10 @@ class COQSCompound final
   STDMETHODIMP StartDocument() noexcept override;
   STDMETHODIMP EndDocument() noexcept override;
   STDMETHODIMP StoreAsXML(BSTR* text) noexcept override;
+  STDMETHODIMP StoreAsXMLEx(INT form, BSTR* text) noexcept override;
 
  private:
   friend class RecordReceiver;
-
-  struct UserProperty {
-    Bstr classId;
-    ComPtr<IDispatch> component;
-  };
-  using UserProperties = std::map<WideString, UserProperty, std::less<>>;
 
   static HRESULT valueOf(const CQSAbstractProp* property, double temperature, double pressure,
                          tagExtrapolationEnum method, LONG* dependencies, double* value) noexcept {
@@ -194,6 +191,10 @@ class COQSCompound final
   Identity identity_;
   PropertyTable properties_;
   UserProperties userProperties_;
+
+  // From the start of a Compound element to its end. Shared, so that a component that is called meanwhile and calls
+  // back cannot end it.
+  std::shared_ptr<XmlReader> xmlReader_;
 };
 
 }  // namespace qs

@@ -32,6 +32,7 @@ wine wine
 /usr/src/googletest/CMakeLists.txt googletest
 /usr/include/nlohmann/json.hpp nlohmann-json3-dev
 /usr/include/CLI/CLI.hpp libcli11-dev
+/usr/include/expat.h libexpat1-dev
 /usr/include/benchmark/benchmark.h libbenchmark-dev
 /usr/share/i18n/locales/de_DE locales
 END

@@ -1,0 +1,33 @@
+// Texts of external components: "Key(" class name ") ComContent(" content ")".
+#pragma once
+
+#include <optional>
+
+#include "com/bstr.h"
+#include "com/com_ptr.h"
+#include "com/interfaces.h"
+
+namespace qs {
+
+struct ComponentText {
+  std::optional<WideView> className;  // missing when the text names no class
+  WideView content;
+};
+
+// The parts of a text, whose content may hold brackets. `key` is "ClassName" or "ClassID".
+ComponentText readComponentText(WideView key, WideView text);
+
+// Whether readComponentText finds a class name again that was written into a text.
+bool isReadable(WideView className);
+
+// A new component of a class given by identifier or name; empty when there is none with the interface.
+template <class I>
+ComPtr<I> newComponent(BSTR className) {
+  ComPtr<I> component;
+  CLSID clsid;
+  if (className && SUCCEEDED(CLSIDFromString(className, &clsid)))
+    CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(I), reinterpret_cast<void**>(component.out()));
+  return component;
+}
+
+}  // namespace qs

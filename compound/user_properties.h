@@ -1,0 +1,21 @@
+// What a compound keeps of properties that a host computes in components of its own.
+#pragma once
+
+#include <functional>
+#include <map>
+
+#include "com/bstr.h"
+#include "com/com_ptr.h"
+#include "com/interfaces.h"
+
+namespace qs {
+
+struct UserProperty {
+  Bstr classId;
+  ComPtr<IDispatch> component;  // empty when a text named a class that could not be created
+};
+
+// By name.
+using UserProperties = std::map<WideString, UserProperty, std::less<>>;
+
+}  // namespace qs

@@ -1,0 +1,92 @@
+// Builds a compound from the events of an XML parser; docs/xml.md describes the text.
+#pragma once
+
+#include <optional>
+
+#include "compound/identity.h"
+#include "compound/property_table.h"
+#include "compound/user_properties.h"
+
+namespace qs {
+
+// The state within one Compound element. Nothing is trusted: elements may come in any order and number, and memory
+// grows with what arrives, never with a number that the text states.
+class XmlReader {
+ public:
+  XmlReader(Identity& identity, PropertyTable& properties, UserProperties& userProperties)
+      : identity_(identity), properties_(properties), userProperties_(userProperties) {}
+
+  // The name of the element that a reader is for.
+  static constexpr WideView kCompound = OLESTR("Compound");
+
+  // S_OK when all that the element says was taken over. S_FALSE when the element is passed over, with all that it holds
+  // if it is unknown or out of place, and when a property is refused, or is stored without the component that it names.
+  // An attribute that is missing leaves what it would set as it was. Null attributes count as none.
+  HRESULT startElement(WideView name, TaggedAttributes* attributes);
+
+  // Whether the element that ends is the compound itself.
+  bool endElement(WideView name);
+
+ private:
+  class Attributes;
+
+  // Where the reader stands: one bit each, so that an element can be at home in several.
+  enum Place : unsigned {
+    InNothing = 0x1,
+    InCompound = 0x2,
+    InSynonyms = 0x4,
+    InGroups = 0x8,
+    InFixedProperty = 0x10,
+    InAdditionProperty = 0x20,
+    InEquation = 0x40,
+  };
+  struct Element {
+    WideView name;
+    unsigned home;    // the places where it may stand
+    unsigned inside;  // the place that it opens until its end; 0 for none
+    HRESULT (XmlReader::*start)(const Attributes&);
+    bool version1Only;
+  };
+  static const Element kElements[];
+
+  // A property whose content is still to come.
+  struct Pending {
+    Bstr name;
+    bool fixed;
+    PropertyPtr property;
+    Bstr className;  // of a component
+    Bstr loader;     // null for none
+    INT coefficients = 0;
+    INT arrived = 0;
+  };
+
+  HRESULT startCompound(const Attributes& attributes);
+  HRESULT startSynonyms(const Attributes& attributes);
+  HRESULT addSynonym(const Attributes& attributes);
+  HRESULT startGroups(const Attributes& attributes);
+  HRESULT addGroup(const Attributes& attributes);
+  HRESULT startProperty(const Attributes& attributes);
+  HRESULT recallProperty(const Attributes& attributes);
+  HRESULT addUserProperty(const Attributes& attributes);
+  HRESULT addPoint(const Attributes& attributes);
+  HRESULT startEquation(const Attributes& attributes);
+  HRESULT addCoefficient(const Attributes& attributes);
+
+  HRESULT skip(WideView name);
+  HRESULT store(Pending& pending);
+
+  Identity& identity_;
+  PropertyTable& properties_;
+  UserProperties& userProperties_;
+
+  unsigned place_ = InNothing;
+  INT version_ = 0;
+  INT synonyms_ = 0;  // read so far
+  std::optional<Pending> pending_;
+
+  // The element that is being passed over, and how often its name has opened within itself.
+  WideString skipped_;
+  std::size_t depth_ = 0;
+};
+
+}  // namespace qs

@@ -1,0 +1,306 @@
+#include "compound/xml_writer.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "compound/component_text.h"
+
+namespace qs {
+namespace {
+
+// The order of the fixed properties in the text.
+constexpr auto kWritingOrder = std::to_array<Key>({
+    // clang-format off
+    Key::MW, Key::TC, Key::PC, Key::VC, Key::ACEN, Key::NBP, Key::SLDN, Key::DM, Key::RG, Key::MP, Key::HFUS, Key::RI,
+    Key::FP, Key::FLML, Key::FLMU, Key::AIT, Key::SVEL, Key::IGHF25, Key::IGSF25, Key::IGHC25, Key::PRTC, Key::PRPC,
+    Key::PRVC, Key::PRACEN, Key::PRMC, Key::PRPVOLT, Key::COSTALDACEN, Key::COSTALDVCHAR, Key::CavettParameter,
+    Key::THETAA, Key::THETAB, Key::ChaoSeaderACEN, Key::ChaoSeaderMVOL, Key::ChaoSeaderSOLP, Key::ChaoSeaderPVOLT,
+    Key::ChienNullMVOL, Key::ChienNullSOLP, Key::ChienNullPVOLT, Key::VirialSOLV, Key::PRSVTC, Key::PRSVPC,
+    Key::PRSVVC, Key::PRSVACEN, Key::PRSVKAPPA, Key::PRSVPVOLT, Key::SRKTC, Key::SRKPC, Key::SRKVC, Key::SRKACEN,
+    Key::SRKMC, Key::SRKPVOLT, Key::WilsonKVAL, Key::WilsonMVOL, Key::UNIQUACR, Key::UNIQUACQ,
+    Key::SolidAverageDiameter, Key::SolidSphericity, Key::SolidSurfaceArea, Key::SolidCarbon, Key::SolidHydrogen,
+    Key::SolidNitrogen, Key::SolidOxygen, Key::SolidSulphur, Key::SolidChlorine, Key::LDN, Key::VDN, Key::VP, Key::SP,
+    Key::HVP, Key::LCP, Key::VCP, Key::SVR, Key::LVS, Key::VVS, Key::LTC, Key::VTC, Key::ST, Key::IT, Key::LIQH,
+    Key::VAPH, Key::LIQS, Key::VAPS, Key::IGG, Key::IGH, Key::IGS, Key::IGCP, Key::IGGF25, Key::EntropyGC, Key::KV1,
+    Key::KV2, Key::AltTC, Key::AltPC, Key::AltVC, Key::ZC, Key::AltZC, Key::THETAC, Key::THETAD, Key::SolidOther,
+    Key::SepFactorBeta, Key::SDN, Key::SOLH, Key::SOLS, Key::SOLCP, Key::SOLTC, Key::SUBP
+    // clang-format on
+});
+static_assert(kWritingOrder.size() == kKeyCount);
+static_assert(std::all_of(kKeysByName.begin(), kKeysByName.end(),
+                          [](Key key) {
+                            return std::find(kWritingOrder.begin(), kWritingOrder.end(), key) != kWritingOrder.end();
+                          }),
+              "every key once");
+
+class Writer {
+ public:
+  explicit Writer(XmlText& text) : text_(text), complete_(text.form().complete()) {}
+
+  void openCompound(const Identity& identity);
+  void synonyms(const Identity& identity);
+  void groups(const Identity& identity);
+  void properties(const PropertyTable& table);
+  void userProperties(const UserProperties& properties);
+  void closeCompound() { text_ << OLESTR("   </Compound> \n"); }
+
+ private:
+  // A line with an attribute of the Compound element. A complete text leaves out a string that is null.
+  void attribute(WideView name, const Bstr& value);
+  void attribute(WideView name, INT value, WideView end = OLESTR("\" \n"));
+
+  void emptySlot(Key key);
+  // The element named `element` of a property under a name, with the loader that the complete form keeps.
+  void property(WideView element, WideView name, const CQSAbstractProp& property, const Bstr* loader);
+  void openProperty(WideView element, WideView name) {
+    text_ << OLESTR("      <") << element << OLESTR(" NAME=\"");
+    text_.value(name) << OLESTR("\"   TYPE = \"");
+  }
+  void closeProperty(WideView element) { text_ << OLESTR("      </") << element << OLESTR(">\n"); }
+  void className(const CQSAbstractProp& component);
+  void content(const CQSAbstractProp& property, LONG kind);
+  void equation(const CQSAbstractProp& equation);
+  void component(const CQSAbstractProp& component);
+  void componentText(WideView key, const Bstr& className, const Bstr& content);
+
+  template <class T>
+  void item(WideView key, T value) {
+    text_ << key << value << OLESTR(")");
+  }
+
+  XmlText& text_;
+  const bool complete_;
+};
+
+void Writer::attribute(WideView name, const Bstr& value) {
+  if (complete_ && !value) return;
+  text_ << OLESTR("            ") << name << OLESTR(" = \"");
+  text_.value(value.view()) << OLESTR("\" \n");
+}
+
+void Writer::attribute(WideView name, INT value, WideView end) {
+  text_ << OLESTR("            ") << name << OLESTR(" = \"") << value << end;
+}
+
+void Writer::openCompound(const Identity& identity) {
+  text_ << OLESTR("   <Compound VERSION = \"2\" CompIdx = \"") << identity.compoundIndex << OLESTR("\" \n");
+  attribute(OLESTR("Name"), identity.name);
+  attribute(OLESTR("Formula"), identity.chemicalFormula);
+  // Spelled so in every text that was ever written.
+  attribute(OLESTR("FamilyArribute"), identity.family);
+  if (complete_) attribute(OLESTR("SubFamily"), identity.subFamily);
+  attribute(OLESTR("NonCondensable"), identity.nonCondensable);
+  attribute(OLESTR("PPAttribute"), identity.ppAttribute);
+  attribute(OLESTR("VelcorinID"), identity.velcorinId);
+  attribute(OLESTR("CASN"), identity.casNumber);
+  attribute(OLESTR("IUPACName"), identity.iupacName);
+  attribute(OLESTR("PPDSID"), identity.ppdsId);
+  attribute(OLESTR("DDBID"), identity.ddbId);
+  attribute(OLESTR("DIPPRID"), identity.dipprId);
+  attribute(OLESTR("CMAID"), identity.cmaId, OLESTR("\"> \n"));
+}
+
+void Writer::synonyms(const Identity& identity) {
+  text_ << OLESTR("      <Synonyms NUMB = \"") << identity.synonymCount << OLESTR("\"> \n");
+  // A count that was put may promise more synonyms than were ever given.
+  const auto promised = static_cast<std::size_t>(std::max(identity.synonymCount, 0));
+  for (std::size_t i = 0; i < std::min(promised, identity.synonyms.size()); ++i) {
+    const Bstr& synonym = identity.synonyms[i];
+    text_ << OLESTR("            <Synonym");
+    if (synonym || !complete_) {
+      text_ << OLESTR(" NAME=\"");
+      text_.value(synonym.view()) << OLESTR("\"");
+    }
+    text_ << OLESTR("/> \n");
+  }
+  text_ << OLESTR("      </Synonyms> \n");
+}
+
+void Writer::groups(const Identity& identity) {
+  text_ << OLESTR("      <GroupProperty NAME=\"UNIFAC1\" NUMB = \"") << identity.groupCount << OLESTR("\" > \n");
+  // Types and counts are put one without the other, and so may differ in number.
+  const auto number = [&](WideView opening, const std::vector<LONG>& values, std::size_t i) {
+    if (i < values.size())
+      text_ << opening << INT{values[i]} << OLESTR("\"");
+    else if (!complete_)
+      text_ << opening << kEmptyInteger << OLESTR("\"");
+  };
+  for (std::size_t i = 0; i < std::max(identity.groupTypes.size(), identity.groupCounts.size()); ++i) {
+    text_ << OLESTR("            <Group");
+    number(OLESTR(" ID = \""), identity.groupTypes, i);
+    number(OLESTR(" NUMB = \""), identity.groupCounts, i);
+    text_ << OLESTR("/> \n");
+  }
+  text_ << OLESTR("      </GroupProperty>\n");
+}
+
+void Writer::properties(const PropertyTable& table) {
+  for (const Key key : kWritingOrder) {
+    if (const CQSAbstractProp* fixed = table[key])
+      property(OLESTR("FixedProperty"), nameOf(key), *fixed, table.loaderOf(nameOf(key)));
+    else
+      emptySlot(key);
+  }
+  for (const auto& [name, other] : table.others())
+    if (other) property(OLESTR("AdditionProperty"), name, *other, table.loaderOf(name));
+}
+
+void Writer::emptySlot(Key key) {
+  openProperty(OLESTR("FixedProperty"), nameOf(key));
+  text_ << OLESTR("VOID\"   EQUATIONSHAPE = \"1000\"   CLASSID = \"VOID\">\n")
+        << OLESTR("           <PropertyContent CONTENT = \"VOID\"/>\n");
+  closeProperty(OLESTR("FixedProperty"));
+}
+
+void Writer::property(WideView element, WideView name, const CQSAbstractProp& property, const Bstr* loader) {
+  LONG kind = VoidProp;
+  property.GetType(&kind);
+  if (kind == VoidProp && !complete_) return;
+
+  openProperty(element, name);
+  LONG shape = PropCurveVoid;
+  switch (kind) {
+    case PointProp:
+      text_ << OLESTR("PointProp\"   EQUATIONSHAPE = \"1000\"   CLASSID = \"VOID\"");
+      break;
+    case EquationProp:
+      property.GetShape(&shape);
+      text_ << OLESTR("EquationProp\"   EQUATIONSHAPE = \"") << INT{shape} << OLESTR("\"   CLASSID = \"VOID\"");
+      break;
+    case COMProp:
+      text_ << OLESTR("COMProp\"   EQUATIONSHAPE = \"1000\"");
+      className(property);
+      break;
+    default:
+      text_ << OLESTR("VoidProp\"   EQUATIONSHAPE = \"1000\"   CLASSID = \"VOID\"");
+  }
+  if (complete_ && loader) {
+    text_ << OLESTR("   LOADER = \"");
+    text_.value(loader->view()) << OLESTR("\"");
+  }
+  text_ << OLESTR(">\n           <PropertyContent CONTENT = \"");
+  content(property, kind);
+  text_ << OLESTR("\"/> \n");
+  closeProperty(element);
+}
+
+void Writer::className(const CQSAbstractProp& component) {
+  Bstr name;
+  component.GetCOMClassName(name.out());
+  if (complete_ && !name) return;
+  text_ << OLESTR("   CLASSNAME = \"");
+  text_.value(name.view()) << OLESTR("\"");
+}
+
+void Writer::content(const CQSAbstractProp& property, LONG kind) {
+  switch (kind) {
+    case PointProp: {
+      LONG dependencies = 0;
+      double value = kEmptyValue;
+      property.GetValue(0.0, 0.0, eNoExtrapolation, &dependencies, &value);
+      item(OLESTR("Value("), value);
+      break;
+    }
+    case EquationProp:
+      equation(property);
+      break;
+    case COMProp:
+      component(property);
+      break;
+    default:
+      text_ << OLESTR("Void");
+  }
+}
+
+void Writer::equation(const CQSAbstractProp& equation) {
+  double first = kEmptyValue;
+  double second = kEmptyValue;
+  const auto pair = [&](WideView firstKey, WideView secondKey) {
+    item(firstKey, first);
+    item(secondKey, second);
+  };
+  equation.GetTRange(&first, &second);
+  pair(OLESTR("Tmin("), OLESTR(" Tmax("));
+  equation.GetPRange(&first, &second);
+  pair(OLESTR(" Pmin("), OLESTR(" Pmax("));
+
+  LONG count = 0;
+  equation.GetNumbOfParameters(&count);
+  item(OLESTR(" nParams("), INT{count});
+  text_ << OLESTR(" Values(");
+  for (LONG i = 0; i < count; ++i) {
+    if (i > 0) text_ << OLESTR(",");
+    double coefficient = kEmptyValue;
+    equation.GetParameter(i, &coefficient);
+    text_ << coefficient;
+  }
+  text_ << OLESTR(")");
+
+  LONG xShape = 0;
+  LONG yShape = 0;
+  equation.GetXYShape(&xShape, &yShape);
+  item(OLESTR(" Xshape("), INT{xShape});
+  item(OLESTR(" Yshape("), INT{yShape});
+  equation.GetXYNorm(&first, &second);
+  pair(OLESTR(" Xnorm("), OLESTR(" Ynorm("));
+  equation.GetXYPow(&first, &second);
+  pair(OLESTR(" Xpow("), OLESTR(" Ypow("));
+  equation.GetAB(&first, &second);
+  pair(OLESTR(" A("), OLESTR(" B("));
+}
+
+void Writer::component(const CQSAbstractProp& component) {
+  Bstr content;
+  if (!complete_) {
+    check(component.Store(content.out()));
+    text_.value(content.view());
+    return;
+  }
+  Bstr name;
+  ComPtr<IPCProperty> object;
+  component.GetCOMClassName(name.out());
+  component.GetCOMObject(object.out());
+  if (object) check(object->Store(content.out()));
+  componentText(OLESTR("ClassName("), name, content);
+}
+
+// A complete text leaves out a class name that is null.
+void Writer::componentText(WideView key, const Bstr& className, const Bstr& content) {
+  if (className || !complete_) {
+    if (complete_ && !isReadable(className.view())) throw CQSCOMError(E_INVALIDARG);
+    text_ << key;
+    text_.value(className.view()) << OLESTR(") ");
+  }
+  text_ << OLESTR("ComContent(");
+  text_.value(content.view()) << OLESTR(")");
+}
+
+void Writer::userProperties(const UserProperties& properties) {
+  // A component may change the properties while it stores itself.
+  for (auto next = properties.begin(); next != properties.end();) {
+    const WideString name = next->first;
+    const Bstr classId = Bstr::copyOf(next->second.classId.get());
+    Bstr content;
+    if (const auto store = ComPtr<ICOMUserProp>::from(next->second.component.get())) check(store->Store(content.out()));
+    text_ << OLESTR("      <UserProperty NAME=\"");
+    text_.value(name) << OLESTR("\"   CONTENT = \"");
+    componentText(OLESTR("ClassID("), classId, content);
+    text_ << OLESTR("\"> \n      </UserProperty>\n");
+    next = properties.upper_bound(name);
+  }
+}
+
+}  // namespace
+
+void writeCompound(XmlText& text, const Identity& identity, const PropertyTable& properties,
+                   const UserProperties& userProperties) {
+  Writer writer(text);
+  writer.openCompound(identity);
+  writer.synonyms(identity);
+  writer.groups(identity);
+  writer.properties(properties);
+  writer.userProperties(userProperties);
+  writer.closeCompound();
+}
+
+}  // namespace qs
