@@ -1,10 +1,12 @@
 // The creatable classes of the host kit.
 #include "com/module.h"
 #include "hostkit/arrays.h"
+#include "hostkit/attribute_set.h"
 #include "hostkit/class_ids.h"
 #include "hostkit/joback_estimator.h"
 #include "hostkit/json_loader.h"
 #include "hostkit/phases.h"
+#include "hostkit/xml_parser.h"
 
 namespace qs {
 namespace {
@@ -24,13 +26,17 @@ ClassObject classObjects[] = {
                  hostkit::PropertyRegistry::create}),
     ClassObject({&host::kPhaseActivator, 107, OLESTR("QsHostKit.PhaseActivator"), OLESTR("PhaseActivator Class"),
                  hostkit::PhaseActivator::create}),
+    ClassObject({&__uuidof(::AttributeSet), 108, OLESTR("QsHostKit.AttributeSet"), OLESTR("AttributeSet Class"),
+                 hostkit::AttributeSet::create}),
+    ClassObject({&__uuidof(::XMLParser), 109, OLESTR("QsHostKit.XMLParser"), OLESTR("XMLParser Class"),
+                 hostkit::XmlParser::create}),
 };
 
 }  // namespace
 
 std::span<ClassObject> moduleClasses() { return classObjects; }
 
-// The type library is the main module's; the copy here serves the arrays' own late binding.
+// The type library is the main module's; the copy here serves these classes' own late binding.
 const bool moduleRegistersTypeLibrary = false;
 
 }  // namespace qs

@@ -26,7 +26,8 @@ host::LoadedModule& ComponentTest::hostKit() {
   static host::LoadedModule& module = [&]() -> host::LoadedModule& {
     host::LoadedModule& kit =
         load("qshostkit", {&__uuidof(::HostIntegerArray), &__uuidof(::HostRealMatrix), &__uuidof(::JsonLoader),
-                           &__uuidof(::JobackEstimator), &host::kPropertyRegistry, &host::kPhaseActivator});
+                           &__uuidof(::JobackEstimator), &host::kPropertyRegistry, &host::kPhaseActivator,
+                           &__uuidof(::AttributeSet), &__uuidof(::XMLParser)});
     ComPtr<IClassFactory> arrays;
     EXPECT_EQ(
         kit.getClassObject(__uuidof(::HostRealArray), __uuidof(IClassFactory), reinterpret_cast<void**>(arrays.out())),
@@ -47,7 +48,7 @@ void ComponentTest::SetUp() {
 
 void ComponentTest::TearDown() {
   EXPECT_EQ(containers().canUnloadNow(), S_OK) << "an object of the main module is still alive";
-  EXPECT_EQ(hostKit().canUnloadNow(), S_OK) << "an array is still alive";
+  EXPECT_EQ(hostKit().canUnloadNow(), S_OK) << "an object of the host kit is still alive";
 }
 
 }  // namespace qs::test

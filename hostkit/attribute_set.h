@@ -1,0 +1,35 @@
+// The attributes of one XML element, in their order.
+//
+// Results: S_FALSE and a null string for a tag that is not there, E_BOUNDS for a position outside, E_INVALIDARG for an
+// array of another kind, E_POINTER for a null out-parameter, E_OUTOFMEMORY; nothing else is changed then. Of equal tags
+// the first is found.
+#pragma once
+
+#include <utility>
+#include <vector>
+
+#include "com/bstr.h"
+#include "com/coclass.h"
+
+namespace qs::hostkit {
+
+class AttributeSet final : public Coclass<AttributeSet, TaggedAttributes> {
+ public:
+  STDMETHODIMP Add(BSTR tag, BSTR value) noexcept override;
+  STDMETHODIMP find(BSTR tag, BSTR* value) noexcept override;
+  STDMETHODIMP GetByIndex(INT index, BSTR* tag, BSTR* value) noexcept override;
+  STDMETHODIMP Size(INT* count) noexcept override;
+
+  // Arrays of strings, or of variants that hold strings, on Windows; elsewhere there are no arrays in variants, and the
+  // answer is E_NOTIMPL.
+  STDMETHODIMP AddMultiple(VARIANT attributes) noexcept override;
+  STDMETHODIMP GetMultiple(VARIANT* attributes) noexcept override;
+
+  void clear() { attributes_.clear(); }
+  void add(WideString tag, WideString value) { attributes_.emplace_back(std::move(tag), std::move(value)); }
+
+ private:
+  std::vector<std::pair<WideString, WideString>> attributes_;
+};
+
+}  // namespace qs::hostkit

@@ -1,0 +1,87 @@
+#include <expat.h>
+
+#include <climits>
+#include <memory>
+
+#include "hostkit/xml_parser.h"
+
+namespace qs::hostkit {
+namespace {
+
+// The parser and the feed of one document, as expat's handlers receive them.
+struct Parsing {
+  XML_Parser parser;
+  EventFeed& feed;
+
+  static Parsing& from(void* user) { return *static_cast<Parsing*>(user); }
+  void stopUnless(HRESULT result) {
+    if (FAILED(result)) XML_StopParser(parser, XML_FALSE);
+  }
+};
+
+// A conversion may run out of memory within a handler, where nothing may be thrown.
+template <class Event>
+void handle(void* user, Event&& event) {
+  Parsing& parsing = Parsing::from(user);
+  parsing.stopUnless(guarded([&] { return event(parsing.feed); }));
+}
+
+void onStart(void* user, const XML_Char* name, const XML_Char** attributes) {
+  handle(user, [&](EventFeed& feed) {
+    for (; attributes[0]; attributes += 2) feed.attribute(widen(attributes[0]), widen(attributes[1]));
+    return feed.startElement(widen(name));
+  });
+}
+
+void onEnd(void* user, const XML_Char* name) {
+  handle(user, [&](EventFeed& feed) { return feed.endElement(widen(name)); });
+}
+
+void onText(void* user, const XML_Char* text, int length) {
+  handle(user, [&](EventFeed& feed) { return feed.text(widen({text, static_cast<std::size_t>(length)})); });
+}
+
+void onComment(void* user, const XML_Char*) {
+  handle(user, [&](EventFeed& feed) { return feed.comment(); });
+}
+
+void onInstruction(void* user, const XML_Char* target, const XML_Char* text) {
+  handle(user, [&](EventFeed& feed) { return feed.instruction(widen(target), widen(text)); });
+}
+
+void onDocumentType(void* user, const XML_Char*, const XML_Char*, const XML_Char*, int) {
+  Parsing::from(user).stopUnless(E_FAIL);
+}
+
+// `encoding` overrules what the document declares; null for that.
+bool parse(std::string_view bytes, const XML_Char* encoding, EventFeed& feed) {
+  const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate(encoding), XML_ParserFree);
+  if (!parser) throw CQSCOMError(E_OUTOFMEMORY);
+  Parsing parsing{parser.get(), feed};
+  XML_SetUserData(parser.get(), &parsing);
+  XML_SetElementHandler(parser.get(), onStart, onEnd);
+  XML_SetCharacterDataHandler(parser.get(), onText);
+  XML_SetCommentHandler(parser.get(), onComment);
+  XML_SetProcessingInstructionHandler(parser.get(), onInstruction);
+  XML_SetStartDoctypeDeclHandler(parser.get(), onDocumentType);
+
+  constexpr std::size_t kPiece = std::size_t{1} << 30;
+  static_assert(kPiece <= INT_MAX);
+  for (;;) {
+    const std::string_view piece = bytes.substr(0, kPiece);
+    bytes.remove_prefix(piece.size());
+    if (XML_Parse(parser.get(), piece.data(), static_cast<int>(piece.size()), bytes.empty()) != XML_STATUS_OK)
+      return false;
+    if (bytes.empty()) return true;
+  }
+}
+
+}  // namespace
+
+bool parseXml(WideView text, EventFeed& feed) { return parse(narrow(text), "UTF-8", feed); }
+
+bool parseXml(std::span<const std::byte> bytes, EventFeed& feed) {
+  return parse({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, nullptr, feed);
+}
+
+}  // namespace qs::hostkit

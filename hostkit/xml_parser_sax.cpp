@@ -1,0 +1,122 @@
+#include "hostkit/xml_parser.h"
+// The system's header comes after those that say how to include it.
+#include <msxml2.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace qs::hostkit {
+namespace {
+
+constexpr CLSID kReaderClass = {0x88d96a0c, 0xf192, 0x11d4, {0xa6, 0x5f, 0x00, 0x40, 0x96, 0x32, 0x51, 0xe5}};
+constexpr IID kReader = {0xa4f96ed0, 0xf829, 0x476e, {0x81, 0xc0, 0xcd, 0xc7, 0xbd, 0x2a, 0x08, 0x02}};
+constexpr IID kContentHandler = {0x1545cdfa, 0x9e4e, 0x4497, {0xa8, 0xa4, 0x2b, 0xf7, 0xd0, 0x11, 0x2c, 0x44}};
+constexpr IID kLexicalHandler = {0x7f85d5f5, 0x47a8, 0x4497, {0xbd, 0xa5, 0x84, 0xba, 0x04, 0x81, 0x9e, 0xa6}};
+
+WideView viewOf(const wchar_t* text, int length) {
+  return text && length > 0 ? WideView(text, static_cast<std::size_t>(length)) : WideView();
+}
+
+// Passes the reader's events on. Lives on the stack of one parse.
+class Handler final : public ISAXContentHandler, public ISAXLexicalHandler {
+ public:
+  explicit Handler(EventFeed& feed) : feed_(feed) {}
+
+  STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
+    *out = nullptr;
+    if (IsEqualGUID(iid, __uuidof(IUnknown)) || IsEqualGUID(iid, kContentHandler))
+      *out = static_cast<ISAXContentHandler*>(this);
+    else if (IsEqualGUID(iid, kLexicalHandler))
+      *out = static_cast<ISAXLexicalHandler*>(this);
+    return *out ? S_OK : E_NOINTERFACE;
+  }
+  STDMETHODIMP_(ULONG) AddRef() noexcept override { return 2; }
+  STDMETHODIMP_(ULONG) Release() noexcept override { return 1; }
+
+  STDMETHODIMP startElement(const wchar_t*, int, const wchar_t*, int, const wchar_t* name, int length,
+                            ISAXAttributes* attributes) noexcept override {
+    int count = 0;
+    if (const HRESULT hr = attributes->getLength(&count); FAILED(hr)) return hr;
+    for (int i = 0; i < count; ++i) {
+      const wchar_t* tag = nullptr;
+      const wchar_t* value = nullptr;
+      int tagLength = 0;
+      int valueLength = 0;
+      if (const HRESULT hr = attributes->getQName(i, &tag, &tagLength); FAILED(hr)) return hr;
+      if (const HRESULT hr = attributes->getValue(i, &value, &valueLength); FAILED(hr)) return hr;
+      feed_.attribute(viewOf(tag, tagLength), viewOf(value, valueLength));
+    }
+    return feed_.startElement(viewOf(name, length));
+  }
+  STDMETHODIMP endElement(const wchar_t*, int, const wchar_t*, int, const wchar_t* name, int length) noexcept override {
+    return feed_.endElement(viewOf(name, length));
+  }
+  STDMETHODIMP characters(const wchar_t* text, int length) noexcept override {
+    return feed_.text(viewOf(text, length));
+  }
+  STDMETHODIMP ignorableWhitespace(const wchar_t* text, int length) noexcept override {
+    return feed_.text(viewOf(text, length));
+  }
+  STDMETHODIMP processingInstruction(const wchar_t* target, int targetLength, const wchar_t* text,
+                                     int length) noexcept override {
+    return feed_.instruction(viewOf(target, targetLength), viewOf(text, length));
+  }
+  STDMETHODIMP comment(const wchar_t*, int) noexcept override { return feed_.comment(); }
+  STDMETHODIMP startDTD(const wchar_t*, int, const wchar_t*, int, const wchar_t*, int) noexcept override {
+    return E_FAIL;
+  }
+
+  STDMETHODIMP putDocumentLocator(ISAXLocator*) noexcept override { return S_OK; }
+  STDMETHODIMP startDocument() noexcept override { return S_OK; }
+  STDMETHODIMP endDocument() noexcept override { return S_OK; }
+  STDMETHODIMP startPrefixMapping(const wchar_t*, int, const wchar_t*, int) noexcept override { return S_OK; }
+  STDMETHODIMP endPrefixMapping(const wchar_t*, int) noexcept override { return S_OK; }
+  STDMETHODIMP skippedEntity(const wchar_t*, int) noexcept override { return S_OK; }
+  STDMETHODIMP endDTD() noexcept override { return S_OK; }
+  STDMETHODIMP startEntity(const wchar_t*, int) noexcept override { return S_OK; }
+  STDMETHODIMP endEntity(const wchar_t*, int) noexcept override { return S_OK; }
+  STDMETHODIMP startCDATA() noexcept override { return S_OK; }
+  STDMETHODIMP endCDATA() noexcept override { return S_OK; }
+
+ private:
+  EventFeed& feed_;
+};
+
+bool parse(const VARIANT& source, EventFeed& feed) {
+  ComPtr<ISAXXMLReader> reader;
+  check(CoCreateInstance(kReaderClass, nullptr, CLSCTX_INPROC_SERVER, kReader, reinterpret_cast<void**>(reader.out())));
+  Handler handler(feed);
+  check(reader->putContentHandler(&handler));
+  VARIANT lexical;
+  V_VT(&lexical) = VT_UNKNOWN;
+  V_UNKNOWN(&lexical) = static_cast<ISAXLexicalHandler*>(&handler);
+  check(reader->putProperty(L"http://xml.org/sax/properties/lexical-handler", lexical));
+  const bool wellFormed = SUCCEEDED(reader->parse(source));
+  reader->putContentHandler(nullptr);
+  return wellFormed;
+}
+
+}  // namespace
+
+bool parseXml(WideView text, EventFeed& feed) {
+  const Bstr copy(text);
+  VARIANT source;
+  V_VT(&source) = VT_BSTR;
+  V_BSTR(&source) = copy.get();
+  return parse(source, feed);
+}
+
+bool parseXml(std::span<const std::byte> bytes, EventFeed& feed) {
+  struct Destroy {
+    void operator()(SAFEARRAY* array) const { SafeArrayDestroy(array); }
+  };
+  const std::unique_ptr<SAFEARRAY, Destroy> array(SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes.size())));
+  if (!array) throw CQSCOMError(E_OUTOFMEMORY);
+  std::copy(bytes.begin(), bytes.end(), static_cast<std::byte*>(array->pvData));
+  VARIANT source;
+  V_VT(&source) = VT_ARRAY | VT_UI1;
+  V_ARRAY(&source) = array.get();
+  return parse(source, feed);
+}
+
+}  // namespace qs::hostkit
