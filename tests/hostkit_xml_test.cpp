@@ -1,0 +1,115 @@
+// The host kit's parser and attribute sets.
+#include "hostkit/xml_parser.h"
+
+#include "tests/support/database_builder.h"
+#include "tests/support/files.h"
+#include "tests/support/host_object.h"
+#include "tests/support/xml_compounds.h"
+
+namespace qs::test {
+namespace {
+
+// Writes the events down; fails at an element named "stop".
+class Recorder final : public HostObject<XMLParserClient> {
+ public:
+  STDMETHODIMP CharacterData(BSTR text) noexcept override { return note("'", text); }
+  STDMETHODIMP StartElement(BSTR name, TaggedAttributes* attributes) noexcept override {
+    note("+", name);
+    INT size = 0;
+    attributes->Size(&size);
+    for (INT i = 0; i < size; ++i) {
+      Bstr tag, value;
+      attributes->GetByIndex(i, tag.out(), value.out());
+      note(" ", tag.get());
+      note("=", value.get());
+    }
+    if (viewOf(name) == OLESTR("keep")) kept = ComPtr<TaggedAttributes>(attributes);
+    return viewOf(name) == OLESTR("stop") ? CLASS_E_NOAGGREGATION : S_FALSE;
+  }
+  STDMETHODIMP EndElement(BSTR name) noexcept override { return note("-", name); }
+  STDMETHODIMP Comment() noexcept override { return note("#", nullptr); }
+  STDMETHODIMP ProcessElement(BSTR name, TaggedAttributes*) noexcept override { return note("?", name); }
+  STDMETHODIMP Error() noexcept override { return note("!", nullptr); }
+  STDMETHODIMP StartDocument() noexcept override { return note("{", nullptr); }
+  STDMETHODIMP EndDocument() noexcept override { return note("}", nullptr); }
+
+  std::string events;
+  ComPtr<TaggedAttributes> kept;
+
+ private:
+  HRESULT note(const char* kind, BSTR text) {
+    const std::string bytes = narrow(viewOf(text));
+    // Where a text is divided is the parser's affair.
+    events +=
+        (*kind == '\'' && events.ends_with('\'') ? events.pop_back(), "" : kind) + bytes + (*kind == '\'' ? "'" : "");
+    return S_OK;
+  }
+};
+
+class HostKitXml : public XmlTest {};
+
+TEST_F(HostKitXml, HandsOnEventsInTheirOrder) {
+  const struct {
+    const char* text;
+    HRESULT result;
+    const char* events;
+  } cases[] = {
+      {"<a x='1' y=\"&lt;&quot;&#10;&amp;\"><b/>t&gt;u<!-- c --><?p q?></a>", S_OK, "{+a x=1 y=<\"\n&+b-b't>u'#?p-a}"},
+      {"<keep x='1'><b y='2'/></keep>", S_OK, "{+keep x=1+b y=2-b-keep}"},
+      {"<a><stop/><b/></a>", CLASS_E_NOAGGREGATION, "{+a+stop"},
+      {"<a></b>", E_FAIL, "{+a!"},
+      {"", E_FAIL, "{!"},
+      {"<!DOCTYPE a [<!ENTITY e 'x'>]><a/>", E_FAIL, "{!"},
+      {"<R&D/>", E_FAIL, "{!"},
+      {"<a x='1' x='2'/>", E_FAIL, "{!"},
+  };
+  for (const auto& row : cases) {
+    Recorder recorder;
+    EXPECT_EQ(parse(widen(row.text), &recorder), row.result) << row.text;
+    EXPECT_EQ(recorder.events, row.events) << row.text;
+    if (recorder.kept) {
+      Bstr value;
+      EXPECT_EQ(recorder.kept->find(Bstr(OLESTR("x")).get(), value.out()), S_OK) << "a kept set keeps its attributes";
+    }
+    recorder.kept = ComPtr<TaggedAttributes>();
+    EXPECT_EQ(recorder.references, 1u);
+  }
+  EXPECT_EQ(parse(OLESTR("<a/>"), nullptr), E_INVALIDARG);
+}
+
+TEST_F(HostKitXml, ReadsFilesInTheEncodingThatTheyDeclare) {
+  const TemporaryDirectory directory;
+  const auto parser = create<IXMLParser>(__uuidof(::XMLParser));
+  const std::pair<const char*, const char*> files[] = {
+      {"<a x='\xC3\xA9'/>", "utf8"}, {"<?xml version='1.0' encoding='ISO-8859-1'?><a x='\xE9'/>", "latin1"}};
+  for (const auto& [content, name] : files) {
+    writeFile(directory.path() / name, content);
+    Recorder recorder;
+    EXPECT_EQ(parser->ParseFile(Bstr((directory.path() / name).string<OLECHAR>()).get(), &recorder), S_OK) << name;
+    EXPECT_EQ(recorder.events, "{+a x=" + narrow(OLESTR("\xE9")) + "-a}") << name;
+  }
+  Recorder recorder;
+  EXPECT_EQ(parser->ParseFile(Bstr(directory.name()).get(), &recorder), E_FAIL);
+  EXPECT_EQ(recorder.events, "");
+}
+
+TEST_F(HostKitXml, AttributeSetsAnswerByTagAndPosition) {
+  const auto set = create<TaggedAttributes>(__uuidof(::AttributeSet));
+  for (const LPCOLESTR value : {OLESTR("1"), OLESTR("2")})
+    set->Add(Bstr(OLESTR("A")).get(), Bstr(WideView(value)).get());
+  Bstr tag, value;
+  INT size = 0;
+  EXPECT_EQ(set->Size(&size), S_OK);
+  EXPECT_EQ(size, 2);
+  EXPECT_EQ(set->find(Bstr(OLESTR("A")).get(), value.out()), S_OK);
+  EXPECT_EQ(value.view(), OLESTR("1"));
+  EXPECT_EQ(set->find(Bstr(OLESTR("a")).get(), value.out()), S_FALSE);
+  EXPECT_FALSE(value);
+  EXPECT_EQ(set->GetByIndex(1, tag.out(), value.out()), S_OK);
+  EXPECT_EQ(value.view(), OLESTR("2"));
+  for (const INT index : {-1, 2}) EXPECT_EQ(set->GetByIndex(index, tag.out(), value.out()), E_BOUNDS);
+  EXPECT_EQ(set->find(nullptr, nullptr), E_POINTER);
+}
+
+}  // namespace
+}  // namespace qs::test
