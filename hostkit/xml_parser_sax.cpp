@@ -3,7 +3,6 @@
 #include <msxml2.h>
 
 #include <algorithm>
-#include <memory>
 
 namespace qs::hostkit {
 namespace {
@@ -98,7 +97,9 @@ bool parse(const VARIANT& source, EventFeed& feed) {
 
 }  // namespace
 
+// Blanks in front are taken off: some readers tell the encoding by the first character.
 bool parseXml(WideView text, EventFeed& feed) {
+  text.remove_prefix(std::min(text.find_first_not_of(OLESTR(" \t\r\n")), text.size()));
   const Bstr copy(text);
   VARIANT source;
   V_VT(&source) = VT_BSTR;
@@ -107,15 +108,13 @@ bool parseXml(WideView text, EventFeed& feed) {
 }
 
 bool parseXml(std::span<const std::byte> bytes, EventFeed& feed) {
-  struct Destroy {
-    void operator()(SAFEARRAY* array) const { SafeArrayDestroy(array); }
-  };
-  const std::unique_ptr<SAFEARRAY, Destroy> array(SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(bytes.size())));
-  if (!array) throw CQSCOMError(E_OUTOFMEMORY);
-  std::copy(bytes.begin(), bytes.end(), static_cast<std::byte*>(array->pvData));
+  ComPtr<IStream> stream;
+  check(CreateStreamOnHGlobal(nullptr, TRUE, stream.out()));
+  check(stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), nullptr));
+  check(stream->Seek({}, STREAM_SEEK_SET, nullptr));
   VARIANT source;
-  V_VT(&source) = VT_ARRAY | VT_UI1;
-  V_ARRAY(&source) = array.get();
+  V_VT(&source) = VT_UNKNOWN;
+  V_UNKNOWN(&source) = stream.get();
   return parse(source, feed);
 }
 
