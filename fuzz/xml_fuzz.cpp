@@ -1,0 +1,104 @@
+// Events of a parser in any order, to a compound. Each line is an event: '+' and the name of an element that starts,
+// then tags and values in turn, all divided by tabs; any other first character and the name of one that ends. Whatever
+// was built must be written in both forms, and the exact form must come back the same.
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+
+#include "com/bstr.h"
+#include "com/com_ptr.h"
+#include "com/interfaces.h"
+#include "fuzz/fuzz_target.h"
+#include "hostkit/module_loader.h"
+
+namespace qs {
+namespace {
+
+void require(bool condition) {
+  if (!condition) std::abort();
+}
+
+// Takes off what stands before the first divider, and the divider.
+std::string_view cut(std::string_view& text, char divider) {
+  const std::size_t length = std::min(text.find(divider), text.size());
+  const std::string_view part = text.substr(0, length);
+  text.remove_prefix(std::min(length + 1, text.size()));
+  return part;
+}
+
+Bstr bstr(std::string_view text) { return Bstr(widen(text)); }
+
+void load() {
+  static host::LoadedModule& containers = *new host::LoadedModule("qscontainers");
+  static host::LoadedModule& hostKit = *new host::LoadedModule("qshostkit");
+  static const bool registered = containers.registerClass(__uuidof(::COQSCompound)) == S_OK &&
+                                 hostKit.registerClass(__uuidof(::AttributeSet)) == S_OK &&
+                                 hostKit.registerClass(__uuidof(::XMLParser)) == S_OK;
+  require(registered);
+}
+
+template <class I>
+ComPtr<I> compoundAs() {
+  return host::createInstance<I>(__uuidof(::COQSCompound));
+}
+
+void send(XMLParserClient& client, std::string_view line) {
+  const bool starts = line.starts_with('+');
+  line.remove_prefix(std::min<std::size_t>(line.size(), 1));
+  const Bstr name = bstr(cut(line, '\t'));
+  if (!starts) return require(client.EndElement(name.get()) == S_OK);
+  const auto attributes = host::createInstance<TaggedAttributes>(__uuidof(::AttributeSet));
+  while (!line.empty()) {
+    const Bstr tag = bstr(cut(line, '\t'));
+    attributes->Add(tag.get(), bstr(cut(line, '\t')).get());
+  }
+  require(SUCCEEDED(client.StartElement(name.get(), attributes.get())));
+}
+
+Bstr exactText(IUnknown* compound) {
+  Bstr text;
+  const HRESULT hr = ComPtr<IXMLStoreEx>::from(compound)->StoreAsXMLEx(xmlExactForm, text.out());
+  require(hr == S_OK || hr == E_INVALIDARG);
+  return text;
+}
+
+}  // namespace
+
+std::vector<std::string> fuzzSeeds() {
+  const std::string v2 = "+Compound\tVERSION\t2\tName\tn & m\tCompIdx\t7\n";
+  const std::string v1 = "+Compound\tVERSION\t1\n";
+  return {
+      v2 + "+Synonyms\tNUMB\t2\n+Synonym\tNAME\ta\n-Synonym\n+Synonym\n-Synonyms\n"
+           "+GroupProperty\tNAME\tUNIFAC1\tNUMB\t3\n+Group\tID\t1\tNUMB\t2\n-Group\n-GroupProperty\n-Compound",
+      v2 + "+FixedProperty\tNAME\tTC\tTYPE\tPointProp\tLOADER\tx\n+PropertyContent\tCONTENT\tValue(1.5)\n"
+           "-FixedProperty\n+AdditionProperty\tNAME\tTC\tTYPE\tVoidProp\n+PropertyContent\tCONTENT\tVoid\n-"
+           "AdditionProperty",
+      v2 + "+FixedProperty\tNAME\tVP\tTYPE\tEquationProp\tEQUATIONSHAPE\t0\n"
+           "+PropertyContent\tCONTENT\tTmin(1) nParams(5) Values(1,nan:5,-inf,4,5) Xshape(2) A(1)\n-FixedProperty",
+      v2 + "+FixedProperty\tNAME\tLDN\tTYPE\tCOMProp\tCLASSNAME\tx)\n"
+           "+PropertyContent\tCONTENT\tClassName(x) ComContent(y)\n-FixedProperty\n"
+           "+UserProperty\tNAME\tu\tCONTENT\tClassID(x) ComContent(y)",
+      v1 + "+Property\tNAME\tMW\tVALUE\t18\n+EqnProperty\tNAME\tVP\tID\t1\tTMIN\t2\tNUMBCOEFF\t2\n"
+           "+EquationCoeff\tVALUE\t1\n-EquationCoeff\n+EquationCoeff\tVALUE\t2\n-EqnProperty",
+  };
+}
+
+}  // namespace qs
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace qs;
+  load();
+  const auto client = compoundAs<XMLParserClient>();
+  std::string_view events(reinterpret_cast<const char*>(data), size);
+  while (!events.empty()) send(*client.get(), cut(events, '\n'));
+
+  Bstr text;
+  require(ComPtr<IXMLStore>::from(client.get())->StoreAsXML(text.out()) == S_OK);
+  const Bstr exact = exactText(client.get());
+  if (!exact) return 0;
+  const auto again = compoundAs<IBasicCompound>();
+  const auto parser = host::createInstance<IXMLParser>(__uuidof(::XMLParser));
+  require(parser->ParseText(exact.get(), again.get()) == S_OK);
+  require(exactText(again.get()).view() == exact.view());
+  return 0;
+}
