@@ -37,9 +37,8 @@ class EventFeed {
 };
 
 // Parse a text, or a file's bytes in whatever encoding they declare, until its end or the feed's first failure; false
-// for what is no well-formed document. Document types are refused where the parser tells of them: a few lines can stand for
-// gigabytes.
-// xml_parser_expat.cpp and xml_parser_sax.cpp implement them. Throw CQSCOMError when there is no parser.
+// for what is no well-formed document. Document types are refused where the parser tells of them: a few lines can stand
+// for gigabytes. xml_parser_expat.cpp and xml_parser_sax.cpp implement them. Throw CQSCOMError when there is no parser.
 bool parseXml(WideView text, EventFeed& feed);
 bool parseXml(std::span<const std::byte> bytes, EventFeed& feed);
 
