@@ -85,7 +85,7 @@ class RandomCompound {
   }
 
   void groups(const ComPtr<ICompoundUNIFAC1Put>& unifac) {
-    const auto array = host::createInstance<IIntegerArrayDisp>(__uuidof(::IntegerArray));
+    const auto array = host::createInstance<IIntegerArrayDisp>(__uuidof(::HostIntegerArray));
     for (const auto put : {&ICompoundUNIFAC1Put::put_VELUNIFACNoGr, &ICompoundUNIFAC1Put::put_VELUNIFACSubGr}) {
       if (sometimes()) continue;
       const auto size = static_cast<LONG>(below(6));
@@ -109,7 +109,7 @@ class RandomCompound {
         put->SetCOMProperty(name.get(), fixed, Bstr(kValueClass).get(), values_.make(string().view()));
         break;
       default: {
-        const auto coefficients = host::createInstance<IRealArrayDisp>(__uuidof(::RealArray));
+        const auto coefficients = host::createInstance<IRealArrayDisp>(__uuidof(::HostRealArray));
         coefficients->put_Size(10);
         for (LONG i = 0; i < 10; ++i) coefficients->put_IthValue(i, real());
         const auto shape = static_cast<tagEquationShapeEnum>(sometimes() ? 1000 : below(38));
