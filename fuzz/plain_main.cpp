@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int kMutations = 100000;
+constexpr int kMutations = 20000;
 constexpr std::size_t kLargestInput = 1 << 16;
 
 void runOn(const std::string& input) {
