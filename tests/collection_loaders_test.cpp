@@ -175,19 +175,13 @@ TYPED_TEST(CollectionRegistryTest, AViewUsesThatOfItsParent) {
 }
 
 // A component behind a property: 2 T.
-struct DoubledTemperature : HostObject<IPCProperty> {
+struct DoubledTemperature : HostProperty {
   STDMETHODIMP GetProperty(double T, double, tagExtrapolationEnum, LONG* dependencies,
                            double* value) noexcept override {
     *dependencies = 1;
     *value = 2.0 * T;
     return S_OK;
   }
-  STDMETHODIMP GetClassID(BSTR*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP GetClassName(BSTR*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP Store(BSTR*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP Recall(BSTR) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP Copy(IPCProperty*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP GetMethod(BSTR*) noexcept override { return E_NOTIMPL; }
 };
 
 // A loader that knows one compound, as CASN 64-17-5 or by its name Spirit, with a property of each kind.

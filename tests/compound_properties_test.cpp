@@ -11,7 +11,7 @@ namespace qs::test {
 namespace {
 
 // An external property that answers 100 plus the temperature and the result it is told to.
-class Component final : public HostObject<IPCProperty> {
+class Component final : public HostProperty {
  public:
   STDMETHODIMP GetProperty(double temperature, double, tagExtrapolationEnum, LONG* dependencies,
                            double* value) noexcept override {
@@ -19,12 +19,6 @@ class Component final : public HostObject<IPCProperty> {
     *value = 100.0 + temperature;
     return E_FAIL;
   }
-  STDMETHODIMP GetClassID(BSTR*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP GetClassName(BSTR*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP Store(BSTR*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP Recall(BSTR) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP Copy(IPCProperty*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP GetMethod(BSTR*) noexcept override { return E_NOTIMPL; }
 };
 
 class CompoundProperties : public CompoundTest {

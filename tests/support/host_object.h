@@ -29,4 +29,15 @@ class HostObject : public I {
   ULONG references = 1;
 };
 
+// An external property of which a test writes the value alone.
+class HostProperty : public HostObject<IPCProperty> {
+ public:
+  STDMETHODIMP GetClassID(BSTR*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetClassName(BSTR*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Store(BSTR*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Recall(BSTR) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Copy(IPCProperty*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetMethod(BSTR*) noexcept override { return E_NOTIMPL; }
+};
+
 }  // namespace qs::test
