@@ -11,8 +11,9 @@
 
 namespace qs::bench {
 
-// Throws std::runtime_error when the class is not there.
+// Throw std::runtime_error when the class is not there.
 ComPtr<IBasicCompound> newCompound();
+ComPtr<ICompoundCollection> newCollection();
 
 // getters.cpp: typed getters "get/KIND" and what they are held against: "empty call", and "inline/KIND" for the formula
 // alone, each at temperatures that change from call to call.
@@ -21,6 +22,7 @@ void addGetters();
 // database.cpp: two databases of compounds as large as usual, in a temporary directory, and the benchmarks over them:
 //   "Init", "read record"                 one compound, and the bytes of its data record through stdio
 //   "fill 10000", "fill 1000"             time per compound when every compound of a database is filled
+//   "fill collection"                     the same for the larger one, when the compounds are those of a collection
 //   "Init in a new thread", "read index"  a thread's first Init, and the bytes of the index file through stdio
 class Databases {
  public:
@@ -32,6 +34,10 @@ class Databases {
   struct Files;
   std::unique_ptr<Files> files_;
 };
+
+// collection.cpp: "get Compound" and "GetBasicCompound" with the release of what they give, both also "of a view" and
+// "empty"; "add and release slots" and "move an entry", and the "memmove of the" slots or entries that they consist of.
+void addCollections();
 
 // Bytes that a compound holds: without content, and as the largest of all that are filled from a database.
 std::size_t bytesOfEmptyCompound();

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "benchmarks/bench.h"
-#include "benchmarks/empty_compound.h"
+#include "benchmarks/empty_objects.h"
 #include "com/bstr.h"
 #include "hostkit/module_loader.h"
 

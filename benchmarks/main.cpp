@@ -37,7 +37,14 @@ const Target kTargets[] = {
     {"getter of VELDB1 as lnY, over 1.25 x inline", "get/VELDB1 of lnY", "inline/VELDB1 of lnY", 1.25, 8.0},
     {"Init from 10,000 compounds / reading its record", "Init", "read record", 3.0},
     {"filling one of 10,000 / one of 1,000", "fill 10000", "fill 1000", 1.2},
+    {"filling a collection / one compound after another", "fill collection", "fill 10000", 1.1},
     {"first Init of a thread / reading the index", "Init in a new thread", "read index", 5.0},
+    {"get Compound, over an empty call", "get Compound", "empty get Compound", 1.0, 10.0},
+    {"get Compound of a view, over a list's", "get Compound of a view", "get Compound", 1.0, 10.0},
+    {"GetBasicCompound, over an empty call", "GetBasicCompound", "empty GetBasicCompound", 1.0, 10.0},
+    {"GetBasicCompound of a view, over a list's", "GetBasicCompound of a view", "GetBasicCompound", 1.0, 10.0},
+    {"adding and releasing 1,000,000 slots / memmove", "add and release slots", "memmove of the slots", 2.0},
+    {"moving an entry over 100,000 / memmove", "move an entry", "memmove of the entries", 2.0},
 };
 
 // Keeps the median time of each benchmark, in nanoseconds: of the processor, which other programs on the machine
@@ -104,6 +111,7 @@ class Lines {
 void measure(const std::string& database) {
   host::LoadedModule containers("qscontainers"), hostKit("qshostkit");
   containers.registerClass(__uuidof(::COQSCompound));
+  containers.registerClass(__uuidof(::COQSCompoundCollection));
   hostKit.registerClass(__uuidof(::HostRealArray));
   hostKit.registerClass(__uuidof(::HostIntegerArray));
 
@@ -113,6 +121,7 @@ void measure(const std::string& database) {
   Databases databases;
   databases.addBenchmarks();
   addGetters();
+  addCollections();
   Medians medians;
   benchmark::RunSpecifiedBenchmarks(&medians);
   benchmark::ClearRegisteredBenchmarks();
@@ -126,10 +135,20 @@ void measure(const std::string& database) {
 
 }  // namespace
 
-ComPtr<IBasicCompound> newCompound() {
-  auto compound = host::createInstance<IBasicCompound>(__uuidof(::COQSCompound));
-  if (!compound) throw std::runtime_error("the class COQSCompound cannot be created");
-  return compound;
+namespace {
+
+template <class I>
+ComPtr<I> newObject(REFCLSID clsid) {
+  auto object = host::createInstance<I>(clsid);
+  if (!object) throw std::runtime_error("a class of qscontainers cannot be created");
+  return object;
+}
+
+}  // namespace
+
+ComPtr<IBasicCompound> newCompound() { return newObject<IBasicCompound>(__uuidof(::COQSCompound)); }
+ComPtr<ICompoundCollection> newCollection() {
+  return newObject<ICompoundCollection>(__uuidof(::COQSCompoundCollection));
 }
 
 }  // namespace qs::bench

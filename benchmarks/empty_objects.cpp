@@ -1,9 +1,10 @@
-#include "benchmarks/empty_compound.h"
+#include "benchmarks/empty_objects.h"
 
 namespace qs::bench {
 namespace {
 
-class EmptyCompound final : public IBasicCompound {
+template <class I>
+class EmptyObject : public I {
  public:
   STDMETHODIMP QueryInterface(REFIID, void**) noexcept override { return E_NOINTERFACE; }
   STDMETHODIMP_(ULONG) AddRef() noexcept override { return 1; }
@@ -14,7 +15,10 @@ class EmptyCompound final : public IBasicCompound {
   STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) noexcept override {
     return S_OK;
   }
+};
 
+class EmptyCompound final : public EmptyObject<IBasicCompound> {
+ public:
   // Those of other interfaces than IBasicCompound override nothing.
 #define FIXED_KEY(key, help, interface_name, dispid)                                                           \
   virtual HRESULT STDMETHODCALLTYPE get_##key(double, double, tagExtrapolationEnum, LONG*, double*) noexcept { \
@@ -29,11 +33,33 @@ class EmptyCompound final : public IBasicCompound {
   STDMETHODIMP GetNonCondensable(BYTE*) noexcept override { return S_OK; }
 };
 
+class EmptyCollection final : public EmptyObject<ICompoundCollection> {
+ public:
+  STDMETHODIMP get_Compound(INT, IDispatch**) noexcept override { return S_OK; }
+  STDMETHODIMP put_Compound(INT, IDispatch*) noexcept override { return S_OK; }
+  STDMETHODIMP get_NumberOfCompounds(INT*) noexcept override { return S_OK; }
+  STDMETHODIMP put_NumberOfCompounds(INT) noexcept override { return S_OK; }
+  STDMETHODIMP AddCompound(IDispatch*) noexcept override { return S_OK; }
+  STDMETHODIMP get_InteractionParameters(BSTR, IDispatch**) noexcept override { return S_OK; }
+  STDMETHODIMP Reset() noexcept override { return S_OK; }
+  STDMETHODIMP GetBasicCompound(INT, IBasicCompound**) noexcept override { return S_OK; }
+  STDMETHODIMP GetOffsetH(IRealArrayDisp**) noexcept override { return S_OK; }
+  STDMETHODIMP PutOffsetH(IRealArrayDisp*) noexcept override { return S_OK; }
+  STDMETHODIMP GetOffsetS(IRealArrayDisp**) noexcept override { return S_OK; }
+  STDMETHODIMP PutOffsetS(IRealArrayDisp*) noexcept override { return S_OK; }
+  STDMETHODIMP AddCompoundFromLoader(BSTR, BSTR, BSTR, BYTE) noexcept override { return S_OK; }
+};
+
 }  // namespace
 
 IBasicCompound* emptyCompound() {
   static EmptyCompound compound;
   return &compound;
+}
+
+ICompoundCollection* emptyCollection() {
+  static EmptyCollection collection;
+  return &collection;
 }
 
 }  // namespace qs::bench
