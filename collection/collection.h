@@ -47,7 +47,7 @@ class COQSCompoundCollection final
   STDMETHODIMP put_InteractionParameters(BSTR model, IDispatch* parameters) noexcept override;
   STDMETHODIMP SetPane(BSTR model, BSTR pane) noexcept override;
   STDMETHODIMP CompCollnIPInfo(INT model, INT* count, BSTR* name, BSTR* pane) noexcept override;
-  // Models that cannot load are passed over. A failure takes the compound out of this collection again.
+  // Models that cannot load are passed over. A failure takes the compound out again, of a view's parents too.
   STDMETHODIMP AddLastCompoundLoadIPs(IDispatch* compound, BSTR directory) noexcept override;
 
   // loaders.cpp. A view uses the loaders of its parent.

@@ -1,4 +1,6 @@
 // Interaction-parameter models by name.
+#include <utility>
+
 #include "collection/collection.h"
 
 namespace qs {
@@ -57,17 +59,29 @@ HRESULT COQSCompoundCollection::AddLastCompoundLoadIPs(IDispatch* compound, BSTR
     std::vector<ComPtr<IInteractionParameters>> models;
     for (const auto& [name, model] : state_.models) models.push_back(model.parameters);
 
+    // What adding may lengthen: this collection and, behind a view, its parents.
+    std::vector<std::pair<ComPtr<ICompoundCollection>, INT>> lengths;
+    for (ComPtr<ICompoundCollection> list(this); list;) {
+      INT length = 0;
+      check(list->get_NumberOfCompounds(&length));
+      ComPtr<ICompoundCollection> parent;
+      check(ComPtr<ISubCompList>::from(list.get())->GetParent(parent.out()));
+      lengths.emplace_back(std::exchange(list, std::move(parent)), length);
+    }
+
     const HRESULT added = AddCompound(compound);
     if (added != S_OK) return added;
-    const INT last = count();
     for (const auto& model : models) {
       const auto loading = ComPtr<ILoadInteractionParameters>::from(model.get());
       if (!loading) continue;
       const HRESULT loaded = loading->LoadLastCompound(static_cast<ICompoundCollection*>(this), directory);
-      if (FAILED(loaded)) {
-        if (count() == last) RemoveLastCompound();
-        return loaded;
+      if (SUCCEEDED(loaded)) continue;
+      for (const auto& [list, length] : lengths) {
+        INT now = 0;
+        list->get_NumberOfCompounds(&now);
+        if (now == length + 1) list->put_NumberOfCompounds(length);
       }
+      return loaded;
     }
     return S_OK;
   });

@@ -312,6 +312,16 @@ TEST_F(CollectionListTest, AddsACompoundWithItsInteractionParameters) {
   second.result = E_BOUNDS;
   EXPECT_EQ(order->AddLastCompoundLoadIPs(compound.get(), path.get()), E_BOUNDS);
   EXPECT_EQ(lettersOf(collection), "ab") << "taken out again";
+  {
+    const auto view = viewOf(collection, {1});
+    const Bstr only(OLESTR("3"));
+    ASSERT_EQ(query<ICompoundCollectionSetup>(view)->put_InteractionParameters(
+                  only.get(), static_cast<IInteractionParameters*>(&second)),
+              S_OK);
+    EXPECT_EQ(query<ICompoundManipulation>(view)->AddLastCompoundLoadIPs(named(OLESTR("c")).get(), path.get()),
+              E_BOUNDS);
+    EXPECT_EQ(lettersOf(view) + "/" + lettersOf(collection), "b/ab") << "of the parent too";
+  }
   EXPECT_EQ(order->AddLastCompoundLoadIPs(nullptr, path.get()), E_INVALIDARG);
   collection->Reset();
   for (const auto& [name, model] : models) EXPECT_EQ(model->references, 1u);
