@@ -12,6 +12,8 @@
 #include <vector>
 
 #include "benchmarks/bench.h"
+#include "benchmarks/heap.h"
+#include "benchmarks/lines.h"
 #include "hostkit/module_loader.h"
 
 namespace qs::bench {
@@ -77,7 +79,7 @@ class Medians final : public benchmark::BenchmarkReporter {
   std::map<std::string, double> nanoseconds_;
 };
 
-// The printed lines: title, measured value, bound and whether it is kept; for times also both medians.
+// The printed lines; those of times end with both medians.
 class Lines {
  public:
   void print(const Target& target, const Medians& medians) {
@@ -98,11 +100,7 @@ class Lines {
 
  private:
   void print(const std::string& title, double measured, double bound, const std::string& unit, int digits) {
-    const bool kept = measured <= bound;
-    shortCount_ += !kept;
-    std::cout << std::left << std::setw(50) << title << std::right << std::fixed << std::setprecision(digits)
-              << std::setw(8) << measured << " " << unit << "   at most " << std::setw(6) << bound << " " << unit
-              << (kept ? "   ok" : "   short");
+    shortCount_ += !printLine(title, measured, bound, unit, digits);
   }
 
   int shortCount_ = 0;

@@ -16,16 +16,21 @@ constexpr VARIANT_BOOL kUnwrittenBool = 0x7EEE;
 
 class Variant {
  public:
-  Variant() { VariantInit(&value_); }
+  Variant() = default;
   Variant(const Variant&) = delete;
   Variant& operator=(const Variant&) = delete;
-  ~Variant() { VariantClear(&value_); }
+  ~Variant() {
+    if (ownsMemory()) VariantClear(&value_);
+  }
 
   VARIANT* get() { return &value_; }
   VARIANT* operator->() { return &value_; }
 
  private:
-  VARIANT value_;
+  // Numbers do not, nor what is referred to.
+  bool ownsMemory() const { return V_VT(&value_) >= VT_BSTR && !(V_VT(&value_) & VT_BYREF); }
+
+  VARIANT value_{};
 };
 
 // The value that a caller's variant holds, behind any reference to another variant.
@@ -263,8 +268,12 @@ class LateCall {
       return;
     }
     if (isMissing(given_[i])) throw CQSCOMError(DISP_E_PARAMNOTOPTIONAL);
+    VARIANT* given = behind(given_[i]);
+    if (V_VT(given) == wanted.type && (wanted.type == VT_R8 || wanted.type == VT_I4)) {
+      *arguments_[i].get() = *given;
+      return;
+    }
     const HRESULT converted = guarded([&] {
-      VARIANT* given = behind(given_[i]);
       if (!IsEqualGUID(wanted.iid, GUID{}) && wanted.type != VT_I4)
         convertToInterface(given, wanted.type, wanted.iid, arguments_[i]);
       else if (wanted.type == VT_VARIANT)
