@@ -1,4 +1,5 @@
-// Prints what the type library of a module says of its classes, a line for each function of each interface:
+// Prints what the type library of a module says of its classes: a line `CLASS IDENTIFIER`, for each of its interfaces a
+// line `CLASS INTERFACE IDENTIFIER`, and for each function of that in the order of the virtual table
 //   CLASS INTERFACE get|put|method NAME DISPID [not-dual] [restricted] PARAMETER...
 // where a parameter is `in:TYPE:NAME`, `out:TYPE:NAME` or, for the return value, `result:TYPE:NAME`.
 //   type_library_text MODULE
@@ -31,6 +32,12 @@ std::string nameOf(ITypeInfo& type) {
   Bstr name;
   check(type.GetDocumentation(MEMBERID_NIL, name.out(), nullptr, nullptr, nullptr));
   return narrow(name.view());
+}
+
+std::string identifierOf(ITypeInfo& type) {
+  OLECHAR text[39] = {};
+  StringFromGUID2(Attributes(type)->guid, text, static_cast<int>(std::size(text)));
+  return narrow(text);
 }
 
 ComPtr<ITypeInfo> referred(ITypeInfo& type, HREFTYPE reference) {
@@ -94,6 +101,8 @@ void printFunction(const std::string& owner, bool dual, ITypeInfo& type, const F
 }
 
 void printInterface(const std::string& className, ITypeInfo& type) {
+  const std::string owner = className + " " + nameOf(type);
+  std::cout << owner << " " << identifierOf(type) << "\n";
   ComPtr<ITypeInfo> table(&type);
   const bool dual = Attributes(type)->wTypeFlags & TYPEFLAG_FDUAL;
   if (dual) {
@@ -105,7 +114,7 @@ void printInterface(const std::string& className, ITypeInfo& type) {
   for (UINT i = 0; i < Attributes(*table.get())->cFuncs; ++i) {
     FUNCDESC* function = nullptr;
     check(table->GetFuncDesc(i, &function));
-    printFunction(className + " " + nameOf(type), dual, *table.get(), *function);
+    printFunction(owner, dual, *table.get(), *function);
     table->ReleaseFuncDesc(function);
   }
 }
@@ -118,6 +127,7 @@ void printLibrary(const std::filesystem::path& module) {
     check(library->GetTypeInfo(i, type.out()));
     const Attributes attributes(*type.get());
     if (attributes->typekind != TKIND_COCLASS) continue;
+    std::cout << nameOf(*type.get()) << " " << identifierOf(*type.get()) << "\n";
     for (UINT face = 0; face < attributes->cImplTypes; ++face) {
       HREFTYPE reference = 0;
       check(type->GetRefTypeOfImplType(face, &reference));

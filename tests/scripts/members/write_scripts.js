@@ -41,7 +41,7 @@ function readMembers(path) {
   var text = files.OpenTextFile(path, 1);
   while (!text.AtEndOfStream) {
     var words = text.ReadLine().split(" ");
-    if (words[0] != "COQSCompound") continue;
+    if (words[0] != "COQSCompound" || words.length < 5) continue;  // or an identifier
     var member = { face: words[1], kind: words[2], name: words[3], ins: [], outs: [], result: null };
     var reachable = true;
     for (var i = 5; i < words.length; ++i) {
