@@ -189,7 +189,7 @@ TEST_F(Derivatives, VariantsFitTheShapeOrAreRefused) {
         EXPECT_EQ(held.get().pdispVal, array.get());
       }
       if (form == 3 && taken) {
-        EXPECT_EQ(realsIn(held.get().pdispVal), (std::vector<double>{1.0, 2.0, 3.0}));
+        EXPECT_EQ(realsIn(held.get().pdispVal), (Reals{1.0, 2.0, 3.0}));
       }
       if (form == 4 && taken) {
         const auto made = ComPtr<IRealMatrixDisp>::from(held.get().pdispVal);

@@ -165,7 +165,7 @@ TEST_F(NumberedProperties, StandardOnesAreThoseOfTheTypedInterface) {
     const Variant stored = got(object, number, S_OK);
     ASSERT_EQ(stored.get().vt, VT_DISPATCH);
     EXPECT_NE(stored.get().pdispVal, array.get());
-    EXPECT_EQ(realsIn(stored.get().pdispVal), (std::vector<double>{0.5, 0.25}));
+    EXPECT_EQ(realsIn(stored.get().pdispVal), (Reals{0.5, 0.25}));
   }
   object.phase->put_LnFugacity(reals({kUnset}).get());
   EXPECT_EQ(got(object, 114, S_FALSE).get().vt, VT_DISPATCH);

@@ -8,7 +8,6 @@ namespace qs::test {
 namespace {
 
 using Phase = PhaseTest;
-using Reals = std::vector<double>;
 constexpr auto kBroken = static_cast<HRESULT>(0x80040B01);
 
 TEST_F(Phase, RealsHoldWhatTheyAreGiven) {

@@ -14,24 +14,16 @@
 #include "com/bstr.h"
 #include "com/com_ptr.h"
 #include "com/interfaces.h"
-#include "examples/flash/raoult.h"
+#include "examples/flash/flash.h"
 #include "hostkit/class_ids.h"
 
 namespace {
 
+using namespace flash;
 using qs::Bstr;
-using qs::ComPtr;
-using Reals = std::vector<double>;
 
 constexpr INT kNumbers[] = {3, 4, 5, 6, 7};  // propane to n-heptane
-constexpr double kFeed[] = {0.15, 0.25, 0.30, 0.20, 0.10};
-constexpr double kTemperature = 330.0;  // K
-constexpr double kPressure = 250.0;     // kPa
-
-// A call that must succeed.
-void must(HRESULT result, const char* what) {
-  if (FAILED(result)) throw std::runtime_error(std::string(what) + " failed");
-}
+const Feed kFeed{{0.15, 0.25, 0.30, 0.20, 0.10}, 330.0, 250.0};
 
 // Six significant digits, the same on every target.
 std::string text(double value) {
@@ -74,28 +66,6 @@ ComPtr<ICompoundCollection> mixture(const std::string& directory) {
   return compounds;
 }
 
-ComPtr<IBasicCompound> compoundAt(const ComPtr<ICompoundCollection>& compounds, INT index) {
-  ComPtr<IBasicCompound> compound;
-  must(compounds->GetBasicCompound(index, compound.out()), "GetBasicCompound");
-  return compound;
-}
-
-using Getter = HRESULT (STDMETHODCALLTYPE IBasicCompound::*)(double, double, tagExtrapolationEnum, LONG*, double*);
-double valueOf(const ComPtr<IBasicCompound>& compound, Getter getter, double temperature = kTemperature) {
-  LONG dependencies = 0;
-  double value = 0;
-  if ((compound.get()->*getter)(temperature, kPressure, eNoExtrapolation, &dependencies, &value) != S_OK)
-    throw std::runtime_error("a property is not set");
-  return value;
-}
-
-ComPtr<IRealArrayDisp> arrayOf(const Reals& values) {
-  auto array = newObject<IRealArrayDisp>(__uuidof(HostRealArray));
-  must(array->put_Size(static_cast<LONG>(values.size())), "Size");
-  for (std::size_t i = 0; i < values.size(); ++i)
-    must(array->put_IthValue(static_cast<LONG>(i), values[i]), "IthValue");
-  return array;
-}
 Reals realsOf(IUnknown* object) {
   const auto array = ComPtr<IRealArrayDisp>::from(object);
   LONG size = 0;
@@ -103,73 +73,6 @@ Reals realsOf(IUnknown* object) {
   Reals values(static_cast<std::size_t>(size));
   for (LONG i = 0; i < size; ++i) must(array->get_IthValue(i, &values[static_cast<std::size_t>(i)]), "IthValue");
   return values;
-}
-
-LONG numberOf(const ComPtr<IEnumeratedPropertyRegistry>& registry, const OLECHAR* name) {
-  LONG number = 0;
-  must(registry->RegisterProperty(Bstr(name).get(), &number), "RegisterProperty");
-  return number;
-}
-
-void setState(IBasicPhase* phase, double fraction) {
-  must(phase->put_Temperature(kTemperature), "Temperature");
-  must(phase->put_Pressure(kPressure), "Pressure");
-  must(phase->put_PhaseFraction(fraction), "PhaseFraction");
-  must(phase->put_PhaseStatus(xpsActivePhase), "PhaseStatus");
-}
-
-void storePhase(const ComPtr<IPhaseCollection>& phases, INT index, tagPhaseTypeEnum type, double fraction,
-                const Reals& composition, const Reals& lnCoefficients) {
-  ComPtr<IBasicPhase> phase;
-  must(phases->GetEquilibriumPhase(index, phase.out()), "GetEquilibriumPhase");
-  setState(phase.get(), fraction);
-  must(phase->put_PhaseType(type), "PhaseType");
-  must(phase->put_MolarComposition(arrayOf(composition).get()), "MolarComposition");
-  must(phase->put_LnFugacityCoeff(arrayOf(lnCoefficients).get()), "LnFugacityCoeff");
-}
-
-// The logarithms of the liquid's fugacity coefficients and their derivatives in temperature, by central differences.
-struct LiquidFugacities {
-  Reals ratios, lnCoefficients, derivatives;
-};
-LiquidFugacities liquidFugacities(const ComPtr<ICompoundCollection>& compounds) {
-  constexpr double kStep = 0.01;
-  LiquidFugacities result;
-  for (INT i = 0; i < static_cast<INT>(std::size(kNumbers)); ++i) {
-    const auto compound = compoundAt(compounds, i);
-    const auto lnPressure = [&](double temperature) {
-      return std::log(valueOf(compound, &IBasicCompound::get_VP, temperature));
-    };
-    result.ratios.push_back(valueOf(compound, &IBasicCompound::get_VP) / kPressure);
-    result.lnCoefficients.push_back(std::log(result.ratios.back()));
-    result.derivatives.push_back((lnPressure(kTemperature + kStep) - lnPressure(kTemperature - kStep)) / (2 * kStep));
-  }
-  return result;
-}
-
-void calculate(const ComPtr<ICompoundCollection>& compounds, const ComPtr<IPhaseCollection>& phases,
-               const ComPtr<IEnumeratedPropertyRegistry>& registry) {
-  const Reals feed(std::begin(kFeed), std::end(kFeed));
-  must(phases->PutFeedComposition(arrayOf(feed).get(), 0), "PutFeedComposition");
-  ComPtr<IBasicPhase> feedPhase;
-  must(phases->LocatePhase(xptFeed, 0, feedPhase.out()), "LocatePhase");
-  setState(feedPhase.get(), 1.0);
-
-  const LiquidFugacities fugacities = liquidFugacities(compounds);
-  const flash::Split split = flash::isothermal(feed, fugacities.ratios);
-  must(phases->put_NumberOfEquilibriumPhases(2), "NumberOfEquilibriumPhases");
-  storePhase(phases, 0, xptVapour, split.vapourFraction, split.vapour, Reals(feed.size(), 0.0));
-  storePhase(phases, 1, xptLiquid, 1 - split.vapourFraction, split.liquid, fugacities.lnCoefficients);
-
-  ComPtr<IBasicPhase> liquid;
-  must(phases->LocatePhase(xptLiquid, 0, liquid.out()), "LocatePhase");
-  const auto derivatives = ComPtr<IDerivativeProp>::from(liquid.get());
-  INT index = -1;
-  must(derivatives->AddDerivativeProp(numberOf(registry, OLESTR("LnFugacityCoeff")), numberOf(registry, OLESTR("dT")),
-                                      RealArray, RealArray, &index),
-       "AddDerivativeProp");
-  must(derivatives->PutArrayDerivative(index, arrayOf(fugacities.derivatives).get()), "PutArrayDerivative");
-  must(derivatives->SetDerivativeStatus(index, xdsCalculatedNumerically), "SetDerivativeStatus");
 }
 
 // What is read back from a phase.
@@ -219,9 +122,10 @@ void print(const ComPtr<ICompoundCollection>& compounds, const ComPtr<IPhaseColl
     Bstr name;
     must(ComPtr<ICompoundID>::from(compound.get())->get_Name(name.out()), "Name");
     std::cout << padded(qs::narrow(name.view()));
-    for (const double value : {valueOf(compound, &IBasicCompound::get_TC), valueOf(compound, &IBasicCompound::get_PC),
-                               valueOf(compound, &IBasicCompound::get_VP, temperature), feed.composition[i],
-                               vapour.composition[i], liquid.composition[i], lnCoefficients[i], derivatives[i]})
+    const auto property = [&](Getter getter) { return valueOf(compound, getter, temperature, pressure); };
+    for (const double value :
+         {property(&IBasicCompound::get_TC), property(&IBasicCompound::get_PC), property(&IBasicCompound::get_VP),
+          feed.composition[i], vapour.composition[i], liquid.composition[i], lnCoefficients[i], derivatives[i]})
       std::cout << padded(text(value));
     std::cout << "\n";
     const double recovered = vapour.fraction * vapour.composition[i] + liquid.fraction * liquid.composition[i];
@@ -241,7 +145,7 @@ void run(const std::string& directory) {
   const auto phases = newObject<IPhaseCollection>(__uuidof(COQSPhaseCollection));
   must(ComPtr<IRegisterableObject>::from(phases.get())->RegisterProperties(registry.get()), "RegisterProperties");
   must(phases->Finalize(compounds.get(), 2, 1), "Finalize");
-  calculate(compounds, phases, registry);
+  calculate(compounds, kFeed, phases, registry);
   print(compounds, phases, registry);
 }
 

@@ -34,6 +34,8 @@ class CountedCompounds final : public HostObject<ICompoundCollection> {
   HRESULT result = S_OK;
 };
 
+using Reals = std::vector<double>;
+
 class PhaseTest : public CompoundTest {
  protected:
   static constexpr double kUnset = -32767.0;
@@ -41,16 +43,16 @@ class PhaseTest : public CompoundTest {
   static ComPtr<IBasicPhase> newPhase() { return create<IBasicPhase>(__uuidof(::COQSPhase)); }
   static ComPtr<IDispatch> newRegistry() { return create<IDispatch>(host::kPropertyRegistry); }
 
-  static std::vector<double> realsIn(IUnknown* object) {
+  static Reals realsIn(IUnknown* object) {
     const auto array = ComPtr<IRealArrayDisp>::from(object);
     EXPECT_TRUE(array);
     LONG size = 0;
     EXPECT_EQ(array->get_Size(&size), S_OK);
-    std::vector<double> values(static_cast<std::size_t>(size));
+    Reals values(static_cast<std::size_t>(size));
     for (LONG i = 0; i < size; ++i) EXPECT_EQ(array->get_IthValue(i, &values[static_cast<std::size_t>(i)]), S_OK);
     return values;
   }
-  static std::vector<double> compositionOf(const ComPtr<IBasicPhase>& phase) {
+  static Reals compositionOf(const ComPtr<IBasicPhase>& phase) {
     IRealArrayDisp* lent = nullptr;
     EXPECT_EQ(phase->get_MolarCompositionDisp(&lent), S_OK);
     return realsIn(lent);
