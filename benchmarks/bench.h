@@ -14,6 +14,8 @@ namespace qs::bench {
 // Throw std::runtime_error when the class is not there.
 ComPtr<IBasicCompound> newCompound();
 ComPtr<ICompoundCollection> newCollection();
+ComPtr<IBasicPhase> newPhase();
+ComPtr<IPhaseCollection> newPhaseCollection();
 
 // getters.cpp: typed getters "get/KIND" and what they are held against: "empty call", and "inline/KIND" for the formula
 // alone, each at temperatures that change from call to call.
@@ -38,6 +40,18 @@ class Databases {
 // collection.cpp: "get Compound" and "GetBasicCompound" with the release of what they give, both also "of a view" and
 // "empty"; "add and release slots" and "move an entry", and the "memmove of the" slots or entries that they consist of.
 void addCollections();
+
+// phase.cpp, phases of 100 compounds where no number is given, and the plain calls on arrays that each consists of:
+//   "get a real", "put a real"                            also "empty"
+//   "LnFugacity round trip", "composition round trip"     put and get; "copy an array" by its own Copy
+//   "reset 100", "reset 1000", "copy 100", "copy 1000"    9 phases or one, of as many compounds; for equal numbers in
+//   all "finalize 21 phases"                                  "make 63 arrays", sized and filled
+void addPhases();
+// Allocations when a collection of phases is reset and when a phase is copied, not for the first time; the host's own
+// when three arrays of as many elements are copied.
+std::size_t blocksOfReset();
+std::size_t blocksOfPhaseCopy();
+std::size_t blocksOfArrayCopies();
 
 // Bytes that a compound holds: without content, and as the largest of all that are filled from a database.
 std::size_t bytesOfEmptyCompound();

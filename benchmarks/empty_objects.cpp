@@ -50,6 +50,32 @@ class EmptyCollection final : public EmptyObject<ICompoundCollection> {
   STDMETHODIMP AddCompoundFromLoader(BSTR, BSTR, BSTR, BYTE) noexcept override { return S_OK; }
 };
 
+class EmptyPhase final : public EmptyObject<IBasicPhase> {
+ public:
+#define EMPTY_VALUE(name, type)                                     \
+  STDMETHODIMP get_##name(type*) noexcept override { return S_OK; } \
+  STDMETHODIMP put_##name(type) noexcept override { return S_OK; }
+#define PHASE_ENUMERATION(name, type) EMPTY_VALUE(name, type)
+#define PHASE_REAL(name) EMPTY_VALUE(name, double)
+#include "phase/properties.def"
+  EMPTY_VALUE(MolarComposition, IDispatch*)
+  EMPTY_VALUE(MassComposition, IDispatch*)
+  EMPTY_VALUE(MolarCompositionDisp, IRealArrayDisp*)
+  EMPTY_VALUE(LnFugacity, IRealArrayDisp*)
+  EMPTY_VALUE(LnFugacityCoeff, IRealArrayDisp*)
+  EMPTY_VALUE(IsPseudoRoot, BYTE)
+#undef EMPTY_VALUE
+  STDMETHODIMP Finalize(IDispatch*) noexcept override { return S_OK; }
+  STDMETHODIMP get_NumberOfCompounds(INT*) noexcept override { return S_OK; }
+  STDMETHODIMP get_Compounds(IDispatch**) noexcept override { return S_OK; }
+  STDMETHODIMP ResetProperties(DWORD) noexcept override { return S_OK; }
+  STDMETHODIMP IsActivePhase(VARIANT_BOOL*) noexcept override { return S_OK; }
+  STDMETHODIMP CopyProperties(IDispatch*) noexcept override { return S_OK; }
+  STDMETHODIMP GetCompounds(ICompoundCollection**) noexcept override { return S_OK; }
+  STDMETHODIMP GetLnFugacity(IRealArrayDisp**) noexcept override { return S_OK; }
+  STDMETHODIMP GetLnFugacityCoeff(IRealArrayDisp**) noexcept override { return S_OK; }
+};
+
 }  // namespace
 
 IBasicCompound* emptyCompound() {
@@ -60,6 +86,11 @@ IBasicCompound* emptyCompound() {
 ICompoundCollection* emptyCollection() {
   static EmptyCollection collection;
   return &collection;
+}
+
+IBasicPhase* emptyPhase() {
+  static EmptyPhase phase;
+  return &phase;
 }
 
 }  // namespace qs::bench

@@ -8,5 +8,6 @@ namespace qs::bench {
 // Lent; they live as long as the process, are not counted and have no other interface.
 __attribute__((visibility("default"))) IBasicCompound* emptyCompound();
 __attribute__((visibility("default"))) ICompoundCollection* emptyCollection();
+__attribute__((visibility("default"))) IBasicPhase* emptyPhase();
 
 }  // namespace qs::bench

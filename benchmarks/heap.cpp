@@ -14,9 +14,13 @@ namespace {
 
 bool counting = false;
 std::size_t allocated = 0;  // less what was released; modulo its range
+std::size_t blockCount = 0;
 
 void* counted(void* block) {
-  if (counting) allocated += malloc_usable_size(block);
+  if (counting) {
+    allocated += malloc_usable_size(block);
+    ++blockCount;
+  }
   return block;
 }
 
@@ -44,10 +48,11 @@ __attribute__((visibility("default"))) void free(void* block) noexcept {
 namespace qs::bench {
 
 HeapCount::HeapCount() {
-  allocated = 0;
+  allocated = blockCount = 0;
   counting = true;
 }
 HeapCount::~HeapCount() { counting = false; }
 std::size_t HeapCount::bytes() const { return allocated; }
+std::size_t HeapCount::blocks() const { return blockCount; }
 
 }  // namespace qs::bench

@@ -1,4 +1,4 @@
-// Bytes of heap memory, in whichever module of the process they are allocated.
+// Bytes and blocks of heap memory, in whichever module of the process they are allocated.
 #pragma once
 
 #include <cstddef>
@@ -16,6 +16,8 @@ class HeapCount {
 
   // Allocated and not released since the beginning.
   std::size_t bytes() const;
+  // Allocations since the beginning, released or not.
+  std::size_t blocks() const;
 };
 
 }  // namespace qs::bench

@@ -47,6 +47,13 @@ const Target kTargets[] = {
     {"GetBasicCompound of a view, over a list's", "GetBasicCompound of a view", "GetBasicCompound", 1.0, 10.0},
     {"adding and releasing 1,000,000 slots / memmove", "add and release slots", "memmove of the slots", 2.0},
     {"moving an entry over 100,000 / memmove", "move an entry", "memmove of the entries", 2.0},
+    {"getter of a phase's real, over an empty call", "get a real", "empty get a real", 1.0, 5.0},
+    {"put of a phase's real, over an empty call", "put a real", "empty put a real", 1.0, 5.0},
+    {"LnFugacity put and got / copying one array", "LnFugacity round trip", "copy an array", 2.0},
+    {"composition put and got / copying one array", "composition round trip", "copy an array", 2.0},
+    {"ResetCollection, by compound, 1,000 / 100", "reset 1000", "reset 100", 1.2},
+    {"CopyProperties, by compound, 1,000 / 100", "copy 1000", "copy 100", 1.2},
+    {"finalizing 21 phases / making their 63 arrays", "finalize 21 phases", "make 63 arrays", 2.0},
 };
 
 // Keeps the median time of each benchmark, in nanoseconds: of the processor, which other programs on the machine
@@ -91,8 +98,8 @@ class Lines {
       print(target.title, subject / yardstick, target.factor, "x ", 2);
     std::cout << "   (" << std::setprecision(1) << subject << " and " << yardstick << " ns)\n";
   }
-  void printBytes(const std::string& title, std::size_t measured, std::size_t bound) {
-    print(title, static_cast<double>(measured), static_cast<double>(bound), "B ", 0);
+  void printCount(const std::string& title, std::size_t measured, std::size_t bound, const std::string& unit) {
+    print(title, static_cast<double>(measured), static_cast<double>(bound), unit, 0);
     std::cout << "\n";
   }
 
@@ -110,6 +117,8 @@ void measure(const std::string& database) {
   host::LoadedModule containers("qscontainers"), hostKit("qshostkit");
   containers.registerClass(__uuidof(::COQSCompound));
   containers.registerClass(__uuidof(::COQSCompoundCollection));
+  containers.registerClass(__uuidof(::COQSPhase));
+  containers.registerClass(__uuidof(::COQSPhaseCollection));
   hostKit.registerClass(__uuidof(::HostRealArray));
   hostKit.registerClass(__uuidof(::HostIntegerArray));
 
@@ -120,14 +129,18 @@ void measure(const std::string& database) {
   databases.addBenchmarks();
   addGetters();
   addCollections();
+  addPhases();
   Medians medians;
   benchmark::RunSpecifiedBenchmarks(&medians);
   benchmark::ClearRegisteredBenchmarks();
 
   Lines lines;
   for (const Target& target : kTargets) lines.print(target, medians);
-  lines.printBytes("memory of an empty compound", emptyBytes, 2048);
-  lines.printBytes("memory of the bundled database's largest compound", largestBytes, 16384);
+  lines.printCount("memory of an empty compound", emptyBytes, 2048, "B ");
+  lines.printCount("memory of the bundled database's largest compound", largestBytes, 16384, "B ");
+  lines.printCount("allocations of another ResetCollection", blocksOfReset(), 0, "  ");
+  lines.printCount("allocations of another CopyProperties / its arrays'", blocksOfPhaseCopy(), blocksOfArrayCopies(),
+                   "  ");
   std::cout << lines.shortCount() << " short\n";
 }
 
@@ -148,6 +161,8 @@ ComPtr<IBasicCompound> newCompound() { return newObject<IBasicCompound>(__uuidof
 ComPtr<ICompoundCollection> newCollection() {
   return newObject<ICompoundCollection>(__uuidof(::COQSCompoundCollection));
 }
+ComPtr<IBasicPhase> newPhase() { return newObject<IBasicPhase>(__uuidof(::COQSPhase)); }
+ComPtr<IPhaseCollection> newPhaseCollection() { return newObject<IPhaseCollection>(__uuidof(::COQSPhaseCollection)); }
 
 }  // namespace qs::bench
 
