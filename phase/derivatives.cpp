@@ -16,8 +16,8 @@ const VARIANT& referred(const VARIANT& value) {
 
 template <class I>
 ComPtr<I> objectFrom(const VARIANT& value) {
-  if (value.vt != VT_DISPATCH && value.vt != VT_UNKNOWN) refuse();
-  auto object = ComPtr<I>::from(value.punkVal);
+  if (value.vt != VT_DISPATCH) refuse();
+  auto object = ComPtr<I>::from(value.pdispVal);
   if (!object) refuse();
   return object;
 }
@@ -66,13 +66,6 @@ ComPtr<IRealMatrixDisp> matrixFrom(const VARIANT& value) {
   return newRealMatrix(rows, columns, reals.first(static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns)));
 }
 
-// An object that a record holds, with a reference of the caller's own, when the record's shape is that of the object.
-template <class I>
-HRESULT giveObject(const ComPtr<I>& held, bool fits, I** object) {
-  *object = fits ? ComPtr(held).release() : nullptr;
-  return *object ? S_OK : S_FALSE;
-}
-
 }  // namespace
 
 DerivativeRecord* COQSPhase::recordAt(INT index) noexcept {
@@ -87,6 +80,22 @@ HRESULT COQSPhase::withRecord(INT index, Action&& action) noexcept {
   if (!record) return S_FALSE;
   action(*record);
   return S_OK;
+}
+
+template <class I>
+HRESULT COQSPhase::putObject(INT index, ComPtr<I> DerivativeRecord::*held, I* object) noexcept {
+  return withRecord(index, [&](DerivativeRecord& record) {
+    if (object) record.*held = ComPtr(object);
+  });
+}
+
+template <class I>
+HRESULT COQSPhase::getObject(INT index, ComPtr<I> DerivativeRecord::*held, tagResultTypeEnum shape,
+                             I** object) noexcept {
+  const DerivativeRecord* record = recordAt(index);
+  if (!record) return S_FALSE;
+  *object = record->shape == shape ? ComPtr(record->*held).release() : nullptr;
+  return *object ? S_OK : S_FALSE;
 }
 
 INT COQSPhase::indexOf(LONG property, LONG derivative) const noexcept {
@@ -175,25 +184,19 @@ HRESULT COQSPhase::GetPointDerivative(INT index, double* value) noexcept {
 }
 
 HRESULT COQSPhase::PutArrayDerivative(INT index, IRealArrayDisp* array) noexcept {
-  return withRecord(index, [&](DerivativeRecord& record) {
-    if (array) record.array = ComPtr(array);
-  });
+  return putObject(index, &DerivativeRecord::array, array);
 }
 
 HRESULT COQSPhase::GetArrayDerivative(INT index, IRealArrayDisp** array) noexcept {
-  const DerivativeRecord* record = recordAt(index);
-  return record ? giveObject(record->array, record->shape == RealArray, array) : S_FALSE;
+  return getObject(index, &DerivativeRecord::array, RealArray, array);
 }
 
 HRESULT COQSPhase::PutMatrixDerivative(INT index, IRealMatrixDisp* matrix) noexcept {
-  return withRecord(index, [&](DerivativeRecord& record) {
-    if (matrix) record.matrix = ComPtr(matrix);
-  });
+  return putObject(index, &DerivativeRecord::matrix, matrix);
 }
 
 HRESULT COQSPhase::GetMatrixDerivative(INT index, IRealMatrixDisp** matrix) noexcept {
-  const DerivativeRecord* record = recordAt(index);
-  return record ? giveObject(record->matrix, record->shape == RealMatrix, matrix) : S_FALSE;
+  return getObject(index, &DerivativeRecord::matrix, RealMatrix, matrix);
 }
 
 HRESULT COQSPhase::PutVariantDerivative(INT index, VARIANT value) noexcept {

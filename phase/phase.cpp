@@ -18,6 +18,13 @@ void makeUnset(IRealArrayDisp* array, INT size) {
   for (INT i = 0; i < size; ++i) check(array->put_IthValue(i, kUnset));
 }
 
+// Makes the first element unset, which tells whether the array is set; an empty one has none.
+void makeFirstUnset(IRealArrayDisp* array) {
+  LONG size = 0;
+  check(array->get_Size(&size));
+  if (size > 0) check(array->put_IthValue(0, kUnset));
+}
+
 template <class T>
 LONG read(IBasicPhase* phase, HRESULT (STDMETHODCALLTYPE IBasicPhase::*getter)(T*)) {
   T value{};
@@ -96,10 +103,9 @@ HRESULT COQSPhase::ResetProperties(DWORD kept) noexcept {
     for (auto& [number, property] : further_) property.removed = true;
     propertyCount_ = kStandardCount;
     state_.IsPseudoRoot = 0;
-    // The first element tells whether the fugacities are set.
     if (compoundCount_ > 0) {
-      check(state_.LnFugacity->put_IthValue(0, kUnset));
-      check(state_.LnFugacityCoeff->put_IthValue(0, kUnset));
+      makeFirstUnset(state_.LnFugacity.get());
+      makeFirstUnset(state_.LnFugacityCoeff.get());
     }
 
     if (!(kept & kKeepStatus)) state_.PhaseStatus = kUnset;

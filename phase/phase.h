@@ -126,6 +126,11 @@ class COQSPhase final : public Coclass<COQSPhase, IBasicPhase, IUserPhaseType, I
   // Runs an action on the record at a position; S_FALSE outside.
   template <class Action>
   HRESULT withRecord(INT index, Action&& action) noexcept;
+  // An array or matrix of the record at a position: put unless it is null, got when the record's shape is `shape`.
+  template <class I>
+  HRESULT putObject(INT index, ComPtr<I> DerivativeRecord::*held, I* object) noexcept;
+  template <class I>
+  HRESULT getObject(INT index, ComPtr<I> DerivativeRecord::*held, tagResultTypeEnum shape, I** object) noexcept;
 
   PhaseState state_;
   LONG userType_ = kUnset;

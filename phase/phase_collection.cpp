@@ -76,8 +76,9 @@ HRESULT COQSPhaseCollection::get_MaximumNumberOfEquilibriumPhases(INT* count) no
 
 HRESULT COQSPhaseCollection::PutFeedComposition(IDispatch* array, INT feed) noexcept {
   if (feed >= layout_.feeds) return S_OK;
-  if (feed < 0) return E_FAIL;
-  const ComPtr<IBasicPhase> target = phases_[layout_.feeds == 1 ? 0 : static_cast<std::size_t>(feed) + 1];
+  // Position -1 is that of the overall phase.
+  const auto slot = static_cast<std::size_t>(layout_.feeds == 1 ? 0 : feed + 1);
+  const ComPtr<IBasicPhase> target = slot < phases_.size() ? phases_[slot] : ComPtr<IBasicPhase>();
   return target ? target->put_MolarComposition(array) : E_FAIL;
 }
 
