@@ -72,7 +72,7 @@ class Observer final : public HostObject<IPhaseCollectionActor> {
     phase->get_PhaseType(&type);
     types.push_back(type);
     if (onAct) onAct();
-    return types.size() > allowed_ ? kFailure : S_OK;
+    return types.size() > allowed_ ? kFailure : S_FALSE;
   }
   static constexpr auto kFailure = static_cast<HRESULT>(0x80040C01);
 
@@ -120,7 +120,7 @@ TEST_F(PhaseCollection, SlotsAreLaidOutByTheCounts) {
     SCOPED_TRACE(testing::Message() << one.equilibrium << " and " << one.feeds);
     const auto object = finalized(one.equilibrium, one.feeds);
     Observer observer;
-    EXPECT_EQ(object->ApplyActor(&observer), S_OK);
+    EXPECT_EQ(object->ApplyActor(&observer), S_FALSE) << "the actor's last result";
     EXPECT_EQ(observer.types, one.types);
     INT value = -1;
     object->get_MaximumNumberOfEquilibriumPhases(&value);
@@ -151,13 +151,21 @@ TEST_F(PhaseCollection, FinalizeChecksItsCounts) {
   EXPECT_EQ(order(object, 2), (std::vector<int>{0, 1})) << "nothing changed";
   ASSERT_EQ(object->Finalize(&two, 9, 10), S_OK);
   Observer observer;
-  EXPECT_EQ(object->ApplyActor(&observer), S_OK);
+  EXPECT_EQ(object->ApplyActor(&observer), S_FALSE);
   EXPECT_EQ(observer.types.size(), 21u);
+  ComPtr<IDispatch> compounds;
+  const ULONG before = two.references;
+  EXPECT_EQ(object->get_Compounds(compounds.out()), S_OK);
+  EXPECT_EQ(compounds.get(), &two);
+  EXPECT_EQ(two.references, before + 1);
+  compounds = ComPtr<IDispatch>();
 
   EXPECT_EQ(object->Finalize(nullptr, 1, 1), E_FAIL);
   two.result = Observer::kFailure;
   EXPECT_EQ(object->Finalize(&two, 1, 1), Observer::kFailure);
   located(object, xptOverall, 0, E_FAIL);
+  EXPECT_EQ(object->ApplyActor(&observer), S_FALSE);
+  EXPECT_EQ(observer.types.size(), 22u) << "the phase made before the failure stays";
   two.result = S_OK;
   EXPECT_EQ(object->Finalize(&two, 1, 1), S_OK) << "and can be finalized again";
 }
@@ -169,9 +177,9 @@ TEST_F(PhaseCollection, FeedsTakeTheirCompositions) {
     HRESULT result;
     INT slot;  // among the phases of the feed section, -1 for none
   };
-  for (const Case& one :
-       {Case{0, 0, S_OK, -1}, Case{1, 0, S_OK, 0}, Case{1, 1, S_OK, -1}, Case{2, 0, S_OK, 1}, Case{2, 1, S_OK, 2},
-        Case{2, 2, S_OK, -1}, Case{2, -1, E_FAIL, -1}, Case{1, -1, E_FAIL, -1}}) {
+  for (const Case& one : {Case{0, 0, S_OK, -1}, Case{1, 0, S_OK, 0}, Case{1, 1, S_OK, -1}, Case{2, 0, S_OK, 1},
+                          Case{2, 1, S_OK, 2}, Case{2, 2, S_OK, -1}, Case{1, -1, S_OK, 0}, Case{2, -1, S_OK, 0},
+                          Case{2, -2, E_FAIL, -1}, Case{2, INT{-2147483647} - 1, E_FAIL, -1}}) {
     SCOPED_TRACE(testing::Message() << one.feeds << " " << one.feed);
     const auto object = finalized(1, one.feeds);
     EXPECT_EQ(object->PutFeedComposition(given.get(), one.feed), one.result);
@@ -286,9 +294,33 @@ TEST_F(PhaseCollection, AnEmptySlotIsPassedOver) {
   EXPECT_EQ(numberActive(object), 0);
   located(object, xptSolid, 0, E_FAIL);
   Observer observer;
-  EXPECT_EQ(object->ApplyActor(&observer), S_OK);
+  EXPECT_EQ(object->ApplyActor(&observer), S_FALSE);
   EXPECT_EQ(observer.types.size(), 4u);
   EXPECT_EQ(object.replace->ReplaceEquilibriumPhase(1, own.get()), S_OK) << "filled again";
+}
+
+TEST_F(PhaseCollection, AFailureOfAPhaseIsAnswered) {
+  HostPhase broken(0);
+  {
+    const auto object = finalized(3, 0);
+    ASSERT_EQ(object.replace->ReplaceEquilibriumPhase(1, &broken), S_OK);
+    for (const INT i : {0, 2}) {
+      equilibriumPhase(object, i)->put_PhaseType(i == 0 ? xptVapour : xptLiquid);
+      equilibriumPhase(object, i)->put_PhaseStatus(xpsActivePhase);
+    }
+    INT count = -1;
+    EXPECT_EQ(object->get_NumberOfActivePhases(&count), HostPhase::kFailure);
+    EXPECT_EQ(count, 1) << "those before the failure";
+    EXPECT_TRUE(located(object, xptVapour, 0, S_OK));
+    located(object, xptLiquid, 0, HostPhase::kFailure);
+    EXPECT_EQ(eqmIndex(object, xptLiquid, 0, HostPhase::kFailure), 99);
+    EXPECT_EQ(query<IRegisterableObject>(object.phases)->RegisterProperties(newRegistry().get()), E_NOINTERFACE);
+    EXPECT_EQ(object->ResetCollection(0x3), HostPhase::kFailure);
+    double value = -1;
+    EXPECT_EQ(equilibriumPhase(object, 0)->get_Temperature(&value), S_FALSE) << "reset before the failure";
+    EXPECT_EQ(equilibriumPhase(object, 2)->get_Temperature(&value), S_OK) << "not reached";
+  }
+  EXPECT_EQ(broken.references, 1u);
 }
 
 TEST_F(PhaseCollection, TheRegistryReachesEveryPhaseNowAndLater) {
@@ -325,7 +357,7 @@ TEST_F(PhaseCollection, ActorsStopAtAFailureAndMayChangeTheCollection) {
       EXPECT_EQ(object->Finalize(&two, 0, 1), S_OK);
     }
   };
-  EXPECT_EQ(object->ApplyActor(&shrinking), S_OK);
+  EXPECT_EQ(object->ApplyActor(&shrinking), S_FALSE);
   EXPECT_EQ(shrinking.types.size(), 2u) << "the two slots that are left were passed";
 }
 

@@ -34,6 +34,48 @@ class CountedCompounds final : public HostObject<ICompoundCollection> {
   HRESULT result = S_OK;
 };
 
+// A phase of another implementation that only has values, each 1. After `reads` of them reading fails, as resets do.
+class HostPhase final : public HostObject<IBasicPhase> {
+ public:
+  explicit HostPhase(int reads) : reads_(reads) {}
+#define QS_UNUSED(name, type)                                            \
+  STDMETHODIMP get_##name(type*) noexcept override { return E_NOTIMPL; } \
+  STDMETHODIMP put_##name(type) noexcept override { return E_NOTIMPL; }
+#define PHASE_ENUMERATION(name, type)                                            \
+  STDMETHODIMP get_##name(type* value) noexcept override { return give(value); } \
+  STDMETHODIMP put_##name(type) noexcept override { return E_NOTIMPL; }
+#define PHASE_REAL(name) PHASE_ENUMERATION(name, double)
+#include "phase/properties.def"
+  QS_UNUSED(MassComposition, IDispatch*)
+  QS_UNUSED(MolarCompositionDisp, IRealArrayDisp*)
+  QS_UNUSED(LnFugacity, IRealArrayDisp*)
+  QS_UNUSED(LnFugacityCoeff, IRealArrayDisp*)
+  QS_UNUSED(IsPseudoRoot, BYTE)
+#undef QS_UNUSED
+  STDMETHODIMP get_MolarComposition(IDispatch**) noexcept override { return S_OK; }
+  STDMETHODIMP put_MolarComposition(IDispatch*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Finalize(IDispatch*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP get_NumberOfCompounds(INT*) noexcept override { return S_FALSE; }
+  STDMETHODIMP get_Compounds(IDispatch**) noexcept override { return S_FALSE; }
+  STDMETHODIMP ResetProperties(DWORD) noexcept override { return kFailure; }
+  STDMETHODIMP IsActivePhase(VARIANT_BOOL*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP CopyProperties(IDispatch*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetCompounds(ICompoundCollection**) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetLnFugacity(IRealArrayDisp**) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetLnFugacityCoeff(IRealArrayDisp**) noexcept override { return E_NOTIMPL; }
+  static constexpr auto kFailure = static_cast<HRESULT>(0x80040D01);
+
+ private:
+  template <class T>
+  HRESULT give(T* value) {
+    if (reads_-- <= 0) return kFailure;
+    *value = static_cast<T>(1);
+    return S_OK;
+  }
+
+  int reads_;
+};
+
 using Reals = std::vector<double>;
 
 class PhaseTest : public CompoundTest {
