@@ -73,6 +73,7 @@ HRESULT COQSPhase::Finalize(IDispatch* compounds) noexcept {
     INT count = 0;
     check(bound->get_NumberOfCompounds(&count));
     if (count < 0) return E_FAIL;
+    compoundCount_ = 0;  // should an array fail, they describe no compounds
 #define PHASE_ARRAY(name) makeUnset(state_.name.get(), count);
 #include "phase/properties.def"
     compounds_ = std::move(bound);
