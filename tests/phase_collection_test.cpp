@@ -314,11 +314,18 @@ TEST_F(PhaseCollection, AFailureOfAPhaseIsAnswered) {
     EXPECT_TRUE(located(object, xptVapour, 0, S_OK));
     located(object, xptLiquid, 0, HostPhase::kFailure);
     EXPECT_EQ(eqmIndex(object, xptLiquid, 0, HostPhase::kFailure), 99);
-    EXPECT_EQ(query<IRegisterableObject>(object.phases)->RegisterProperties(newRegistry().get()), E_NOINTERFACE);
     EXPECT_EQ(object->ResetCollection(0x3), HostPhase::kFailure);
     double value = -1;
     EXPECT_EQ(equilibriumPhase(object, 0)->get_Temperature(&value), S_FALSE) << "reset before the failure";
     EXPECT_EQ(equilibriumPhase(object, 2)->get_Temperature(&value), S_OK) << "not reached";
+
+    NumberingRegistry accepting(64), refusing(40);
+    const auto registerable = query<IRegisterableObject>(object.phases);
+    EXPECT_EQ(registerable->RegisterProperties(&accepting), E_NOINTERFACE) << "of the broken phase";
+    EXPECT_EQ(accepting.names.size(), 64u);
+    ASSERT_EQ(object.replace->ReplaceEquilibriumPhase(1, newPhase().get()), S_OK);
+    EXPECT_EQ(registerable->RegisterProperties(&refusing), NumberingRegistry::kRefused);
+    EXPECT_EQ(registerable->RegisterProperties(object.phases.get()), E_NOINTERFACE) << "which keeps neither";
   }
   EXPECT_EQ(broken.references, 1u);
 }

@@ -85,7 +85,7 @@ TEST_F(Derivatives, RemovalComparesThePropertyWithBothNumbers) {
   for (const LONG property : {10, 11, 12, 13, 14}) add(property, 20, RealPoint);
   add(20, 20, RealPoint);
   EXPECT_EQ(derivatives->RemoveDerivativeProp(0, 10, 20), S_FALSE);
-  EXPECT_EQ(derivatives->RemoveDerivativeProp(0, 11, 11), S_FALSE);
+  EXPECT_EQ(derivatives->RemoveDerivativeProp(0, 11, 10), S_FALSE);
   EXPECT_EQ(derivatives->RemoveDerivativeProp(0, 10, 10), S_OK);
   EXPECT_EQ(derivatives->RemoveDerivativeProp(1, -32767, 99), S_OK) << "12: one marker skips the check";
   EXPECT_EQ(derivatives->RemoveDerivativeProp(1, 99, -32767), S_OK) << "13";

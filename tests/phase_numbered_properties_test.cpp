@@ -6,26 +6,6 @@ namespace {
 
 constexpr auto kRemoved = static_cast<HRESULT>(0x000406DC);
 
-// Numbers names 100, 101, ... and refuses from a given one on.
-class NumberingRegistry final : public HostObject<IEnumeratedPropertyRegistry> {
- public:
-  explicit NumberingRegistry(std::size_t accepted = 32) : accepted_(accepted) {}
-  STDMETHODIMP GetNumberOfProperties(LONG*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP GetPropertyName(LONG, BSTR*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP RegisterProperty(BSTR name, LONG* number) noexcept override {
-    if (names.size() == accepted_) return kRefused;
-    names.emplace_back(viewOf(name));
-    *number = 99 + static_cast<LONG>(names.size());
-    return S_OK;
-  }
-  static constexpr auto kRefused = static_cast<HRESULT>(0x80070005);
-
-  std::vector<WideString> names;
-
- private:
-  std::size_t accepted_;
-};
-
 class NumberedProperties : public PhaseTest {
  protected:
   struct Object {

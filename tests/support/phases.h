@@ -76,6 +76,26 @@ class HostPhase final : public HostObject<IBasicPhase> {
   int reads_;
 };
 
+// Numbers names 100, 101, ... and refuses from a given one on.
+class NumberingRegistry final : public HostObject<IEnumeratedPropertyRegistry> {
+ public:
+  explicit NumberingRegistry(std::size_t accepted = 32) : accepted_(accepted) {}
+  STDMETHODIMP GetNumberOfProperties(LONG*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetPropertyName(LONG, BSTR*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP RegisterProperty(BSTR name, LONG* number) noexcept override {
+    if (names.size() == accepted_) return kRefused;
+    names.emplace_back(viewOf(name));
+    *number = 99 + static_cast<LONG>(names.size());
+    return S_OK;
+  }
+  static constexpr auto kRefused = static_cast<HRESULT>(0x80070005);
+
+  std::vector<WideString> names;
+
+ private:
+  std::size_t accepted_;
+};
+
 using Reals = std::vector<double>;
 
 class PhaseTest : public CompoundTest {
