@@ -34,7 +34,8 @@ LONG numberOf(const ComPtr<IEnumeratedPropertyRegistry>& registry, const OLECHAR
 // Flashes a feed of ideal phases. `phases` are finalized for these compounds, one feed and at least two equilibrium
 // phases, with the numbers of `registry`. They keep the feed, the vapour (equilibrium phase 0) and the liquid (1) with
 // conditions, molar fractions, compositions and ln fugacity coefficients, the liquid also the derivative of these in
-// temperature. A phase that does not form is inactive, of fraction 0, with the numbers that split gives it.
+// temperature. A phase that does not form is inactive and of fraction 0; what it keeps as its composition would form
+// first.
 void calculate(const ComPtr<ICompoundCollection>& compounds, const Feed& feed, const ComPtr<IPhaseCollection>& phases,
                const ComPtr<IEnumeratedPropertyRegistry>& registry);
 
