@@ -28,8 +28,10 @@ add_custom_target(qs_generated DEPENDS ${QS_HEADER} ${QS_TYPE_LIBRARY})
 
 add_library(qs_interfaces INTERFACE)
 add_dependencies(qs_interfaces qs_generated)
-target_include_directories(qs_interfaces INTERFACE ${CMAKE_SOURCE_DIR})
-target_include_directories(qs_interfaces SYSTEM INTERFACE ${QS_GENERATED})
+target_include_directories(qs_interfaces INTERFACE $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}>)
+target_include_directories(qs_interfaces SYSTEM INTERFACE $<BUILD_INTERFACE:${QS_GENERATED}>
+                           $<INSTALL_INTERFACE:include/qscontainers>)
 if(NOT WIN32)
-  target_include_directories(qs_interfaces SYSTEM INTERFACE ${CMAKE_SOURCE_DIR}/platform/posix)
+  target_include_directories(qs_interfaces SYSTEM INTERFACE $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/platform/posix>
+                             $<INSTALL_INTERFACE:include/qscontainers/platform/posix>)
 endif()

@@ -9,14 +9,10 @@ namespace qs {
 namespace {
 
 ClassObject classObjects[] = {
-    ClassObject({&__uuidof(::COQSCompound), 103, OLESTR("COQSCompound.COQSCompound"), OLESTR("COQSCompound Class"),
-                 COQSCompound::create}),
-    ClassObject({&__uuidof(::COQSCompoundCollection), 104, OLESTR("COQSCompoundCollection.COQSCompoundCollection"),
-                 OLESTR("COQSCompoundCollection Class"), COQSCompoundCollection::create}),
-    ClassObject(
-        {&__uuidof(::COQSPhase), 101, OLESTR("COQSPhase.COQSPhase"), OLESTR("COQSPhase Class"), COQSPhase::create}),
-    ClassObject({&__uuidof(::COQSPhaseCollection), 102, OLESTR("COQSPhaseCollection.COQSPhaseCollection"),
-                 OLESTR("COQSPhaseCollection Class"), COQSPhaseCollection::create}),
+#define QS_CLASS(name, script, program, description, implementation) \
+  ClassObject({&__uuidof(::name), script, OLESTR(program), OLESTR(description), implementation::create}),
+#include "module/classes.def"
+#undef QS_CLASS
 };
 
 }  // namespace

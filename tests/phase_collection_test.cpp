@@ -241,7 +241,7 @@ TEST_F(PhaseCollection, PhasesAreFoundByKindAndActivity) {
     EXPECT_EQ(object->GetActivePhase(outside, active.out()), S_FALSE);
     EXPECT_FALSE(active);
   }
-  EXPECT_EQ(object->ApplyActor(create<IDispatch>(host::kPhaseActivator).get()), S_OK);
+  EXPECT_EQ(object->ApplyActor(create<IDispatch>(__uuidof(::PhaseActivator)).get()), S_OK);
   EXPECT_EQ(numberActive(object), 8);
 }
 

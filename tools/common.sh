@@ -92,3 +92,14 @@ same_lines() {
     "build/native/bin/$1" "${linux[@]}" >"$log-linux.txt" &&
     [[ -s $log-linux.txt ]] && cmp "$log-windows.txt" "$log-linux.txt"
 }
+
+# The packages in build/packages, of what the three presets have built as qs_product.
+make_packages() {
+  local windows
+  windows="$PWD/build/windows-x64;qscontainers;ALL;/;$PWD/build/windows-x86;qscontainers;programs;/"
+  rm -rf build/packages
+  {
+    cpack --config build/native/CPackConfig.cmake -B build/packages &&
+      cpack --config build/windows-x64/CPackConfig.cmake -B build/packages -D "CPACK_INSTALL_CMAKE_PROJECTS=$windows"
+  } >build/log/packages.log 2>&1 || fail "packing failed, see build/log/packages.log"
+}

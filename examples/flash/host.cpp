@@ -15,7 +15,6 @@
 #include "com/com_ptr.h"
 #include "com/interfaces.h"
 #include "examples/flash/flash.h"
-#include "hostkit/class_ids.h"
 
 namespace {
 
@@ -46,7 +45,7 @@ ComPtr<I> newObject(REFCLSID clsid) {
                              &__uuidof(COQSPhaseCollection)})
       loaded.back()->registerClass(*own);
     loaded.push_back(std::make_unique<qs::host::LoadedModule>("qshostkit"));
-    for (const CLSID* own : {&__uuidof(HostIntegerArray), &__uuidof(HostRealArray), &qs::host::kPropertyRegistry})
+    for (const CLSID* own : {&__uuidof(HostIntegerArray), &__uuidof(HostRealArray), &__uuidof(PropertyRegistry)})
       loaded.back()->registerClass(*own);
     object = qs::host::createInstance<I>(clsid);
   }
@@ -140,7 +139,7 @@ void print(const ComPtr<ICompoundCollection>& compounds, const ComPtr<IPhaseColl
 }
 
 void run(const std::string& directory) {
-  const auto registry = newObject<IEnumeratedPropertyRegistry>(qs::host::kPropertyRegistry);
+  const auto registry = newObject<IEnumeratedPropertyRegistry>(__uuidof(PropertyRegistry));
   const auto compounds = mixture(directory);
   const auto phases = newObject<IPhaseCollection>(__uuidof(COQSPhaseCollection));
   must(ComPtr<IRegisterableObject>::from(phases.get())->RegisterProperties(registry.get()), "RegisterProperties");

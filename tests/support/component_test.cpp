@@ -1,6 +1,5 @@
 #include "tests/support/component_test.h"
 
-#include "hostkit/class_ids.h"
 #include "tests/support/failing_arrays.h"
 
 namespace qs::test {
@@ -26,7 +25,7 @@ host::LoadedModule& ComponentTest::hostKit() {
   static host::LoadedModule& module = [&]() -> host::LoadedModule& {
     host::LoadedModule& kit =
         load("qshostkit", {&__uuidof(::HostIntegerArray), &__uuidof(::HostRealMatrix), &__uuidof(::JsonLoader),
-                           &__uuidof(::JobackEstimator), &host::kPropertyRegistry, &host::kPhaseActivator,
+                           &__uuidof(::JobackEstimator), &__uuidof(::PropertyRegistry), &__uuidof(::PhaseActivator),
                            &__uuidof(::AttributeSet), &__uuidof(::XMLParser)});
     ComPtr<IClassFactory> arrays;
     EXPECT_EQ(

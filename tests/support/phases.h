@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "com/variant.h"
-#include "hostkit/class_ids.h"
 #include "tests/support/compounds.h"
 #include "tests/support/host_object.h"
 
@@ -103,7 +102,7 @@ class PhaseTest : public CompoundTest {
   static constexpr double kUnset = -32767.0;
 
   static ComPtr<IBasicPhase> newPhase() { return create<IBasicPhase>(__uuidof(::COQSPhase)); }
-  static ComPtr<IDispatch> newRegistry() { return create<IDispatch>(host::kPropertyRegistry); }
+  static ComPtr<IDispatch> newRegistry() { return create<IDispatch>(__uuidof(::PropertyRegistry)); }
 
   static Reals realsIn(IUnknown* object) {
     const auto array = ComPtr<IRealArrayDisp>::from(object);
