@@ -1,4 +1,4 @@
-// qsdb, the database tool.
+// qsdb, the tool for databases and installations.
 #include <exception>
 #include <iostream>
 

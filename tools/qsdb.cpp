@@ -7,15 +7,17 @@
 #include <utility>
 
 #include "tools/build_command.h"
+#include "tools/doctor_command.h"
 
 namespace qs::tools {
 
 int runQsdb(std::vector<std::string> arguments, std::ostream& out, std::ostream& err) {
-  CLI::App app("Makes pure-component databases.", "qsdb");
+  CLI::App app("Makes pure-component databases and examines installations.", "qsdb");
   app.set_version_flag("--version", "qsdb " QS_VERSION);
   app.require_subcommand(1);
   app.allow_windows_style_options(false);  // paths may start with a slash
   addBuildCommand(app, out);
+  addDoctorCommand(app, out);
   std::ranges::reverse(arguments);  // as CLI11 takes them
   try {
     app.parse(std::move(arguments));

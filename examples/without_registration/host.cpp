@@ -1,6 +1,5 @@
-// A host that needs nothing registered: its manifest names those of both modules, which lie beside the program. It fills
-// a compound from the database and reads a value. Only the system's
-// headers and qscontainers.h are needed.
+// A host that needs nothing registered: its manifest names those of both modules, which lie beside the program. It
+// fills a compound from the database and reads a value. Only the system's headers and qscontainers.h are needed.
 //   without_registration DATABASE-DIRECTORY [mta]
 // With `mta` the program is multithreaded: the object lives in another apartment and is called through a proxy.
 #include <qscontainers.h>
