@@ -1,9 +1,10 @@
 # What is installed and packed. On Windows the programs of each bitness lie in a folder of their own (x64, x86, component
 # `programs`) beside what both share (component `common`), and a package unpacks anywhere. Elsewhere the layout is that
 # of bin, lib, include and share.
-set(QS_QSDB $<TARGET_FILE:qsdb>)
 if(CMAKE_CROSSCOMPILING)
   set(QS_QSDB ${CMAKE_SOURCE_DIR}/build/native/bin/qsdb CACHE FILEPATH "A qsdb that runs here, to make the database")
+else()
+  set(QS_QSDB $<TARGET_FILE:qsdb>)
 endif()
 
 set(programs qsdb property_table collection flash)

@@ -66,12 +66,25 @@ build() {
   }
 }
 
-# The prefix is made once; later calls only wait until it is ready.
+# copy_prefix FROM TO: a Wine prefix like another. The system's files are shared, the registry is not.
+copy_prefix() {
+  rm -rf "$2"
+  cp -al "$1" "$2" && rm "$2"/*.reg && cp -p "$1"/*.reg "$2"
+}
+
+# The prefix is made once, as a copy of one that stays fresh; later calls only wait until it is ready.
 make_wine_prefix() {
   [[ -f $WINEPREFIX/system.reg ]] && return
-  echo "making a Wine prefix"
-  wine wineboot --init >build/log/wine.log 2>&1 || fail "Wine does not start, see build/log/wine.log"
+  if [[ ! -f build/wine-fresh/system.reg ]]; then
+    echo "making a Wine prefix"
+    { WINEPREFIX=$PWD/build/wine-making wine wineboot --init && WINEPREFIX=$PWD/build/wine-making wineserver -w &&
+      mv build/wine-making build/wine-fresh; } >build/log/wine.log 2>&1 || fail "Wine does not start, see build/log/wine.log"
+  fi
+  copy_prefix build/wine-fresh "$WINEPREFIX"
 }
+
+# windows_path FILE: what Windows programs call it.
+windows_path() { winepath -w "$1" 2>>build/log/wine.log; }
 
 # run_wine PROGRAM ARGUMENT...: Windows line ends are taken off.
 run_wine() { wine "$@" 2>>build/log/wine.log | tr -d '\r'; }
