@@ -95,9 +95,11 @@ std::vector<double> elementsOf(IDispatch* scriptArray) {
   return elements;
 }
 
-// An array object of the host's class, where a function takes one and the caller has plain elements.
+// An array object of the host's class, where a function takes one and the caller has plain elements; of reals, where
+// any object will do.
 ComPtr<IDispatch> arrayObject(REFIID iid, const std::vector<double>& elements) {
-  if (IsEqualGUID(iid, __uuidof(IRealArrayDisp))) return ComPtr<IDispatch>(newRealArray(elements).get());
+  if (IsEqualGUID(iid, __uuidof(IRealArrayDisp)) || IsEqualGUID(iid, __uuidof(IDispatch)))
+    return ComPtr<IDispatch>(newRealArray(elements).get());
   if (!IsEqualGUID(iid, __uuidof(IIntegerArrayDisp))) throw CQSCOMError(DISP_E_TYPEMISMATCH);
   std::vector<LONG> integers;
   for (const double element : elements) {
@@ -119,8 +121,12 @@ void convertToInterface(VARIANT* given, VARTYPE type, REFIID iid, Variant& conve
     Variant object;
     check(typeMismatchUnless(VariantChangeType(object.get(), given, 0, VT_UNKNOWN)));
     IUnknown* unknown = V_UNKNOWN(object.get());
-    if (unknown && FAILED(unknown->QueryInterface(iid, &found)))
-      check(arrayObject(iid, elementsOf(ComPtr<IDispatch>::from(unknown).get()))->QueryInterface(iid, &found));
+    const auto dispatch = ComPtr<IDispatch>::from(unknown);
+    Variant length;
+    const bool scriptArray =
+        IsEqualGUID(iid, __uuidof(IDispatch)) && dispatch && readMember(dispatch.get(), L"length", length);
+    if (unknown && (scriptArray || FAILED(unknown->QueryInterface(iid, &found))))
+      check(arrayObject(iid, elementsOf(dispatch.get()))->QueryInterface(iid, &found));
   }
   V_VT(converted.get()) = type;
   V_UNKNOWN(converted.get()) = static_cast<IUnknown*>(found);

@@ -96,9 +96,9 @@ build_database() { build/native/bin/qsdb build data/compounds.json build/databas
 # build/log/EXAMPLE-{windows,linux}.txt. Needs build_database.
 same_lines() {
   local windows linux log=build/log/$1
-  windows=("$(winepath -w "$PWD/build/database" 2>/dev/null)") linux=(build/database)
+  windows=("$(windows_path "$PWD/build/database")") linux=(build/database)
   if [[ $1 == collection ]]; then
-    windows+=("$(winepath -w "$PWD/data" 2>/dev/null)")
+    windows+=("$(windows_path "$PWD/data")")
     linux+=(data)
   fi
   run_wine "build/windows-x64/bin/$1.exe" "${windows[@]}" >"$log-windows.txt" &&

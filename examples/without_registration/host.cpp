@@ -42,7 +42,7 @@ int wmain(int argc, wchar_t** argv) {
   CoInitializeEx(nullptr, multithreaded ? COINIT_MULTITHREADED : COINIT_APARTMENTTHREADED);
 
   IBasicCompound* water = nullptr;
-  HRESULT hr = create(L"COQSCompound.COQSCompound", &water);
+  HRESULT hr = create(L"COQSCompound.COQSCompound.1", &water);
   if (SUCCEEDED(hr)) hr = fill(water, argv[1], 19);
   double pressure = 0;
   LONG dependencies = 0;
