@@ -72,15 +72,16 @@ copy_prefix() {
   cp -al "$1" "$2" && rm "$2"/*.reg && cp -p "$1"/*.reg "$2"
 }
 
-# The prefix is made once, as a copy of one that stays fresh; later calls only wait until it is ready.
+# The prefix is made once, as a copy of build/wine-fresh, in which nothing is ever registered.
 make_wine_prefix() {
-  [[ -f $WINEPREFIX/system.reg ]] && return
   if [[ ! -f build/wine-fresh/system.reg ]]; then
     echo "making a Wine prefix"
-    { WINEPREFIX=$PWD/build/wine-making wine wineboot --init && WINEPREFIX=$PWD/build/wine-making wineserver -w &&
-      mv build/wine-making build/wine-fresh; } >build/log/wine.log 2>&1 || fail "Wine does not start, see build/log/wine.log"
+    (
+      export WINEPREFIX=$PWD/build/wine-making
+      wine wineboot --init && wineserver -w && mv "$WINEPREFIX" build/wine-fresh
+    ) >build/log/wine.log 2>&1 || fail "Wine does not start, see build/log/wine.log"
   fi
-  copy_prefix build/wine-fresh "$WINEPREFIX"
+  [[ -f $WINEPREFIX/system.reg ]] || copy_prefix build/wine-fresh "$WINEPREFIX"
 }
 
 # windows_path FILE: what Windows programs call it.
