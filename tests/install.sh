@@ -4,12 +4,12 @@
 place="$PWD/build/unpacked/Stoffe und Phäsen 水"
 x64=$place/x64
 
-unpack() {
+pack_and_unpack() {
+  make_packages || { tail -n 20 build/log/packing.log && return 1; }
   rm -rf build/unpacked
-  mkdir -p "$place" build/unpacked/linux
-  (cd build/unpacked && cmake -E tar xf ../packages/*-windows.zip && cmake -E tar xf ../packages/*-linux-*.tar.gz)
-  mv build/unpacked/*-windows/* "$place"
-  mv build/unpacked/*-linux-*/* build/unpacked/linux
+  mkdir -p "$place" build/unpacked/linux &&
+    (cd build/unpacked && cmake -E tar xf ../packages/*-windows.zip && cmake -E tar xf ../packages/*-linux-*.tar.gz) &&
+    mv build/unpacked/*-windows/* "$place" && mv build/unpacked/*-linux-*/* build/unpacked/linux
 }
 
 package_is_whole() {
@@ -51,7 +51,8 @@ in_fresh_prefix() {
 
 # regsvr ARGUMENT...: on both modules of the package.
 regsvr() {
-  wine regsvr32 /s "$@" "$(windows_path "$x64/qscontainers.dll")" && wine regsvr32 /s "$@" "$(windows_path "$x64/qshostkit.dll")"
+  wine regsvr32 /s "$@" "$(windows_path "$x64/qscontainers.dll")" &&
+    wine regsvr32 /s "$@" "$(windows_path "$x64/qshostkit.dll")"
 }
 
 script_works() {
@@ -150,8 +151,7 @@ moved_module() {
   return $code
 }
 
-check "packages" make_packages
-unpack
+check "packages" pack_and_unpack
 check "the Windows package is whole" package_is_whole
 check "the Linux package, and examples built with it" linux_package_works
 check "qsdb doctor misses a module on Linux" linux_doctor_misses libqscontainers.so
