@@ -23,10 +23,11 @@ package_is_whole() {
 
 linux_package_works() {
   local root=build/unpacked/linux
-  "$root/bin/qsdb" doctor && "$root/bin/flash" "$root/share/qscontainers/database" &&
+  local database=$root/share/qscontainers/database
+  "$root/bin/qsdb" doctor && "$root/bin/flash" "$database" &&
     cmake -S "$root/share/qscontainers/examples" -B build/unpacked/examples -G Ninja -DCMAKE_PREFIX_PATH="$PWD/$root" \
-      -DCMAKE_CXX_COMPILER_LAUNCHER=ccache && cmake --build build/unpacked/examples &&
-    build/unpacked/examples/flash "$root/share/qscontainers/database"
+      -DCMAKE_CXX_COMPILER_LAUNCHER=ccache && cmake --build build/unpacked/examples --target first_steps &&
+    build/unpacked/examples/first_steps "$database" build/unpacked/heptane.xml
 }
 
 # linux_doctor_misses FILE: without that file of the package it finds a fault and names the file.
