@@ -201,7 +201,7 @@ bool examineVersion(const Place& place, const Library& own, const std::wstring& 
                            (place.root == HKEY_CURRENT_USER ? "HKEY_CURRENT_USER" : "HKEY_LOCAL_MACHINE") + "): ";
   if (version != own.version) {
     report.complain(name + "another version than these modules have, which is " + narrow(own.version),
-                    remedy + " Unregister the modules of the other version.");
+                    "Unregister the modules that brought the other version: regsvr32 /u with their full paths.");
     return false;
   }
   bool found = false;
