@@ -22,7 +22,8 @@ HRESULT COQSCompound::CopyToThis(INT newIndex, IDispatch* original) noexcept {
     PropertyTable properties = source->properties_.copy();
     UserProperties userProperties;
     for (const auto& [name, property] : source->userProperties_)
-      userProperties.emplace(name, UserProperty{Bstr::copyOf(property.classId.get()), property.component});
+      userProperties.emplace(name, UserProperty{Bstr::copyOf(property.classId.get()), property.component,
+                                                Bstr::copyOf(property.content.get())});
 
     identity_ = std::move(identity);
     identity_.compoundIndex = newIndex;

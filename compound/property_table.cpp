@@ -36,6 +36,8 @@ PropertyPtr duplicate(const CQSAbstractProp& source) {
     ComPtr<IPCProperty> component;
     if (source.GetCOMClassName(className.out()) == S_OK) copy->SetCOMClassName(className.get());
     if (source.GetCOMObject(component.out()) == S_OK) copy->SetCOMObject(component.get());
+    static_cast<CQSCOMProp&>(*copy).keepContent(
+        Bstr::copyOf(static_cast<const CQSCOMProp&>(source).keptContent().get()));
   }
   return copy;
 }
@@ -81,7 +83,12 @@ const Bstr* PropertyTable::loaderOf(WideView name) const {
   return found == loaders_.end() ? nullptr : &found->second;
 }
 
-void PropertyTable::setLoader(WideView name, Bstr loader) { loaders_[WideString(name)] = std::move(loader); }
+void PropertyTable::setLoader(WideView name, Bstr loader) {
+  if (loader)
+    loaders_[WideString(name)] = std::move(loader);
+  else
+    forgetLoader(name);
+}
 
 void PropertyTable::forgetLoader(WideView name) {
   if (const auto found = loaders_.find(name); found != loaders_.end()) loaders_.erase(found);

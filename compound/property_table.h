@@ -42,7 +42,8 @@ class PropertyTable {
 
   void clear();
 
-  // The name of the loader that a property came from; it goes with the property.
+  // The name of the loader that a property came from, null for none; it goes with the property. A null name takes it
+  // away.
   const Bstr* loaderOf(WideView name) const;
   void setLoader(WideView name, Bstr loader);
 

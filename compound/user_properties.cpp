@@ -7,7 +7,7 @@ HRESULT COQSCompound::SetUserProperty(BSTR name, BSTR classId, IDispatch* compon
   return guarded([&] {
     if (!component) return S_FALSE;
     userProperties_.insert_or_assign(WideString(viewOf(name)),
-                                     UserProperty{Bstr::copyOf(classId), ComPtr<IDispatch>(component)});
+                                     UserProperty{Bstr::copyOf(classId), ComPtr<IDispatch>(component), {}});
     return S_OK;
   });
 }

@@ -13,6 +13,7 @@ namespace qs {
 struct UserProperty {
   Bstr classId;
   ComPtr<IDispatch> component;  // empty when a text named a class that could not be created
+  Bstr content;                 // of a text that no component took over; null for none
 };
 
 // By name.

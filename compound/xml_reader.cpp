@@ -13,20 +13,10 @@
 namespace qs {
 namespace {
 
-// A string literal that can be passed where a string is only read: its length in bytes stands before the text.
-template <std::size_t size>
-struct Tag {
-  explicit constexpr Tag(const OLECHAR (&literal)[size]) { std::copy_n(literal, size, text); }
-  BSTR get() const { return const_cast<BSTR>(text); }
-
-  UINT bytes = (size - 1) * sizeof(OLECHAR);
-  OLECHAR text[size]{};
-};
-
-constexpr Tag kName{OLESTR("NAME")};
-constexpr Tag kNumber{OLESTR("NUMB")};
-constexpr Tag kContent{OLESTR("CONTENT")};
-constexpr Tag kValue{OLESTR("VALUE")};
+constexpr XmlTag kName{OLESTR("NAME")};
+constexpr XmlTag kNumber{OLESTR("NUMB")};
+constexpr XmlTag kContent{OLESTR("CONTENT")};
+constexpr XmlTag kValue{OLESTR("VALUE")};
 
 HRESULT resultOf(bool complete) { return complete ? S_OK : S_FALSE; }
 
@@ -48,48 +38,16 @@ bool recallComponent(CQSAbstractProp& property, const Bstr& className, WideView 
   const Bstr storedName = parts.className ? Bstr(*parts.className) : Bstr();
   property.SetCOMClassName(storedName ? storedName.get() : className.get());
   const auto component = newComponent<IPCProperty>(className ? className.get() : storedName.get());
-  if (!component || FAILED(component->Recall(Bstr(parts.content).get()))) return false;
-  property.SetCOMObject(component.get());
-  return true;
+  Bstr content(parts.content);
+  const bool recalled = component && SUCCEEDED(component->Recall(content.get()));
+  if (recalled)
+    property.SetCOMObject(component.get());
+  else
+    static_cast<CQSCOMProp&>(property).keepContent(std::move(content));
+  return recalled;
 }
 
 }  // namespace
-
-// The attributes of an element, each found by its name. What cannot be found leaves its target as it was.
-class XmlReader::Attributes {
- public:
-  explicit Attributes(TaggedAttributes* attributes) : attributes_(attributes) {}
-
-  template <std::size_t size>
-  bool read(const Tag<size>& tag, Bstr& target) const {
-    Bstr value;
-    if (!attributes_) return false;
-    const HRESULT found = attributes_->find(tag.get(), value.out());
-    if (found == E_OUTOFMEMORY) throw CQSCOMError(found);
-    if (found != S_OK || !value) return false;
-    target = std::move(value);
-    return true;
-  }
-  template <std::size_t size>
-  bool read(const Tag<size>& tag, double& target) const {
-    Bstr value;
-    if (!read(tag, value)) return false;
-    convertValue(value.view(), &target);
-    return true;
-  }
-  template <std::size_t size>
-  bool read(const Tag<size>& tag, INT& target) const {
-    Bstr value;
-    if (!read(tag, value)) return false;
-    LONG number = target;
-    convertValue(value.view(), &number);
-    target = number;
-    return true;
-  }
-
- private:
-  TaggedAttributes* attributes_;
-};
 
 const XmlReader::Element XmlReader::kElements[] = {
     {kCompound, InNothing | InCompound, InCompound, &XmlReader::startCompound, false},
@@ -99,6 +57,7 @@ const XmlReader::Element XmlReader::kElements[] = {
     {OLESTR("UserProperty"), InCompound, 0, &XmlReader::addUserProperty, false},
     {OLESTR("Synonyms"), InCompound, InSynonyms, &XmlReader::startSynonyms, false},
     {OLESTR("Synonym"), InSynonyms, 0, &XmlReader::addSynonym, false},
+    {OLESTR("UnusedSynonym"), InSynonyms, 0, &XmlReader::addUnusedSynonym, false},
     {OLESTR("GroupProperty"), InCompound, InGroups, &XmlReader::startGroups, false},
     {OLESTR("Group"), InGroups, 0, &XmlReader::addGroup, false},
     {OLESTR("Property"), InCompound, 0, &XmlReader::addPoint, true},
@@ -107,8 +66,8 @@ const XmlReader::Element XmlReader::kElements[] = {
 };
 
 HRESULT XmlReader::startElement(WideView name, TaggedAttributes* attributes) {
-  if (depth_ > 0) {
-    if (name == skipped_) ++depth_;
+  if (skipped_.isOpen()) {
+    skipped_.start(name);
     return S_FALSE;
   }
   const auto element = std::find_if(std::begin(kElements), std::end(kElements),
@@ -120,12 +79,12 @@ HRESULT XmlReader::startElement(WideView name, TaggedAttributes* attributes) {
     place_ = element->inside;
     pending_.reset();
   }
-  return (this->*element->start)(Attributes(attributes));
+  return (this->*element->start)(XmlAttributes(attributes));
 }
 
 bool XmlReader::endElement(WideView name) {
-  if (depth_ > 0) {
-    if (name == skipped_) --depth_;
+  if (skipped_.isOpen()) {
+    skipped_.end(name);
     return false;
   }
   if (name == kCompound) return true;
@@ -138,38 +97,37 @@ bool XmlReader::endElement(WideView name) {
 }
 
 HRESULT XmlReader::skip(WideView name) {
-  skipped_ = name;
-  depth_ = 1;
+  skipped_.open(name);
   return S_FALSE;
 }
 
-HRESULT XmlReader::startCompound(const Attributes& attributes) {
-  attributes.read(Tag(OLESTR("VERSION")), version_);
-  attributes.read(Tag(OLESTR("CompIdx")), identity_.compoundIndex);
-  attributes.read(Tag(OLESTR("Name")), identity_.name);
-  attributes.read(Tag(OLESTR("Formula")), identity_.chemicalFormula);
-  attributes.read(Tag(OLESTR("FamilyArribute")), identity_.family);
-  attributes.read(Tag(OLESTR("SubFamily")), identity_.subFamily);
-  attributes.read(Tag(OLESTR("NonCondensable")), identity_.nonCondensable);
-  attributes.read(Tag(OLESTR("PPAttribute")), identity_.ppAttribute);
-  attributes.read(Tag(OLESTR("VelcorinID")), identity_.velcorinId);
-  attributes.read(Tag(OLESTR("CASN")), identity_.casNumber);
-  attributes.read(Tag(OLESTR("IUPACName")), identity_.iupacName);
-  attributes.read(Tag(OLESTR("PPDSID")), identity_.ppdsId);
-  attributes.read(Tag(OLESTR("DDBID")), identity_.ddbId);
-  attributes.read(Tag(OLESTR("DIPPRID")), identity_.dipprId);
-  attributes.read(Tag(OLESTR("CMAID")), identity_.cmaId);
+HRESULT XmlReader::startCompound(const XmlAttributes& attributes) {
+  attributes.read(XmlTag(OLESTR("VERSION")), version_);
+  attributes.read(XmlTag(OLESTR("CompIdx")), identity_.compoundIndex);
+  attributes.read(XmlTag(OLESTR("Name")), identity_.name);
+  attributes.read(XmlTag(OLESTR("Formula")), identity_.chemicalFormula);
+  attributes.read(XmlTag(OLESTR("FamilyArribute")), identity_.family);
+  attributes.read(XmlTag(OLESTR("SubFamily")), identity_.subFamily);
+  attributes.read(XmlTag(OLESTR("NonCondensable")), identity_.nonCondensable);
+  attributes.read(XmlTag(OLESTR("PPAttribute")), identity_.ppAttribute);
+  attributes.read(XmlTag(OLESTR("VelcorinID")), identity_.velcorinId);
+  attributes.read(XmlTag(OLESTR("CASN")), identity_.casNumber);
+  attributes.read(XmlTag(OLESTR("IUPACName")), identity_.iupacName);
+  attributes.read(XmlTag(OLESTR("PPDSID")), identity_.ppdsId);
+  attributes.read(XmlTag(OLESTR("DDBID")), identity_.ddbId);
+  attributes.read(XmlTag(OLESTR("DIPPRID")), identity_.dipprId);
+  attributes.read(XmlTag(OLESTR("CMAID")), identity_.cmaId);
   return S_OK;
 }
 
-HRESULT XmlReader::startSynonyms(const Attributes& attributes) {
+HRESULT XmlReader::startSynonyms(const XmlAttributes& attributes) {
   identity_.synonyms.clear();
   synonyms_ = 0;
   return resultOf(attributes.read(kNumber, identity_.synonymCount));
 }
 
 // A synonym may be null, and then has no name.
-HRESULT XmlReader::addSynonym(const Attributes& attributes) {
+HRESULT XmlReader::addSynonym(const XmlAttributes& attributes) {
   Bstr name;
   attributes.read(kName, name);
   const HRESULT stored = identity_.putSynonym(synonyms_, name.get());
@@ -177,7 +135,16 @@ HRESULT XmlReader::addSynonym(const Attributes& attributes) {
   return stored;
 }
 
-HRESULT XmlReader::startGroups(const Attributes& attributes) {
+// A synonym that is kept past the count.
+HRESULT XmlReader::addUnusedSynonym(const XmlAttributes& attributes) {
+  if (identity_.synonyms.size() >= kMostSynonyms) return S_FALSE;
+  Bstr name;
+  attributes.read(kName, name);
+  identity_.synonyms.push_back(std::move(name));
+  return S_OK;
+}
+
+HRESULT XmlReader::startGroups(const XmlAttributes& attributes) {
   Bstr name;
   attributes.read(kName, name);
   if (name.view() != OLESTR("UNIFAC1")) {
@@ -189,20 +156,20 @@ HRESULT XmlReader::startGroups(const Attributes& attributes) {
   return resultOf(attributes.read(kNumber, identity_.groupCount));
 }
 
-HRESULT XmlReader::addGroup(const Attributes& attributes) {
+HRESULT XmlReader::addGroup(const XmlAttributes& attributes) {
   INT type = kEmptyInteger;
   INT count = kEmptyInteger;
-  const bool hasType = attributes.read(Tag(OLESTR("ID")), type);
+  const bool hasType = attributes.read(XmlTag(OLESTR("ID")), type);
   const bool hasCount = attributes.read(kNumber, count);
   if (hasType) identity_.groupTypes.push_back(type);
   if (hasCount) identity_.groupCounts.push_back(count);
   return resultOf(hasType || hasCount);
 }
 
-HRESULT XmlReader::startProperty(const Attributes& attributes) {
+HRESULT XmlReader::startProperty(const XmlAttributes& attributes) {
   Pending pending{.name = {}, .fixed = place_ == InFixedProperty, .property = nullptr, .className = {}, .loader = {}};
   Bstr type;
-  if (!attributes.read(kName, pending.name) || !attributes.read(Tag(OLESTR("TYPE")), type)) return S_FALSE;
+  if (!attributes.read(kName, pending.name) || !attributes.read(XmlTag(OLESTR("TYPE")), type)) return S_FALSE;
 
   if (type.view() == OLESTR("VOID")) {
     properties_.erase(pending.name.view(), pending.fixed);
@@ -214,19 +181,19 @@ HRESULT XmlReader::startProperty(const Attributes& attributes) {
     pending.property = newProperty<CQSPointProp>(PointProp);
   } else if (type.view() == OLESTR("EquationProp")) {
     INT shape = kEmptyInteger;
-    attributes.read(Tag(OLESTR("EQUATIONSHAPE")), shape);
+    attributes.read(XmlTag(OLESTR("EQUATIONSHAPE")), shape);
     pending.property = newEquationOf(shape);
   } else if (type.view() == OLESTR("COMProp")) {
     pending.property = newProperty<CQSCOMProp>(COMProp);
-    attributes.read(Tag(OLESTR("CLASSNAME")), pending.className);
+    attributes.read(XmlTag(OLESTR("CLASSNAME")), pending.className);
   }
   if (!pending.property) return S_FALSE;
-  attributes.read(Tag(OLESTR("LOADER")), pending.loader);
+  attributes.read(XmlTag(OLESTR("LOADER")), pending.loader);
   pending_ = std::move(pending);
   return S_OK;
 }
 
-HRESULT XmlReader::recallProperty(const Attributes& attributes) {
+HRESULT XmlReader::recallProperty(const XmlAttributes& attributes) {
   Bstr content;
   if (!attributes.read(kContent, content)) return S_FALSE;
   // Taken first: a component may call back while it reads its content.
@@ -244,7 +211,7 @@ HRESULT XmlReader::recallProperty(const Attributes& attributes) {
   return complete ? stored : S_FALSE;
 }
 
-HRESULT XmlReader::addUserProperty(const Attributes& attributes) {
+HRESULT XmlReader::addUserProperty(const XmlAttributes& attributes) {
   Bstr name;
   Bstr content;
   if (!attributes.read(kName, name) || !attributes.read(kContent, content)) return S_FALSE;
@@ -253,18 +220,20 @@ HRESULT XmlReader::addUserProperty(const Attributes& attributes) {
   if (parts.className) property.classId = Bstr(*parts.className);
   property.component = newComponent<IDispatch>(property.classId.get());
 
-  bool complete = static_cast<bool>(property.component);
+  property.content = Bstr(parts.content);
+  bool complete = property.component && parts.content.empty();
   if (const auto receiver = ComPtr<ICOMUserProp>::from(property.component.get())) {
-    complete = SUCCEEDED(receiver->Recall(Bstr(parts.content).get()));
-    if (!complete) property.component = ComPtr<IDispatch>();
-  } else if (!parts.content.empty()) {
-    complete = false;
+    complete = SUCCEEDED(receiver->Recall(property.content.get()));
+    if (complete)
+      property.content = Bstr();
+    else
+      property.component = ComPtr<IDispatch>();
   }
   userProperties_.insert_or_assign(WideString(name.view()), std::move(property));
   return resultOf(complete);
 }
 
-HRESULT XmlReader::addPoint(const Attributes& attributes) {
+HRESULT XmlReader::addPoint(const XmlAttributes& attributes) {
   Bstr name;
   double value = kEmptyValue;
   if (!attributes.read(kName, name)) return S_FALSE;
@@ -273,10 +242,10 @@ HRESULT XmlReader::addPoint(const Attributes& attributes) {
   return properties_.AddPropertyToMap(name.view(), true, point);
 }
 
-HRESULT XmlReader::startEquation(const Attributes& attributes) {
+HRESULT XmlReader::startEquation(const XmlAttributes& attributes) {
   Pending pending{.name = {}, .fixed = true, .property = nullptr, .className = {}, .loader = {}};
   INT shape = kEmptyInteger;
-  if (!attributes.read(kName, pending.name) || !attributes.read(Tag(OLESTR("ID")), shape)) return S_FALSE;
+  if (!attributes.read(kName, pending.name) || !attributes.read(XmlTag(OLESTR("ID")), shape)) return S_FALSE;
   pending.property = newEquationOf(shape);
   if (!pending.property) return S_FALSE;
 
@@ -284,25 +253,25 @@ HRESULT XmlReader::startEquation(const Attributes& attributes) {
   double low = kEmptyValue;
   double high = kEmptyValue;
   equation.GetTRange(&low, &high);
-  attributes.read(Tag(OLESTR("TMIN")), low);
-  attributes.read(Tag(OLESTR("TMAX")), high);
+  attributes.read(XmlTag(OLESTR("TMIN")), low);
+  attributes.read(XmlTag(OLESTR("TMAX")), high);
   equation.SetTRange(low, high);
   equation.GetPRange(&low, &high);
-  attributes.read(Tag(OLESTR("PMIN")), low);
-  attributes.read(Tag(OLESTR("PMAX")), high);
+  attributes.read(XmlTag(OLESTR("PMIN")), low);
+  attributes.read(XmlTag(OLESTR("PMAX")), high);
   equation.SetPRange(low, high);
 
   LONG count = 0;
   equation.GetNumbOfParameters(&count);
   pending.coefficients = count;
-  attributes.read(Tag(OLESTR("NUMBCOEFF")), pending.coefficients);
+  attributes.read(XmlTag(OLESTR("NUMBCOEFF")), pending.coefficients);
   if (pending.coefficients == 0) return store(pending);
   pending_ = std::move(pending);
   return S_OK;
 }
 
 // Coefficients that the equation has no use for count, and are passed over.
-HRESULT XmlReader::addCoefficient(const Attributes& attributes) {
+HRESULT XmlReader::addCoefficient(const XmlAttributes& attributes) {
   double value = kEmptyValue;
   const bool given = attributes.read(kValue, value);
   if (!pending_) return S_FALSE;

@@ -6,6 +6,7 @@
 #include "compound/identity.h"
 #include "compound/property_table.h"
 #include "compound/user_properties.h"
+#include "persist/xml_events.h"
 
 namespace qs {
 
@@ -28,8 +29,6 @@ class XmlReader {
   bool endElement(WideView name);
 
  private:
-  class Attributes;
-
   // Where the reader stands: one bit each, so that an element can be at home in several.
   enum Place : unsigned {
     InNothing = 0x1,
@@ -44,7 +43,7 @@ class XmlReader {
     WideView name;
     unsigned home;    // the places where it may stand
     unsigned inside;  // the place that it opens until its end; 0 for none
-    HRESULT (XmlReader::*start)(const Attributes&);
+    HRESULT (XmlReader::*start)(const XmlAttributes&);
     bool version1Only;
   };
   static const Element kElements[];
@@ -60,17 +59,18 @@ class XmlReader {
     INT arrived = 0;
   };
 
-  HRESULT startCompound(const Attributes& attributes);
-  HRESULT startSynonyms(const Attributes& attributes);
-  HRESULT addSynonym(const Attributes& attributes);
-  HRESULT startGroups(const Attributes& attributes);
-  HRESULT addGroup(const Attributes& attributes);
-  HRESULT startProperty(const Attributes& attributes);
-  HRESULT recallProperty(const Attributes& attributes);
-  HRESULT addUserProperty(const Attributes& attributes);
-  HRESULT addPoint(const Attributes& attributes);
-  HRESULT startEquation(const Attributes& attributes);
-  HRESULT addCoefficient(const Attributes& attributes);
+  HRESULT startCompound(const XmlAttributes& attributes);
+  HRESULT startSynonyms(const XmlAttributes& attributes);
+  HRESULT addSynonym(const XmlAttributes& attributes);
+  HRESULT addUnusedSynonym(const XmlAttributes& attributes);
+  HRESULT startGroups(const XmlAttributes& attributes);
+  HRESULT addGroup(const XmlAttributes& attributes);
+  HRESULT startProperty(const XmlAttributes& attributes);
+  HRESULT recallProperty(const XmlAttributes& attributes);
+  HRESULT addUserProperty(const XmlAttributes& attributes);
+  HRESULT addPoint(const XmlAttributes& attributes);
+  HRESULT startEquation(const XmlAttributes& attributes);
+  HRESULT addCoefficient(const XmlAttributes& attributes);
 
   HRESULT skip(WideView name);
   HRESULT store(Pending& pending);
@@ -84,9 +84,7 @@ class XmlReader {
   INT synonyms_ = 0;  // read so far
   std::optional<Pending> pending_;
 
-  // The element that is being passed over, and how often its name has opened within itself.
-  WideString skipped_;
-  std::size_t depth_ = 0;
+  XmlSpan skipped_;
 };
 
 }  // namespace qs

@@ -104,9 +104,10 @@ void Writer::synonyms(const Identity& identity) {
   text_ << OLESTR("      <Synonyms NUMB = \"") << identity.synonymCount << OLESTR("\"> \n");
   // A count that was put may promise more synonyms than were ever given.
   const auto promised = static_cast<std::size_t>(std::max(identity.synonymCount, 0));
-  for (std::size_t i = 0; i < std::min(promised, identity.synonyms.size()); ++i) {
+  const std::size_t used = std::min(promised, identity.synonyms.size());
+  for (std::size_t i = 0; i < (complete_ ? identity.synonyms.size() : used); ++i) {
     const Bstr& synonym = identity.synonyms[i];
-    text_ << OLESTR("            <Synonym");
+    text_ << (i < used ? OLESTR("            <Synonym") : OLESTR("            <UnusedSynonym"));
     if (synonym || !complete_) {
       text_ << OLESTR(" NAME=\"");
       text_.value(synonym.view()) << OLESTR("\"");
@@ -141,8 +142,13 @@ void Writer::properties(const PropertyTable& table) {
     else
       emptySlot(key);
   }
-  for (const auto& [name, other] : table.others())
-    if (other) property(OLESTR("AdditionProperty"), name, *other, table.loaderOf(name));
+  // A component may change the properties while it stores itself.
+  const PropertyTable::OtherMap& others = table.others();
+  for (auto next = others.begin(); next != others.end();) {
+    const WideString name = next->first;
+    if (next->second) property(OLESTR("AdditionProperty"), name, *next->second, table.loaderOf(name));
+    next = others.upper_bound(name);
+  }
 }
 
 void Writer::emptySlot(Key key) {
@@ -250,16 +256,12 @@ void Writer::equation(const CQSAbstractProp& equation) {
 }
 
 void Writer::component(const CQSAbstractProp& component) {
-  Bstr content;
-  if (!complete_) {
-    check(component.Store(content.out()));
-    text_.value(content.view());
-    return;
-  }
   Bstr name;
   ComPtr<IPCProperty> object;
   component.GetCOMClassName(name.out());
   component.GetCOMObject(object.out());
+  Bstr content = Bstr::copyOf(static_cast<const CQSCOMProp&>(component).keptContent().get());
+  // From here on the property may be gone: its component may put another in its place.
   if (object) check(object->Store(content.out()));
   componentText(OLESTR("ClassName("), name, content);
 }
@@ -276,11 +278,10 @@ void Writer::componentText(WideView key, const Bstr& className, const Bstr& cont
 }
 
 void Writer::userProperties(const UserProperties& properties) {
-  // A component may change the properties while it stores itself.
   for (auto next = properties.begin(); next != properties.end();) {
     const WideString name = next->first;
     const Bstr classId = Bstr::copyOf(next->second.classId.get());
-    Bstr content;
+    Bstr content = Bstr::copyOf(next->second.content.get());
     if (const auto store = ComPtr<ICOMUserProp>::from(next->second.component.get())) check(store->Store(content.out()));
     text_ << OLESTR("      <UserProperty NAME=\"");
     text_.value(name) << OLESTR("\"   CONTENT = \"");

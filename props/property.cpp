@@ -129,6 +129,7 @@ HRESULT CQSCOMProp::Copy(const CQSAbstractProp* src) {
   Name = Bstr::copyOf(src->Name.get());
   ClassName = Bstr();
   Object = ComPtr<IPCProperty>();
+  Content = Bstr();
   return S_OK;
 }
 
@@ -137,14 +138,17 @@ HRESULT CQSCOMProp::GetValue(double T, double P, tagExtrapolationEnum e, LONG* p
     *pVal = kEmptyValue;
     return S_FALSE;
   }
-  Object->GetProperty(T, P, e, pDependencies, pVal);
+  // The component may put another property in the place of this one.
+  const ComPtr<IPCProperty> object = Object;
+  object->GetProperty(T, P, e, pDependencies, pVal);
   return S_OK;
 }
 
 HRESULT CQSCOMProp::Store(BSTR* data) const {
-  Bstr content;
-  if (Object) Object->Store(content.out());
-  *data = bstrOf("ClassName(" + narrow(ClassName.view()) + ") ComContent(" + narrow(content.view()) + ")").release();
+  const std::string className = narrow(ClassName.view());
+  Bstr content = Bstr::copyOf(Content.get());
+  if (const ComPtr<IPCProperty> object = Object) object->Store(content.out());
+  *data = bstrOf("ClassName(" + className + ") ComContent(" + narrow(content.view()) + ")").release();
   return S_OK;
 }
 

@@ -109,7 +109,7 @@ class CQSVoidProp final : public CQSAbstractProp {
 // A property that an external component computes.
 class CQSCOMProp final : public CQSAbstractProp {
  public:
-  // Drops class name and object and copies the name alone: the owner sets the other two.
+  // Drops class name, object and kept content, and copies the name alone: the owner sets the others.
   HRESULT Copy(const CQSAbstractProp* src) override;
 
   // S_OK whatever the component answers; without a component the empty value, and *pDependencies stays as it was.
@@ -127,9 +127,14 @@ class CQSCOMProp final : public CQSAbstractProp {
   // Adds a reference to the new object; that to a previous one is not released but passes to the caller.
   HRESULT SetCOMObject(IPCProperty* obj) override;
 
+  // What Store writes in the place of a component that is not there; null for none.
+  const Bstr& keptContent() const { return Content; }
+  void keepContent(Bstr content) { Content = std::move(content); }
+
  private:
   ComPtr<IPCProperty> Object;
   Bstr ClassName;
+  Bstr Content;
 };
 
 }  // namespace qs

@@ -300,6 +300,9 @@ TEST_F(CompoundProperties, LoadersBelongToTheirProperty) {
   setPoint(OLESTR("TC"), 1, 2.0);
   EXPECT_EQ(loader(OLESTR("TC")), OLESTR("-")) << "another value came from elsewhere";
   set(OLESTR("TC"));
+  EXPECT_EQ(put->SetPropertyLoader(Bstr(OLESTR("TC")).get(), nullptr), S_OK);
+  EXPECT_EQ(loader(OLESTR("TC")), OLESTR("-")) << "a null name takes it away";
+  set(OLESTR("TC"));
   put->ErasePropFromMap(Bstr(OLESTR("TC")).get(), 1);
   EXPECT_EQ(loader(OLESTR("TC")), OLESTR("-"));
 }

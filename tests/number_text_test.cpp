@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -49,6 +50,29 @@ TEST(NumberText, WritesSixSignificantDigits) {
               {-kInfinity, "-inf"},
               {kNaN, "nan"}};
   for (const auto& row : rows) EXPECT_EQ(written(row.value), row.text);
+}
+
+TEST(NumberText, WritesEveryBitInTheExactForm) {
+  const struct {
+    std::uint64_t bits;
+    const char* text;
+  } rows[] = {{0x3FB999999999999A, "0.1"},    {0x8000000000000000, "-0"},
+              {0x0000000000000001, "5e-324"}, {0x40F86A0000000000, "1e+05"},
+              {0xFFF0000000000000, "-inf"},   {0x7FF8000000000000, "nan"},
+              {0xFFF8000000000000, "-nan"},   {0x7FF8000000000001, "nan:8000000000001"},
+              {0xFFF0000000000001, "-nan:1"}, {0x7FF4000000000000, "nan:4000000000000"}};
+  for (const auto& row : rows) {
+    std::string text;
+    appendExactDouble(text, std::bit_cast<double>(row.bits));
+    EXPECT_EQ(text, row.text);
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(readDouble(row.text)), row.bits) << row.text;
+  }
+  const std::pair<const char*, std::uint64_t> malformed[] = {{"nan:", 0x7FF8000000000000},
+                                                             {"nan:x", 0x7FF8000000000000},
+                                                             {"nan:0", 0x7FF8000000000000},
+                                                             {"nan:10000000000000", 0x7FF8000000000000},
+                                                             {"nan:FFFFFFFFFFFFFFFFFFFF", 0x7FF8000000000000}};
+  for (const auto& [text, bits] : malformed) EXPECT_EQ(std::bit_cast<std::uint64_t>(readDouble(text)), bits) << text;
 }
 
 TEST(NumberText, AppendsToEitherKindOfText) {

@@ -79,6 +79,7 @@ class RandomCompound {
     if (!sometimes()) id->put_NumberOfSynonymNames(0);
     for (unsigned i = below(70); i > 0; --i)
       id->put_SynonymName(static_cast<INT>(below(70)), sometimes() ? nullptr : string().get());
+    if (sometimes()) id->put_NumberOfSynonymNames(static_cast<INT>(below(70)));
     if (!sometimes()) family->put_SubFamily(string().get());
     if (!sometimes()) family->put_NonCondensable(static_cast<VARIANT_BOOL>(below(2)));
     family->put_Family(static_cast<tagCompoundFamilyEnum>(below(14)));
@@ -149,6 +150,8 @@ TEST_F(XmlReading, TheExactFormLosesNothing) {
     const auto again = read(text);
     ASSERT_EQ(narrow(Description::of(again)), narrow(Description::of(compound))) << i << narrow(text);
     ASSERT_EQ(narrow(textOf(again, xmlExactForm)), narrow(text)) << "what no interface tells";
+    for (const auto& one : {again, compound}) query<ICompoundIDPut>(one)->put_NumberOfSynonymNames(70);
+    ASSERT_EQ(narrow(Description::of(again)), narrow(Description::of(compound))) << "synonyms past the count";
     for (const INT form : {xmlExactNumbers, xmlEscaped}) EXPECT_NE(textOf(compound, form), text);
   }
 }
@@ -232,7 +235,9 @@ TEST_F(XmlReading, HostileTextsLeaveAUsableCompound) {
        "nParams(5) Values(1,2,3,4,5)"},
       {"<FixedProperty NAME='VP' TYPE='COMProp' CLASSNAME='No.Such'><PropertyContent CONTENT='ComContent(x)'/>"
        "</FixedProperty>",
-       "CLASSNAME = \"No.Such\""},
+       "ClassName(No.Such) ComContent(x)"},
+      {"<UserProperty NAME='u' CONTENT='ClassID(No.Such) ComContent(x)'/>", "ClassID(No.Such) ComContent(x)"},
+      {"<Synonyms NUMB='0'><UnusedSynonym NAME='a'/><Synonym NAME='b'/><UnusedSynonym/></Synonyms>", "NUMB = \"1\""},
       {"<AdditionProperty NAME='' TYPE='PointProp'><PropertyContent CONTENT='Value(5)'/></AdditionProperty>",
        "NAME=\"\"   TYPE = \"PointProp\""},
       {"<GroupProperty NAME='UNIFAC1' NUMB='-2147483648'><Group ID='1'/><Group/><Group NUMB='x'/></GroupProperty>",
@@ -324,6 +329,9 @@ TEST_F(XmlReading, ComponentsThatRefuseTheirContent) {
     EXPECT_EQ(query<IUserProperty>(compound)->GetUserProperty(bstr("u").get(), component.out()), S_OK);
     ASSERT_EQ(static_cast<bool>(property), !bad);
     ASSERT_EQ(static_cast<bool>(component), !bad);
+    EXPECT_EQ(narrow(textOf(read(textOf(compound, xmlExactForm)), xmlExactForm)),
+              narrow(textOf(compound, xmlExactForm)))
+        << "the content stays";
     if (bad) continue;
     EXPECT_EQ(static_cast<ValueComponent*>(property.get())->content, content);
     EXPECT_EQ(static_cast<UserComponent*>(static_cast<ICOMUserProp*>(component.get()))->content, content);

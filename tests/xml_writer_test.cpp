@@ -204,6 +204,16 @@ TEST_F(XmlWriter, OtherKindsInTheDefaultForm) {
   BSTR untouched = nullptr;
   EXPECT_EQ(query<IXMLStore>(compound)->StoreAsXML(&untouched), E_FAIL) << "what a component fails with";
   EXPECT_EQ(untouched, nullptr);
+
+  // A component that puts another property in its own place while it stores itself.
+  user->stored = S_OK;
+  for (const INT form : {xmlDefaultForm, xmlExactForm}) {
+    ValueComponent* component = values.make(OLESTR("itself"));
+    component->onStore = [&] { put->SetPointProperty(bstr("Mine").get(), 0, 1.0); };
+    put->SetCOMProperty(bstr("Mine").get(), 0, bstr("C").get(), component);
+    EXPECT_NE(textOf(compound, form).find(OLESTR("ComContent(itself)")), WideView::npos);
+    EXPECT_NE(textOf(compound, form).find(OLESTR("\"R")), WideView::npos) << "what comes after it";
+  }
 }
 
 TEST_F(XmlWriter, RefusesWhatTheExactFormCannotHold) {

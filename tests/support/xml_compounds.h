@@ -1,11 +1,13 @@
-// Compounds as texts: all that their interfaces answer, and what the parser makes of an XML text.
+// Compounds and collections as texts: all that a compound's interfaces answer, and what the parser makes of an XML
+// text.
 #pragma once
 
 #include <bit>
 #include <deque>
+#include <functional>
 #include <string>
 
-#include "tests/support/compounds.h"
+#include "tests/support/collections.h"
 #include "tests/support/host_object.h"
 
 namespace qs::test {
@@ -16,6 +18,7 @@ class TextComponent : public HostObject<I> {
  public:
   STDMETHODIMP GetClassID(BSTR*) noexcept override { return E_NOTIMPL; }
   STDMETHODIMP Store(BSTR* text) noexcept override {
+    if (onStore) onStore();
     *text = Bstr(content).release();
     return stored;
   }
@@ -27,6 +30,7 @@ class TextComponent : public HostObject<I> {
 
   WideString content;
   HRESULT stored = S_OK;
+  std::function<void()> onStore;
 };
 class UserComponent final : public TextComponent<ICOMUserProp> {};
 class ValueComponent final : public TextComponent<IPCProperty> {
@@ -194,16 +198,18 @@ class Description {
   WideString text_;
 };
 
-class XmlTest : public CompoundTest {
+class XmlTest : public CollectionTest {
  protected:
-  static WideString textOf(const ComPtr<IBasicCompound>& compound) {
+  template <class I>
+  static WideString textOf(const ComPtr<I>& object) {
     Bstr text;
-    EXPECT_EQ(query<IXMLStore>(compound)->StoreAsXML(text.out()), S_OK);
+    EXPECT_EQ(query<IXMLStore>(object)->StoreAsXML(text.out()), S_OK);
     return WideString(text.view());
   }
-  static WideString textOf(const ComPtr<IBasicCompound>& compound, INT form) {
+  template <class I>
+  static WideString textOf(const ComPtr<I>& object, INT form) {
     Bstr text;
-    EXPECT_EQ(query<IXMLStoreEx>(compound)->StoreAsXMLEx(form, text.out()), S_OK);
+    EXPECT_EQ(query<IXMLStoreEx>(object)->StoreAsXMLEx(form, text.out()), S_OK);
     return WideString(text.view());
   }
   static HRESULT parse(WideView text, IDispatch* client) {
