@@ -19,7 +19,7 @@ namespace qs {
 class COQSCompoundCollection final
     : public Coclass<COQSCompoundCollection, ICompoundCollection, ICompoundCollectionSetup, ICompoundManipulation,
                      ICompCollnIPInfo, ILoadCompoundProp, ISubCompList, ISubCompList1, IQueryLoader,
-                     IPureEstimatorHandler> {
+                     IPureEstimatorHandler, XMLParserClient, IXMLStore, IXMLStoreEx> {
  public:
   ~COQSCompoundCollection();
 
@@ -96,8 +96,25 @@ class COQSCompoundCollection final
   STDMETHODIMP GetEstimatorI(INT index, BSTR* name, IDispatch** estimator) noexcept override;
   STDMETHODIMP SetAsDefaultEstimator(BSTR name) noexcept override;
 
+  // xml.cpp; xml_reader.h tells the results of a parser's events. Elements outside a CompoundCollection or SubCompList
+  // element are S_FALSE. The end of that element makes the collection what the text says, a view too, and answers
+  // S_FALSE when a default is not among the loaders or estimators. After a failure the rest of the element is passed
+  // over, and the collection stays as it was.
+  STDMETHODIMP CharacterData(BSTR text) noexcept override;
+  STDMETHODIMP StartElement(BSTR name, TaggedAttributes* attributes) noexcept override;
+  STDMETHODIMP EndElement(BSTR name) noexcept override;
+  STDMETHODIMP Comment() noexcept override;
+  STDMETHODIMP ProcessElement(BSTR name, TaggedAttributes* attributes) noexcept override;
+  STDMETHODIMP Error() noexcept override;
+  STDMETHODIMP StartDocument() noexcept override;
+  STDMETHODIMP EndDocument() noexcept override;
+  STDMETHODIMP StoreAsXML(BSTR* text) noexcept override;
+  STDMETHODIMP StoreAsXMLEx(INT form, BSTR* text) noexcept override;
+
  private:
   using Positions = std::vector<LONG>;
+  class XmlReader;
+  class XmlWriter;
 
   struct Model {
     ComPtr<IInteractionParameters> parameters;
@@ -142,6 +159,7 @@ class COQSCompoundCollection final
   HRESULT load(INT index, BSTR loader, BSTR searchKey, BSTR id, BYTE useLoader, Fill fill);
 
   State state_;
+  std::shared_ptr<XmlReader> xmlReader_;  // from the start of a collection's element to its end
 };
 
 }  // namespace qs

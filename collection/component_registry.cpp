@@ -1,6 +1,16 @@
 #include "collection/component_registry.h"
 
 namespace qs {
+namespace {
+
+// What a loader says its data are; null when it says nothing.
+Bstr identificationOf(IDispatch* component) {
+  Bstr text;
+  if (const auto loader = ComPtr<ILoad>::from(component)) loader->Get_DBIdentification(text.out());
+  return text;
+}
+
+}  // namespace
 
 HRESULT CQSLoader::init(BSTR name, BSTR className, IDispatch* component) {
   if (!name || !className || !component) return S_FALSE;
@@ -16,9 +26,15 @@ HRESULT ComponentRegistry::add(BSTR name, BSTR className, BSTR path, IDispatch* 
   CQSLoader record;
   record.Name = Bstr::copyOf(name);
   record.Path = Bstr::copyOf(path);
+  record.Description = identificationOf(component);
   const HRESULT result = record.init(name, className, component);
-  records_.emplace(WideString(viewOf(name)), std::move(record));
-  return result;
+  const HRESULT stored = restore(std::move(record));
+  return stored == S_OK ? result : stored;
+}
+
+HRESULT ComponentRegistry::restore(CQSLoader record) {
+  if (!record.Name) return S_FALSE;
+  return records_.emplace(WideString(record.Name.view()), std::move(record)).second ? S_OK : S_FALSE;
 }
 
 HRESULT ComponentRegistry::addDefault(BSTR name, BSTR className, BSTR path, IDispatch* component) {

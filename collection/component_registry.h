@@ -16,7 +16,7 @@ struct CQSLoader {
   Bstr Name;
   Bstr ClassName;
   Bstr Path;
-  Bstr Description;
+  Bstr Description;  // of a loader: what it says its data are
 
   // Sets name, class name and object; S_FALSE, and no change, when one of them is null.
   HRESULT init(BSTR name, BSTR className, IDispatch* component);
@@ -27,7 +27,11 @@ struct CQSLoader {
 // nothing then.
 class ComponentRegistry {
  public:
+  using Records = std::map<WideString, CQSLoader, std::less<>>;  // by name
+
+  const Records& records() const { return records_; }
   INT count() const { return static_cast<INT>(records_.size()); }
+  const Bstr& defaultName() const { return default_; }  // null for none
 
   // S_FALSE when the name or the component is null or the name is taken. Without a class name the record keeps name and
   // path alone, and the result is S_FALSE as well.
@@ -36,6 +40,9 @@ class ComponentRegistry {
   // As add, and makes the component the default. Without a component, one of the class named - by its ProgID or its
   // identifier - is created; a failure to do so is returned.
   HRESULT addDefault(BSTR name, BSTR className, BSTR path, IDispatch* component);
+
+  // A record as it was written down, which may lack its component. S_FALSE when it has no name or the name is taken.
+  HRESULT restore(CQSLoader record);
 
   // Removing the default leaves no default.
   HRESULT remove(BSTR name);
@@ -65,8 +72,8 @@ class ComponentRegistry {
   const CQSLoader* find(BSTR name) const;
   const CQSLoader* findDefault() const { return find(default_.get()); }
 
-  std::map<WideString, CQSLoader, std::less<>> records_;
-  Bstr default_;  // null for none
+  Records records_;
+  Bstr default_;
 };
 
 }  // namespace qs

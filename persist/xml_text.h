@@ -13,6 +13,7 @@ class XmlForm {
   // Throws CQSCOMError(E_INVALIDARG) for a number that is no sum of the values.
   explicit XmlForm(INT flags);
 
+  INT flags() const { return flags_; }
   bool exactNumbers() const { return (flags_ & xmlExactNumbers) != 0; }
   bool escaped() const { return (flags_ & xmlEscaped) != 0; }
   bool complete() const { return flags_ != xmlDefaultForm; }

@@ -1,0 +1,164 @@
+#include "collection/xml_reader.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "com/host_arrays.h"
+#include "compound/component_text.h"
+#include "compound/compound.h"
+
+namespace qs {
+namespace {
+
+constexpr XmlTag kName{OLESTR("NAME")};
+constexpr XmlTag kClassName{OLESTR("CLASSNAME")};
+
+// Numbers divided by commas.
+template <class T>
+std::vector<T> numbersIn(WideView text) {
+  std::vector<T> numbers;
+  while (!text.empty()) {
+    const std::size_t length = std::min(text.find(OLESTR(',')), text.size());
+    T number{};
+    convertValue(text.substr(0, length), &number);
+    numbers.push_back(number);
+    text.remove_prefix(std::min(length + 1, text.size()));
+  }
+  return numbers;
+}
+
+}  // namespace
+
+const COQSCompoundCollection::XmlReader::Element COQSCompoundCollection::XmlReader::kElements[] = {
+    {OLESTR("Compound"), &XmlReader::startCompound},
+    {OLESTR("EmptySlot"), &XmlReader::addEmptySlot},
+    {OLESTR("Model"), &XmlReader::nameModel},
+    {OLESTR("IPModel"), &XmlReader::startModel},
+    {OLESTR("AddedLoaders"), &XmlReader::group},
+    {OLESTR("Loader"), &XmlReader::addComponent<&State::loaders>},
+    {OLESTR("DefaultLoader"), &XmlReader::nameDefault<&XmlReader::defaultLoader_>},
+    {OLESTR("AddedEstimators"), &XmlReader::group},
+    {OLESTR("Estimator"), &XmlReader::addComponent<&State::estimators>},
+    {OLESTR("DefaultEstimator"), &XmlReader::nameDefault<&XmlReader::defaultEstimator_>},
+    {OLESTR("OffsetH"), &XmlReader::readOffsets<&State::offsetH>},
+    {OLESTR("OffsetS"), &XmlReader::readOffsets<&State::offsetS>},
+    {OLESTR("NamedView"), &XmlReader::addNamedView},
+};
+
+HRESULT COQSCompoundCollection::XmlReader::startCollection(TaggedAttributes* attributes) {
+  INT version = 2;
+  XmlAttributes(attributes).read(XmlTag(OLESTR("VERSION")), version);
+  return version == 1 || version == 2 ? S_OK : S_FALSE;
+}
+
+HRESULT COQSCompoundCollection::XmlReader::startElement(BSTR name, TaggedAttributes* attributes) {
+  if (!span_.isOpen()) {
+    const auto element = std::find_if(std::begin(kElements), std::end(kElements),
+                                      [name](const Element& known) { return known.name == viewOf(name); });
+    if (element == std::end(kElements)) {
+      span_.open(viewOf(name));
+      return S_FALSE;
+    }
+    const HRESULT result = (this->*element->start)(XmlAttributes(attributes));
+    if (!span_.isOpen() || !receiver_) return result;
+  } else {
+    span_.start(viewOf(name));
+  }
+  const auto receiver = receiver_;
+  return receiver ? receiver->StartElement(name, attributes) : S_FALSE;
+}
+
+HRESULT COQSCompoundCollection::XmlReader::endElement(BSTR name) {
+  if (!span_.isOpen()) {
+    if (viewOf(name) == OLESTR("Model")) model_ = {};
+    return isCollection(viewOf(name)) ? finish() : S_OK;
+  }
+  const HRESULT result = handOn([name](XMLParserClient& receiver) { return receiver.EndElement(name); });
+  if (FAILED(result) || !span_.end(viewOf(name))) return result;
+  receiver_ = ComPtr<XMLParserClient>();
+  if (compound_) state_.slots.append(std::exchange(compound_, ComPtr<IBasicCompound>()));
+  return result;
+}
+
+HRESULT COQSCompoundCollection::XmlReader::finish() {
+  complete_ = true;
+  bool known = true;
+  const auto makeDefault = [&known](ComponentRegistry& registry, const Bstr& name) {
+    if (registry.makeDefault(name.get()) != S_OK && !name.view().empty()) known = false;
+  };
+  makeDefault(state_.loaders, defaultLoader_);
+  makeDefault(state_.estimators, defaultEstimator_);
+  return known ? S_OK : S_FALSE;
+}
+
+HRESULT COQSCompoundCollection::XmlReader::startCompound(const XmlAttributes&) {
+  check(COQSCompound::create(nullptr, __uuidof(IBasicCompound), reinterpret_cast<void**>(compound_.out())));
+  receiver_ = ComPtr<XMLParserClient>::from(compound_.get());
+  span_.open(OLESTR("Compound"));
+  return S_OK;
+}
+
+HRESULT COQSCompoundCollection::XmlReader::addEmptySlot(const XmlAttributes&) {
+  state_.slots.append({});
+  return S_OK;
+}
+
+HRESULT COQSCompoundCollection::XmlReader::nameModel(const XmlAttributes& attributes) {
+  model_ = {};
+  attributes.read(XmlTag(OLESTR("PANE")), model_.pane);
+  return attributes.read(kName, model_.name) ? S_OK : S_FALSE;
+}
+
+HRESULT COQSCompoundCollection::XmlReader::startModel(const XmlAttributes& attributes) {
+  span_.open(OLESTR("IPModel"));
+  Bstr className, ownName;
+  attributes.read(kClassName, className);
+  attributes.read(kName, ownName);
+  const WideString name(model_.name ? model_.name.view() : ownName ? ownName.view() : WideView(OLESTR("Default")));
+
+  auto parameters = newComponent<IInteractionParameters>(className.get());
+  if (!parameters)
+    if (const auto found = collection_.state_.models.find(name); found != collection_.state_.models.end())
+      parameters = found->second.parameters;
+  if (!parameters) return S_FALSE;
+  receiver_ = ComPtr<XMLParserClient>::from(parameters.get());
+  state_.models.insert_or_assign(name, Model{std::move(parameters), Bstr::copyOf(model_.pane.get())});
+  return receiver_ ? S_OK : S_FALSE;
+}
+
+template <ComponentRegistry COQSCompoundCollection::State::*registry>
+HRESULT COQSCompoundCollection::XmlReader::addComponent(const XmlAttributes& attributes) {
+  CQSLoader record;
+  attributes.read(kName, record.Name);
+  attributes.read(kClassName, record.ClassName);
+  attributes.read(XmlTag(OLESTR("DESCRIPTION")), record.Description);
+  attributes.read(XmlTag(OLESTR("PATH")), record.Path);
+  record.object = newComponent<IDispatch>(record.ClassName.get());
+  const bool complete = record.object || !record.ClassName;
+  const HRESULT added = (state_.*registry).restore(std::move(record));
+  return complete ? added : S_FALSE;
+}
+
+template <Bstr COQSCompoundCollection::XmlReader::*name>
+HRESULT COQSCompoundCollection::XmlReader::nameDefault(const XmlAttributes& attributes) {
+  this->*name = Bstr();
+  attributes.read(kName, this->*name);
+  return S_OK;
+}
+
+template <ComPtr<IRealArrayDisp> COQSCompoundCollection::State::*array>
+HRESULT COQSCompoundCollection::XmlReader::readOffsets(const XmlAttributes& attributes) {
+  Bstr values;
+  if (!attributes.read(XmlTag(OLESTR("VALUES")), values)) return S_FALSE;
+  state_.*array = newRealArray(numbersIn<double>(values.view()));
+  return S_OK;
+}
+
+HRESULT COQSCompoundCollection::XmlReader::addNamedView(const XmlAttributes& attributes) {
+  Bstr name, positions;
+  if (!attributes.read(kName, name) || !attributes.read(XmlTag(OLESTR("POSITIONS")), positions)) return S_FALSE;
+  auto list = std::make_shared<Positions>(numbersIn<LONG>(positions.view()));
+  return state_.subLists.emplace(WideString(name.view()), std::move(list)).second ? S_OK : S_FALSE;
+}
+
+}  // namespace qs

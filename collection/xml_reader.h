@@ -1,0 +1,76 @@
+// Builds a collection from the events of an XML parser; docs/xml.md describes the text.
+#pragma once
+
+#include "collection/collection.h"
+#include "persist/xml_events.h"
+
+namespace qs {
+
+// The state within one CompoundCollection or SubCompList element. Elements may come in any order and number, and memory
+// grows with what arrives, never with a number that the text states.
+class COQSCompoundCollection::XmlReader {
+ public:
+  // A model that the text gives no class is read into the object that `collection` has under its name.
+  explicit XmlReader(const COQSCompoundCollection& collection) : collection_(collection) {}
+
+  static bool isCollection(WideView name) {
+    return name == OLESTR("CompoundCollection") || name == OLESTR("SubCompList");
+  }
+
+  // S_FALSE for a version that is not known; what can be read of it is read.
+  HRESULT startCollection(TaggedAttributes* attributes);
+
+  // S_OK when all that the element says was taken over. S_FALSE when the element is passed over, with all that it holds
+  // if it is unknown or belongs to a model that there is no object for, and when a loader or an estimator is stored
+  // without the component that it names. Within a compound or a model, what their own reader answers.
+  HRESULT startElement(BSTR name, TaggedAttributes* attributes);
+  HRESULT endElement(BSTR name);
+
+  // Whether the collection's own element has ended: then it can be taken.
+  bool isComplete() const { return complete_; }
+  State take() { return std::move(state_); }
+
+  // Hands an event on to the reader of the compound or model that is being read; S_OK when there is none.
+  template <class Event>
+  HRESULT handOn(Event&& event) {
+    const ComPtr<XMLParserClient> receiver = receiver_;
+    return receiver ? event(*receiver.get()) : S_OK;
+  }
+
+ private:
+  struct Element {
+    WideView name;
+    HRESULT (XmlReader::*start)(const XmlAttributes&);
+  };
+  static const Element kElements[];
+
+  HRESULT startCompound(const XmlAttributes& attributes);
+  HRESULT startModel(const XmlAttributes& attributes);
+  HRESULT nameModel(const XmlAttributes& attributes);
+  HRESULT group(const XmlAttributes&) { return S_OK; }
+  HRESULT addEmptySlot(const XmlAttributes& attributes);
+  template <ComponentRegistry State::*registry>
+  HRESULT addComponent(const XmlAttributes& attributes);
+  template <Bstr XmlReader::*name>
+  HRESULT nameDefault(const XmlAttributes& attributes);
+  template <ComPtr<IRealArrayDisp> State::*array>
+  HRESULT readOffsets(const XmlAttributes& attributes);
+  HRESULT addNamedView(const XmlAttributes& attributes);
+
+  HRESULT finish();
+
+  const COQSCompoundCollection& collection_;
+  State state_;
+  bool complete_ = false;
+  struct {
+    Bstr name, pane;
+  } model_;  // of the Model element that is open
+  Bstr defaultLoader_, defaultEstimator_;
+
+  // The element that is handed on to a reader of its own, or passed over without one, and the compound that it builds.
+  XmlSpan span_;
+  ComPtr<XMLParserClient> receiver_;
+  ComPtr<IBasicCompound> compound_;
+};
+
+}  // namespace qs

@@ -1,0 +1,117 @@
+#include "collection/xml_writer.h"
+
+#include "com/bstr.h"
+
+namespace qs {
+
+void COQSCompoundCollection::XmlWriter::write() {
+  const bool isView = collection_.isView();
+  text_ << (isView ? OLESTR("<SubCompList VERSION = \"1\" NUMBCOMPOUND = \"")
+                   : OLESTR("<CompoundCollection VERSION = \"2\" NUMBCOMPOUND = \""))
+        << collection_.count() << OLESTR("\" > \n");
+  // The compounds of a view are its parent's.
+  if (complete_ || !isView) compounds();
+  models();
+  components(collection_.state_.loaders, OLESTR("Loader"), true);
+  if (complete_) {
+    components(collection_.state_.estimators, OLESTR("Estimator"), false);
+    offsets(OLESTR("OffsetH"), collection_.state_.offsetH);
+    offsets(OLESTR("OffsetS"), collection_.state_.offsetS);
+    namedViews();
+  }
+  text_ << (isView ? OLESTR("</SubCompList>\n") : OLESTR("</CompoundCollection>\n"));
+}
+
+void COQSCompoundCollection::XmlWriter::compounds() {
+  for (INT i = 0; i < collection_.count(); ++i) {
+    ComPtr<IDispatch> compound;
+    check(collection_.get_Compound(i, compound.out()));
+    if (compound)
+      stored(compound.get());
+    else if (complete_)
+      text_ << OLESTR("   <EmptySlot/>\n");
+  }
+}
+
+void COQSCompoundCollection::XmlWriter::models() {
+  auto& models = collection_.state_.models;
+  for (auto next = models.begin(); next != models.end();) {
+    const WideString name = next->first;
+    const ComPtr<IInteractionParameters> parameters = next->second.parameters;
+    if (complete_) {
+      text_ << OLESTR("   <Model NAME = \"");
+      text_.value(name) << OLESTR("\"");
+      attribute(OLESTR(" PANE = \""), next->second.pane);
+      text_ << OLESTR(">\n");
+    }
+    stored(parameters.get());
+    if (complete_) text_ << OLESTR("   </Model>\n");
+    next = models.upper_bound(name);
+  }
+}
+
+void COQSCompoundCollection::XmlWriter::components(const ComponentRegistry& registry, WideView element, bool always) {
+  if (registry.count() > 0) {
+    text_ << OLESTR("   <Added") << element << OLESTR("s  NUMB = \"") << registry.count() << OLESTR("\">\n");
+    for (const auto& [name, record] : registry.records()) {
+      text_ << OLESTR("      <") << element << OLESTR(" ");
+      attribute(OLESTR(" NAME = \""), record.Name);
+      attribute(OLESTR("\n               CLASSNAME = \""), record.ClassName);
+      attribute(OLESTR("\n               DESCRIPTION = \""), record.Description);
+      attribute(OLESTR("\n               PATH = \""), record.Path);
+      text_ << OLESTR(">\n      </") << element << OLESTR(">\n");
+    }
+    text_ << OLESTR("   </Added") << element << OLESTR("s>\n");
+  }
+  if (!always && !registry.defaultName()) return;
+  text_ << OLESTR("   <Default") << element << OLESTR(" ");
+  attribute(OLESTR(" NAME = \""), registry.defaultName());
+  text_ << OLESTR("/>\n");
+}
+
+void COQSCompoundCollection::XmlWriter::offsets(WideView element, ComPtr<IRealArrayDisp> array) {
+  if (!array) return;
+  LONG size = 0;
+  check(array->get_Size(&size));
+  text_ << OLESTR("   <") << element << OLESTR(" VALUES = \"");
+  for (LONG i = 0; i < size; ++i) {
+    double value = 0.0;
+    check(array->get_IthValue(i, &value));
+    if (i > 0) text_ << OLESTR(",");
+    text_ << value;
+  }
+  text_ << OLESTR("\"/>\n");
+}
+
+void COQSCompoundCollection::XmlWriter::namedViews() {
+  for (const auto& [name, positions] : collection_.state_.subLists) {
+    text_ << OLESTR("   <NamedView NAME = \"");
+    text_.value(name) << OLESTR("\" POSITIONS = \"");
+    for (std::size_t i = 0; i < positions->size(); ++i) {
+      if (i > 0) text_ << OLESTR(",");
+      text_ << INT{(*positions)[i]};
+    }
+    text_ << OLESTR("\"/>\n");
+  }
+}
+
+void COQSCompoundCollection::XmlWriter::stored(IUnknown* object) {
+  Bstr text;
+  const auto exact = complete_ ? ComPtr<IXMLStoreEx>::from(object) : ComPtr<IXMLStoreEx>();
+  if (exact) {
+    check(exact->StoreAsXMLEx(text_.form().flags(), text.out()));
+  } else {
+    ComPtr<IXMLStore> store;
+    check(object->QueryInterface(__uuidof(IXMLStore), reinterpret_cast<void**>(store.out())));
+    check(store->StoreAsXML(text.out()));
+  }
+  text_ << text.view();
+}
+
+void COQSCompoundCollection::XmlWriter::attribute(WideView opening, const Bstr& value) {
+  if (complete_ && !value) return;
+  text_ << opening;
+  text_.value(value.view()) << OLESTR("\"");
+}
+
+}  // namespace qs

@@ -1,0 +1,35 @@
+// Writes a collection as XML; docs/xml.md describes the text.
+#pragma once
+
+#include "collection/collection.h"
+#include "persist/xml_text.h"
+
+namespace qs {
+
+class COQSCompoundCollection::XmlWriter {
+ public:
+  XmlWriter(COQSCompoundCollection& collection, XmlText& text)
+      : collection_(collection), text_(text), complete_(text.form().complete()) {}
+
+  // Throws CQSCOMError: E_INVALIDARG for data that the form cannot hold, E_NOINTERFACE for a compound or a model that
+  // has no XML form, and what their own writers and the offset arrays fail with. Any of them may change the collection.
+  void write();
+
+ private:
+  void compounds();
+  void models();
+  // The registered components, and the default, which `always` writes even when there is none.
+  void components(const ComponentRegistry& registry, WideView element, bool always);
+  void offsets(WideView element, ComPtr<IRealArrayDisp> array);
+  void namedViews();
+
+  void stored(IUnknown* object);
+  // An attribute with what stands before its value. A complete text leaves out a string that is null.
+  void attribute(WideView opening, const Bstr& value);
+
+  COQSCompoundCollection& collection_;
+  XmlText& text_;
+  const bool complete_;
+};
+
+}  // namespace qs
