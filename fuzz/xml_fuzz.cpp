@@ -1,6 +1,6 @@
-// Events of a parser in any order, to a compound. Each line is an event: '+' and the name of an element that starts,
-// then tags and values in turn, all divided by tabs; any other first character and the name of one that ends. Whatever
-// was built must be written in both forms, and the exact form must come back the same.
+// Events of a parser in any order, to a compound and to a collection. Each line is an event: '+' and the name of an
+// element that starts, then tags and values in turn, all divided by tabs; any other first character and the name of one
+// that ends. Whatever was built must be written in both forms, and the exact form must come back the same.
 #include <algorithm>
 #include <cstdlib>
 #include <string_view>
@@ -32,21 +32,18 @@ void load() {
   static host::LoadedModule& containers = *new host::LoadedModule("qscontainers");
   static host::LoadedModule& hostKit = *new host::LoadedModule("qshostkit");
   static const bool registered = containers.registerClass(__uuidof(::COQSCompound)) == S_OK &&
+                                 containers.registerClass(__uuidof(::COQSCompoundCollection)) == S_OK &&
+                                 hostKit.registerClass(__uuidof(::HostRealArray)) == S_OK &&
                                  hostKit.registerClass(__uuidof(::AttributeSet)) == S_OK &&
                                  hostKit.registerClass(__uuidof(::XMLParser)) == S_OK;
   require(registered);
-}
-
-template <class I>
-ComPtr<I> compoundAs() {
-  return host::createInstance<I>(__uuidof(::COQSCompound));
 }
 
 void send(XMLParserClient& client, std::string_view line) {
   const bool starts = line.starts_with('+');
   line.remove_prefix(std::min<std::size_t>(line.size(), 1));
   const Bstr name = bstr(cut(line, '\t'));
-  if (!starts) return require(client.EndElement(name.get()) == S_OK);
+  if (!starts) return require(SUCCEEDED(client.EndElement(name.get())));
   const auto attributes = host::createInstance<TaggedAttributes>(__uuidof(::AttributeSet));
   while (!line.empty()) {
     const Bstr tag = bstr(cut(line, '\t'));
@@ -55,11 +52,24 @@ void send(XMLParserClient& client, std::string_view line) {
   require(SUCCEEDED(client.StartElement(name.get(), attributes.get())));
 }
 
-Bstr exactText(IUnknown* compound) {
+Bstr exactText(IUnknown* object) {
   Bstr text;
-  const HRESULT hr = ComPtr<IXMLStoreEx>::from(compound)->StoreAsXMLEx(xmlExactForm, text.out());
+  const HRESULT hr = ComPtr<IXMLStoreEx>::from(object)->StoreAsXMLEx(xmlExactForm, text.out());
   require(hr == S_OK || hr == E_INVALIDARG);
   return text;
+}
+
+void sendAll(REFCLSID clsid, std::string_view events) {
+  const auto client = host::createInstance<XMLParserClient>(clsid);
+  while (!events.empty()) send(*client.get(), cut(events, '\n'));
+  Bstr text;
+  require(ComPtr<IXMLStore>::from(client.get())->StoreAsXML(text.out()) == S_OK);
+  const Bstr exact = exactText(client.get());
+  if (!exact) return;
+  const auto again = host::createInstance<IDispatch>(clsid);
+  const auto parser = host::createInstance<IXMLParser>(__uuidof(::XMLParser));
+  require(parser->ParseText(exact.get(), again.get()) == S_OK);
+  require(exactText(again.get()).view() == exact.view());
 }
 
 }  // namespace
@@ -67,7 +77,16 @@ Bstr exactText(IUnknown* compound) {
 std::vector<std::string> fuzzSeeds() {
   const std::string v2 = "+Compound\tVERSION\t2\tName\tn & m\tCompIdx\t7\n";
   const std::string v1 = "+Compound\tVERSION\t1\n";
+  const std::string collection = "+CompoundCollection\tVERSION\t2\tNUMBCOMPOUND\t3\n";
   return {
+      collection + v2 + "-Compound\n+EmptySlot\n-EmptySlot\n" + v1 + "-Compound\n-CompoundCollection",
+      collection +
+          "+AddedLoaders\tNUMB\t2\n+Loader\tNAME\ta\tCLASSNAME\tx\tPATH\tp\n-Loader\n+Loader\tNAME\tb\n"
+          "-AddedLoaders\n+DefaultLoader\tNAME\tb\n+Estimator\tNAME\tc\tDESCRIPTION\td\n"
+          "+DefaultEstimator\tNAME\tc\n-CompoundCollection",
+      "+SubCompList\n+Model\tNAME\tm\tPANE\tp\n+IPModel\tCLASSNAME\tx\n-IPModel\n-Model\n+OffsetH\tVALUES\t1,nan,2\n"
+      "-OffsetH\n+OffsetS\tVALUES\t\n+NamedView\tNAME\tv\tPOSITIONS\t0,2,-1\n+" +
+          v1 + "-SubCompList",
       v2 + "+Synonyms\tNUMB\t2\n+Synonym\tNAME\ta\n-Synonym\n+Synonym\n-Synonyms\n"
            "+GroupProperty\tNAME\tUNIFAC1\tNUMB\t3\n+Group\tID\t1\tNUMB\t2\n-Group\n-GroupProperty\n-Compound",
       v2 + "+FixedProperty\tNAME\tTC\tTYPE\tPointProp\tLOADER\tx\n+PropertyContent\tCONTENT\tValue(1.5)\n"
@@ -88,17 +107,8 @@ std::vector<std::string> fuzzSeeds() {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace qs;
   load();
-  const auto client = compoundAs<XMLParserClient>();
-  std::string_view events(reinterpret_cast<const char*>(data), size);
-  while (!events.empty()) send(*client.get(), cut(events, '\n'));
-
-  Bstr text;
-  require(ComPtr<IXMLStore>::from(client.get())->StoreAsXML(text.out()) == S_OK);
-  const Bstr exact = exactText(client.get());
-  if (!exact) return 0;
-  const auto again = compoundAs<IBasicCompound>();
-  const auto parser = host::createInstance<IXMLParser>(__uuidof(::XMLParser));
-  require(parser->ParseText(exact.get(), again.get()) == S_OK);
-  require(exactText(again.get()).view() == exact.view());
+  const std::string_view events(reinterpret_cast<const char*>(data), size);
+  sendAll(__uuidof(::COQSCompound), events);
+  sendAll(__uuidof(::COQSCompoundCollection), events);
   return 0;
 }
