@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <ctime>
 #include <filesystem>
 #include <memory>
 
@@ -17,9 +18,23 @@ ComPtr<ICompoundCollection> newCollection();
 ComPtr<IBasicPhase> newPhase();
 ComPtr<IPhaseCollection> newPhaseCollection();
 
+// What the calling thread has used of a processor, in seconds.
+inline double processorTime() {
+  std::timespec time;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
 // getters.cpp: typed getters "get/KIND" and what they are held against: "empty call", and "inline/KIND" for the formula
-// alone, each at temperatures that change from call to call.
+// alone, each at temperatures that change from call to call; "get by name/KIND", the same value under its name; and
+// "first name", "last name" for the names of fixed properties by position.
 void addGetters();
+
+// xml.cpp: a compound of the bundled database as XML.
+//   "store", "put pieces"          its text, and the text's fragments and numbers put into one string
+//   "store 10000", "store 100"     time per compound when a collection of so many is stored
+//   "read", "expat"                a new compound from its text, and the parser alone over the same text
+void addXml(const std::filesystem::path& database);
 
 // database.cpp: two databases of compounds as large as usual, in a temporary directory, and the benchmarks over them:
 //   "Init", "read record"                 one compound, and the bytes of its data record through stdio

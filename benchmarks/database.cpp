@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <ctime>
 #include <functional>
 #include <future>
 #include <memory>
@@ -26,13 +25,6 @@ namespace qs::bench {
 namespace {
 
 using namespace database;
-
-// What the calling thread has used of a processor, in seconds.
-double processorTime() {
-  std::timespec time;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
 
 constexpr Key kConstants[] = {Key::MW,   Key::TC,  Key::PC, Key::VC, Key::ACEN,   Key::NBP,   Key::SLDN,
                               Key::DM,   Key::RG,  Key::MP, Key::RI, Key::HFUS,   Key::FP,    Key::FLML,

@@ -111,6 +111,31 @@ void addPair(const std::string& kind, const ComPtr<IBasicCompound>& compound, co
   });
 }
 
+// The value of a correlation under its name, beside its getter.
+void addByName(const std::string& kind, const ComPtr<IBasicCompound>& compound) {
+  const auto properties = ComPtr<ICompoundProp>::from(compound.get());
+  benchmark::RegisterBenchmark(("get by name/" + kind).c_str(), [properties](benchmark::State& state) {
+    const Bstr name(OLESTR("TC"));
+    runOverTemperatures(state, [&](double temperature) {
+      LONG dependencies = 0;
+      double value = 0.0;
+      properties->GetPropertyValue(name.get(), temperature, kPressure, eNoExtrapolation, &dependencies, &value);
+      return value;
+    });
+  });
+}
+
+void addName(const std::string& title, const ComPtr<IBasicCompound>& compound, INT index) {
+  const auto properties = ComPtr<ICompoundProp>::from(compound.get());
+  benchmark::RegisterBenchmark(title.c_str(), [properties, index](benchmark::State& state) {
+    for (auto _ : state) {
+      Bstr name;
+      tagPropTypeEnum type{};
+      benchmark::DoNotOptimize(properties->GetPropertyName(1, index, name.out(), &type));
+    }
+  });
+}
+
 template <class Form>
 void addForm() {
   const std::string name = Form::kName;
@@ -129,6 +154,9 @@ void addGetters() {
   if (getTC(point.get(), 300.0) != 647.096) throw std::runtime_error("a point property does not keep its value");
   addGetter("get/point", point);
   addForm<DIPPR101>();
+  addByName("DIPPR101", compoundWith(DIPPR101::kShape, DIPPR101::kCoefficients, COMx));
+  addName("first name", newCompound(), 0);
+  addName("last name", newCompound(), 104);
   addForm<DIPPR107>();
   addForm<VELDB1>();
 }

@@ -54,6 +54,11 @@ const Target kTargets[] = {
     {"ResetCollection, by compound, 1,000 / 100", "reset 1000", "reset 100", 1.2},
     {"CopyProperties, by compound, 1,000 / 100", "copy 1000", "copy 100", 1.2},
     {"finalizing 21 phases / making their 63 arrays", "finalize 21 phases", "make 63 arrays", 2.0},
+    {"getter of DIPPR101 by name / its own getter", "get by name/DIPPR101", "get/DIPPR101", 4.0},
+    {"last name of a fixed property / the first", "last name", "first name", 1.25},
+    {"XML of a compound / putting its text together", "store", "put pieces", 2.0},
+    {"XML of one of 10,000 compounds / of one of 100", "store 10000", "store 100", 1.2},
+    {"compound from XML / the parser alone", "read", "expat", 4.0},
 };
 
 // Keeps the median time of each benchmark, in nanoseconds: of the processor, which other programs on the machine
@@ -121,6 +126,7 @@ void measure(const std::string& database) {
   containers.registerClass(__uuidof(::COQSPhaseCollection));
   hostKit.registerClass(__uuidof(::HostRealArray));
   hostKit.registerClass(__uuidof(::HostIntegerArray));
+  hostKit.registerClass(__uuidof(::XMLParser));
 
   const std::size_t emptyBytes = bytesOfEmptyCompound();
   const std::size_t largestBytes = bytesOfLargestCompound(database);
@@ -130,6 +136,7 @@ void measure(const std::string& database) {
   addGetters();
   addCollections();
   addPhases();
+  addXml(database);
   Medians medians;
   benchmark::RunSpecifiedBenchmarks(&medians);
   benchmark::ClearRegisteredBenchmarks();

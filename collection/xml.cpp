@@ -13,7 +13,7 @@ HRESULT COQSCompoundCollection::StoreAsXMLEx(INT form, BSTR* text) noexcept {
   return guarded([&] {
     XmlText xml(XmlForm(form), 0);
     XmlWriter(*this, xml).write();
-    *text = Bstr(xml.view()).release();
+    *text = xml.take().release();
     return S_OK;
   });
 }

@@ -44,13 +44,6 @@ void appendInteger(Text& text, std::int32_t value) {
   appendDigits(text, {digits, writeInteger(digits, value)});
 }
 
-// Appends what writeExactDouble writes.
-template <class Text>
-void appendExactDouble(Text& text, double value) {
-  char digits[kExactNumberLength];
-  appendDigits(text, {digits, writeExactDouble(digits, value)});
-}
-
 // Reads as atof does in the C locale: leading blanks, a sign, a decimal or hexadecimal number, "inf" or "nan", and the
 // bits that writeExactDouble gives a NaN; what follows is ignored. Too large a number reads as infinity, text without a
 // number as 0.

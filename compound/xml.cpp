@@ -16,7 +16,7 @@ HRESULT COQSCompound::StoreAsXMLEx(INT form, BSTR* text) noexcept {
   return guarded([&] {
     XmlText xml(XmlForm(form), kExpectedLength);
     writeCompound(xml, identity_, properties_, userProperties_);
-    *text = Bstr(xml.view()).release();
+    *text = xml.take().release();
     return S_OK;
   });
 }

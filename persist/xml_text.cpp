@@ -1,6 +1,8 @@
 #include "persist/xml_text.h"
 
-#include "com/error.h"
+#include <climits>
+#include <utility>
+
 #include "com/number_text.h"
 
 namespace qs {
@@ -46,16 +48,42 @@ XmlForm::XmlForm(INT flags) : flags_(flags) {
   if ((flags & ~INT{xmlExactForm}) != 0) throw CQSCOMError(E_INVALIDARG);
 }
 
+void XmlText::expect(std::size_t length) {
+  constexpr std::size_t kLongest = UINT_MAX / sizeof(OLECHAR) - 64;  // of any string
+  if (length <= capacity_ || length > kLongest) return;
+  Bstr room = Bstr::adopt(SysAllocStringLen(nullptr, static_cast<UINT>(length)));
+  if (!room) return;
+  std::copy_n(room_.get(), length_, room.get());
+  room_ = std::move(room);
+  capacity_ = length;
+}
+
+void XmlText::grow(std::size_t count) {
+  expect(2 * (length_ + count));
+  if (capacity_ - length_ < count) expect(length_ + count);
+  if (capacity_ - length_ < count) throw CQSCOMError(E_OUTOFMEMORY);
+}
+
+Bstr XmlText::take() {
+  BSTR text = room_.release();
+  capacity_ = 0;
+  const auto length = static_cast<UINT>(std::exchange(length_, 0));
+  const bool resized = SysReAllocStringLen(&text, nullptr, length) != 0;
+  Bstr result = Bstr::adopt(text);
+  if (!resized) throw CQSCOMError(E_OUTOFMEMORY);
+  return result;
+}
+
 XmlText& XmlText::operator<<(INT number) {
-  appendInteger(text_, number);
+  char digits[kNumberLength];
+  append(digits, static_cast<std::size_t>(writeInteger(digits, number) - digits));
   return *this;
 }
 
 XmlText& XmlText::operator<<(double number) {
-  if (form_.exactNumbers())
-    appendExactDouble(text_, number);
-  else
-    appendDouble(text_, number);
+  char digits[kExactNumberLength];
+  const char* end = form_.exactNumbers() ? writeExactDouble(digits, number) : writeDouble(digits, number);
+  append(digits, static_cast<std::size_t>(end - digits));
   return *this;
 }
 
@@ -64,10 +92,7 @@ XmlText& XmlText::value(WideView text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const WideView reference = referenceOf(text[i]);
     if (reference.empty() && !isCharacter(text, i)) throw CQSCOMError(E_INVALIDARG);
-    if (reference.empty())
-      text_ += text[i];
-    else
-      text_ += reference;
+    *this << (reference.empty() ? text.substr(i, 1) : reference);
   }
   return *this;
 }

@@ -1,8 +1,10 @@
 // XML text in the making: fragments, values and numbers appended to one growing string.
 #pragma once
 
+#include <algorithm>
+
+#include "com/bstr.h"
 #include "com/interfaces.h"
-#include "platform/text.h"
 
 namespace qs {
 
@@ -22,16 +24,23 @@ class XmlForm {
   INT flags_;
 };
 
+// Grows within the string that it becomes, so that a long text is neither copied in the end nor held twice.
 class XmlText {
  public:
-  XmlText(XmlForm form, std::size_t expectedLength) : form_(form) { text_.reserve(expectedLength); }
+  XmlText(XmlForm form, std::size_t expectedLength) : form_(form) { expect(expectedLength); }
 
   const XmlForm& form() const { return form_; }
-  WideView view() const { return text_; }
+  std::size_t length() const { return length_; }
+
+  // Makes room for a text of a length, when there is so much.
+  void expect(std::size_t length);
+
+  // The text; nothing is left of it here. Throws CQSCOMError(E_OUTOFMEMORY), as all that follow do.
+  Bstr take();
 
   // Markup, as it is.
   XmlText& operator<<(WideView fragment) {
-    text_ += fragment;
+    append(fragment.data(), fragment.size());
     return *this;
   }
   XmlText& operator<<(INT number);
@@ -42,8 +51,18 @@ class XmlText {
   XmlText& value(WideView text);
 
  private:
+  template <class Character>
+  void append(const Character* characters, std::size_t count) {
+    if (count > capacity_ - length_) grow(count);
+    std::copy_n(characters, count, room_.get() + length_);
+    length_ += count;
+  }
+  void grow(std::size_t count);
+
   XmlForm form_;
-  WideString text_;
+  Bstr room_;
+  std::size_t capacity_ = 0;
+  std::size_t length_ = 0;
 };
 
 }  // namespace qs

@@ -62,9 +62,8 @@ TEST(NumberText, WritesEveryBitInTheExactForm) {
               {0xFFF8000000000000, "-nan"},   {0x7FF8000000000001, "nan:8000000000001"},
               {0xFFF0000000000001, "-nan:1"}, {0x7FF4000000000000, "nan:4000000000000"}};
   for (const auto& row : rows) {
-    std::string text;
-    appendExactDouble(text, std::bit_cast<double>(row.bits));
-    EXPECT_EQ(text, row.text);
+    char digits[kExactNumberLength];
+    EXPECT_EQ(std::string(digits, writeExactDouble(digits, std::bit_cast<double>(row.bits))), row.text);
     EXPECT_EQ(std::bit_cast<std::uint64_t>(readDouble(row.text)), row.bits) << row.text;
   }
   const std::pair<const char*, std::uint64_t> malformed[] = {{"nan:", 0x7FF8000000000000},

@@ -195,6 +195,8 @@ void CoUninitialize() noexcept;
 // Length-prefixed wide strings. A null source gives a null string; lengths count OLECHARs or, where named so, bytes.
 BSTR SysAllocString(const OLECHAR* text) noexcept;
 BSTR SysAllocStringLen(const OLECHAR* text, UINT length) noexcept;
+// 0 when there is no memory. With a null source the string keeps what it holds of the new length.
+INT SysReAllocStringLen(BSTR* text, const OLECHAR* source, UINT length) noexcept;
 void SysFreeString(BSTR text) noexcept;
 UINT SysStringLen(BSTR text) noexcept;
 UINT SysStringByteLen(BSTR text) noexcept;

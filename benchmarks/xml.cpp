@@ -1,0 +1,143 @@
+#include <benchmark/benchmark.h>
+#include <expat.h>
+
+#include <charconv>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "benchmarks/bench.h"
+#include "com/bstr.h"
+#include "hostkit/module_loader.h"
+
+namespace qs::bench {
+namespace {
+
+// A bundled compound with many properties: ethanol.
+constexpr INT kNumber = 3;
+
+ComPtr<IBasicCompound> bundledCompound(const std::filesystem::path& database) {
+  auto compound = newCompound();
+  const Bstr directory(widen(database.string()));
+  if (ComPtr<ICompoundInitFromVelDB>::from(compound.get())->Init(directory.get(), kNumber) != S_OK)
+    throw std::runtime_error("the bundled compound cannot be read");
+  return compound;
+}
+
+Bstr textOf(IUnknown* object) {
+  Bstr text;
+  if (ComPtr<IXMLStore>::from(object)->StoreAsXML(text.out()) != S_OK)
+    throw std::runtime_error("the XML text cannot be written");
+  return text;
+}
+
+// A text as the fragments between its numbers and the numbers themselves.
+class Pieces {
+ public:
+  explicit Pieces(WideView text) {
+    // Numbers stand behind a bracket, a comma or a quotation mark.
+    const std::string bytes = narrow(text);
+    std::size_t start = 0;
+    for (std::size_t i = 1; i < bytes.size(); ++i) {
+      if (std::string_view("(,\"").find(bytes[i - 1]) == std::string_view::npos) continue;
+      double value = 0.0;
+      const auto [end, error] = std::from_chars(bytes.data() + i, bytes.data() + bytes.size(), value);
+      if (error != std::errc()) continue;
+      pieces_.push_back({WideString(text.substr(start, i - start)), value});
+      start = static_cast<std::size_t>(end - bytes.data());
+      i = start;
+    }
+    rest_ = text.substr(start);
+  }
+
+  std::size_t numbers() const { return pieces_.size(); }
+
+  WideString put(std::size_t expectedLength) const {
+    WideString text;
+    text.reserve(expectedLength);
+    for (const auto& [fragment, number] : pieces_) {
+      text += fragment;
+      char digits[32];
+      const char* end = std::to_chars(digits, digits + sizeof digits, number, std::chars_format::general, 6).ptr;
+      text.append(static_cast<const char*>(digits), end);
+    }
+    return text += rest_;
+  }
+
+ private:
+  struct Piece {
+    WideString fragment;
+    double number;
+  };
+  std::vector<Piece> pieces_;
+  WideString rest_;
+};
+
+// `count` compounds with as much text as the one given.
+ComPtr<ICompoundCollection> collectionOf(IBasicCompound* compound, INT count) {
+  auto collection = newCollection();
+  for (INT i = 0; i < count; ++i) {
+    const auto copy = newCompound();
+    ComPtr<ICompoundCopy>::from(copy.get())->CopyToThis(i, compound);
+    collection->AddCompound(copy.get());
+  }
+  return collection;
+}
+
+// Time per compound.
+void storeBenchmark(benchmark::State& state, IBasicCompound* compound, INT count) {
+  const auto collection = collectionOf(compound, count);
+  const auto store = ComPtr<IXMLStore>::from(collection.get());
+  for (auto _ : state) {
+    const double start = processorTime();
+    textOf(store.get());
+    state.SetIterationTime((processorTime() - start) / count);
+  }
+}
+
+// The parser with handlers that do nothing.
+void parse(std::string_view text) {
+  const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate("UTF-8"), XML_ParserFree);
+  XML_SetElementHandler(
+      parser.get(), [](void*, const XML_Char*, const XML_Char**) {}, [](void*, const XML_Char*) {});
+  XML_SetCharacterDataHandler(parser.get(), [](void*, const XML_Char*, int) {});
+  if (XML_Parse(parser.get(), text.data(), static_cast<int>(text.size()), XML_TRUE) != XML_STATUS_OK)
+    throw std::runtime_error("the text is not well-formed");
+}
+
+}  // namespace
+
+void addXml(const std::filesystem::path& database) {
+  using benchmark::RegisterBenchmark;
+  const auto compound = bundledCompound(database);
+  const auto text = std::make_shared<const Bstr>(textOf(compound.get()));
+  const auto pieces = std::make_shared<const Pieces>(text->view());
+  if (pieces->put(0) != text->view()) throw std::runtime_error("the pieces are not those of the text");
+
+  RegisterBenchmark("store", [compound](benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(textOf(compound.get()));
+  });
+  RegisterBenchmark("put pieces", [pieces, length = text->view().size()](benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(pieces->put(length));
+  });
+  RegisterBenchmark("store 10000",
+                    [compound](benchmark::State& state) { storeBenchmark(state, compound.get(), 10'000); })
+      ->UseManualTime()
+      ->Iterations(1);
+  RegisterBenchmark("store 100", [compound](benchmark::State& state) { storeBenchmark(state, compound.get(), 100); })
+      ->UseManualTime()
+      ->Iterations(100);
+  const auto parser = host::createInstance<IXMLParser>(__uuidof(::XMLParser));
+  if (!parser) throw std::runtime_error("the class XMLParser cannot be created");
+  RegisterBenchmark("read", [parser, text](benchmark::State& state) {
+    for (auto _ : state)
+      if (parser->ParseText(text->get(), newCompound().get()) != S_OK) throw std::runtime_error("the text is not read");
+  });
+  RegisterBenchmark("expat", [bytes = narrow(text->view())](benchmark::State& state) {
+    for (auto _ : state) parse(bytes);
+  });
+}
+
+}  // namespace qs::bench
