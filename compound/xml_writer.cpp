@@ -262,7 +262,7 @@ void Writer::component(const CQSAbstractProp& component) {
   component.GetCOMObject(object.out());
   Bstr content = Bstr::copyOf(static_cast<const CQSCOMProp&>(component).keptContent().get());
   // From here on the property may be gone: its component may put another in its place.
-  if (object) check(object->Store(content.out()));
+  if (const HRESULT stored = object ? object->Store(content.out()) : S_OK; complete_) check(stored);
   componentText(OLESTR("ClassName("), name, content);
 }
 

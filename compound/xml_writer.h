@@ -9,7 +9,7 @@
 namespace qs {
 
 // Appends the Compound element. Throws CQSCOMError: E_INVALIDARG for data that the form cannot hold, and what a
-// component fails with that is asked for its content.
+// component fails with that is asked for its content; that of a property has no content then in the default form.
 void writeCompound(XmlText& text, const Identity& identity, const PropertyTable& properties,
                    const UserProperties& userProperties);
 

@@ -1,11 +1,9 @@
 // Properties by name and position, user properties and copies.
 #include <climits>
 #include <limits>
-#include <map>
 
 #include "props/key_table.h"
-#include "tests/support/compounds.h"
-#include "tests/support/host_object.h"
+#include "tests/support/xml_compounds.h"
 
 namespace qs::test {
 namespace {
@@ -21,7 +19,7 @@ class Component final : public HostProperty {
   }
 };
 
-class CompoundProperties : public CompoundTest {
+class CompoundProperties : public XmlTest {
  protected:
   struct Found {
     HRESULT result;
@@ -361,48 +359,32 @@ TEST_F(CompoundProperties, ACopyHasEverythingAndStandsAlone) {
                                                                0);
   put->SetCOMProperty(Bstr(OLESTR("LDN")).get(), 1, Bstr(OLESTR("My.Class")).get(), &component);
 
+  ASSERT_EQ(
+      parse(OLESTR("<Compound VERSION='2'><FixedProperty NAME='ST' TYPE='COMProp' CLASSNAME='No.Such'><PropertyContent "
+                   "CONTENT='ComContent(kept)'/></FixedProperty><UserProperty NAME='u' CONTENT='ComContent(too)'/>"
+                   "</Compound>"),
+            compound.get()),
+      S_OK);
+  const WideString described = Description::of(compound);
+  const WideString text = textOf(compound);
+
   const auto copy = newCompound();
   query<ICompoundIDPut>(copy)->put_CMAID(4);
   query<ICompoundPropPut>(copy)->SetPointProperty(Bstr(OLESTR("old")).get(), 0, 1.0);
   ASSERT_EQ(query<ICompoundCopy>(copy)->CopyToThis(42, compound.get()), S_OK);
   setPoint(OLESTR("TC"), 1, 1.0);
   put->ErasePropFromMap(Bstr(OLESTR("mine")).get(), 0);
-
-  const auto copyId = query<ICompoundID>(copy);
-  const auto copyProps = query<ICompoundProp>(copy);
-  BSTR text = nullptr;
-  INT number = 0;
-  EXPECT_EQ(copyId->IsWater(), S_OK);
-  copyId->get_Name(&text);
-  EXPECT_EQ(taken(text), OLESTR("Water"));
-  copyId->get_DDBID(&number);
-  EXPECT_EQ(number, 174);
-  EXPECT_EQ(copyId->get_CMAID(&number), S_FALSE) << "nothing of the old compound stays";
-  EXPECT_EQ(copyId->get_SynonymName(0, &text), S_OK);
-  EXPECT_EQ(taken(text), OLESTR("Oxidane"));
-  copy->get_SubFamily(&text);
-  EXPECT_EQ(taken(text), OLESTR("w"));
-  query<ICompoundUNIFAC1>(copy)->get_UNIFAC1NumberOfGroups(&number);
-  EXPECT_EQ(number, 1);
-  ComPtr<IDispatch> groups, groupCounts;
-  query<ICompoundUNIFAC1>(copy)->get_UNIFAC1Groups(groups.out(), groupCounts.out());
-  EXPECT_EQ(valuesOf(groups.get()), std::vector<LONG>{17});
-  EXPECT_EQ(valuesOf(groupCounts.get()), std::vector<LONG>{1});
-  EXPECT_EQ(value(copyProps.get(), OLESTR("TC"), S_OK), 647.0);
-  EXPECT_EQ(value(copyProps.get(), OLESTR("mine"), S_OK), 5.0);
-  EXPECT_EQ(kind(copyProps.get(), OLESTR("PC")), (Kind{S_OK, VoidProp}));
-  EXPECT_EQ(kind(copyProps.get(), OLESTR("old")), (Kind{S_FALSE, VoidProp}));
-  EXPECT_EQ(value(copyProps.get(), OLESTR("VP"), S_OK), 301.0) << "the transformation came along";
-  EXPECT_EQ(value(copyProps.get(), OLESTR("LDN"), S_OK), 400.0);
+  EXPECT_EQ(narrow(Description::of(copy)), narrow(described)) << "nothing of either stays with the other";
+  EXPECT_EQ(narrow(textOf(copy)).substr(narrow(textOf(copy)).find("Name")),
+            narrow(text).substr(narrow(text).find("Name")))
+      << "what no component took over";
   EXPECT_EQ(component.references, 3u);
-  EXPECT_EQ(query<ICompoundPropPut>(copy)->GetPropertyLoader(Bstr(OLESTR("mine")).get(), &text), S_OK);
-  EXPECT_EQ(taken(text), OLESTR("bank"));
 
   // What cannot be copied changes nothing, nor does a copy onto itself.
   EXPECT_EQ(query<ICompoundCopy>(copy)->CopyToThis(1, nullptr), E_INVALIDARG);
   EXPECT_EQ(query<ICompoundCopy>(copy)->CopyToThis(1, reals({1.0}).get()), E_NOINTERFACE);
   ASSERT_EQ(query<ICompoundCopy>(copy)->CopyToThis(43, copy.get()), S_OK);
-  EXPECT_EQ(value(copyProps.get(), OLESTR("VP"), S_OK), 301.0);
+  EXPECT_EQ(narrow(Description::of(copy)), narrow(described));
   EXPECT_EQ(component.references, 3u);
   query<ICompoundPropPut>(copy)->ErasePropFromMap(Bstr(OLESTR("LDN")).get(), 1);
   put->ErasePropFromMap(Bstr(OLESTR("LDN")).get(), 1);

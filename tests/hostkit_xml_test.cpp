@@ -76,6 +76,15 @@ TEST_F(HostKitXml, HandsOnEventsInTheirOrder) {
   EXPECT_EQ(parse(OLESTR("<a/>"), nullptr), E_INVALIDARG);
 }
 
+TEST_F(HostKitXml, RefusesDocumentTypes) {
+  for (const LPCOLESTR text : {OLESTR("<!DOCTYPE a><a/>"), OLESTR("<!DOCTYPE a SYSTEM 'a.dtd'><a/>"),
+                               OLESTR("<!DOCTYPE a [<!ENTITY e 'entity'>]><a x='&e;'>&e;</a>")}) {
+    Recorder recorder;
+    EXPECT_EQ(parse(text, &recorder), E_FAIL);
+    EXPECT_EQ(recorder.events, "{!");
+  }
+}
+
 TEST_F(HostKitXml, ReadsFilesInTheEncodingThatTheyDeclare) {
   const TemporaryDirectory directory;
   const auto parser = create<IXMLParser>(__uuidof(::XMLParser));
