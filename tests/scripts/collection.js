@@ -24,6 +24,10 @@ var count = collection.NumberOfCompounds;
 check("the database has compounds", count > 20);
 
 var exact = collection.StoreAsXMLEx(EXACT);
+var document = new ActiveXObject("MSXML2.DOMDocument");
+document.async = false;
+check("the system's parser reads the exact form", document.loadXML(exact));
+check("and finds the compounds", document.getElementsByTagName("Compound").length == count);
 var again = newCollection();
 parser.ParseText(exact, again);
 check("as many compounds", again.NumberOfCompounds == count);

