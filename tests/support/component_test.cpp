@@ -40,12 +40,12 @@ host::LoadedModule& ComponentTest::hostKit() {
   return module;
 }
 
-void ComponentTest::SetUp() {
+ComponentTest::ComponentTest() {
   containers();
   hostKit();
 }
 
-void ComponentTest::TearDown() {
+ComponentTest::~ComponentTest() {
   EXPECT_EQ(containers().canUnloadNow(), S_OK) << "an object of the main module is still alive";
   EXPECT_EQ(hostKit().canUnloadNow(), S_OK) << "an object of the host kit is still alive";
 }

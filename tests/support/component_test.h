@@ -13,11 +13,12 @@ namespace qs::test {
 // Both modules are loaded and their classes registered in this process. Every test ends with no live object.
 class ComponentTest : public testing::Test {
  protected:
+  // Around the members of a derived fixture: they find the modules loaded, and are gone when live objects are counted.
+  ComponentTest();
+  ~ComponentTest() override;
+
   static host::LoadedModule& containers();
   static host::LoadedModule& hostKit();
-
-  void SetUp() override;
-  void TearDown() override;
 
   template <class I>
   static ComPtr<I> create(REFCLSID clsid) {

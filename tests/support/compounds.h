@@ -4,6 +4,7 @@
 #include <cmath>
 #include <initializer_list>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "tests/support/component_test.h"
@@ -11,26 +12,18 @@
 namespace qs::test {
 
 class CompoundTest : public ComponentTest {
- protected:
+ public:
   static constexpr double kEmpty = -32767.0;
 
-  static ComPtr<IBasicCompound> newCompound() { return create<IBasicCompound>(__uuidof(::COQSCompound)); }
-
   static ComPtr<IRealArrayDisp> reals(std::initializer_list<double> values) {
-    auto array = create<IRealArrayDisp>(__uuidof(::HostRealArray));
-    EXPECT_EQ(array->put_Size(static_cast<LONG>(values.size())), S_OK);
-    LONG i = 0;
-    for (const double value : values) EXPECT_EQ(array->put_IthValue(i++, value), S_OK);
-    return array;
+    return filled(create<IRealArrayDisp>(__uuidof(::HostRealArray)), values);
+  }
+  static ComPtr<IIntegerArrayDisp> integers(std::initializer_list<LONG> values) {
+    return filled(create<IIntegerArrayDisp>(__uuidof(::HostIntegerArray)), values);
   }
 
-  static ComPtr<IIntegerArrayDisp> integers(std::initializer_list<LONG> values) {
-    auto array = create<IIntegerArrayDisp>(__uuidof(::HostIntegerArray));
-    EXPECT_EQ(array->put_Size(static_cast<LONG>(values.size())), S_OK);
-    LONG i = 0;
-    for (const LONG value : values) EXPECT_EQ(array->put_IthValue(i++, value), S_OK);
-    return array;
-  }
+ protected:
+  static ComPtr<IBasicCompound> newCompound() { return create<IBasicCompound>(__uuidof(::COQSCompound)); }
 
   static std::vector<LONG> valuesOf(IDispatch* array) {
     const auto integers = ComPtr<IIntegerArrayDisp>::from(array);
@@ -41,12 +34,46 @@ class CompoundTest : public ComponentTest {
     for (LONG i = 0; i < size; ++i) EXPECT_EQ(integers->get_IthValue(i, &values[static_cast<std::size_t>(i)]), S_OK);
     return values;
   }
+
+ private:
+  template <class Array, class T>
+  static Array filled(Array array, std::initializer_list<T> values) {
+    EXPECT_EQ(array->put_Size(static_cast<LONG>(values.size())), S_OK);
+    LONG i = 0;
+    for (const T value : values) EXPECT_EQ(array->put_IthValue(i++, value), S_OK);
+    return array;
+  }
 };
 
 // What a string getter gave, as a caller owns it; a null string shows as "(null)".
 inline WideString taken(BSTR text) {
   const Bstr owned = Bstr::adopt(text);
   return owned ? WideString(owned.view()) : WideString(OLESTR("(null)"));
+}
+
+// What a getter answers, whether it is set or not; strings are taken over.
+template <class I, class T, class J>
+auto got(const ComPtr<J>& object, HRESULT (STDMETHODCALLTYPE I::*getter)(T*)) {
+  T value{};
+  EXPECT_TRUE(SUCCEEDED((query<I>(object).get()->*getter)(&value)));
+  if constexpr (std::is_same_v<T, BSTR>)
+    return taken(value);
+  else
+    return value;
+}
+
+// What a compound answers for a property by name; the value is 0.5 where none is written.
+struct PropertyReading {
+  HRESULT result;
+  double value;
+  bool operator==(const PropertyReading&) const = default;
+};
+inline PropertyReading propertyOf(const ComPtr<IBasicCompound>& compound, WideView name, double temperature = 300.0) {
+  LONG dependencies = 0;
+  PropertyReading reading{S_OK, 0.5};
+  reading.result = query<ICompoundProp>(compound)->GetPropertyValue(Bstr(name).get(), temperature, 101.325,
+                                                                    eNoExtrapolation, &dependencies, &reading.value);
+  return reading;
 }
 
 }  // namespace qs::test
