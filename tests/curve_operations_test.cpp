@@ -7,8 +7,7 @@ namespace {
 struct Pair {
   HRESULT (CQSAbstractProp::*get)(double*, double*) const;
   HRESULT (CQSAbstractProp::*set)(double, double);
-  double first;
-  double second;
+  double first, second;
 };
 const Pair kPairs[] = {
     {&CQSAbstractProp::GetTRange, &CQSAbstractProp::SetTRange, 1e-05, 1e+10},
@@ -18,107 +17,51 @@ const Pair kPairs[] = {
     {&CQSAbstractProp::GetAB, &CQSAbstractProp::SetAB, -32767.0, -32767.0},
 };
 
-void expectPair(const CQSAbstractProp& curve, const Pair& pair, double first, double second) {
-  double values[2] = {};
-  EXPECT_EQ((curve.*pair.get)(&values[0], &values[1]), S_OK);
-  EXPECT_THAT(values, testing::ElementsAre(first, second));
-}
-
-void expectShapes(const CQSAbstractProp& curve, LONG x, LONG y) {
-  LONG shapes[2] = {};
-  EXPECT_EQ(curve.GetXYShape(&shapes[0], &shapes[1]), S_OK);
-  EXPECT_THAT(shapes, testing::ElementsAre(x, y));
-}
-
-TEST(CurveOperations, KeepPairsInOrderAndUnchecked) {
-  for (const LONG shape : {LONG{0}, LONG{4}, LONG{37}, LONG{1000}}) {
-    const auto curve = equation(shape);
-    double next = 10.0;
-    for (const Pair& pair : kPairs) {
-      expectPair(*curve, pair, pair.first, pair.second);
-      EXPECT_EQ(((*curve).*pair.set)(next, -next), S_OK);
-      next += 1.0;
-    }
-    expectShapes(*curve, 1, 1);
-    EXPECT_EQ(curve->SetXYShape(-5, 1000), S_OK);
-
-    next = 10.0;
-    for (const Pair& pair : kPairs) {
-      expectPair(*curve, pair, next, -next);
-      next += 1.0;
-    }
-    expectShapes(*curve, -5, 1000);
+std::vector<double> settingsOf(const CQSAbstractProp& curve) {
+  std::vector<double> settings;
+  for (const Pair& pair : kPairs) {
+    double first = 0.0, second = 0.0;
+    EXPECT_EQ((curve.*pair.get)(&first, &second), S_OK);
+    settings.insert(settings.end(), {first, second});
   }
+  LONG x = 0, y = 0;
+  EXPECT_EQ(curve.GetXYShape(&x, &y), S_OK);
+  settings.insert(settings.end(), {static_cast<double>(x), static_cast<double>(y)});
+  return settings;
 }
 
-TEST(CurveOperations, RejectIndicesOutsideTheirCoefficients) {
-  for (LONG shape = 0; shape < 38; ++shape) {
-    const auto curve = equation(shape);
-    LONG count = 0;
-    curve->GetNumbOfParameters(&count);
-    for (LONG i = 0; i < count; ++i) {
-      double value = 0.0;
-      EXPECT_EQ(curve->GetParameter(i, &value), S_OK);
-      EXPECT_EQ(value, -32767.0) << shape;
-      EXPECT_EQ(curve->SetParameter(i, i + 0.5), S_OK);
-    }
-    for (LONG i = 0; i < count; ++i) {
-      double value = 0.0;
-      curve->GetParameter(i, &value);
-      EXPECT_EQ(value, i + 0.5) << shape;
-    }
-    for (const LONG i : {LONG{-1}, LONG{-2147483647 - 1}, count, LONG{2147483647}}) {
-      double value = kUnwritten;
-      EXPECT_EQ(curve->GetParameter(i, &value), S_FALSE) << shape;
-      EXPECT_EQ(value, kUnwritten);
-      EXPECT_EQ(curve->SetParameter(i, 1.0), S_FALSE) << shape;
-    }
-    EXPECT_EQ(curve->SetValue(1.0), S_FALSE);
-  }
-}
-
-TEST(CurveOperations, TakeCoefficientsTogether) {
-  const auto curve = equation(PropCurvePOLY2);
-  const double values[] = {1.0, 2.0, 3.0, 4.0};
-  for (const LONG tooFew : {-1, 0, 2}) EXPECT_EQ(curve->SetParameters(values, tooFew), E_FAIL);
-  double value = 0.0;
-  curve->GetParameter(0, &value);
-  EXPECT_EQ(value, -32767.0);
-  EXPECT_EQ(curve->SetParameters(values, 4), S_OK);
-  curve->SetTRange(500.0, 400.0);
-  curve->SetPRange(1.0, 2.0);
-  EXPECT_EQ(evaluate(*curve, 10.0, 100.0), (Evaluation{S_OK, 1, 321.0})) << "ranges do not matter";
-}
-
-// Fills every field with a value of its own.
+// Gives every field a value of its own.
 void fill(CQSAbstractProp& curve) {
   LONG count = 0;
   curve.GetNumbOfParameters(&count);
-  for (LONG i = 0; i < count; ++i) curve.SetParameter(i, 1.25 * i + 2.0);
+  for (LONG i = 0; i < count; ++i) EXPECT_EQ(curve.SetParameter(i, 1.25 * i + 2.0), S_OK);
   double next = 20.0;
   for (const Pair& pair : kPairs) {
-    (curve.*pair.set)(next, next + 1.0);
+    EXPECT_EQ((curve.*pair.set)(next, next + 1.0), S_OK);
     next += 2.0;
   }
-  curve.SetXYShape(COMlnx, COMxr);
+  EXPECT_EQ(curve.SetXYShape(-5, 1000), S_OK);
   curve.Name = Bstr(OLESTR("VP"));
 }
+const std::vector<double> kFilled{20, 21, 22, 23, 24, 25, 26, 27, 28, 29, -5, 1000};
 
-TEST(CurveOperations, CopyEveryField) {
-  for (LONG shape = 0; shape <= 38; ++shape) {
-    const LONG number = shape == 38 ? static_cast<LONG>(PropCurveVoid) : shape;
-    const auto source = equation(number);
-    const auto target = equation(number);
+TEST(CurveOperations, KeepAndCopyEveryFieldUnchecked) {
+  for (LONG number = 0; number <= 38; ++number) {
+    const LONG shape = number == 38 ? static_cast<LONG>(PropCurveVoid) : number;
+    SCOPED_TRACE(shape);
+    const auto source = equation(shape), target = equation(shape);
+    std::vector<double> defaults;
+    for (const Pair& pair : kPairs) defaults.insert(defaults.end(), {pair.first, pair.second});
+    defaults.insert(defaults.end(), {1.0, 1.0});
+    EXPECT_EQ(settingsOf(*target), defaults);
     fill(*source);
-    const std::string expected = stored(*source);
-    EXPECT_NE(stored(*target), expected);
-    EXPECT_EQ(target->Copy(source.get()), S_OK) << number;
-    EXPECT_EQ(stored(*target), expected);
-    EXPECT_EQ(target->Name.view(), OLESTR("VP"));
-    EXPECT_NE(target->Name.get(), source->Name.get());
-    EXPECT_EQ(target->Copy(target.get()), S_OK);
-    EXPECT_EQ(stored(*target), expected);
-    EXPECT_EQ(target->Name.view(), OLESTR("VP"));
+    EXPECT_EQ(settingsOf(*source), kFilled);
+    for (CQSAbstractProp* from : {source.get(), target.get()}) {
+      EXPECT_EQ(target->Copy(from), S_OK);
+      EXPECT_EQ(stored(*target), stored(*source));
+      EXPECT_EQ(target->Name.view(), OLESTR("VP"));
+      EXPECT_NE(target->Name.get(), source->Name.get());
+    }
   }
 }
 
@@ -140,6 +83,38 @@ TEST(CurveOperations, CopyRefusesOtherForms) {
   EXPECT_EQ(target->Copy(nullptr), S_FALSE);
   EXPECT_EQ(stored(*target), before);
   EXPECT_EQ(target->Name.get(), nullptr);
+}
+
+TEST(CurveOperations, RejectIndicesOutsideTheirCoefficients) {
+  for (LONG shape = 0; shape < 38; ++shape) {
+    SCOPED_TRACE(shape);
+    const auto curve = equation(shape);
+    LONG count = 0;
+    double value = 0.0;
+    curve->GetNumbOfParameters(&count);
+    EXPECT_EQ(curve->GetParameter(count - 1, &value), S_OK);
+    EXPECT_EQ(value, -32767.0);
+    EXPECT_EQ(curve->SetParameter(count - 1, 0.5), S_OK);
+    EXPECT_EQ(curve->GetParameter(count - 1, &value), S_OK);
+    for (const LONG i : {LONG{-1}, LONG{-2147483647 - 1}, count, LONG{2147483647}}) {
+      EXPECT_EQ(curve->GetParameter(i, &value), S_FALSE);
+      EXPECT_EQ(curve->SetParameter(i, 1.0), S_FALSE);
+    }
+    EXPECT_EQ(value, 0.5);
+    EXPECT_EQ(curve->SetValue(1.0), S_FALSE);
+  }
+}
+
+TEST(CurveOperations, TakeCoefficientsTogether) {
+  const auto curve = equation(PropCurvePOLY2);
+  const double values[] = {1.0, 2.0, 3.0, 4.0};
+  for (const LONG tooFew : {-1, 0, 2}) EXPECT_EQ(curve->SetParameters(values, tooFew), E_FAIL);
+  double value = 0.0;
+  curve->GetParameter(0, &value);
+  EXPECT_EQ(value, -32767.0);
+  EXPECT_EQ(curve->SetParameters(values, 4), S_OK);
+  curve->SetTRange(500.0, 400.0);
+  EXPECT_EQ(evaluate(*curve, 10.0), (Evaluation{S_OK, 1, 321.0})) << "the range does not matter";
 }
 
 }  // namespace

@@ -29,20 +29,7 @@ TEST(PropertyText, ReadsTheFirstOccurrenceOfAKey) {
   for (const auto& row : rows) EXPECT_EQ(ReadKeyValue(row.key, row.text), row.value) << narrow(row.text);
 }
 
-TEST(PropertyText, PointStoresSixDigits) {
-  const struct {
-    double value;
-    const char* text;
-  } rows[] = {
-      {0.344, "Value(0.344)"}, {1234567.0, "Value(1.23457e+06)"}, {-32767.0, "Value(-32767)"}, {1e-12, "Value(1e-12)"}};
-  for (const auto& row : rows) {
-    CQSPointProp point;
-    point.SetValue(row.value);
-    EXPECT_EQ(stored(point), row.text);
-  }
-}
-
-TEST(PropertyText, PointRecallsAnything) {
+TEST(PropertyText, PointStoresSixDigitsAndRecallsAnything) {
   const std::string fits(75, '0');
   const struct {
     std::string text;
@@ -52,9 +39,7 @@ TEST(PropertyText, PointRecallsAnything) {
       {"noise Value( 12.5 kg) Value(3)", 12.5},
       {"Value()", 0.0},
       {"Value(x)", 0.0},
-      {"", 0.0},
       {"value(3)", 0.0},
-      {"Value(3", 0.0},
       {"Value(" + fits + "12.5)", 12.5},   // 79 bytes
       {"Value(" + fits + "012.5)", 99.0},  // 80 bytes do not fit: unchanged
   };
@@ -65,6 +50,8 @@ TEST(PropertyText, PointRecallsAnything) {
     EXPECT_EQ(evaluate(point).value, row.value) << row.text;
   }
   CQSPointProp point;
+  point.SetValue(1234567.0);
+  EXPECT_EQ(stored(point), "Value(1.23457e+06)");
   EXPECT_EQ(point.Recall(nullptr), S_OK);
   EXPECT_EQ(evaluate(point).value, 0.0);
   CQSVoidProp placeholder;
@@ -92,33 +79,20 @@ TEST(PropertyText, ComponentStoresClassNameAndContent) {
   EXPECT_EQ(property.GetCOMClassName(&name), S_FALSE);
 }
 
-TEST(PropertyText, EquationStoresEveryField) {
+TEST(PropertyText, EquationStoresEveryFieldAndRecallsWhatIsThere) {
   EXPECT_EQ(stored(*equation(PropCurveANTO1)),
             "Tmin(1e-05) Tmax(1e+10) Pmin(1e-05) Pmax(1e+15) nParams(5) Values(-32767,-32767,-32767,-32767,-32767) "
             "Xshape(1) Yshape(1) Xnorm(1) Ynorm(1) Xpow(1) Ypow(1) A(-32767) B(-32767)");
-  EXPECT_EQ(stored(*equation(PropCurveVoid)),
-            "Tmin(1e-05) Tmax(1e+10) Pmin(1e-05) Pmax(1e+15) nParams(0) Values() "
-            "Xshape(1) Yshape(1) Xnorm(1) Ynorm(1) Xpow(1) Ypow(1) A(-32767) B(-32767)");
-
   const std::string text =
       "Tmin(250.5) Tmax(500) Pmin(-2) Pmax(1e+06) nParams(3) Values(1.5,-2e-07,1e+20) "
       "Xshape(26) Yshape(7) Xnorm(2) Ynorm(3) Xpow(0.5) Ypow(4) A(5) B(6.25)";
   const auto curve = equation(PropCurvePOLY2);
   recall(*curve, text);
   EXPECT_EQ(stored(*curve), text);
-}
-
-TEST(PropertyText, EquationRecallsWhatIsThere) {
-  const auto curve = equation(PropCurvePOLY2);
-  curve->SetXYShape(26, 7);
-  curve->SetXYNorm(2.0, 3.0);
-  curve->SetXYPow(4.0, 5.0);
-  curve->SetAB(6.0, 7.0);
-  curve->SetTRange(10.0, 20.0);
   recall(*curve, "Tmax(x) Yshape(8) Ypow() B(70) nonsense");
   EXPECT_EQ(stored(*curve),
-            "Tmin(0) Tmax(0) Pmin(0) Pmax(0) nParams(3) Values(-32767,-32767,-32767) "
-            "Xshape(26) Yshape(8) Xnorm(2) Ynorm(3) Xpow(4) Ypow(0) A(6) B(70)");
+            "Tmin(0) Tmax(0) Pmin(0) Pmax(0) nParams(3) Values(1.5,-2e-07,1e+20) "
+            "Xshape(26) Yshape(8) Xnorm(2) Ynorm(3) Xpow(0.5) Ypow(0) A(5) B(70)");
   EXPECT_EQ(curve->Recall(nullptr), S_OK);
 }
 
@@ -127,20 +101,15 @@ TEST(PropertyText, EquationRecallsNoMoreValuesThanEitherCount) {
     std::string text;
     std::vector<double> values;
   } rows[] = {{"nParams(5) Values(1,2,3,4,5)", {1, 2, 3, 4, 5}},
-              {"nParams(3) Values(1,2,3)", {1, 2, 3, 94, 95}},
               {"nParams(3) Values(1,2,3,4,5)", {1, 2, 3, 94, 95}},
-              {"nParams(7) Values(1,2,3,4,5,6,7)", {1, 2, 3, 4, 5}},
               {"nParams(5) Values(1,2,3,4,5,6,7,8,9)", {1, 2, 3, 4, 5}},
               {"nParams(5) Values(1,2)", {1, 2, 93, 94, 95}},
               {"nParams(5) Values(,1,, 2e1x,,x,4,)", {1, 20, 0, 4, 95}},
-              {"nParams(0) Values(1,2,3,4,5)", {91, 92, 93, 94, 95}},
               {"nParams(-1) Values(1,2)", {91, 92, 93, 94, 95}},
-              {"nParams(-2147483648) Values(1,2)", {91, 92, 93, 94, 95}},
               {"nParams(2147483647) Values(1,2)", {1, 2, 93, 94, 95}},
               {"nParams(99999999999) Values(1,2,3,4,5,6)", {1, 2, 3, 4, 5}},
               {"Values(1,2,3,4,5)", {91, 92, 93, 94, 95}},
               {"nParams(5)", {91, 92, 93, 94, 95}},
-              {"nParams(5) Values()", {91, 92, 93, 94, 95}},
               {"nParams(5) Values(,,,)", {91, 92, 93, 94, 95}}};
   for (const auto& row : rows) {
     const auto curve = equation(PropCurveVELDB1);

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "props/curve.h"
+#include "tests/support/host_object.h"
 
 namespace qs {
 
@@ -52,39 +53,19 @@ inline Evaluation evaluate(const CQSAbstractProp& property, double T = 300.0, do
 }
 
 // An external component: the value is the sum of its arguments; references are counted and never delete it.
-struct FakeComponent : IPCProperty {
-  LONG references = 1;
+struct FakeComponent : test::HostProperty {
   HRESULT result = S_OK;
-  std::string content = "k=1";
 
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** out) override {
-    *out = nullptr;
-    return E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(++references); }
-  ULONG STDMETHODCALLTYPE Release() override { return static_cast<ULONG>(--references); }
-  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE GetProperty(double T, double P, tagExtrapolationEnum e, LONG* pDependencies,
-                                        double* pVal) override {
+  STDMETHODIMP GetProperty(double T, double P, tagExtrapolationEnum e, LONG* pDependencies,
+                           double* pVal) noexcept override {
     *pDependencies = 3;
     *pVal = T + P + static_cast<int>(e);
     return result;
   }
-  HRESULT STDMETHODCALLTYPE GetClassID(BSTR*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetClassName(BSTR*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Store(BSTR* pVal) override {
-    if (FAILED(result)) return result;
-    *pVal = Bstr(widen(content)).release();
-    return S_OK;
+  STDMETHODIMP Store(BSTR* pVal) noexcept override {
+    if (SUCCEEDED(result)) *pVal = Bstr(OLESTR("k=1")).release();
+    return result;
   }
-  HRESULT STDMETHODCALLTYPE Recall(BSTR) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Copy(IPCProperty*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetMethod(BSTR*) override { return E_NOTIMPL; }
 };
 
 }  // namespace qs
