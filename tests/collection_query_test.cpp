@@ -19,8 +19,7 @@ class CollectionQueryTest : public CollectionTest {
                                fieldDefinition("PPDSID", 4, "Long Integer"), fieldDefinition("MW", 8, "Double")},
                               {indexRecord(9, 0), indexRecord(5, 1), indexRecord(7, 2), indexRecord(5, 3)},
                               {synonymRecord(5, "Spirit"), synonymRecord(5, "Solvent"), synonymRecord(9, "SOLVENT")}));
-    Bytes data = header(2.0, 78, 4, 4);
-    data.zerosTo(78);
+    Bytes data = header(2.0, 78, 4, 4).zerosTo(78);
     data.append(dataRecord("Methanol", "67-56-1", 12, 32.04));
     data.append(dataRecord("Ethanol", "64-17-5", 120, 46.07));
     data.append(dataRecord("methanol", "AA-1", 12, 32.04));
@@ -32,7 +31,7 @@ class CollectionQueryTest : public CollectionTest {
   std::string ask(const OLECHAR* field, const OLECHAR* text) {
     ComPtr<IIntegerArrayDisp> numbers;
     const HRESULT result =
-        query<IQueryLoader>(collection_)
+        query<IQueryLoader>(newCollection())
             ->GetVelIDs(Bstr(database_.name()).get(), Bstr(field).get(), Bstr(text).get(), numbers.out());
     EXPECT_EQ(result == S_OK, static_cast<bool>(numbers));
     if (FAILED(result)) return "failed";
@@ -42,13 +41,7 @@ class CollectionQueryTest : public CollectionTest {
     return list;
   }
 
-  void TearDown() override {
-    collection_ = {};
-    CollectionTest::TearDown();
-  }
-
   TemporaryDirectory database_;
-  ComPtr<ICompoundCollection> collection_ = newCollection();
 };
 
 TEST_F(CollectionQueryTest, FindsAllCompoundsInTheOrderOfTheIndex) {
@@ -71,7 +64,7 @@ TEST_F(CollectionQueryTest, FindsAllCompoundsInTheOrderOfTheIndex) {
 }
 
 TEST_F(CollectionQueryTest, NullTextsMatchNothingAndMissingFilesFail) {
-  const auto loader = query<IQueryLoader>(collection_);
+  const auto loader = query<IQueryLoader>(newCollection());
   const Bstr path(database_.name()), text(OLESTR("PName"));
   ComPtr<IIntegerArrayDisp> numbers;
   EXPECT_EQ(loader->GetVelIDs(path.get(), nullptr, text.get(), numbers.out()), S_FALSE);
