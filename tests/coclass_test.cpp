@@ -25,9 +25,14 @@ ComPtr<IUnknown> queryFor(IUnknown* object, REFIID iid) {
   return found;
 }
 
-// An object that contains others and hands out their interfaces as its own.
+// An object that contains another and hands out its interfaces as its own.
 class Outer final : public IUnknown {
  public:
+  explicit Outer(REFCLSID clsid) {
+    EXPECT_EQ(
+        CoCreateInstance(clsid, this, CLSCTX_INPROC_SERVER, __uuidof(IUnknown), reinterpret_cast<void**>(inner.out())),
+        S_OK);
+  }
   STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
     if (!IsEqualGUID(iid, __uuidof(IUnknown))) return inner->QueryInterface(iid, out);
     *out = static_cast<IUnknown*>(this);
@@ -41,22 +46,9 @@ class Outer final : public IUnknown {
   ULONG references = 1;
 };
 
-using Aggregation = ComponentTest;
-using Identity = ComponentTest;
+using CoclassTest = ComponentTest;
 
-class ClassObjects : public ComponentTest {
- protected:
-  static ComPtr<IClassFactory> compoundFactory() {
-    ComPtr<IClassFactory> factory;
-    EXPECT_EQ(containers().getClassObject(__uuidof(::COQSCompound), __uuidof(IClassFactory),
-                                          reinterpret_cast<void**>(factory.out())),
-              S_OK);
-    return factory;
-  }
-};
-
-TEST_F(Identity, EveryInterfaceAnswersFromEveryOther) {
-  ASSERT_EQ(kCompoundInterfaces.size(), 29u);
+TEST_F(CoclassTest, EveryInterfaceAnswersFromEveryOther) {
   const auto compound = create<IUnknown>(__uuidof(::COQSCompound));
   for (std::size_t from = 0; from < kCompoundInterfaces.size(); ++from) {
     const auto start = queryFor(compound.get(), *kCompoundInterfaces[from]);
@@ -64,6 +56,7 @@ TEST_F(Identity, EveryInterfaceAnswersFromEveryOther) {
     EXPECT_EQ(queryFor(start.get(), __uuidof(IUnknown)).get(), compound.get()) << from;
     for (const IID* to : kCompoundInterfaces)
       EXPECT_EQ(queryFor(start.get(), *to).get(), queryFor(compound.get(), *to).get()) << from;
+    EXPECT_EQ(referencesOf(start.get()), 2u) << "one count for all";
   }
   EXPECT_EQ(queryFor(compound.get(), __uuidof(IDispatch)).get(),
             queryFor(compound.get(), __uuidof(IBasicCompound)).get())
@@ -75,25 +68,11 @@ TEST_F(Identity, EveryInterfaceAnswersFromEveryOther) {
   EXPECT_EQ(compound->QueryInterface(__uuidof(IUnknown), nullptr), E_POINTER);
 }
 
-TEST_F(Identity, AllInterfacesShareOneCount) {
-  const auto compound = create<IBasicCompound>(__uuidof(::COQSCompound));
-  const auto id = query<ICompoundID>(compound);
-  const auto copy = query<ICompoundCopy>(compound);
-  EXPECT_EQ(referencesOf(compound.get()), 3u);
-  EXPECT_EQ(referencesOf(id.get()), 3u);
-  EXPECT_EQ(id->AddRef(), 4u);
-  EXPECT_EQ(copy->Release(), 3u);
-}
-
-TEST_F(Aggregation, AnInnerObjectIsPartOfItsOuter) {
+TEST_F(CoclassTest, AnInnerObjectIsPartOfItsOuter) {
   for (const CLSID* clsid : {&__uuidof(::COQSCompound), &__uuidof(::COQSPhase), &__uuidof(::COQSPhaseCollection),
                              &__uuidof(::HostRealMatrix)}) {
-    Outer outer;
-    ASSERT_EQ(CoCreateInstance(*clsid, &outer, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
-                               reinterpret_cast<void**>(outer.inner.out())),
-              S_OK);
+    Outer outer(*clsid);
     EXPECT_EQ(outer.references, 1u) << "creation keeps no reference to the outer object";
-    EXPECT_EQ(referencesOf(outer.inner.get()), 1u);
     {
       const auto face = ComPtr<IDispatch>::from(&outer);
       ASSERT_TRUE(face);
@@ -104,52 +83,38 @@ TEST_F(Aggregation, AnInnerObjectIsPartOfItsOuter) {
     }
     EXPECT_EQ(outer.references, 1u);
   }
+  Outer outer(__uuidof(::COQSCompound));
+  for (const IID* iid : kCompoundInterfaces)
+    EXPECT_EQ(queryFor(queryFor(&outer, *iid).get(), __uuidof(IUnknown)).get(), &outer);
 }
 
-TEST_F(Aggregation, AllInterfacesAnswerThroughTheOuter) {
-  Outer outer;
-  ASSERT_EQ(CoCreateInstance(__uuidof(::COQSCompound), &outer, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
-                             reinterpret_cast<void**>(outer.inner.out())),
-            S_OK);
-  for (const IID* iid : kCompoundInterfaces) {
-    const auto face = queryFor(&outer, *iid);
-    ASSERT_TRUE(face);
-    EXPECT_EQ(queryFor(face.get(), __uuidof(IUnknown)).get(), &outer);
-  }
-  void* out = &out;
-  EXPECT_EQ(CoCreateInstance(__uuidof(::COQSCompound), &outer, CLSCTX_INPROC_SERVER, __uuidof(IBasicCompound), &out),
-            CLASS_E_NOAGGREGATION);
-  EXPECT_EQ(out, nullptr);
-}
-
-TEST_F(ClassObjects, AnswerForTheirClassAlone) {
-  ComPtr<IClassFactory> none;
+TEST_F(CoclassTest, FailedCreationLeavesNothing) {
+  const CLSID &compound = __uuidof(::COQSCompound), &array = __uuidof(::HostRealArray);
+  ComPtr<IClassFactory> factory;
   const auto get = [&](REFCLSID clsid, REFIID iid) {
-    return containers().getClassObject(clsid, iid, reinterpret_cast<void**>(none.out()));
+    return containers().getClassObject(clsid, iid, reinterpret_cast<void**>(factory.out()));
   };
-  EXPECT_EQ(get(__uuidof(::COQSCompound), __uuidof(IDispatch)), E_NOINTERFACE);
-  EXPECT_EQ(get(__uuidof(::HostRealArray), __uuidof(IClassFactory)), CLASS_E_CLASSNOTAVAILABLE);
-  EXPECT_EQ(get(__uuidof(IBasicCompound), __uuidof(IClassFactory)), CLASS_E_CLASSNOTAVAILABLE);
-  EXPECT_EQ(containers().getClassObject(__uuidof(::COQSCompound), __uuidof(IClassFactory), nullptr), E_POINTER);
-}
+  EXPECT_EQ(get(compound, __uuidof(IDispatch)), E_NOINTERFACE);
+  EXPECT_EQ(get(array, __uuidof(IClassFactory)), CLASS_E_CLASSNOTAVAILABLE);
+  EXPECT_EQ(containers().getClassObject(compound, __uuidof(IClassFactory), nullptr), E_POINTER);
 
-TEST_F(ClassObjects, FailedCreationLeavesNothing) {
-  const auto factory = compoundFactory();
+  ASSERT_EQ(get(compound, __uuidof(IClassFactory)), S_OK);
   void* out = &out;
   EXPECT_EQ(factory->CreateInstance(nullptr, __uuidof(IClassFactory), &out), E_NOINTERFACE);
   EXPECT_EQ(out, nullptr);
   EXPECT_EQ(factory->CreateInstance(nullptr, __uuidof(IUnknown), nullptr), E_POINTER);
-  EXPECT_EQ(containers().canUnloadNow(), S_OK);
+  Outer outer(__uuidof(::HostRealMatrix));
+  EXPECT_EQ(factory->CreateInstance(&outer, __uuidof(IBasicCompound), &out), CLASS_E_NOAGGREGATION);
+  EXPECT_EQ(containers().canUnloadNow(), S_OK) << "a class object alone keeps no module";
 }
 
-TEST_F(ClassObjects, ObjectsAndServerLocksKeepTheModuleLoaded) {
-  const auto factory = compoundFactory();
-  EXPECT_EQ(containers().canUnloadNow(), S_OK) << "a class object alone does not";
+TEST_F(CoclassTest, ObjectsAndServerLocksKeepTheModuleLoaded) {
+  ComPtr<IClassFactory> factory;
+  containers().getClassObject(__uuidof(::COQSCompound), __uuidof(IClassFactory),
+                              reinterpret_cast<void**>(factory.out()));
   {
     const auto compound = create<IBasicCompound>(__uuidof(::COQSCompound));
     EXPECT_EQ(containers().canUnloadNow(), S_FALSE);
-    Outer outer;
-    factory->CreateInstance(&outer, __uuidof(IUnknown), reinterpret_cast<void**>(outer.inner.out()));
     EXPECT_EQ(factory->LockServer(TRUE), S_OK);
   }
   EXPECT_EQ(containers().canUnloadNow(), S_FALSE);

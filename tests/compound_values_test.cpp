@@ -9,21 +9,35 @@ namespace {
 
 using CompoundValues = CompoundTest;
 
-struct Reading {
-  HRESULT result;
-  LONG dependencies;
-  double value;
-  bool operator==(const Reading&) const = default;
-};
-struct Range {
-  HRESULT result;
-  double tMin, tMax, pMin, pMax;
-  bool operator==(const Range&) const = default;
-};
-
 // What stands in the outputs before a call.
 constexpr LONG kOldDependencies = 77;
 constexpr double kOld = 123.5;
+
+struct Reading {
+  HRESULT result = S_OK;
+  LONG dependencies = kOldDependencies;
+  double value = kOld;
+  bool operator==(const Reading&) const = default;
+};
+struct Range {
+  HRESULT result = S_OK;
+  double tMin = kOld, tMax = kOld, pMin = kOld, pMax = kOld;
+  bool operator==(const Range&) const = default;
+};
+
+template <class I, class Method>
+Reading read(IUnknown* compound, Method method) {
+  Reading out;
+  out.result =
+      (ComPtr<I>::from(compound).get()->*method)(350.0, 200.0, eNoExtrapolation, &out.dependencies, &out.value);
+  return out;
+}
+template <class I, class Method>
+Range readRange(IUnknown* compound, Method method) {
+  Range out;
+  out.result = (ComPtr<I>::from(compound).get()->*method)(&out.tMin, &out.tMax, &out.pMin, &out.pMax);
+  return out;
+}
 
 // Every typed getter, each through the interface that documents it.
 struct Getter {
@@ -32,21 +46,8 @@ struct Getter {
   Reading (*value)(IUnknown* compound);
   Range (*range)(IUnknown* compound);  // null where the interface has none
 };
-
-#define READ_VALUE(key, interface_name)                                                                        \
-  [](IUnknown* compound) {                                                                                     \
-    Reading reading{0, kOldDependencies, kOld};                                                                \
-    reading.result = ComPtr<interface_name>::from(compound)->get_##key(350.0, 200.0, eNoExtrapolation,         \
-                                                                       &reading.dependencies, &reading.value); \
-    return reading;                                                                                            \
-  }
-#define READ_RANGE(key, interface_name)                                                                              \
-  [](IUnknown* compound) {                                                                                           \
-    Range range{0, kOld, kOld, kOld, kOld};                                                                          \
-    range.result = ComPtr<interface_name>::from(compound)->get_##key##TPRange(&range.tMin, &range.tMax, &range.pMin, \
-                                                                              &range.pMax);                          \
-    return range;                                                                                                    \
-  }
+#define READ_VALUE(key, I) [](IUnknown* compound) { return read<I>(compound, &I::get_##key); }
+#define READ_RANGE(key, I) [](IUnknown* compound) { return readRange<I>(compound, &I::get_##key##TPRange); }
 const Getter kGetters[] = {
 #define FIXED_KEY(key, help, interface_name, dispid) \
   {#key, #interface_name, READ_VALUE(key, interface_name), READ_RANGE(key, interface_name)},
@@ -55,9 +56,6 @@ const Getter kGetters[] = {
 };
 #undef READ_VALUE
 #undef READ_RANGE
-
-// 82 keys have a getter of their own, and nine of them one more in IBasicCompound.
-static_assert(std::size(kGetters) == 82 + 9);
 
 TEST_F(CompoundValues, EachGetterReadsItsOwnKeyAloneAtTheStateAskedFor) {
   const auto coefficients = reals({1.0, 2.0, 0.5});
@@ -73,7 +71,7 @@ TEST_F(CompoundValues, EachGetterReadsItsOwnKeyAloneAtTheStateAskedFor) {
         EXPECT_EQ(getter.range(compound.get()), range);
       }
     };
-    expect({S_FALSE, kOldDependencies, kOld}, {S_FALSE, kOld, kOld, kOld, kOld});
+    expect({S_FALSE}, {S_FALSE});
     ASSERT_EQ(put->SetPointProperty(key.get(), 1, 500.0), S_OK);
     expect({S_OK, 0, 500.0}, noRange);
     for (const Getter& other : kGetters)
@@ -93,32 +91,26 @@ TEST_F(CompoundValues, TwoValuesAtOnceNeedBothAndUseTheStandardState) {
   const auto put = query<ICompoundPropPut>(compound);
   const auto viscosity = query<ICompoundViscosity>(compound);
   const auto uniquac = query<ICompoundUNIQUAC1>(compound);
-  struct Pair {
-    const OLECHAR* first;
-    const OLECHAR* second;
+  const struct {
+    Bstr first, second;
     std::function<HRESULT(double*, double*)> read;
-  };
-  const Pair pairs[] = {
-      {OLESTR("THETAA"), OLESTR("THETAB"), [&](double* a, double* b) { return viscosity->get_ViscosityThetas(a, b); }},
-      {OLESTR("UNIQUACR"), OLESTR("UNIQUACQ"),
-       [&](double* r, double* q) { return uniquac->get_UNIQUAC1Parameters(r, q); }},
-  };
-  for (const Pair& pair : pairs) {
-    double first = kOld;
-    double second = kOld;
-    EXPECT_EQ(pair.read(&first, &second), S_FALSE);
-    put->SetPointProperty(Bstr(pair.first).get(), 1, 1.5);
-    EXPECT_EQ(pair.read(&first, &second), S_FALSE);
-    EXPECT_EQ(first, kOld);
-    EXPECT_EQ(second, kOld);
-    put->SetEquationProperty(Bstr(pair.second).get(), 1, PropCurvePOLY2, 1, 2, 1, 2, reals({0.0, 1.0, 0.0}).get());
-    EXPECT_EQ(pair.read(&first, &second), S_OK);
-    EXPECT_EQ(first, 1.5);
-    EXPECT_EQ(second, 298.15);
-    put->SetPointProperty(Bstr(pair.first).get(), 1, kEmpty);
-    EXPECT_EQ(pair.read(&first, &second), S_FALSE);
-    EXPECT_EQ(first, kEmpty);
-    EXPECT_EQ(second, 298.15);
+  } pairs[] = {{Bstr(OLESTR("THETAA")), Bstr(OLESTR("THETAB")),
+                [&](double* a, double* b) { return viscosity->get_ViscosityThetas(a, b); }},
+               {Bstr(OLESTR("UNIQUACR")), Bstr(OLESTR("UNIQUACQ")),
+                [&](double* r, double* q) { return uniquac->get_UNIQUAC1Parameters(r, q); }}};
+  for (const auto& pair : pairs) {
+    double first = kOld, second = kOld;
+    const auto expect = [&](HRESULT result, double firstValue, double secondValue) {
+      EXPECT_EQ(pair.read(&first, &second), result);
+      EXPECT_EQ(first, firstValue);
+      EXPECT_EQ(second, secondValue);
+    };
+    put->SetPointProperty(pair.first.get(), 1, 1.5);
+    expect(S_FALSE, kOld, kOld);
+    put->SetEquationProperty(pair.second.get(), 1, PropCurvePOLY2, 1, 2, 1, 2, reals({0.0, 1.0, 0.0}).get());
+    expect(S_OK, 1.5, 298.15);
+    put->SetPointProperty(pair.first.get(), 1, kEmpty);
+    expect(S_FALSE, kEmpty, 298.15);
   }
 }
 
