@@ -6,6 +6,7 @@
 
 #include "props/key_table.h"
 #include "tests/support/compounds.h"
+#include "tests/support/late_call.h"
 
 namespace qs::test {
 namespace {
@@ -79,60 +80,7 @@ std::vector<InterfaceFunctions> interfacesOf(REFCLSID clsid, IDispatch* object) 
   return result;
 }
 
-HRESULT idOf(IDispatch* object, const std::wstring& name, DISPID* id) {
-  std::wstring copy = name;
-  LPOLESTR names[] = {copy.data()};
-  return object->GetIDsOfNames(IID_NULL, names, 1, 0, id);
-}
-
-class Variant {
- public:
-  Variant() { VariantInit(&value); }
-  explicit Variant(double number) : Variant() {
-    V_VT(&value) = VT_R8;
-    V_R8(&value) = number;
-  }
-  explicit Variant(int number) : Variant() {
-    V_VT(&value) = VT_I4;
-    V_I4(&value) = number;
-  }
-  explicit Variant(const wchar_t* text) : Variant() {
-    V_VT(&value) = VT_BSTR;
-    V_BSTR(&value) = SysAllocString(text);
-  }
-  Variant(Variant&& other) noexcept : value(other.value) { VariantInit(&other.value); }
-  Variant& operator=(Variant&& other) noexcept {
-    std::swap(value, other.value);
-    return *this;
-  }
-  ~Variant() { VariantClear(&value); }
-
-  VARIANT value;
-};
-
-// Calls a member by name through the default interface, as a script does. A failure of the member itself is answered as
-// the code that it failed with.
-template <class... Arguments>
-HRESULT call(IDispatch* object, const wchar_t* name, WORD flags, Variant* result, Arguments... arguments) {
-  DISPID id = 0;
-  if (const HRESULT hr = idOf(object, name, &id); FAILED(hr)) return hr;
-  std::vector<Variant> given;
-  (given.push_back(Variant(arguments)), ...);
-  std::vector<VARIANT> reversed;
-  for (auto i = given.rbegin(); i != given.rend(); ++i) reversed.push_back(i->value);
-  DISPID put = DISPID_PROPERTYPUT;
-  DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
-  if (flags & DISPATCH_PROPERTYPUT) {
-    parameters.rgdispidNamedArgs = &put;
-    parameters.cNamedArgs = 1;
-  }
-  EXCEPINFO exception{};
-  const HRESULT hr =
-      object->Invoke(id, IID_NULL, 0, flags, &parameters, result ? &result->value : nullptr, &exception, nullptr);
-  return hr == DISP_E_EXCEPTION ? exception.scode : hr;
-}
-
-class LateBinding : public CompoundTest {};
+using LateBinding = CompoundTest;
 
 TEST_F(LateBinding, TypeLibraryAndKeyTableAgreeBothWays) {
   struct Row {
@@ -236,34 +184,16 @@ TEST_F(LateBinding, TheDefaultInterfaceKnowsTheNamesOfAll) {
   EXPECT_EQ(idOf(compound.get(), L"chemicalformula", &id), S_OK) << "names match regardless of case";
 }
 
-TEST_F(LateBinding, ScriptsReadAndWriteEveryInterfaceByName) {
-  const auto compound = newCompound();
-  Variant result;
-  EXPECT_EQ(call(compound.get(), L"Name", DISPATCH_PROPERTYPUT, nullptr, L"Water"), S_OK);
-  EXPECT_EQ(call(compound.get(), L"Name", DISPATCH_PROPERTYGET, &result), S_OK);
-  ASSERT_EQ(V_VT(&result.value), VT_BSTR);
-  EXPECT_STREQ(V_BSTR(&result.value), L"Water");
-
-  EXPECT_EQ(call(compound.get(), L"Family", DISPATCH_PROPERTYPUT, nullptr, 4), S_OK) << "what the default lacks";
-  EXPECT_EQ(call(compound.get(), L"Family", DISPATCH_PROPERTYGET, &result), S_OK);
-  EXPECT_EQ(V_I4(&result.value), 4);
-
-  EXPECT_EQ(call(compound.get(), L"SetPointProperty", DISPATCH_METHOD, nullptr, L"PRTC", 1, 647.0), S_OK);
-  // A number stands for an out-parameter that the caller does not want.
-  EXPECT_EQ(call(compound.get(), L"PRTC", DISPATCH_PROPERTYGET, &result, 300.0, 101.0, 0, 0), S_OK);
-  ASSERT_EQ(V_VT(&result.value), VT_R8);
-  EXPECT_EQ(V_R8(&result.value), 647.0);
-}
-
 TEST_F(LateBinding, RefusesWhatDoesNotExist) {
   const auto compound = newCompound();
   DISPPARAMS none{};
-  Variant result;
+  LateValue result;
   for (const DISPID id : {DISPID{0x1000}, DISPID{0x40000000 - 1}, DISPID{0x7fffffff}, DISPID{-1}})
-    EXPECT_EQ(compound->Invoke(id, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &result.value, nullptr, nullptr),
+    EXPECT_EQ(compound->Invoke(id, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &result.variant, nullptr, nullptr),
               DISP_E_MEMBERNOTFOUND)
         << id;
-  EXPECT_TRUE(FAILED(call(compound.get(), L"ChemicalFormula", DISPATCH_METHOD, nullptr))) << "a property is no method";
+  EXPECT_TRUE(FAILED(callByName(compound.get(), L"ChemicalFormula", DISPATCH_METHOD, result)))
+      << "a property is no method";
   EXPECT_TRUE(FAILED(compound->Invoke(1, IID_NULL, 0, DISPATCH_PROPERTYGET, nullptr, nullptr, nullptr, nullptr)));
   ComPtr<ITypeInfo> info;
   EXPECT_EQ(compound->GetTypeInfo(1, 0, info.out()), DISP_E_BADINDEX);
@@ -273,12 +203,12 @@ TEST_F(LateBinding, RefusesWhatDoesNotExist) {
 
 TEST_F(LateBinding, ArraysAnswerByPosition) {
   const auto array = create<IRealArrayDisp>(__uuidof(::HostRealArray));
-  EXPECT_EQ(call(array.get(), L"Size", DISPATCH_PROPERTYPUT, nullptr, 2), S_OK);
-  EXPECT_EQ(call(array.get(), L"IthValue", DISPATCH_PROPERTYPUT, nullptr, 1, 2.5), S_OK);
-  Variant result;
-  EXPECT_EQ(call(array.get(), L"IthValue", DISPATCH_PROPERTYGET, &result, 1), S_OK);
-  EXPECT_EQ(V_R8(&result.value), 2.5);
-  EXPECT_EQ(call(array.get(), L"IthValue", DISPATCH_PROPERTYGET, &result, 2), E_BOUNDS);
+  EXPECT_EQ(callByName(array.get(), L"Size", DISPATCH_PROPERTYPUT, result, 2), S_OK);
+  EXPECT_EQ(callByName(array.get(), L"IthValue", DISPATCH_PROPERTYPUT, result, 1, 2.5), S_OK);
+  LateValue result;
+  EXPECT_EQ(callByName(array.get(), L"IthValue", DISPATCH_PROPERTYGET, result, 1), S_OK);
+  EXPECT_EQ(V_R8(&result.variant), 2.5);
+  EXPECT_EQ(callByName(array.get(), L"IthValue", DISPATCH_PROPERTYGET, result, 2), E_BOUNDS);
 }
 
 }  // namespace

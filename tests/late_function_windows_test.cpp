@@ -1,45 +1,13 @@
 // What late-bound callers get back: out-parameters, results, conversions and failures.
 #include "com/late_function.h"
 
+#include <sstream>
+
 #include "tests/support/compounds.h"
+#include "tests/support/late_call.h"
 
 namespace qs::test {
 namespace {
-
-class Value {
- public:
-  Value() { VariantInit(&variant); }
-  Value(double number) : Value() {
-    V_VT(&variant) = VT_R8;
-    V_R8(&variant) = number;
-  }
-  Value(int number) : Value() {
-    V_VT(&variant) = VT_I4;
-    V_I4(&variant) = number;
-  }
-  Value(const wchar_t* text) : Value() {
-    V_VT(&variant) = VT_BSTR;
-    V_BSTR(&variant) = SysAllocString(text);
-  }
-  Value(std::initializer_list<double> elements) : Value() {
-    V_VT(&variant) = VT_ARRAY | VT_R8;
-    V_ARRAY(&variant) = SafeArrayCreateVector(VT_R8, 1, static_cast<ULONG>(elements.size()));
-    std::copy(elements.begin(), elements.end(), static_cast<double*>(V_ARRAY(&variant)->pvData));
-  }
-  // A reference to another value, as scripts pass their variables.
-  explicit Value(Value* referred) : Value() {
-    V_VT(&variant) = VT_BYREF | VT_VARIANT;
-    V_VARIANTREF(&variant) = &referred->variant;
-  }
-  explicit Value(double* referred) : Value() {
-    V_VT(&variant) = VT_BYREF | VT_R8;
-    V_R8REF(&variant) = referred;
-  }
-  Value(Value&& other) noexcept : variant(other.variant) { VariantInit(&other.variant); }
-  ~Value() { VariantClear(&variant); }
-
-  VARIANT variant;
-};
 
 // A number as text, an array as its elements in brackets.
 std::string shown(const VARIANT& value) {
@@ -72,40 +40,17 @@ std::string shown(const VARIANT& value) {
 
 class LateFunctions : public CompoundTest {
  protected:
-  void SetUp() override {
-    CompoundTest::SetUp();
-    compound = newCompound();
-  }
-  void TearDown() override {
-    compound = {};
-    CompoundTest::TearDown();
-  }
-
   // What a call by name gives, as text; a failure as its code.
   template <class... Arguments>
   std::string invoke(WORD flags, const wchar_t* name, Arguments&&... arguments) {
-    std::vector<Value> given;
-    (given.push_back(Value(std::forward<Arguments>(arguments))), ...);
-    std::vector<VARIANT> reversed;
-    for (auto i = given.rbegin(); i != given.rend(); ++i) reversed.push_back(i->variant);
-    DISPID put = DISPID_PROPERTYPUT;
-    const bool putting = flags == DISPATCH_PROPERTYPUT;
-    DISPPARAMS parameters{reversed.data(), putting ? &put : nullptr, static_cast<UINT>(reversed.size()), putting};
-    return invoke(flags, name, parameters);
+    LateValue result;
+    return shownOr(callByName(compound.get(), name, flags, result, std::forward<Arguments>(arguments)...), result);
   }
-  std::string invoke(WORD flags, const wchar_t* name, DISPPARAMS& parameters) {
-    WideString copy = name;
-    LPOLESTR names[] = {copy.data()};
-    DISPID id = 0;
-    if (FAILED(compound->GetIDsOfNames(IID_NULL, names, 1, 0, &id))) return "no such name";
-    Value result;
-    EXCEPINFO exception{};
-    HRESULT hr = compound->Invoke(id, IID_NULL, 0, flags, &parameters, &result.variant, &exception, nullptr);
-    if (hr == DISP_E_EXCEPTION) hr = exception.scode;
+  static std::string shownOr(HRESULT hr, const LateValue& result) {
     if (SUCCEEDED(hr)) return shown(result.variant);
-    char code[16];
-    std::snprintf(code, sizeof code, "%08lX", static_cast<unsigned long>(hr));
-    return code;
+    std::ostringstream code;
+    code << std::hex << static_cast<ULONG>(hr);
+    return code.str();
   }
   template <class... Arguments>
   std::string get(const wchar_t* name, Arguments&&... arguments) {
@@ -116,7 +61,7 @@ class LateFunctions : public CompoundTest {
     return invoke(DISPATCH_PROPERTYPUT, name, std::forward<Arguments>(arguments)...);
   }
 
-  ComPtr<IBasicCompound> compound;
+  ComPtr<IBasicCompound> compound = newCompound();
 };
 
 const char kEmptyReal[] = "R8 -32767.000000";
@@ -138,7 +83,7 @@ TEST_F(LateFunctions, OutputsLeftOutAreReturned) {
 TEST_F(LateFunctions, OutputsFillTheReferencesGivenForThem) {
   put(L"VelcorinID", 19);
   get(L"SetPointProperty", L"TC", 1, 647.0);
-  Value low(L"a string"), high, dependencies(2.5);
+  LateValue low(L"a string"), high, dependencies(2.5);
   double typed = 1.0;
   EXPECT_EQ(get(L"TC", 300.0, 1.0, 0, &dependencies), "R8 647.000000");
   EXPECT_EQ(shown(dependencies.variant), "I4 0");
@@ -171,7 +116,7 @@ TEST_F(LateFunctions, AMethodWithoutResultsTellsSuccess) {
 
 TEST_F(LateFunctions, ArgumentsAreConverted) {
   EXPECT_EQ(get(L"SetPointProperty", L"TC", L"1", L"647"), "True");
-  Value temperature(300);
+  LateValue temperature(300);
   EXPECT_EQ(get(L"TC", &temperature, L"1", L"0", 0), "R8 647.000000");
   EXPECT_EQ(put(L"Name", 12), "nothing");
   EXPECT_EQ(get(L"Name"), "'12'");
@@ -181,8 +126,8 @@ TEST_F(LateFunctions, ArgumentsAreConverted) {
       get(L"SetEquationProperty", L"VP", 1, int{PropCurvePOLY2}, 1, 2, 3, 4, std::initializer_list<double>{1.0, 2.0}),
       "80004005")
       << "the method's own failure";
-  EXPECT_EQ(get(L"CopyToThis", 1), "8002000F") << "an argument is missing";
-  EXPECT_EQ(get(L"IsWater", 1), "8002000E") << "too many arguments";
+  EXPECT_EQ(get(L"CopyToThis", 1), "8002000f") << "an argument is missing";
+  EXPECT_EQ(get(L"IsWater", 1), "8002000e") << "too many arguments";
 }
 
 TEST_F(LateFunctions, ArgumentsMayBeNamed) {
@@ -192,14 +137,18 @@ TEST_F(LateFunctions, ArgumentsMayBeNamed) {
   LPOLESTR names[] = {member.data(), pressure.data(), method.data(), temperature.data()};
   DISPID ids[4] = {};
   ASSERT_EQ(compound->GetIDsOfNames(IID_NULL, names, 4, 0, ids), S_OK);
-  Value one(1.0), none(0), hot(350.0);
+  LateValue one(1.0), none(0), hot(350.0);
   VARIANT given[] = {one.variant, none.variant, hot.variant};
   DISPPARAMS parameters{given, ids + 1, 3, 3};
-  EXPECT_EQ(invoke(DISPATCH_PROPERTYGET, L"VP", parameters), "[R8 350.000000, I4 1]");
+  const auto invokeNamed = [&] {
+    LateValue result;
+    return shownOr(invokeByName(compound.get(), L"VP", DISPATCH_PROPERTYGET, result, parameters), result);
+  };
+  EXPECT_EQ(invokeNamed(), "[R8 350.000000, I4 1]");
   ids[1] = ids[3];
-  EXPECT_EQ(invoke(DISPATCH_PROPERTYGET, L"VP", parameters), "8002000E") << "one argument twice";
+  EXPECT_EQ(invokeNamed(), "8002000e") << "one argument twice";
   ids[1] = 99;
-  EXPECT_EQ(invoke(DISPATCH_PROPERTYGET, L"VP", parameters), "80020004");
+  EXPECT_EQ(invokeNamed(), "80020004");
 }
 
 }  // namespace

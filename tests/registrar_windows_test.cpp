@@ -48,24 +48,29 @@ class Registration : public ComponentTest {
   const std::wstring clsid = std::wstring(L"CLSID\\") + kCompound;
 
   void expectRegistered(HKEY root, const std::wstring& below = L"") {
-    EXPECT_EQ(valueOf(root, below + L"COQSCompound.COQSCompound.1"), L"COQSCompound Class");
-    EXPECT_EQ(valueOf(root, below + L"COQSCompound.COQSCompound.1\\CLSID"), kCompound);
-    EXPECT_EQ(valueOf(root, below + L"COQSCompound.COQSCompound\\CurVer"), L"COQSCompound.COQSCompound.1");
-    EXPECT_EQ(valueOf(root, below + clsid), L"COQSCompound Class");
-    EXPECT_EQ(valueOf(root, below + clsid + L"\\ProgID"), L"COQSCompound.COQSCompound.1");
-    EXPECT_EQ(valueOf(root, below + clsid + L"\\VersionIndependentProgID"), L"COQSCompound.COQSCompound");
+    const struct {
+      std::wstring key;
+      const wchar_t* name;
+      std::wstring value;
+    } rows[] = {{L"COQSCompound.COQSCompound.1", nullptr, L"COQSCompound Class"},
+                {L"COQSCompound.COQSCompound.1\\CLSID", nullptr, kCompound},
+                {L"COQSCompound.COQSCompound\\CurVer", nullptr, L"COQSCompound.COQSCompound.1"},
+                {clsid, nullptr, L"COQSCompound Class"},
+                {clsid + L"\\ProgID", nullptr, L"COQSCompound.COQSCompound.1"},
+                {clsid + L"\\VersionIndependentProgID", nullptr, L"COQSCompound.COQSCompound"},
+                {clsid + L"\\InprocServer32", nullptr, fileOf(kModule)},
+                {clsid + L"\\InprocServer32", L"ThreadingModel", L"Apartment"},
+                {kTypeLibrary + std::wstring(L"\\1.0"), nullptr, L"QsContainersLib 1.0 Type Library"},
+                {kTypeLibrary + std::wstring(L"\\1.0\\409\\win64"), nullptr, fileOf(kModule)}};
+    for (const auto& row : rows) EXPECT_EQ(valueOf(root, below + row.key, row.name), row.value);
     EXPECT_TRUE(exists(root, below + clsid + L"\\Programmable"));
-    EXPECT_EQ(valueOf(root, below + clsid + L"\\InprocServer32"), fileOf(kModule));
-    EXPECT_EQ(valueOf(root, below + clsid + L"\\InprocServer32", L"ThreadingModel"), L"Apartment");
-    EXPECT_EQ(valueOf(root, below + kTypeLibrary + L"\\1.0"), L"QsContainersLib 1.0 Type Library");
-    EXPECT_EQ(valueOf(root, below + kTypeLibrary + L"\\1.0\\409\\win64"), fileOf(kModule));
   }
   void expectNothing(HKEY root, const std::wstring& below = L"") {
-    EXPECT_FALSE(exists(root, below + L"COQSCompound.COQSCompound.1"));
-    EXPECT_FALSE(exists(root, below + L"COQSCompound.COQSCompound"));
-    EXPECT_FALSE(exists(root, below + clsid));
-    EXPECT_FALSE(exists(root, below + kTypeLibrary + L"\\1.0\\409\\win64"));
-    EXPECT_FALSE(exists(root, below + L"Interface\\{4CA3B833-4CB3-11D2-B8D4-00A0C986F9F7}"));
+    for (const std::wstring& key :
+         {std::wstring(L"COQSCompound.COQSCompound.1"), std::wstring(L"COQSCompound.COQSCompound"), clsid,
+          std::wstring(kTypeLibrary) + L"\\1.0\\409\\win64",
+          std::wstring(L"Interface\\{4CA3B833-4CB3-11D2-B8D4-00A0C986F9F7}")})
+      EXPECT_FALSE(exists(root, below + key)) << narrow(key);
     EXPECT_TRUE(exists(root, below + L"CLSID"));
   }
 };

@@ -27,21 +27,18 @@ WideString shown(const std::vector<RegistryKey>& keys) {
 }
 
 TEST(RegistryScript, ReadsNestedKeysValuesAndReplacements) {
-  struct Row {
-    WideView script;
-    WideView tree;
-  };
-  const Row rows[] = {
+  const struct {
+    WideView script, tree;
+  } rows[] = {
       {OLESTR(""), OLESTR("")},
-      {OLESTR(" \r\n\t A "), OLESTR("A;")},
-      {OLESTR("A { B { C } D } E"), OLESTR("A{B{C;};D;};E;")},
+      {OLESTR("A { B {\r\n\tC } D } E "), OLESTR("A{B{C;};D;};E;")},
       {OLESTR("A = s 'it''s' { val N = s 'v w' B = s x }"), OLESTR("A=it's(N=v w){B=x;};")},
       {OLESTR("NoRemove CLSID { ForceRemove %ID% = s '%FILE%' }"),
        OLESTR("CLSID[keep]{{1-2}[all]=C:\\it's 100% {x};};")},
       {OLESTR("'NoRemove' = s ''"), OLESTR("NoRemove=;")},
       {OLESTR("a%ID%b%ID% = s ok"), OLESTR("a{1-2}b{1-2}=ok;")},
   };
-  for (const Row& row : rows)
+  for (const auto& row : rows)
     EXPECT_EQ(shown(parseRegistryScript(row.script, kReplacements)), row.tree) << narrow(row.script);
 }
 

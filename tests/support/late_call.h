@@ -1,0 +1,78 @@
+// Late-bound calls as scripts make them.
+#pragma once
+
+#include <algorithm>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "com/interfaces.h"
+
+namespace qs::test {
+
+// An owned variant, made from what a script passes.
+class LateValue {
+ public:
+  LateValue() { VariantInit(&variant); }
+  LateValue(double number) : LateValue() {
+    V_VT(&variant) = VT_R8;
+    V_R8(&variant) = number;
+  }
+  LateValue(int number) : LateValue() {
+    V_VT(&variant) = VT_I4;
+    V_I4(&variant) = number;
+  }
+  LateValue(const wchar_t* text) : LateValue() {
+    V_VT(&variant) = VT_BSTR;
+    V_BSTR(&variant) = SysAllocString(text);
+  }
+  LateValue(std::initializer_list<double> elements) : LateValue() {
+    V_VT(&variant) = VT_ARRAY | VT_R8;
+    V_ARRAY(&variant) = SafeArrayCreateVector(VT_R8, 1, static_cast<ULONG>(elements.size()));
+    std::copy(elements.begin(), elements.end(), static_cast<double*>(V_ARRAY(&variant)->pvData));
+  }
+  // A reference to another value, as scripts pass their variables.
+  explicit LateValue(LateValue* referred) : LateValue() {
+    V_VT(&variant) = VT_BYREF | VT_VARIANT;
+    V_VARIANTREF(&variant) = &referred->variant;
+  }
+  explicit LateValue(double* referred) : LateValue() {
+    V_VT(&variant) = VT_BYREF | VT_R8;
+    V_R8REF(&variant) = referred;
+  }
+  LateValue(LateValue&& other) noexcept : variant(other.variant) { VariantInit(&other.variant); }
+  ~LateValue() { VariantClear(&variant); }
+
+  VARIANT variant;
+};
+
+inline HRESULT idOf(IDispatch* object, std::wstring name, DISPID* id) {
+  LPOLESTR names[] = {name.data()};
+  return object->GetIDsOfNames(IID_NULL, names, 1, 0, id);
+}
+
+// Calls a member by name. A failure of the member itself is answered as the code that it failed with.
+inline HRESULT invokeByName(IDispatch* object, const wchar_t* name, WORD flags, LateValue& result,
+                            DISPPARAMS& parameters) {
+  DISPID id = 0;
+  if (const HRESULT hr = idOf(object, name, &id); FAILED(hr)) return hr;
+  VariantClear(&result.variant);
+  EXCEPINFO exception{};
+  const HRESULT hr = object->Invoke(id, IID_NULL, 0, flags, &parameters, &result.variant, &exception, nullptr);
+  return hr == DISP_E_EXCEPTION ? exception.scode : hr;
+}
+
+// The same with arguments in their order.
+template <class... Arguments>
+HRESULT callByName(IDispatch* object, const wchar_t* name, WORD flags, LateValue& result, Arguments&&... arguments) {
+  std::vector<LateValue> given;
+  (given.push_back(LateValue(std::forward<Arguments>(arguments))), ...);
+  std::vector<VARIANT> reversed;
+  for (auto i = given.rbegin(); i != given.rend(); ++i) reversed.push_back(i->variant);
+  DISPID put = DISPID_PROPERTYPUT;
+  const bool putting = flags == DISPATCH_PROPERTYPUT;
+  DISPPARAMS parameters{reversed.data(), putting ? &put : nullptr, static_cast<UINT>(reversed.size()), putting};
+  return invokeByName(object, name, flags, result, parameters);
+}
+
+}  // namespace qs::test
