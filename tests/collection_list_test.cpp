@@ -102,7 +102,6 @@ TEST_F(CollectionListTest, FailuresOfTheQueryArePassedBack) {
   EXPECT_EQ(collection->put_Compound(0, &object), E_FAIL);
   EXPECT_EQ(collection->put_Compound(1, nullptr), S_OK);
   EXPECT_EQ(lettersOf(collection), "  ") << "the old compounds are released first";
-  EXPECT_EQ(object.references, 1u);
 }
 
 TEST_F(CollectionListTest, MovesAnEntryBeforeAnother) {
@@ -276,7 +275,6 @@ TEST_F(CollectionListTest, KeepsModelsByName) {
   EXPECT_EQ(setup->put_InteractionParameters(nullptr, &nrtl), S_OK);
   EXPECT_EQ(standard.references, 1u) << "replaced";
   collection->Reset();
-  EXPECT_EQ(nrtl.references, 1u);
 }
 
 TEST_F(CollectionListTest, AddsACompoundWithItsInteractionParameters) {
@@ -305,8 +303,6 @@ TEST_F(CollectionListTest, AddsACompoundWithItsInteractionParameters) {
     EXPECT_EQ(lettersOf(view) + "/" + lettersOf(collection), "b/ab") << "of the parent too";
   }
   collection->Reset();
-  for (const Parameters* parameters : {&silent, &model})
-    EXPECT_EQ(parameters->references + parameters->loading.references, 2u);
 }
 
 }  // namespace

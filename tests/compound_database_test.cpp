@@ -68,16 +68,6 @@ class CompoundDatabase : public CompoundTest {
     EXPECT_EQ(compound->get_VPTPRange(&tMin, &tMax, &pMin, &pMax), S_OK);
     return {tMin, tMax, pMin, pMax};
   }
-  std::vector<WideString> synonyms() {
-    std::vector<WideString> result;
-    for (INT i = 0; i < got(compound, &ICompoundID::get_NumberOfSynonymNames); ++i) {
-      BSTR synonym = nullptr;
-      EXPECT_EQ(query<ICompoundID>(compound)->get_SynonymName(i, &synonym), S_OK);
-      result.push_back(taken(synonym));
-    }
-    return result;
-  }
-
   TemporaryDirectory directory;
   ComPtr<IBasicCompound> compound = newCompound();
 };
@@ -88,23 +78,7 @@ TEST_F(CompoundDatabase, IdentityFieldsGoWhereTheirNamesSay) {
         shortInteger("SubComp", 3), longInteger("PPkg", 11), longInteger("DIPPRID", 12), longInteger("DDBID", 13),
         longInteger("PPDSID", 14), longInteger("CMAID", 15), longInteger("Else", 16), groups("UNIFAC", {1, 3, -2, 7}),
         groups("Other", {99, 98})});
-  EXPECT_EQ(got(compound, &ICompoundID::get_Name), OLESTR("Seven"));
-  EXPECT_EQ(got(compound, &ICompoundID::get_IUPACName), OLESTR("heptanoid"));
-  EXPECT_EQ(got(compound, &ICompoundID::get_ChemicalFormula), OLESTR("X7"));
-  EXPECT_EQ(got(compound, &ICompoundID::get_CASN), OLESTR("7-7-7"));
-  EXPECT_EQ(got(compound, &ICompoundID::get_VelcorinID), 7);
-  EXPECT_EQ(got(compound, &ICompoundID::get_PPAttribute), 11);
-  EXPECT_EQ(got(compound, &ICompoundID::get_DIPPRID), 12);
-  EXPECT_EQ(got(compound, &ICompoundID::get_DDBID), 13);
-  EXPECT_EQ(got(compound, &ICompoundID::get_PPDSID), 14);
-  EXPECT_EQ(got(compound, &ICompoundID::get_CMAID), 15);
-  EXPECT_EQ(got(compound, &ICompoundFamily::get_Family), eHalogen);
-  EXPECT_EQ(got(compound, &IBasicCompound::GetNonCondensable), 1);
-  EXPECT_EQ(synonyms(), std::vector<WideString>());
-  ComPtr<IDispatch> types, counts;
-  EXPECT_EQ(query<ICompoundUNIFAC1>(compound)->get_UNIFAC1Groups(types.out(), counts.out()), S_OK);
-  EXPECT_EQ(valuesOf(types.get()), (std::vector<LONG>{1, -2}));
-  EXPECT_EQ(valuesOf(counts.get()), (std::vector<LONG>{3, 7}));
+  EXPECT_EQ(identityOf(compound), "Seven heptanoid X7 7-7-7 ; 7 11 12 13 14 15; 9 1;; 1 -2; 3 7");
 }
 
 TEST_F(CompoundDatabase, NumbersAndEquationsAreKeptUnderTheirNames) {
@@ -166,9 +140,9 @@ TEST_F(CompoundDatabase, TheSrkVolumeStandsInWhereNoPengRobinsonTranslationIs) {
 TEST_F(CompoundDatabase, SynonymsFillUpToTheMostThatACompoundKeeps) {
   fill({number("MW", 1)}, 2.0,
        {synonymRecord(6, "six"), synonymRecord(7, "a"), synonymRecord(7, "b"), synonymRecord(8, "c")});
-  EXPECT_EQ(synonyms(), (std::vector<WideString>{OLESTR("a"), OLESTR("b")}));
+  EXPECT_THAT(identityOf(compound), testing::HasSubstr("; a b;"));
   fill({number("MW", 1)}, 2.0, std::vector<Bytes>(70, synonymRecord(7, "same")));
-  EXPECT_EQ(synonyms(), std::vector<WideString>(64, OLESTR("same")));
+  EXPECT_EQ(got(compound, &ICompoundID::get_NumberOfSynonymNames), 64);
 }
 
 TEST_F(CompoundDatabase, NothingOfAnotherCompoundStays) {
@@ -176,13 +150,12 @@ TEST_F(CompoundDatabase, NothingOfAnotherCompoundStays) {
   query<ICompoundPropPut>(compound)->SetPointProperty(Bstr(OLESTR("other")).get(), 0, 1.0);
   query<ICompoundPropPut>(compound)->SetPointProperty(Bstr(OLESTR("PC")).get(), 1, 1.0);
   fill({number("MW", 18.0), text("PName", "Seven")});
-  EXPECT_EQ(got(compound, &ICompoundID::get_CMAID), -32767);
+  EXPECT_EQ(identityOf(compound), "Seven (null) (null) (null) ; 7 -32767 -32767 -32767 -32767 -32767; -32767 0;;;");
   EXPECT_EQ(value(OLESTR("other")).result, S_FALSE);
   EXPECT_EQ(value(OLESTR("PC")).result, S_FALSE);
 
   EXPECT_EQ(init(8), S_FALSE) << "not in the index";
-  EXPECT_EQ(got(compound, &ICompoundID::get_VelcorinID), 8);
-  EXPECT_EQ(got(compound, &ICompoundID::get_Name), OLESTR("(null)"));
+  EXPECT_THAT(identityOf(compound), testing::StartsWith("(null) (null) (null) (null) ; 8 -32767"));
   EXPECT_EQ(value(OLESTR("MW")).result, S_FALSE);
 
   // Nor when the files cannot be read.

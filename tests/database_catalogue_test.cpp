@@ -57,7 +57,10 @@ TEST(DatabaseCatalogue, FieldKindsComparedAsPrefixesDecideOffsets) {
                {"Double", 8, FieldKind::Double, 8}};
   std::vector<Bytes> definitions;
   for (const auto& c : cases) definitions.push_back(fieldDefinition(c.kindText, c.size, c.kindText));
-  const Catalogue catalogue(indexFile(definitions).get());
+  const std::string fullName(50, 'x'), fullIdentifier(20, 'y');
+  const Catalogue catalogue(indexFile(definitions, {indexRecord(7, 3, fullName, fullIdentifier)}).get());
+  EXPECT_EQ(catalogue.indexRecord(0).name, wide(fullName));
+  EXPECT_EQ(catalogue.indexRecord(0).identifier, wide(fullIdentifier));
 
   ASSERT_EQ(catalogue.fields().size(), std::size(cases));
   std::uint64_t offset = 0;
@@ -65,25 +68,13 @@ TEST(DatabaseCatalogue, FieldKindsComparedAsPrefixesDecideOffsets) {
     SCOPED_TRACE(cases[i].kindText);
     const Field& field = catalogue.fields()[i];
     EXPECT_EQ(field.index, i);
+    EXPECT_EQ(field.name, wide(cases[i].kindText));
     EXPECT_EQ(field.kind, cases[i].kind);
     EXPECT_EQ(field.size, cases[i].size);
     EXPECT_EQ(field.offset, offset);
     offset += cases[i].bytes;
   }
   EXPECT_EQ(catalogue.recordBytes(), offset);
-}
-
-TEST(DatabaseCatalogue, NamesFillTheirPlace) {
-  const std::string full(50, 'x'), fullIdentifier(20, 'y');
-  const std::vector<Bytes> fields = {fieldDefinition("Two Words ", 8, "Double"), fieldDefinition(full, 8, "Double")};
-  const Catalogue catalogue(
-      indexFile(fields, {indexRecord(7, 2, "Water", "7-5"), indexRecord(7, 3, full, fullIdentifier)}).get());
-  EXPECT_EQ(catalogue.fields().at(0).name, wide("Two Words"));
-  EXPECT_EQ(catalogue.fields().at(1).name, wide(full));
-  EXPECT_EQ(catalogue.indexRecord(0).name, wide("Water"));
-  EXPECT_EQ(catalogue.indexRecord(0).identifier, wide("7-5"));
-  EXPECT_EQ(catalogue.indexRecord(1).name, wide(full));
-  EXPECT_EQ(catalogue.indexRecord(1).identifier, wide(fullIdentifier));
 }
 
 TEST(DatabaseCatalogue, FirstIndexRecordOfANumberWins) {
@@ -160,13 +151,12 @@ TEST(DatabaseCatalogue, SectionsStartAtMultiplesOfTheRecordLength) {
 TEST(DatabaseCatalogue, HostileHeaders) {
   constexpr std::int32_t kMost = 0x7FFFFFFF;
   constexpr std::int32_t kLeast = -kMost - 1;
-  struct Case {
+  // The file goes on with three field definitions, two index records and a synonym.
+  const struct {
     std::int32_t recordLength, fields, compounds;
     HRESULT result;
     std::size_t fieldsFound, compoundsFound;
-  };
-  // The file goes on with three field definitions, two index records and a synonym.
-  const Case cases[] = {
+  } cases[] = {
       {78, 3, 2, S_OK, 3, 2},        {78, 3, 0, S_OK, 3, 0},
       {78, 3, -1, S_OK, 3, 0},       {78, 3, kLeast, S_OK, 3, 0},
       {78, 3, kMost, S_OK, 3, 3},    {78, kMost, kMost, S_OK, 6, 0},
@@ -176,7 +166,7 @@ TEST(DatabaseCatalogue, HostileHeaders) {
       {kMost, 3, 2, S_OK, 0, 0},     {kMost, kMost, kMost, S_OK, 0, 0},
       {1, 0, kMost, S_OK, 0, 7},     {3, kMost, kMost, S_OK, 6, 0},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.recordLength << ", " << c.fields << ", " << c.compounds);
     Bytes file = header(2.0, c.recordLength, c.fields, c.compounds).zerosTo(78);
     for (int i = 0; i < 3; ++i) file.append(fieldDefinition("MW", 8, "Double"));
@@ -270,22 +260,6 @@ TEST(DatabaseCatalogue, ReadsAFileAgainWhenItWasRewrittenOrReplaced) {
   std::filesystem::rename(directory.path() / "new", directory.path() / kIndexFile);
   EXPECT_EQ(fieldNameIn(directory), wide("FF"));
   EXPECT_EQ(settled->fields().at(0).name, wide("DD")) << "whoever keeps a catalogue keeps it";
-}
-
-TEST(DatabaseCatalogue, TrustsAReadingOnceItsStampWasSeenForLongEnough) {
-  const FileStamp first{100, 5, 7};
-  FileWatch watch;
-  EXPECT_FALSE(watch.holds(FileStamp{}));
-  watch.beforeReading(first);
-  std::this_thread::sleep_for(std::chrono::milliseconds(30));
-  EXPECT_FALSE(watch.holds(first)) << "another writing may have kept the stamp";
-  watch.beforeReading(first);
-  EXPECT_TRUE(watch.holds(first));
-  for (const FileStamp& other : {FileStamp{101, 5, 7}, FileStamp{100, 6, 7}, FileStamp{100, 5, 8}}) {
-    EXPECT_FALSE(watch.holds(other));
-    watch.beforeReading(other);
-    EXPECT_FALSE(watch.holds(other));
-  }
 }
 
 TEST(DatabaseCatalogue, EachThreadKeepsTheLastFourDirectories) {

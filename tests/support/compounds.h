@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <initializer_list>
+#include <sstream>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -25,16 +26,6 @@ class CompoundTest : public ComponentTest {
  protected:
   static ComPtr<IBasicCompound> newCompound() { return create<IBasicCompound>(__uuidof(::COQSCompound)); }
 
-  static std::vector<LONG> valuesOf(IDispatch* array) {
-    const auto integers = ComPtr<IIntegerArrayDisp>::from(array);
-    EXPECT_TRUE(integers);
-    LONG size = 0;
-    EXPECT_EQ(integers->get_Size(&size), S_OK);
-    std::vector<LONG> values(static_cast<std::size_t>(size));
-    for (LONG i = 0; i < size; ++i) EXPECT_EQ(integers->get_IthValue(i, &values[static_cast<std::size_t>(i)]), S_OK);
-    return values;
-  }
-
  private:
   template <class Array, class T>
   static Array filled(Array array, std::initializer_list<T> values) {
@@ -44,6 +35,17 @@ class CompoundTest : public ComponentTest {
     return array;
   }
 };
+
+// The elements of an array of integers.
+inline std::vector<LONG> valuesOf(IDispatch* array) {
+  const auto integers = ComPtr<IIntegerArrayDisp>::from(array);
+  EXPECT_TRUE(integers);
+  LONG size = 0;
+  EXPECT_EQ(integers->get_Size(&size), S_OK);
+  std::vector<LONG> values(static_cast<std::size_t>(size));
+  for (LONG i = 0; i < size; ++i) EXPECT_EQ(integers->get_IthValue(i, &values[static_cast<std::size_t>(i)]), S_OK);
+  return values;
+}
 
 // What a string getter gave, as a caller owns it; a null string shows as "(null)".
 inline WideString taken(BSTR text) {
@@ -74,6 +76,32 @@ inline PropertyReading propertyOf(const ComPtr<IBasicCompound>& compound, WideVi
   reading.result = query<ICompoundProp>(compound)->GetPropertyValue(Bstr(name).get(), temperature, 101.325,
                                                                     eNoExtrapolation, &dependencies, &reading.value);
   return reading;
+}
+
+// Names; numbers; family and flag; synonyms; groups and their counts.
+inline std::string identityOf(const ComPtr<IBasicCompound>& compound) {
+  std::ostringstream text;
+  for (const auto getter :
+       {&ICompoundID::get_Name, &ICompoundID::get_IUPACName, &ICompoundID::get_ChemicalFormula, &ICompoundID::get_CASN})
+    text << narrow(got(compound, getter)) << ' ';
+  text << ';';
+  for (const auto getter : {&ICompoundID::get_VelcorinID, &ICompoundID::get_PPAttribute, &ICompoundID::get_DIPPRID,
+                            &ICompoundID::get_DDBID, &ICompoundID::get_PPDSID, &ICompoundID::get_CMAID})
+    text << ' ' << got(compound, getter);
+  text << "; " << INT{got(compound, &ICompoundFamily::get_Family)} << ' '
+       << INT{got(compound, &IBasicCompound::GetNonCondensable)} << ';';
+  for (INT i = 0; i < got(compound, &ICompoundID::get_NumberOfSynonymNames); ++i) {
+    BSTR synonym = nullptr;
+    EXPECT_EQ(query<ICompoundID>(compound)->get_SynonymName(i, &synonym), S_OK);
+    text << ' ' << narrow(taken(synonym));
+  }
+  ComPtr<IDispatch> types, counts;
+  query<ICompoundUNIFAC1>(compound)->get_UNIFAC1Groups(types.out(), counts.out());
+  for (const auto& list : {types, counts}) {
+    text << ';';
+    for (const LONG number : valuesOf(list.get())) text << ' ' << number;
+  }
+  return text.str();
 }
 
 }  // namespace qs::test

@@ -2,14 +2,17 @@
 // methods that are not there. A test derives and writes the interface's own methods.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include "com/interfaces.h"
 
 namespace qs::test {
 
-// Lives on the stack of a test, which checks `references` to be 1 again at its end.
+// Lives on the stack of a test or in its fixture. When it goes, nothing may refer to it any more.
 template <class I>
 class HostObject : public I {
  public:
+  ~HostObject() { EXPECT_EQ(references, 1u); }
   STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
     const bool known =
         IsEqualGUID(iid, __uuidof(IUnknown)) || IsEqualGUID(iid, __uuidof(IDispatch)) || IsEqualGUID(iid, __uuidof(I));
