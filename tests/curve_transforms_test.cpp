@@ -96,71 +96,60 @@ TEST(CurveTransforms, ApplyPowersInsideTheShapes) {
   curve->SetXYShape(COMxr, COMx);
   curve->SetXYPow(2.5, 1.0);
   EXPECT_LE(ulps(evaluate(*curve, 0.3).value, std::pow(Real(0.3) / Real(kNorm), 2.5L)), 3.0);
-
   curve->SetXYShape(COMx, COMlnx);
   curve->SetXYPow(1.0, 2.0);
   EXPECT_LE(ulps(evaluate(*curve, 0.3).value, std::exp(std::sqrt(Real(0.3)))), 2.0);
-
-  curve->SetXYShape(COMx, COMx);
-  curve->SetXYPow(1.0, 1.0);
-  EXPECT_EQ(evaluate(*curve, -0.3).value, -0.3);
-  curve->SetXYPow(2.0, 1.0);
-  EXPECT_EQ(evaluate(*curve, -0.5).value, 0.25);
-  curve->SetXYPow(0.5, 1.0);
-  const Evaluation root = evaluate(*curve, -0.5);
-  EXPECT_EQ(root.result, S_OK);
-  EXPECT_TRUE(std::isnan(root.value));
 }
 
-TEST(CurveTransforms, FailOnWhatIsNoTransformation) {
+TEST(CurveTransforms, FailOrLeaveItToArithmetic) {
+  constexpr double kEmpty = -32767.0, kInfinity = std::numeric_limits<double>::infinity();
+  const Evaluation failsInX{S_FALSE, kUnwrittenLong, kUnwritten};
+  const auto failsInY = [](double y) { return Evaluation{S_FALSE, kUnwrittenLong, y}; };
+  const auto gives = [](double y) { return Evaluation{S_OK, 1, y}; };
+  const struct {
+    LONG xShape, yShape;
+    double xPower, T;
+    Evaluation expected;
+    double a = kA, b = kB, P = kPressure;
+  } rows[] = {
+      // The empty value, before and after a transformation.
+      {COMx, COMx, 1.0, kEmpty, failsInX},
+      {COMx, COMx, 2.0, kEmpty, failsInX},
+      {COMxm1, COMx, 1.0, kEmpty + 1, failsInX},
+      {COMx, COMxm1, 1.0, kEmpty - 1, failsInY(kEmpty - 1)},
+      {COMxm1, COMx, 1.0, 1.5, gives(0.5)},
+      // Without both constants.
+      {COMxppdsm1, COMx, 1.0, 0.3, failsInX, kEmpty, 1.0},
+      {COMxppdsm1, COMx, 1.0, 0.3, failsInX, 1.0, kEmpty},
+      {COMx, COMxppdsm1, 1.0, 0.3, failsInY(0.3), 1.0, kEmpty},
+      {COMx, COMx, 1.0, 0.3, gives(0.3), kEmpty, kEmpty},
+      // Outside the domain; COMexpx is undone by a logarithm.
+      {COMx, COMx, 1.0, -0.3, gives(-0.3)},
+      {COMx, COMx, 2.0, -0.5, gives(0.25)},
+      {COMx, COMexpx, 1.0, 0.0, gives(-kInfinity)},
+      {COMx, COMxp, 1.0, 1.0, gives(kInfinity), kA, kB, 0.0},
+  };
+  for (const auto& row : rows) {
+    const auto curve = identity();
+    curve->SetXYShape(row.xShape, row.yShape);
+    curve->SetXYPow(row.xPower, 1.0);
+    curve->SetAB(row.a, row.b);
+    EXPECT_EQ(evaluate(*curve, row.T, row.P), row.expected) << &row - rows;
+  }
   const auto curve = identity();
   for (const LONG shape : {-2147483647 - 1, -1, 0, 31, 32, 33, 37, 1000, 2147483647}) {
     curve->SetXYShape(shape, COMx);
-    EXPECT_EQ(evaluate(*curve, 0.3), (Evaluation{S_FALSE, kUnwrittenLong, kUnwritten})) << shape;
+    EXPECT_EQ(evaluate(*curve, 0.3), failsInX) << shape;
     curve->SetXYShape(COMxm1, shape);
-    EXPECT_EQ(evaluate(*curve, 1.5), (Evaluation{S_FALSE, kUnwrittenLong, 0.5})) << shape;
+    EXPECT_EQ(evaluate(*curve, 1.5), failsInY(0.5)) << shape;
   }
-}
-
-TEST(CurveTransforms, FailWithoutTheirConstants) {
-  const auto curve = identity();
-  for (const auto& [a, b] : {std::pair(-32767.0, 1.0), std::pair(1.0, -32767.0), std::pair(-32767.0, -32767.0)}) {
-    curve->SetAB(a, b);
-    curve->SetXYShape(COMxppdsm1, COMx);
-    EXPECT_EQ(evaluate(*curve, 0.3), (Evaluation{S_FALSE, kUnwrittenLong, kUnwritten}));
-    curve->SetXYShape(COMx, COMxppdsm1);
-    EXPECT_EQ(evaluate(*curve, 0.3), (Evaluation{S_FALSE, kUnwrittenLong, 0.3}));
-    curve->SetXYShape(COMx, COMx);
-    EXPECT_EQ(evaluate(*curve, 0.3), (Evaluation{S_OK, 1, 0.3}));
-  }
-}
-
-TEST(CurveTransforms, FailOnTheEmptyValue) {
-  const auto curve = identity();
-  EXPECT_EQ(evaluate(*curve, -32767.0), (Evaluation{S_FALSE, kUnwrittenLong, kUnwritten}));
-  curve->SetXYPow(2.0, 1.0);
-  EXPECT_EQ(evaluate(*curve, -32767.0), (Evaluation{S_FALSE, kUnwrittenLong, kUnwritten}));
-  curve->SetXYPow(1.0, 1.0);
-  curve->SetXYShape(COMxm1, COMx);
-  EXPECT_EQ(evaluate(*curve, -32766.0), (Evaluation{S_FALSE, kUnwrittenLong, kUnwritten}));
-
-  curve->SetXYShape(COMx, COMxm1);
-  EXPECT_EQ(evaluate(*curve, -32768.0), (Evaluation{S_FALSE, kUnwrittenLong, -32768.0}));
-  curve->SetXYShape(COMxm1, COMx);
-  const double constant[] = {-32767.0, 0.0, 0.0};
-  curve->SetParameters(constant, 3);
-  EXPECT_EQ(evaluate(*curve, 5.0), (Evaluation{S_FALSE, kUnwrittenLong, -32767.0}));
-}
-
-TEST(CurveTransforms, LeaveDomainErrorsToArithmetic) {
-  const auto curve = identity();
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   curve->SetXYShape(COMlnx, COMx);
   EXPECT_TRUE(std::isnan(evaluate(*curve, -1.0).value));
-  curve->SetXYShape(COMx, COMexpx);  // undone by a logarithm
-  EXPECT_EQ(evaluate(*curve, 0.0), (Evaluation{S_OK, 1, -kInfinity}));
-  curve->SetXYShape(COMx, COMxp);
-  EXPECT_EQ(evaluate(*curve, 1.0, 0.0), (Evaluation{S_OK, 1, kInfinity}));
+  // A form may answer the empty value too.
+  const double constant[] = {kEmpty, 0.0, 0.0};
+  curve->SetParameters(constant, 3);
+  curve->SetXYShape(COMx, COMx);
+  EXPECT_EQ(evaluate(*curve, 5.0), failsInY(kEmpty));
 }
 
 }  // namespace

@@ -48,21 +48,19 @@ class Registration : public ComponentTest {
   const std::wstring clsid = std::wstring(L"CLSID\\") + kCompound;
 
   void expectRegistered(HKEY root, const std::wstring& below = L"") {
-    const struct {
-      std::wstring key;
-      const wchar_t* name;
-      std::wstring value;
-    } rows[] = {{L"COQSCompound.COQSCompound.1", nullptr, L"COQSCompound Class"},
-                {L"COQSCompound.COQSCompound.1\\CLSID", nullptr, kCompound},
-                {L"COQSCompound.COQSCompound\\CurVer", nullptr, L"COQSCompound.COQSCompound.1"},
-                {clsid, nullptr, L"COQSCompound Class"},
-                {clsid + L"\\ProgID", nullptr, L"COQSCompound.COQSCompound.1"},
-                {clsid + L"\\VersionIndependentProgID", nullptr, L"COQSCompound.COQSCompound"},
-                {clsid + L"\\InprocServer32", nullptr, fileOf(kModule)},
-                {clsid + L"\\InprocServer32", L"ThreadingModel", L"Apartment"},
-                {kTypeLibrary + std::wstring(L"\\1.0"), nullptr, L"QsContainersLib 1.0 Type Library"},
-                {kTypeLibrary + std::wstring(L"\\1.0\\409\\win64"), nullptr, fileOf(kModule)}};
-    for (const auto& row : rows) EXPECT_EQ(valueOf(root, below + row.key, row.name), row.value);
+    const std::wstring library = kTypeLibrary;
+    const std::pair<std::wstring, std::wstring> rows[] = {
+        {L"COQSCompound.COQSCompound.1", L"COQSCompound Class"},
+        {L"COQSCompound.COQSCompound.1\\CLSID", kCompound},
+        {L"COQSCompound.COQSCompound\\CurVer", L"COQSCompound.COQSCompound.1"},
+        {clsid, L"COQSCompound Class"},
+        {clsid + L"\\ProgID", L"COQSCompound.COQSCompound.1"},
+        {clsid + L"\\VersionIndependentProgID", L"COQSCompound.COQSCompound"},
+        {clsid + L"\\InprocServer32", fileOf(kModule)},
+        {library + L"\\1.0", L"QsContainersLib 1.0 Type Library"},
+        {library + L"\\1.0\\409\\win64", fileOf(kModule)}};
+    for (const auto& [key, value] : rows) EXPECT_EQ(valueOf(root, below + key), value);
+    EXPECT_EQ(valueOf(root, below + clsid + L"\\InprocServer32", L"ThreadingModel"), L"Apartment");
     EXPECT_TRUE(exists(root, below + clsid + L"\\Programmable"));
   }
   void expectNothing(HKEY root, const std::wstring& below = L"") {
