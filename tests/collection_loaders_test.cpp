@@ -314,6 +314,11 @@ class CollectionLoadingTest : public CollectionTest {
       "TC 513.9 Fake, Own 7 Fake, VP 1 Fake, HVP 600 Fake, UNIQUACR 2.1 Fake, UNIQUACQ 1.9 Fake, "
       "Ethanol (null) (null) 64-17-5 ; -32767 -32767 -32767 11 120 -32767; 4 0; Spirit Alcohol; 14 15; 1 2";
 
+  static ComPtr<IBasicCompound> at(const ComPtr<ICompoundCollection>& collection, INT index) {
+    ComPtr<IBasicCompound> compound;
+    EXPECT_EQ(collection->GetBasicCompound(index, compound.out()), S_OK);
+    return compound;
+  }
   HRESULT loadOne(INT index = 0) { return loaders_->LoadOneCompound(index, name_.get(), casField_.get(), nullptr, 1); }
 
   FakeLoader loader_;
@@ -334,22 +339,31 @@ TEST_F(CollectionLoadingTest, FillsACompoundWithEveryKindOfProperty) {
   EXPECT_EQ(loader_.path, OLESTR("folder"));
 }
 
-TEST_F(CollectionLoadingTest, AnswersForWhatIsNotThere) {
+TEST_F(CollectionLoadingTest, FillsOrAddsWhatALoaderKnows) {
   const std::string before = stateOf(compound_);
   const Bstr unknown(OLESTR("1-1-1"));
   const BSTR fake = name_.get(), none = none_.get(), cas = casField_.get();
-  ASSERT_EQ(collection_->put_NumberOfCompounds(2), S_OK);
-  for (const INT index : {-1, 1, 2}) EXPECT_EQ(loadOne(index), S_FALSE) << index;
   const struct {
     BSTR loader, field, id;
     HRESULT result;
-  } rows[] = {{fake, cas, unknown.get(), S_FALSE},     {unknown.get(), cas, nullptr, S_FALSE},
-              {nullptr, cas, nullptr, S_FALSE},        {fake, nullptr, nullptr, S_FALSE},
-              {fake, unknown.get(), nullptr, S_FALSE}, {none, cas, nullptr, E_NOINTERFACE}};
-  for (const auto& row : rows)
+  } rows[] = {{fake, cas, unknown.get(), S_FALSE},       {fake, cas, spirit_.get(), S_FALSE},
+              {fake, nullptr, cas_.get(), S_FALSE},      {fake, unknown.get(), cas_.get(), S_FALSE},
+              {unknown.get(), cas, cas_.get(), S_FALSE}, {nullptr, cas, cas_.get(), S_FALSE},
+              {none, cas, cas_.get(), E_NOINTERFACE},    {fake, nameField_.get(), spirit_.get(), S_OK}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(stateOf(compound_), before);
+    EXPECT_EQ(countOf(collection_), 1);
     EXPECT_EQ(loaders_->LoadOneCompound(0, row.loader, row.field, row.id, 1), row.result) << &row - rows;
+    EXPECT_EQ(collection_->AddCompoundFromLoader(row.field, row.id, row.loader, 1), row.result) << &row - rows;
+  }
+  EXPECT_EQ(stateOf(compound_), kLoaded);
+  EXPECT_EQ(stateOf(at(collection_, 1)), kLoaded);
+  EXPECT_EQ(collection_->AddCompoundFromLoader(cas, nullptr, fake, 1), S_FALSE);
+  ASSERT_EQ(collection_->put_NumberOfCompounds(3), S_OK);
+  for (const INT index : {-1, 2, 3}) EXPECT_EQ(loadOne(index), S_FALSE) << index;
+  for (const BSTR field : {unknown.get(), BSTR()})
+    EXPECT_EQ(loaders_->LoadOneCompound(0, fake, field, nullptr, 1), S_FALSE) << "no field of its own";
   EXPECT_EQ(loaders_->LoadOneProperty(0, nullptr, fake, cas, nullptr, 1), S_FALSE);
-  EXPECT_EQ(stateOf(compound_), before);
   EXPECT_EQ(loaders_->LoadOneCompound(0, none, cas, nullptr, 0), S_OK) << "the default";
   ASSERT_EQ(loaders_->RemoveLoader(fake), S_OK);
   EXPECT_EQ(loaders_->LoadOneCompound(0, none, cas, nullptr, 0), S_FALSE) << "no default";
@@ -429,24 +443,6 @@ TEST_F(CollectionLoadingTest, ALoaderMayCallBack) {
   }
 }
 
-TEST_F(CollectionLoadingTest, AddsCompoundsFromALoader) {
-  const BSTR fake = name_.get();
-  const struct {
-    BSTR field, id, loader;
-    HRESULT result;
-  } rows[] = {{nameField_.get(), spirit_.get(), fake, S_OK},
-              {casField_.get(), spirit_.get(), fake, S_FALSE},
-              {casField_.get(), nullptr, fake, S_FALSE},
-              {casField_.get(), cas_.get(), spirit_.get(), S_FALSE},
-              {casField_.get(), cas_.get(), none_.get(), E_NOINTERFACE}};
-  for (const auto& row : rows)
-    EXPECT_EQ(collection_->AddCompoundFromLoader(row.field, row.id, row.loader, 1), row.result) << &row - rows;
-  ASSERT_EQ(countOf(collection_), 2);
-  ComPtr<IBasicCompound> added;
-  ASSERT_EQ(collection_->GetBasicCompound(1, added.out()), S_OK);
-  EXPECT_EQ(stateOf(added), kLoaded);
-}
-
 TEST_F(CollectionLoadingTest, AViewLoadsThroughItsParent) {
   ASSERT_EQ(collection_->put_NumberOfCompounds(3), S_OK);
   const auto view = viewOf(collection_, {2, 0});
@@ -460,9 +456,7 @@ TEST_F(CollectionLoadingTest, AViewLoadsThroughItsParent) {
   EXPECT_EQ(stateOf(compound_), kLoaded);
   EXPECT_EQ(view->AddCompoundFromLoader(casField_.get(), cas_.get(), name_.get(), 1), S_OK);
   EXPECT_EQ(countOf(collection_), 4);
-  ComPtr<IBasicCompound> added;
-  ASSERT_EQ(view->GetBasicCompound(2, added.out()), S_OK);
-  EXPECT_EQ(stateOf(added), kLoaded);
+  EXPECT_EQ(stateOf(at(view, 2)), kLoaded);
 }
 
 // Estimates every property as a number of its own choice.

@@ -262,6 +262,18 @@ TEST(DatabaseCatalogue, ReadsAFileAgainWhenItWasRewrittenOrReplaced) {
   EXPECT_EQ(settled->fields().at(0).name, wide("DD")) << "whoever keeps a catalogue keeps it";
 }
 
+TEST(DatabaseCatalogue, TrustsAReadingOnceItsStampWasSeenForLongEnough) {
+  const FileStamp first{100, 5, 7};
+  FileWatch watch;
+  watch.beforeReading(first);
+  std::this_thread::sleep_for(std::chrono::milliseconds(30));
+  EXPECT_FALSE(watch.holds(first)) << "another writing may have kept the stamp";
+  watch.beforeReading(first);
+  EXPECT_TRUE(watch.holds(first));
+  for (const FileStamp& other : {FileStamp{101, 5, 7}, FileStamp{100, 6, 7}, FileStamp{100, 5, 8}})
+    EXPECT_FALSE(watch.holds(other));
+}
+
 TEST(DatabaseCatalogue, EachThreadKeepsTheLastFourDirectories) {
   const std::array<TemporaryDirectory, 5> directories;
   std::vector<std::shared_ptr<const Catalogue>> catalogues;

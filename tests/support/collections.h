@@ -35,9 +35,7 @@ class CollectionTest : public CompoundTest {
   }
 
   static INT countOf(const ComPtr<ICompoundCollection>& collection) {
-    INT count = -1;
-    EXPECT_EQ(collection->get_NumberOfCompounds(&count), S_OK);
-    return count;
+    return got(collection, &ICompoundCollection::get_NumberOfCompounds);
   }
 
   // The names in their order, for collections made by collectionOf. Both getters must agree.
@@ -55,9 +53,7 @@ class CollectionTest : public CompoundTest {
         letters += ' ';
         continue;
       }
-      BSTR name = nullptr;
-      EXPECT_EQ(query<ICompoundID>(compound)->get_Name(&name), S_OK);
-      letters += static_cast<char>(taken(name).front());
+      letters += static_cast<char>(got(compound, &ICompoundID::get_Name).front());
     }
     return letters;
   }
