@@ -1,6 +1,4 @@
 // Length-prefixed strings, identifiers as text and the process's class objects, where the system has none.
-#include <sys/mman.h>
-
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -13,17 +11,6 @@ namespace {
 
 // A string's bytes follow its byte length; the prefix is 8 bytes wide so that malloc's alignment carries over.
 constexpr std::size_t kPrefix = 8;
-
-// Room for a string. Large blocks come fresh from the system each time, and in huge pages at a part of the time.
-void* allocate(std::size_t bytes) noexcept {
-  constexpr std::size_t kHugePage = std::size_t{1} << 21;
-  constexpr std::size_t kLarge = 16 * kHugePage;
-  if (bytes < kLarge) return std::malloc(bytes);
-  const std::size_t pages = (bytes + kHugePage - 1) / kHugePage * kHugePage;
-  void* block = std::aligned_alloc(kHugePage, pages);
-  if (block) madvise(block, pages, MADV_HUGEPAGE);
-  return block;
-}
 
 std::uint32_t& byteLength(BSTR text) noexcept { return reinterpret_cast<std::uint32_t*>(text)[-1]; }
 
@@ -64,7 +51,7 @@ void CoUninitialize() noexcept {}
 BSTR SysAllocStringLen(const OLECHAR* text, UINT length) noexcept {
   if (length > (UINT32_MAX - kPrefix) / sizeof(OLECHAR) - 1) return nullptr;
   const std::size_t bytes = std::size_t{length} * sizeof(OLECHAR);
-  auto* block = static_cast<char*>(allocate(kPrefix + bytes + sizeof(OLECHAR)));
+  auto* block = static_cast<char*>(std::malloc(kPrefix + bytes + sizeof(OLECHAR)));
   if (!block) return nullptr;
   BSTR result = reinterpret_cast<BSTR>(block + kPrefix);
   byteLength(result) = static_cast<std::uint32_t>(bytes);
