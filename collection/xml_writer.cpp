@@ -15,8 +15,9 @@ void COQSCompoundCollection::XmlWriter::write() {
   components(collection_.state_.loaders, OLESTR("Loader"), true);
   if (complete_) {
     components(collection_.state_.estimators, OLESTR("Estimator"), false);
-    offsets(OLESTR("OffsetH"), collection_.state_.offsetH);
-    offsets(OLESTR("OffsetS"), collection_.state_.offsetS);
+    // Copies, since what the arrays' calls do may replace them.
+    offsets(OLESTR("OffsetH"), ComPtr(collection_.state_.offsetH));
+    offsets(OLESTR("OffsetS"), ComPtr(collection_.state_.offsetS));
     namedViews();
   }
   text_ << (isView ? OLESTR("</SubCompList>\n") : OLESTR("</CompoundCollection>\n"));
@@ -71,7 +72,7 @@ void COQSCompoundCollection::XmlWriter::components(const ComponentRegistry& regi
   text_ << OLESTR("/>\n");
 }
 
-void COQSCompoundCollection::XmlWriter::offsets(WideView element, ComPtr<IRealArrayDisp> array) {
+void COQSCompoundCollection::XmlWriter::offsets(WideView element, const ComPtr<IRealArrayDisp>& array) {
   if (!array) return;
   LONG size = 0;
   check(array->get_Size(&size));

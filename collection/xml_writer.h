@@ -20,7 +20,7 @@ class COQSCompoundCollection::XmlWriter {
   void models();
   // The registered components, and the default, which `always` writes even when there is none.
   void components(const ComponentRegistry& registry, WideView element, bool always);
-  void offsets(WideView element, ComPtr<IRealArrayDisp> array);
+  void offsets(WideView element, const ComPtr<IRealArrayDisp>& array);
   void namedViews();
 
   void stored(IUnknown* object);

@@ -140,6 +140,12 @@ struct SAFEARRAY {
   SAFEARRAYBOUND rgsabound[1];
 };
 
+// The largest value of a variant, which no type here uses: it gives VARIANT its size.
+struct BRECORD {
+  void* pvRecord;
+  void* pRecInfo;
+};
+
 struct VARIANT {
   VARTYPE vt;
   WORD wReserved1;
@@ -158,10 +164,7 @@ struct VARIANT {
     SAFEARRAY* parray;
     VARIANT* pvarVal;
     void* byref;
-    struct {
-      void* pvRecord;
-      void* pRecInfo;
-    } record;
+    BRECORD record;
   };
 };
 
