@@ -43,6 +43,7 @@ class CompoundSlots {
   ~CompoundSlots();
 
   INT size() const { return static_cast<INT>(slots_.size()); }
+  INT occupied() const { return occupied_; }
   bool holds(INT index) const { return index >= 0 && index < size(); }
 
   // Lent; null for an empty slot and for a position outside.

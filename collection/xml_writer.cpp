@@ -32,7 +32,9 @@ void COQSCompoundCollection::XmlWriter::compounds() {
     else if (complete_)
       text_ << OLESTR("   <EmptySlot/>\n");
     // The others are hardly longer than the first, so that the text need not grow again and again.
-    if (i == 0) text_.expect((text_.length() + text_.length() / 8) * static_cast<std::size_t>(collection_.count()));
+    if (i == 0 && !collection_.isView())
+      text_.expect((text_.length() + text_.length() / 8) *
+                   static_cast<std::size_t>(collection_.state_.slots.occupied()));
   }
 }
 
