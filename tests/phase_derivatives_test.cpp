@@ -1,4 +1,6 @@
 // The derivatives that a phase keeps.
+#include <algorithm>
+
 #include "tests/support/phases.h"
 
 namespace qs::test {
@@ -20,15 +22,14 @@ class Derivatives : public PhaseTest {
     EXPECT_EQ(derivatives->AddDerivativeProp(property, derivative, RealPoint, shape, &index), S_OK);
     return index;
   }
-  INT count() {
-    INT value = -1;
-    EXPECT_EQ(derivatives->GetNumDerivativeProps(&value), S_OK);
-    return value;
-  }
-  LONG propertyAt(INT index) {
+  // The property numbers of the records in their order.
+  std::string properties() {
+    std::string list;
     LONG property = 0, derivative = 0;
-    derivatives->GetDerivativePropIDs(index, &property, &derivative);
-    return property;
+    for (INT i = 0; derivatives->GetDerivativePropIDs(i, &property, &derivative) == S_OK; ++i)
+      list += std::to_string(property) + ' ';
+    EXPECT_EQ(qs::test::got(derivatives, &IDerivativeProp::GetNumDerivativeProps), std::ranges::count(list, ' '));
+    return list;
   }
   static ComPtr<IRealMatrixDisp> matrix(LONG rows, LONG columns) {
     auto made = create<IRealMatrixDisp>(__uuidof(::HostRealMatrix));
@@ -60,6 +61,22 @@ class Derivatives : public PhaseTest {
     return Variant::adopt(value);
   }
 
+  // Of a number, of an array, or of a matrix row by row.
+  static std::string elementsOf(const Variant& held) {
+    std::ostringstream text;
+    if (held.get().vt == VT_R8) text << held.get().dblVal;
+    if (held.get().vt != VT_DISPATCH) return text.str();
+    if (const auto table = ComPtr<IRealMatrixDisp>::from(held.get().pdispVal)) {
+      double value = 0;
+      for (LONG row = 0; row < qs::test::got(table, &IRealMatrixDisp::get_Rows); ++row)
+        for (LONG column = 0; column < qs::test::got(table, &IRealMatrixDisp::get_Columns); ++column)
+          text << ' ' << (table->get_Value(row, column, &value), value);
+    } else {
+      for (const double value : realsIn(held.get().pdispVal)) text << ' ' << value;
+    }
+    return text.str();
+  }
+
   ComPtr<IDerivativeProp> derivatives;
 };
 
@@ -70,7 +87,7 @@ TEST_F(Derivatives, OneRecordPerPairOfNumbers) {
   INT index = -1;
   EXPECT_EQ(derivatives->AddDerivativeProp(6, 18, IntPoint, IntMatrix, &index), S_OK);
   EXPECT_EQ(index, 1);
-  EXPECT_EQ(count(), 3);
+  EXPECT_EQ(properties(), "6 6 7 ");
   tagResultTypeEnum property{}, shape{};
   EXPECT_EQ(derivatives->GetResultValueType(1, &property, &shape), S_OK);
   EXPECT_EQ(property, RealPoint) << "the shapes given again are ignored";
@@ -84,36 +101,41 @@ TEST_F(Derivatives, OneRecordPerPairOfNumbers) {
 TEST_F(Derivatives, RemovalComparesThePropertyWithBothNumbers) {
   for (const LONG property : {10, 11, 12, 13, 14}) add(property, 20, RealPoint);
   add(20, 20, RealPoint);
-  EXPECT_EQ(derivatives->RemoveDerivativeProp(0, 10, 20), S_FALSE);
-  EXPECT_EQ(derivatives->RemoveDerivativeProp(0, 11, 10), S_FALSE);
-  EXPECT_EQ(derivatives->RemoveDerivativeProp(0, 10, 10), S_OK);
-  EXPECT_EQ(derivatives->RemoveDerivativeProp(1, -32767, 99), S_OK) << "12: one marker skips the check";
-  EXPECT_EQ(derivatives->RemoveDerivativeProp(1, 99, -32767), S_OK) << "13";
-  EXPECT_EQ(count(), 3);
-  EXPECT_EQ(propertyAt(0), 11);
-  EXPECT_EQ(propertyAt(1), 14) << "the later ones move down";
-  EXPECT_EQ(propertyAt(2), 20);
+  const struct {
+    INT index;
+    LONG property, derivative;
+    HRESULT result;
+    const char* left;
+  } rows[] = {{0, 10, 20, S_FALSE, "10 11 12 13 14 20 "},
+              {0, 11, 10, S_FALSE, "10 11 12 13 14 20 "},
+              {0, 10, 10, S_OK, "11 12 13 14 20 "},
+              {1, -32767, 99, S_OK, "11 13 14 20 "},  // one marker skips the check
+              {1, 99, -32767, S_OK, "11 14 20 "}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(derivatives->RemoveDerivativeProp(row.index, row.property, row.derivative), row.result);
+    EXPECT_EQ(properties(), row.left);
+  }
   EXPECT_EQ(derivatives->ClearDerivativesProps(), S_OK);
-  EXPECT_EQ(count(), 0);
+  EXPECT_EQ(properties(), "");
 }
 
 TEST_F(Derivatives, SettingsAreKeptAsGiven) {
   const INT index = add(1, 2, RealPoint);
-  BYTE needed = 9;
-  tagDerivativeStatusEnum status{};
-  tagDerivativeTypeEnum method{};
-  EXPECT_EQ(derivatives->GetNeedDerivative(index, &needed), S_OK);
-  EXPECT_EQ(derivatives->GetDerivativeStatus(index, &status), S_OK);
-  EXPECT_EQ(derivatives->GetDerivativeType(index, &method), S_OK);
-  EXPECT_EQ(needed + static_cast<int>(status) + static_cast<int>(method), 0);
-  for (const int value : {1, 7, 200}) {
-    EXPECT_EQ(derivatives->SetNeedDerivative(index, static_cast<BYTE>(value)), S_OK);
-    EXPECT_EQ(derivatives->SetDerivativeStatus(index, static_cast<tagDerivativeStatusEnum>(value)), S_OK);
-    EXPECT_EQ(derivatives->PutDerivativeType(index, static_cast<tagDerivativeTypeEnum>(value)), S_OK);
-    derivatives->GetNeedDerivative(index, &needed);
-    derivatives->GetDerivativeStatus(index, &status);
-    derivatives->GetDerivativeType(index, &method);
-    EXPECT_TRUE(needed == value && static_cast<int>(status) == value && static_cast<int>(method) == value);
+  int previous = 0;
+  for (const int value : {0, 1, 7, 200}) {
+    BYTE needed = 9;
+    tagDerivativeStatusEnum status{};
+    tagDerivativeTypeEnum method{};
+    EXPECT_EQ(derivatives->GetNeedDerivative(index, &needed), S_OK);
+    EXPECT_EQ(derivatives->GetDerivativeStatus(index, &status), S_OK);
+    EXPECT_EQ(derivatives->GetDerivativeType(index, &method), S_OK);
+    EXPECT_EQ(needed, previous);
+    EXPECT_EQ(static_cast<int>(status), previous);
+    EXPECT_EQ(static_cast<int>(method), previous);
+    derivatives->SetNeedDerivative(index, static_cast<BYTE>(value));
+    derivatives->SetDerivativeStatus(index, static_cast<tagDerivativeStatusEnum>(value));
+    derivatives->PutDerivativeType(index, static_cast<tagDerivativeTypeEnum>(value));
+    previous = value;
   }
 }
 
@@ -155,56 +177,41 @@ TEST_F(Derivatives, ValuesAreGivenInTheShapeAskedFor) {
 TEST_F(Derivatives, VariantsFitTheShapeOrAreRefused) {
   const auto array = reals({1.0, 2.0});
   const auto table = matrix(1, 1);
-  Variant given[] = {Variant(2.5),
-                     Variant(ComPtr<IDispatch>(array.get())),
-                     Variant(ComPtr<IDispatch>(table.get())),
-                     safeArray(VT_R8, {3}),
-                     safeArray(VT_R8, {2, 3}),
-                     safeArray(VT_R8, {0}),
-                     safeArray(VT_I4, {3}),
-                     safeArray(VT_R8, {2, 2, 2}),
-                     Variant(LONG{1}),
-                     Variant(),
-                     Variant(ComPtr<IDispatch>())};
-  const auto fits = [](tagResultTypeEnum shape, std::size_t form) {
-    return shape == RealPoint   ? form == 0
-           : shape == RealArray ? form == 1 || form == 3 || form == 5
-                                : shape == RealMatrix && (form == 2 || form == 4);
-  };
+  const auto nothing = static_cast<tagResultTypeEnum>(5);
+  const struct {
+    Variant given;
+    tagResultTypeEnum fits;
+    std::string elements;
+  } rows[] = {{Variant(2.5), RealPoint, "2.5"},
+              {Variant(ComPtr<IDispatch>(array.get())), RealArray, " 1 2"},
+              {Variant(ComPtr<IDispatch>(table.get())), RealMatrix, " -32767"},
+              {safeArray(VT_R8, {3}), RealArray, " 1 2 3"},
+              {safeArray(VT_R8, {2, 3}), RealMatrix, " 1 3 5 2 4 6"},  // the first dimension varies fastest
+              {safeArray(VT_R8, {0}), RealArray, ""},
+              {safeArray(VT_I4, {3}), nothing, ""},
+              {safeArray(VT_R8, {2, 2, 2}), nothing, ""},
+              {Variant(LONG{1}), nothing, ""},
+              {Variant(), nothing, ""},
+              {Variant(ComPtr<IDispatch>()), nothing, ""}};
   for (const int number : {0, 1, 2, 3, 4, 7})
-    for (std::size_t form = 0; form < std::size(given); ++form) {
-      SCOPED_TRACE(testing::Message() << "shape " << number << " form " << form);
+    for (const auto& row : rows) {
+      SCOPED_TRACE(testing::Message() << "shape " << number << " row " << &row - rows);
       const auto shape = static_cast<tagResultTypeEnum>(number);
       derivatives->ClearDerivativesProps();
       const INT index = add(1, 2, shape);
       EXPECT_EQ(got(index, S_FALSE).get().vt, VT_EMPTY);
-      const bool taken = fits(shape, form);
-      EXPECT_EQ(derivatives->PutVariantDerivative(index, given[form].get()), taken ? S_OK : DISP_E_TYPEMISMATCH);
-      const Variant held = got(index, taken ? S_OK : S_FALSE);
-      EXPECT_EQ(held.get().vt, !taken ? VT_EMPTY : shape == RealPoint ? VT_R8 : VT_DISPATCH);
-      if (form == 0 && taken) {
-        EXPECT_EQ(held.get().dblVal, 2.5);
-      }
-      if (form == 1 && taken) {
-        EXPECT_EQ(held.get().pdispVal, array.get());
-      }
-      if (form == 3 && taken) {
-        EXPECT_EQ(realsIn(held.get().pdispVal), (Reals{1.0, 2.0, 3.0}));
-      }
-      if (form == 4 && taken) {
-        const auto made = ComPtr<IRealMatrixDisp>::from(held.get().pdispVal);
-        for (LONG row = 0; row < 2; ++row)
-          for (LONG column = 0; column < 3; ++column) {
-            double value = 0;
-            EXPECT_EQ(made->get_Value(row, column, &value), S_OK);
-            EXPECT_EQ(value, 1.0 + row + 2.0 * column) << "the first dimension varies fastest";
-          }
+      const bool fits = shape == row.fits;
+      EXPECT_EQ(derivatives->PutVariantDerivative(index, row.given.get()), fits ? S_OK : DISP_E_TYPEMISMATCH);
+      const Variant held = got(index, fits ? S_OK : S_FALSE);
+      EXPECT_EQ(elementsOf(held), fits ? row.elements : "");
+      if (fits && row.given.get().vt == VT_DISPATCH) {
+        EXPECT_EQ(held.get().pdispVal, row.given.get().pdispVal) << "shared";
       }
     }
   VARIANT reference;
   VariantInit(&reference);
   reference.vt = VT_BYREF | VT_VARIANT;
-  reference.pvarVal = const_cast<VARIANT*>(&given[0].get());
+  reference.pvarVal = const_cast<VARIANT*>(&rows[0].given.get());
   const INT point = add(5, 6, RealPoint);
   EXPECT_EQ(derivatives->PutVariantDerivative(point, reference), S_OK) << "a script's variable";
   EXPECT_EQ(got(point, S_OK).get().dblVal, 2.5);
@@ -244,7 +251,7 @@ TEST_F(Derivatives, PositionsOutsideChangeNothing) {
       EXPECT_EQ(hr, S_FALSE);
     EXPECT_EQ(needed, 77);
     EXPECT_EQ(point, 77);
-    EXPECT_EQ(count(), 2);
+    EXPECT_EQ(properties(), "1 3 ");
   }
 }
 
@@ -282,7 +289,7 @@ TEST_F(Derivatives, AReleaseMayCallBack) {
     EXPECT_EQ(array.references, 1u);
   }
   EXPECT_EQ(array.calls, 3);
-  EXPECT_EQ(count(), 4);
+  EXPECT_EQ(properties(), "101 102 1 103 ");
 }
 
 }  // namespace

@@ -96,56 +96,102 @@ class NumberingRegistry final : public HostObject<IEnumeratedPropertyRegistry> {
 };
 
 using Reals = std::vector<double>;
+inline constexpr double kUnset = -32767.0;
+
+inline Reals realsIn(IUnknown* object) {
+  const auto array = query<IRealArrayDisp>(ComPtr<IUnknown>(object));
+  Reals values(static_cast<std::size_t>(got(array, &IRealArrayDisp::get_Size)));
+  LONG i = 0;
+  for (double& value : values) EXPECT_EQ(array->get_IthValue(i++, &value), S_OK);
+  return values;
+}
+
+// The reals of a phase in the order of their registration, which begins with two enumerations.
+struct RealProperty {
+  const char* name;
+  HRESULT (STDMETHODCALLTYPE IBasicPhase::*get)(double*);
+  HRESULT (STDMETHODCALLTYPE IBasicPhase::*put)(double);
+};
+inline constexpr RealProperty kRealProperties[] = {
+#define PHASE_REAL(name) {#name, &IBasicPhase::get_##name, &IBasicPhase::put_##name},
+#include "phase/properties.def"
+};
+
+struct Fugacity {
+  HRESULT (STDMETHODCALLTYPE IBasicPhase::*get)(IRealArrayDisp**);
+  HRESULT (STDMETHODCALLTYPE IBasicPhase::*put)(IRealArrayDisp*);
+  HRESULT (STDMETHODCALLTYPE IBasicPhase::*lend)(IRealArrayDisp**);
+};
+inline constexpr Fugacity kFugacities[] = {
+    {&IBasicPhase::get_LnFugacityCoeff, &IBasicPhase::put_LnFugacityCoeff, &IBasicPhase::GetLnFugacityCoeff},
+    {&IBasicPhase::get_LnFugacity, &IBasicPhase::put_LnFugacity, &IBasicPhase::GetLnFugacity},
+};
 
 class PhaseTest : public CompoundTest {
  protected:
-  static constexpr double kUnset = -32767.0;
-
   static ComPtr<IBasicPhase> newPhase() { return create<IBasicPhase>(__uuidof(::COQSPhase)); }
   static ComPtr<IDispatch> newRegistry() { return create<IDispatch>(__uuidof(::PropertyRegistry)); }
 
-  static Reals realsIn(IUnknown* object) {
-    const auto array = ComPtr<IRealArrayDisp>::from(object);
-    EXPECT_TRUE(array);
-    LONG size = 0;
-    EXPECT_EQ(array->get_Size(&size), S_OK);
-    Reals values(static_cast<std::size_t>(size));
-    for (LONG i = 0; i < size; ++i) EXPECT_EQ(array->get_IthValue(i, &values[static_cast<std::size_t>(i)]), S_OK);
-    return values;
-  }
   static Reals compositionOf(const ComPtr<IBasicPhase>& phase) {
-    IRealArrayDisp* lent = nullptr;
-    EXPECT_EQ(phase->get_MolarCompositionDisp(&lent), S_OK);
-    return realsIn(lent);
+    return realsIn(got(phase, &IBasicPhase::get_MolarCompositionDisp));
   }
-  static INT numberOfCompounds(const ComPtr<IBasicPhase>& phase) {
-    INT count = -1;
-    phase->get_NumberOfCompounds(&count);
-    return count;
+
+  // The number of compounds; type, status, the user's type and the flag; the reals; composition, fugacity coefficients
+  // and fugacities. What is not set shows as "-". Every getter must tell so by its result.
+  static std::string stateOf(const ComPtr<IBasicPhase>& phase) {
+    std::ostringstream text;
+    const auto note = [&](double value) { value == kUnset ? text << " -" : text << ' ' << value; };
+    const auto read = [&]<class I, class T>(const ComPtr<I>& object, HRESULT (STDMETHODCALLTYPE I::*get)(T*)) {
+      T value{};
+      const HRESULT result = (object.get()->*get)(&value);
+      double number = 0;
+      if constexpr (std::is_enum_v<T>)
+        number = static_cast<LONG>(value);
+      else
+        number = value;
+      EXPECT_EQ(result, number == kUnset ? S_FALSE : S_OK);
+      note(number);
+      return value;
+    };
+    text << got(phase, &IBasicPhase::get_NumberOfCompounds) << ':';
+    read(phase, &IBasicPhase::get_PhaseType);
+    const auto status = read(phase, &IBasicPhase::get_PhaseStatus);
+    EXPECT_EQ(got(phase, &IBasicPhase::IsActivePhase), status == xpsActivePhase ? VARIANT_TRUE : VARIANT_FALSE);
+    read(query<IUserPhaseType>(phase), &IUserPhaseType::get_UserPhaseType);
+    read(phase, &IBasicPhase::get_IsPseudoRoot);
+    text << ';';
+    for (const RealProperty& real : kRealProperties) read(phase, real.get);
+    text << ';';
+    for (const double value : compositionOf(phase)) note(value);
+    for (const Fugacity& fugacity : kFugacities) {
+      text << ';';
+      IRealArrayDisp* lent = nullptr;
+      ComPtr<IRealArrayDisp> owned;
+      const HRESULT lending = (phase.get()->*fugacity.lend)(&lent);
+      const ULONG references = referencesOf(lent);
+      const HRESULT giving = (phase.get()->*fugacity.get)(owned.out());
+      EXPECT_EQ(owned.get(), lent);
+      EXPECT_EQ(referencesOf(lent), references + 1);
+      const Reals values = realsIn(lent);
+      EXPECT_EQ(giving, !values.empty() && values[0] == kUnset ? S_FALSE : S_OK) << "an empty one is set";
+      EXPECT_EQ(lending, values.empty() || values[0] == kUnset ? S_FALSE : S_OK);
+      for (const double value : values) note(value);
+    }
+    return text.str();
+  }
+
+  // Gives a phase a value of each kind; the reals are 1.5, 2.5 and so on.
+  static void fill(const ComPtr<IBasicPhase>& phase) {
+    double value = 0.5;
+    for (const RealProperty& real : kRealProperties) EXPECT_EQ((phase.get()->*real.put)(value += 1), S_OK);
+    EXPECT_EQ(phase->put_PhaseType(xptLiquid), S_OK);
+    EXPECT_EQ(phase->put_PhaseStatus(xpsActivePhase), S_OK);
+    EXPECT_EQ(query<IUserPhaseType>(phase)->put_UserPhaseType(xptSolid), S_OK);
+    EXPECT_EQ(phase->put_IsPseudoRoot(3), S_OK);
+    EXPECT_EQ(phase->put_MolarComposition(reals({0.4, 0.6}).get()), S_OK);
+    EXPECT_EQ(phase->put_LnFugacityCoeff(reals({0.1, 0.2}).get()), S_OK);
+    EXPECT_EQ(phase->put_LnFugacity(reals({-0.3, -0.4}).get()), S_OK);
   }
 };
-
-using RealGetter = HRESULT (STDMETHODCALLTYPE IBasicPhase::*)(double*);
-using RealSetter = HRESULT (STDMETHODCALLTYPE IBasicPhase::*)(double);
-
-// The reals of a phase: the place of their names in the registration, and the bits of a reset's settings that keep
-// them; a real without one is always reset.
-struct RealProperty {
-  const OLECHAR* name;
-  LONG place;
-  DWORD keptBy;
-  RealGetter get;
-  RealSetter put;
-};
-#define QS_REAL(name, place, keptBy) \
-  { OLESTR(#name), place, keptBy, &IBasicPhase::get_##name, &IBasicPhase::put_##name }
-inline constexpr RealProperty kRealProperties[] = {
-    QS_REAL(PhaseFraction, 2, 0x84), QS_REAL(PhaseMassFraction, 3, 0x4),
-    QS_REAL(Pressure, 4, 0x8),       QS_REAL(Temperature, 5, 0x10),
-    QS_REAL(Homotopy, 6, 0),         QS_REAL(Enthalpy, 7, 0x40),
-    QS_REAL(Entropy, 8, 0x20),       QS_REAL(Cp, 9, 0),
-    QS_REAL(MolarVolume, 10, 0),     QS_REAL(MolecularWeight, 11, 0),
-};
-#undef QS_REAL
 
 }  // namespace qs::test
