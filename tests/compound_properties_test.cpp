@@ -27,19 +27,6 @@ class CompoundProperties : public XmlTest {
     int found, fixed;
     bool operator==(const Found&) const = default;
   };
-  void SetUp() override {
-    CompoundTest::SetUp();
-    compound = newCompound();
-    props = query<ICompoundProp>(compound);
-    put = query<ICompoundPropPut>(compound);
-  }
-  void TearDown() override {
-    compound = {};
-    props = {};
-    put = {};
-    CompoundTest::TearDown();
-  }
-
   HRESULT setPoint(WideView name, BYTE fixed, double value) {
     return put->SetPointProperty(Bstr(name).get(), fixed, value);
   }
@@ -72,9 +59,9 @@ class CompoundProperties : public XmlTest {
     return result;
   }
 
-  ComPtr<IBasicCompound> compound;
-  ComPtr<ICompoundProp> props;
-  ComPtr<ICompoundPropPut> put;
+  ComPtr<IBasicCompound> compound = newCompound();
+  ComPtr<ICompoundProp> props = query<ICompoundProp>(compound);
+  ComPtr<ICompoundPropPut> put = query<ICompoundPropPut>(compound);
 };
 
 TEST_F(CompoundProperties, FixedKeysAreAlwaysListedInCodeUnitOrder) {

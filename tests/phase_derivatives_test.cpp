@@ -8,15 +8,6 @@ namespace {
 
 class Derivatives : public PhaseTest {
  protected:
-  void SetUp() override {
-    PhaseTest::SetUp();
-    derivatives = create<IDerivativeProp>(__uuidof(::COQSPhase));
-  }
-  void TearDown() override {
-    derivatives = ComPtr<IDerivativeProp>();
-    PhaseTest::TearDown();
-  }
-
   INT add(LONG property, LONG derivative, tagResultTypeEnum shape) {
     INT index = -1;
     EXPECT_EQ(derivatives->AddDerivativeProp(property, derivative, RealPoint, shape, &index), S_OK);
@@ -77,7 +68,7 @@ class Derivatives : public PhaseTest {
     return text.str();
   }
 
-  ComPtr<IDerivativeProp> derivatives;
+  ComPtr<IDerivativeProp> derivatives = create<IDerivativeProp>(__uuidof(::COQSPhase));
 };
 
 TEST_F(Derivatives, OneRecordPerPairOfNumbers) {

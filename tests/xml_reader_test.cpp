@@ -144,35 +144,18 @@ TEST_F(XmlReading, EventsInImpossibleOrders) {
   for (const auto& [tag, value] : std::vector<std::pair<const char*, const char*>>{
            {"NAME", "TC"}, {"TYPE", "PointProp"}, {"CONTENT", "Value(3)"}, {"NUMB", "1"}})
     attributes->Add(bstr(tag).get(), bstr(value).get());
-  // "+" starts an element, "-" ends one; then the result.
-  const std::vector<std::pair<std::string, HRESULT>> events = {
-      {"-Compound", S_OK},
-      {"+FixedProperty", S_FALSE},
-      {"+PropertyContent", S_FALSE},
-      {"-", S_OK},
-      {"+Compound", S_OK},
-      {"-Synonyms", S_OK},
-      {"+PropertyContent", S_FALSE},
-      {"-PropertyContent", S_OK},
-      {"+FixedProperty", S_OK},
-      {"-AdditionProperty", S_OK},
-      {"+PropertyContent", S_OK},
-      {"+PropertyContent", S_FALSE},
-      {"-FixedProperty", S_OK},
-      {"-FixedProperty", S_OK},
-      {"+x", S_FALSE},
-      {"+Compound", S_FALSE},
-      {"-Compound", S_OK},
-      {"-x", S_OK},
-      {"+Synonyms", S_OK},
-      {"+Synonym", S_OK},
-      {"-Compound", S_OK},
-      {"+Synonym", S_FALSE},
-  };
-  for (const auto& [event, expected] : events) {
-    const Bstr name = bstr(event.substr(1));
+  // "+" starts an element, "-" ends one; a "?" stands behind one that is passed over.
+  std::istringstream events(
+      "-Compound +FixedProperty? +PropertyContent? - "
+      "+Compound -Synonyms +PropertyContent? -PropertyContent "
+      "+FixedProperty -AdditionProperty +PropertyContent +PropertyContent? -FixedProperty -FixedProperty "
+      "+x? +Compound? -Compound -x "
+      "+Synonyms +Synonym -Compound +Synonym?");
+  for (std::string event; events >> event;) {
+    const bool passedOver = event.back() == '?';
+    const Bstr name = bstr(event.substr(1, event.size() - (passedOver ? 2 : 1)));
     EXPECT_EQ(event[0] == '+' ? client->StartElement(name.get(), attributes.get()) : client->EndElement(name.get()),
-              expected)
+              passedOver ? S_FALSE : S_OK)
         << event;
   }
   EXPECT_EQ(propertyOf(compound, OLESTR("TC")).value, 3.0);
