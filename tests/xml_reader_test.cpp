@@ -28,6 +28,7 @@ TEST_F(XmlReading, TheExactFormLosesNothing) {
     const auto compound = newCompound();
     const Bstr string(text);
     fill(compound, string, integer += 613566756);
+    if (text.empty()) query<ICompoundIDPut>(compound)->put_NumberOfSynonymNames(-1);
     const auto put = query<ICompoundPropPut>(compound);
     EXPECT_EQ(put->SetCOMProperty(bstr("HVP").get(), 1, Bstr(kValueClass).get(), values.make(text)), S_OK);
     EXPECT_EQ(query<IUserProperty>(compound)->SetUserProperty(string.get(), Bstr(kUserClass).get(), users.make(text)),
