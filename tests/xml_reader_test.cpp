@@ -27,7 +27,8 @@ TEST_F(XmlReading, TheExactFormLosesNothing) {
   for (const WideView text : strings) {
     const auto compound = newCompound();
     const Bstr string(text);
-    fill(compound, string, integer += 613566756);
+    fill(compound, string, integer);
+    integer += 613566750;
     if (text.empty()) query<ICompoundIDPut>(compound)->put_NumberOfSynonymNames(-1);
     const auto put = query<ICompoundPropPut>(compound);
     EXPECT_EQ(put->SetCOMProperty(bstr("HVP").get(), 1, Bstr(kValueClass).get(), values.make(text)), S_OK);
