@@ -66,8 +66,12 @@ TEST(NumberText, WritesEveryBitInTheExactForm) {
     EXPECT_EQ(std::string(digits, writeExactDouble(digits, std::bit_cast<double>(row.bits))), row.text);
     EXPECT_EQ(std::bit_cast<std::uint64_t>(readDouble(row.text)), row.bits) << row.text;
   }
-  for (const char* malformed : {"nan:", "nan:x", "nan:0", "nan:10000000000000", "nan:FFFFFFFFFFFFFFFFFFFF"})
-    EXPECT_EQ(std::bit_cast<std::uint64_t>(readDouble(malformed)), 0x7FF8000000000000) << malformed;
+  const std::pair<const char*, std::uint64_t> malformed[] = {{"nan:", 0x7FF8000000000000},
+                                                             {"nan:x", 0x7FF8000000000000},
+                                                             {"nan:0", 0x7FF8000000000000},
+                                                             {"nan:10000000000000", 0x7FF8000000000000},
+                                                             {"nan:FFFFFFFFFFFFFFFFFFFF", 0x7FF8000000000000}};
+  for (const auto& [text, bits] : malformed) EXPECT_EQ(std::bit_cast<std::uint64_t>(readDouble(text)), bits) << text;
 }
 
 TEST(NumberText, AppendsToEitherKindOfText) {

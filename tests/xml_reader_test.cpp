@@ -1,6 +1,10 @@
 // Compounds built from a parser's events: what comes back, and what hostile texts and events do.
 #include "compound/xml_reader.h"
 
+#include <cmath>
+#include <random>
+
+#include "props/key_table.h"
 #include "tests/support/xml_compounds.h"
 
 namespace qs::test {
@@ -11,41 +15,145 @@ constexpr LPCOLESTR kUserClass = OLESTR("{5B7D9D9F-0C2E-4C8C-9E0B-6D3B1C1B2A02}"
 
 Bstr bstr(std::string_view text) { return Bstr(widen(text)); }
 
-class XmlReading : public XmlTest {};
+// Puts any data that a host could into a compound.
+class RandomCompound {
+ public:
+  RandomCompound(ComponentClass<ValueComponent>& values, ComponentClass<UserComponent>& users)
+      : values_(values), users_(users) {}
+
+  void fill(const ComPtr<IBasicCompound>& compound) {
+    identity(query<ICompoundIDPut>(compound), query<ICompoundFamilyPut>(compound));
+    groups(query<ICompoundUNIFAC1Put>(compound));
+    const auto put = query<ICompoundPropPut>(compound);
+    for (INT i = 0; i < kCount; ++i) {
+      const bool fixed = below(2) == 0;
+      property(compound, put, fixed ? Bstr(kKeys[below(kKeyCount)].name) : string(), fixed ? 1 : 0);
+    }
+    for (unsigned i = below(3); i > 0; --i)
+      query<IUserProperty>(compound)->SetUserProperty(string().get(), Bstr(kUserClass).get(),
+                                                      users_.make(string().view()));
+  }
+
+ private:
+  static constexpr INT kCount = 12;
+
+  unsigned below(unsigned limit) { return static_cast<unsigned>(random_() % limit); }
+  bool sometimes() { return below(4) == 0; }
+  INT integer() { return sometimes() ? static_cast<INT>(random_()) : static_cast<INT>(below(1000)); }
+  double real() {
+    return sometimes() ? std::bit_cast<double>(random_()) : std::ldexp(static_cast<double>(random_() >> 11), -60);
+  }
+  Bstr string() {
+    static constexpr WideView kParts[] = {OLESTR("a"),
+                                          OLESTR("&"),
+                                          OLESTR("<"),
+                                          OLESTR(">"),
+                                          OLESTR("\""),
+                                          OLESTR("'"),
+                                          OLESTR("\t"),
+                                          OLESTR("\r"),
+                                          OLESTR("\n"),
+                                          OLESTR(" "),
+                                          OLESTR("("),
+                                          OLESTR(")"),
+                                          OLESTR("]]>"),
+                                          OLESTR("\x85"),
+                                          OLESTR("\x2028"),
+                                          OLESTR("\xE9"),
+                                          OLESTR("\xD83D\xDE00"),
+                                          OLESTR("Value("),
+                                          OLESTR("&amp;")};
+    WideString text;
+    for (unsigned i = below(50); i > 0; --i) text += kParts[below(std::size(kParts))];
+    return Bstr(text);
+  }
+
+  void identity(const ComPtr<ICompoundIDPut>& id, const ComPtr<ICompoundFamilyPut>& family) {
+    for (const auto put : {&ICompoundIDPut::put_Name, &ICompoundIDPut::put_CASN, &ICompoundIDPut::put_IUPACName,
+                           &ICompoundIDPut::put_ChemicalFormula})
+      if (!sometimes()) (id.get()->*put)(string().get());
+    for (const auto put : {&ICompoundIDPut::put_PPAttribute, &ICompoundIDPut::put_VelcorinID,
+                           &ICompoundIDPut::put_PPDSID, &ICompoundIDPut::put_DDBID, &ICompoundIDPut::put_DIPPRID,
+                           &ICompoundIDPut::put_CMAID, &ICompoundIDPut::put_NumberOfSynonymNames})
+      if (!sometimes()) (id.get()->*put)(integer());
+    if (!sometimes()) id->put_NumberOfSynonymNames(0);
+    for (unsigned i = below(70); i > 0; --i)
+      id->put_SynonymName(static_cast<INT>(below(70)), sometimes() ? nullptr : string().get());
+    if (sometimes()) id->put_NumberOfSynonymNames(static_cast<INT>(below(70)));
+    if (!sometimes()) family->put_SubFamily(string().get());
+    if (!sometimes()) family->put_NonCondensable(static_cast<VARIANT_BOOL>(below(2)));
+    family->put_Family(static_cast<tagCompoundFamilyEnum>(below(14)));
+  }
+
+  void groups(const ComPtr<ICompoundUNIFAC1Put>& unifac) {
+    const auto array = host::createInstance<IIntegerArrayDisp>(__uuidof(::HostIntegerArray));
+    for (const auto put : {&ICompoundUNIFAC1Put::put_VELUNIFACNoGr, &ICompoundUNIFAC1Put::put_VELUNIFACSubGr}) {
+      if (sometimes()) continue;
+      const auto size = static_cast<LONG>(below(6));
+      array->put_Size(size);
+      for (LONG i = 0; i < size; ++i) array->put_IthValue(i, integer());
+      (unifac.get()->*put)(size, array.get());
+    }
+    if (sometimes()) unifac->put_UNIFAC1NumberOfGroups(integer());
+  }
+
+  void property(const ComPtr<IBasicCompound>& compound, const ComPtr<ICompoundPropPut>& put, const Bstr& name,
+                BYTE fixed) {
+    switch (below(5)) {
+      case 0:
+        put->SetVoidProperty(name.get(), fixed);
+        break;
+      case 1:
+        put->SetPointProperty(name.get(), fixed, real());
+        break;
+      case 2:
+        put->SetCOMProperty(name.get(), fixed, Bstr(kValueClass).get(), values_.make(string().view()));
+        break;
+      default: {
+        const auto coefficients = host::createInstance<IRealArrayDisp>(__uuidof(::HostRealArray));
+        coefficients->put_Size(10);
+        for (LONG i = 0; i < 10; ++i) coefficients->put_IthValue(i, real());
+        const auto shape = static_cast<tagEquationShapeEnum>(sometimes() ? 1000 : below(38));
+        put->SetEquationProperty(name.get(), fixed, shape, real(), real(), real(), real(), coefficients.get());
+        query<ICompEqnXYShape>(compound)->SetEquationPropertyXYShape(name.get(), static_cast<tagXYShapeEnum>(below(40)),
+                                                                     static_cast<tagXYShapeEnum>(below(40)), real(),
+                                                                     real(), real(), real(), real(), real());
+      }
+    }
+    if (sometimes()) put->SetPropertyLoader(name.get(), string().get());
+  }
+
+  ComponentClass<ValueComponent>& values_;
+  ComponentClass<UserComponent>& users_;
+  std::mt19937_64 random_{20261121};
+};
+
+class XmlReading : public XmlTest {
+ protected:
+  static double point(const ComPtr<IBasicCompound>& compound, std::string_view name) {
+    double value = 0.5;
+    LONG dependencies = 0;
+    query<ICompoundProp>(compound)->GetPropertyValue(bstr(name).get(), 300, 100, eNoExtrapolation, &dependencies,
+                                                     &value);
+    return value;
+  }
+};
 
 TEST_F(XmlReading, TheExactFormLosesNothing) {
   ComponentClass<ValueComponent> values(kValueClass);
   ComponentClass<UserComponent> users(kUserClass);
-  const WideView strings[] = {OLESTR(""),
-                              OLESTR("\t"),
-                              OLESTR("\r\n"),
-                              OLESTR(" "),
-                              OLESTR("a & <b> \"c\" 'd' ]]> &amp; "),
-                              OLESTR(" Value(1) ClassName(x) ComContent((y)"),
-                              OLESTR("\x85 \x2028 \xE9 \xD83D\xDE00")};
-  INT integer = -2147483647 - 1;
-  for (const WideView text : strings) {
+  RandomCompound random(values, users);
+  for (int i = 0; i < 1000; ++i) {
     const auto compound = newCompound();
-    const Bstr string(text);
-    fill(compound, string, integer);
-    integer += 613566750;
-    if (text.empty()) query<ICompoundIDPut>(compound)->put_NumberOfSynonymNames(-1);
-    const auto put = query<ICompoundPropPut>(compound);
-    EXPECT_EQ(put->SetCOMProperty(bstr("HVP").get(), 1, Bstr(kValueClass).get(), values.make(text)), S_OK);
-    EXPECT_EQ(query<IUserProperty>(compound)->SetUserProperty(string.get(), Bstr(kUserClass).get(), users.make(text)),
-              S_OK);
-    const WideString written = textOf(compound, xmlExactForm);
-    EXPECT_NE(textOf(compound, xmlEscaped), written);
-    EXPECT_EQ(textOf(compound, xmlExactNumbers) == written, written.find(OLESTR('&')) == WideString::npos);
-    const auto again = read(written);
-    EXPECT_EQ(narrow(textOf(again, xmlExactForm)), narrow(written));
-    for (const INT synonyms : {3, 4}) {
-      for (const auto& one : {again, compound}) query<ICompoundIDPut>(one)->put_NumberOfSynonymNames(synonyms);
-      EXPECT_EQ(descriptionOf(again), descriptionOf(compound)) << "with synonyms past the count";
-    }
+    random.fill(compound);
+    const WideString text = textOf(compound, xmlExactForm);
+    const auto again = read(text);
+    ASSERT_EQ(narrow(Description::of(again)), narrow(Description::of(compound))) << i << narrow(text);
+    ASSERT_EQ(narrow(textOf(again, xmlExactForm)), narrow(text)) << "what no interface tells";
+    for (const auto& one : {again, compound}) query<ICompoundIDPut>(one)->put_NumberOfSynonymNames(70);
+    ASSERT_EQ(narrow(Description::of(again)), narrow(Description::of(compound))) << "synonyms past the count";
+    for (const INT form : {xmlExactNumbers, xmlEscaped}) EXPECT_NE(textOf(compound, form), text);
   }
-  const auto empty = newCompound();
-  EXPECT_EQ(descriptionOf(read(textOf(empty, xmlExactForm))), descriptionOf(empty));
 }
 
 TEST_F(XmlReading, Version1) {
@@ -61,20 +169,33 @@ TEST_F(XmlReading, Version1) {
       "<EqnProperty NAME='ST' ID='0' NUMBCOEFF='-1'><EquationCoeff VALUE='7'/></EqnProperty>"
       "<EqnProperty NAME='HVP' ID='0' NUMBCOEFF='2147483647'><EquationCoeff VALUE='7'/></EqnProperty>"
       "</Compound>"));
-  EXPECT_EQ(propertyOf(compound, OLESTR("TC")).value, 512.5);
-  EXPECT_EQ(propertyOf(compound, OLESTR("PC")).value, kEmpty) << "without a value";
-  EXPECT_EQ(propertyOf(compound, OLESTR("Else")).value, 0.5) << "no fixed key";
-  const std::pair<const char*, const char*> equations[] = {
-      {"VP", "2 0: 0 'Y = A + B*X + C*X^2 + D*X^3 + E*X^4' 200 400 1 100000 ( 1.5 -2 0 4 5) 1 1 1 1 1 1 -32767 -32767"},
-      {"LDN",
-       "2 0: 0 'Y = A + B*X + C*X^2 + D*X^3 + E*X^4' 1.0000000000000001e-05 10000000000 1.0000000000000001e-05 "
-       "1000000000000000 "
-       "( 7 8 -32767 -32767 -32767) 1 1 1 1 1 1 -32767 -32767"},
-      {"VDN", "0 1:"},
-      {"SDN", "0 1:"},
-      {"ST", "0 1:"},
-      {"HVP", "0 1:"}};
-  for (const auto& [key, text] : equations) EXPECT_EQ(propertyText(compound, bstr(key)), text) << key;
+  EXPECT_EQ(point(compound, "TC"), 512.5);
+  EXPECT_EQ(point(compound, "PC"), kEmpty) << "without a value";
+  EXPECT_EQ(point(compound, "Else"), 0.5) << "no fixed key";
+  const auto props = query<ICompoundProp>(compound);
+  const struct {
+    const char* key;
+    std::vector<double> expected;  // the bounds and the coefficients; none when the equation is not there
+  } cases[] = {{"VP", {200, 400, 1, 1e5, 1.5, -2, 0, 4, 5}},
+               {"LDN", {1e-5, 1e10, 1e-5, 1e15, 7, 8, kEmpty, kEmpty, kEmpty}},
+               {"VDN", {}},
+               {"SDN", {}},
+               {"ST", {}},
+               {"HVP", {}}};
+  for (const auto& row : cases) {
+    tagEquationShapeEnum shape{};
+    Bstr form;
+    double v[4]{}, value = 0;
+    INT count = 0;
+    ComPtr<IRealArrayDisp> coefficients;
+    std::vector<double> found;
+    if (props->GetEquationProperty(bstr(row.key).get(), &shape, form.out(), v, v + 1, v + 2, v + 3, &count,
+                                   coefficients.out()) == S_OK) {
+      found.assign(v, v + 4);
+      for (INT i = 0; i < count; ++i) found.push_back((coefficients->get_IthValue(i, &value), value));
+    }
+    EXPECT_EQ(found, row.expected) << row.key;
+  }
 }
 
 TEST_F(XmlReading, HostileTextsLeaveAUsableCompound) {
@@ -135,7 +256,7 @@ TEST_F(XmlReading, HostileTextsLeaveAUsableCompound) {
     const std::string text = narrow(textOf(compound));
     const bool absent = row.expected[0] == '!';
     EXPECT_EQ(text.find(row.expected + (absent ? 1 : 0)) == std::string::npos, absent) << row.text << text;
-    EXPECT_EQ(propertyOf(compound, OLESTR("MW")).value, 18.0) << row.text;
+    EXPECT_EQ(point(compound, "MW"), 18.0) << row.text;
   }
 }
 
@@ -146,21 +267,38 @@ TEST_F(XmlReading, EventsInImpossibleOrders) {
   for (const auto& [tag, value] : std::vector<std::pair<const char*, const char*>>{
            {"NAME", "TC"}, {"TYPE", "PointProp"}, {"CONTENT", "Value(3)"}, {"NUMB", "1"}})
     attributes->Add(bstr(tag).get(), bstr(value).get());
-  // "+" starts an element, "-" ends one; a "?" stands behind one that is passed over.
-  std::istringstream events(
-      "-Compound +FixedProperty? +PropertyContent? - "
-      "+Compound -Synonyms +PropertyContent? -PropertyContent "
-      "+FixedProperty -AdditionProperty +PropertyContent +PropertyContent? -FixedProperty -FixedProperty "
-      "+x? +Compound? -Compound -x "
-      "+Synonyms +Synonym -Compound +Synonym?");
-  for (std::string event; events >> event;) {
-    const bool passedOver = event.back() == '?';
-    const Bstr name = bstr(event.substr(1, event.size() - (passedOver ? 2 : 1)));
+  // "+" starts an element, "-" ends one; then the result.
+  const std::vector<std::pair<std::string, HRESULT>> events = {
+      {"-Compound", S_OK},
+      {"+FixedProperty", S_FALSE},
+      {"+PropertyContent", S_FALSE},
+      {"-", S_OK},
+      {"+Compound", S_OK},
+      {"-Synonyms", S_OK},
+      {"+PropertyContent", S_FALSE},
+      {"-PropertyContent", S_OK},
+      {"+FixedProperty", S_OK},
+      {"-AdditionProperty", S_OK},
+      {"+PropertyContent", S_OK},
+      {"+PropertyContent", S_FALSE},
+      {"-FixedProperty", S_OK},
+      {"-FixedProperty", S_OK},
+      {"+x", S_FALSE},
+      {"+Compound", S_FALSE},
+      {"-Compound", S_OK},
+      {"-x", S_OK},
+      {"+Synonyms", S_OK},
+      {"+Synonym", S_OK},
+      {"-Compound", S_OK},
+      {"+Synonym", S_FALSE},
+  };
+  for (const auto& [event, expected] : events) {
+    const Bstr name = bstr(event.substr(1));
     EXPECT_EQ(event[0] == '+' ? client->StartElement(name.get(), attributes.get()) : client->EndElement(name.get()),
-              passedOver ? S_FALSE : S_OK)
+              expected)
         << event;
   }
-  EXPECT_EQ(propertyOf(compound, OLESTR("TC")).value, 3.0);
+  EXPECT_EQ(point(compound, "TC"), 3.0);
   EXPECT_EQ(client->StartElement(bstr("Compound").get(), nullptr), S_OK);
   EXPECT_EQ(client->StartElement(nullptr, nullptr), S_FALSE);
   EXPECT_EQ(client->EndElement(nullptr), S_OK);
@@ -183,15 +321,19 @@ TEST_F(XmlReading, ComponentsThatRefuseTheirContent) {
                         user + OLESTR(") ComContent(") + WideString(content) + OLESTR(")'/></Compound>"),
                     compound.get()),
               S_OK);
-    EXPECT_EQ(propertyText(compound, bstr("VP")), "3 0: " + narrow(value) + ' ' + (bad ? "(null)" : narrow(content)))
-        << "the class name stays";
+    Bstr className;
+    ComPtr<IPCProperty> property;
     ComPtr<IDispatch> component;
+    EXPECT_EQ(query<ICompoundProp>(compound)->GetCOMProperty(bstr("VP").get(), className.out(), property.out()), S_OK);
+    EXPECT_EQ(className.view(), value) << "the name stays";
     EXPECT_EQ(query<IUserProperty>(compound)->GetUserProperty(bstr("u").get(), component.out()), S_OK);
+    ASSERT_EQ(static_cast<bool>(property), !bad);
     ASSERT_EQ(static_cast<bool>(component), !bad);
     EXPECT_EQ(narrow(textOf(read(textOf(compound, xmlExactForm)), xmlExactForm)),
               narrow(textOf(compound, xmlExactForm)))
         << "the content stays";
     if (bad) continue;
+    EXPECT_EQ(static_cast<ValueComponent*>(property.get())->content, content);
     EXPECT_EQ(static_cast<UserComponent*>(static_cast<ICOMUserProp*>(component.get()))->content, content);
   }
 }

@@ -3,10 +3,8 @@
 #pragma once
 
 #include <bit>
-#include <cmath>
 #include <deque>
 #include <functional>
-#include <sstream>
 #include <string>
 
 #include "tests/support/collections.h"
@@ -80,76 +78,125 @@ class ComponentClass final : public IClassFactory {
   std::deque<Component> made_;
 };
 
-// What the interfaces of a compound tell of a property: its type, the result of asking for it and its loader; then its
-// value at 300 K, its class name and the text of its component, or its shape, form, ranges, coefficients, the shapes of
-// X and Y and their norms, powers, A and B.
-inline std::string propertyText(const ComPtr<IBasicCompound>& compound, const Bstr& name) {
-  std::ostringstream text;
-  text.precision(17);
-  const auto note = [&](double value) {
-    std::isnan(value) ? text << " nan" << std::bit_cast<std::uint64_t>(value) : text << ' ' << value;
-  };
-  const auto props = query<ICompoundProp>(compound);
-  tagPropTypeEnum type{};
-  BSTR string = nullptr;
-  const HRESULT known = props->GetPropertyType(name.get(), &type);
-  text << INT{type} << ' ' << known;
-  if (query<ICompoundPropPut>(compound)->GetPropertyLoader(name.get(), &string) == S_OK)
-    text << " from " << narrow(taken(string));
-  text << ':';
-  if (type == PointProp) note(propertyOf(compound, name.view()).value);
-  if (type == COMProp) {
-    ComPtr<IPCProperty> component;
-    EXPECT_EQ(props->GetCOMProperty(name.get(), &string, component.out()), S_OK);
-    text << ' ' << narrow(taken(string));
-    string = nullptr;
-    if (component) component->Store(&string);
-    text << ' ' << narrow(taken(string));
+// Everything that a compound's interfaces tell, one line per item; doubles as their bits.
+class Description {
+ public:
+  static WideString of(const ComPtr<IBasicCompound>& compound) {
+    Description description;
+    description.identity(query<ICompoundID>(compound), query<ICompoundFamily>(compound));
+    description.groups(query<ICompoundUNIFAC1>(compound));
+    for (const BYTE fixed : {BYTE{1}, BYTE{0}})
+      description.properties(query<ICompoundProp>(compound), query<ICompoundPropPut>(compound),
+                             query<ICompEqnXYShape>(compound), fixed);
+    description.userProperties(query<IUserProperty>(compound));
+    return description.text_;
   }
-  if (type != EquationProp) return text.str();
-  tagEquationShapeEnum shape{};
-  double v[6]{};
-  INT count = 0;
-  ComPtr<IRealArrayDisp> coefficients;
-  EXPECT_EQ(props->GetEquationProperty(name.get(), &shape, &string, v, v + 1, v + 2, v + 3, &count, coefficients.out()),
-            S_OK);
-  text << ' ' << INT{shape} << " '" << narrow(taken(string)) << "'";
-  for (const double value : {v[0], v[1], v[2], v[3]}) note(value);
-  text << " (";
-  for (INT i = 0; i < count; ++i) note((coefficients->get_IthValue(i, v), v[0]));
-  tagXYShapeEnum x{}, y{};
-  EXPECT_EQ(query<ICompEqnXYShape>(compound)->GetEquationPropertyXYShape(name.get(), &x, &y, v, v + 1, v + 2, v + 3,
-                                                                         v + 4, v + 5),
-            S_OK);
-  text << ") " << INT{x} << ' ' << INT{y};
-  for (const double value : v) note(value);
-  return text.str();
-}
 
-// Everything that a compound's interfaces tell, one line per item.
-inline std::string descriptionOf(const ComPtr<IBasicCompound>& compound) {
-  std::ostringstream text;
-  text << identityOf(compound) << ' ' << narrow(got(compound, &ICompoundFamily::get_SubFamily)) << ' '
-       << got(compound, &ICompoundFamily::get_NonCondensable) << ' '
-       << got(compound, &ICompoundUNIFAC1::get_UNIFAC1NumberOfGroups) << '\n';
-  const auto props = query<ICompoundProp>(compound);
-  for (const BYTE fixed : {BYTE{1}, BYTE{0}}) {
-    Bstr name;
-    tagPropTypeEnum type{};
-    for (INT i = 0; props->GetPropertyName(fixed, i, name.out(), &type) == S_OK; ++i)
-      text << narrow(name.view()) << ' ' << propertyText(compound, name) << '\n';
+ private:
+  Description& operator<<(WideView text) {
+    text_.append(text) += OLESTR('|');
+    return *this;
   }
-  Bstr name;
-  BSTR classId = nullptr;
-  ComPtr<IDispatch> component;
-  for (INT i = 0; query<IUserProperty>(compound)->GetUserPropertyI(i, name.out(), &classId, component.out()) == S_OK;
-       ++i) {
-    BSTR content = nullptr;
-    if (const auto stored = ComPtr<ICOMUserProp>::from(component.get())) stored->Store(&content);
-    text << narrow(name.view()) << ' ' << narrow(taken(classId)) << ' ' << narrow(taken(content)) << '\n';
+  Description& operator<<(std::int64_t number) { return *this << widen(std::to_string(number)); }
+  Description& operator<<(double number) { return *this << std::bit_cast<std::int64_t>(number); }
+  void end() { text_ += OLESTR('\n'); }
+
+  void identity(const ComPtr<ICompoundID>& id, const ComPtr<ICompoundFamily>& families) {
+    BSTR text = nullptr;
+    INT number = 0;
+    for (const auto get : {&ICompoundID::get_Name, &ICompoundID::get_CASN, &ICompoundID::get_IUPACName,
+                           &ICompoundID::get_ChemicalFormula})
+      *this << ((id.get()->*get)(&text), taken(text));
+    *this << (families->get_SubFamily(&text), taken(text));
+    for (const auto get : {&ICompoundID::get_PPAttribute, &ICompoundID::get_VelcorinID, &ICompoundID::get_PPDSID,
+                           &ICompoundID::get_DDBID, &ICompoundID::get_DIPPRID, &ICompoundID::get_CMAID,
+                           &ICompoundID::get_NumberOfSynonymNames})
+      *this << ((id.get()->*get)(&number), std::int64_t{number});
+    for (INT i = 0; i < number && i < 70; ++i) *this << (id->get_SynonymName(i, &text), taken(text));
+    tagCompoundFamilyEnum family{};
+    VARIANT_BOOL condensable = 7;
+    families->get_Family(&family);
+    families->get_NonCondensable(&condensable);
+    *this << std::int64_t{family} << std::int64_t{condensable};
+    end();
   }
-  return text.str();
-}
+
+  void groups(const ComPtr<ICompoundUNIFAC1>& unifac) {
+    INT count = 0;
+    unifac->get_UNIFAC1NumberOfGroups(&count);
+    *this << std::int64_t{count};
+    ComPtr<IDispatch> types, counts;
+    unifac->get_UNIFAC1Groups(types.out(), counts.out());
+    for (IDispatch* array : {types.get(), counts.get()}) {
+      const auto values = ComPtr<IIntegerArrayDisp>::from(array);
+      LONG size = 0;
+      values->get_Size(&size);
+      *this << std::int64_t{size};
+      for (LONG i = 0, value = 0; i < size; ++i) *this << (values->get_IthValue(i, &value), std::int64_t{value});
+    }
+    end();
+  }
+
+  void properties(const ComPtr<ICompoundProp>& props, const ComPtr<ICompoundPropPut>& put,
+                  const ComPtr<ICompEqnXYShape>& shapes, BYTE fixed) {
+    INT count = 0;
+    props->GetNumbOfProperty(fixed, &count);
+    for (INT i = 0; i < count; ++i) {
+      Bstr name, loader;
+      tagPropTypeEnum type{};
+      props->GetPropertyName(fixed, i, name.out(), &type);
+      *this << name.view() << std::int64_t{type} << std::int64_t{props->GetPropertyType(name.get(), &type)};
+      if (put->GetPropertyLoader(name.get(), loader.out()) == S_OK) *this << OLESTR("loader") << loader.view();
+      if (type == PointProp) {
+        double value = 0;
+        LONG dependencies = 0;
+        props->GetPropertyValue(name.get(), 300, 100, eNoExtrapolation, &dependencies, &value);
+        *this << value;
+      } else if (type == EquationProp) {
+        equation(name.get(), props, shapes);
+      } else if (type == COMProp) {
+        Bstr className;
+        ComPtr<IPCProperty> component;
+        props->GetCOMProperty(name.get(), className.out(), component.out());
+        BSTR content = nullptr;
+        if (component) component->Store(&content);
+        *this << (className ? className.view() : WideView(OLESTR("(null)"))) << taken(content);
+      }
+      end();
+    }
+  }
+
+  void equation(BSTR name, const ComPtr<ICompoundProp>& props, const ComPtr<ICompEqnXYShape>& shapes) {
+    tagEquationShapeEnum shape{};
+    BSTR form = nullptr;
+    double v[6]{};
+    INT count = 0;
+    ComPtr<IRealArrayDisp> coefficients;
+    props->GetEquationProperty(name, &shape, &form, v, v + 1, v + 2, v + 3, &count, coefficients.out());
+    *this << std::int64_t{shape} << taken(form) << v[0] << v[1] << v[2] << v[3];
+    for (INT i = 0; i < count; ++i) *this << (coefficients->get_IthValue(i, v), v[0]);
+    tagXYShapeEnum x{}, y{};
+    shapes->GetEquationPropertyXYShape(name, &x, &y, v, v + 1, v + 2, v + 3, v + 4, v + 5);
+    *this << std::int64_t{x} << std::int64_t{y};
+    for (const double value : v) *this << value;
+  }
+
+  void userProperties(const ComPtr<IUserProperty>& user) {
+    INT count = 0;
+    user->GetNumbOfUserProperty(&count);
+    for (INT i = 0; i < count; ++i) {
+      Bstr name;
+      BSTR classId = nullptr, content = nullptr;
+      ComPtr<IDispatch> component;
+      user->GetUserPropertyI(i, name.out(), &classId, component.out());
+      if (const auto stored = ComPtr<ICOMUserProp>::from(component.get())) stored->Store(&content);
+      *this << OLESTR("user") << name.view() << taken(classId) << taken(content);
+      end();
+    }
+  }
+
+  WideString text_;
+};
 
 class XmlTest : public CollectionTest {
  protected:
@@ -165,43 +212,6 @@ class XmlTest : public CollectionTest {
     EXPECT_EQ(query<IXMLStoreEx>(object)->StoreAsXMLEx(form, text.out()), S_OK);
     return WideString(text.view());
   }
-  // Gives a compound data of every kind; all strings and integers are the given ones.
-  static void fill(const ComPtr<IBasicCompound>& compound, const Bstr& string, INT integer) {
-    const auto id = query<ICompoundIDPut>(compound);
-    for (const auto put : {&ICompoundIDPut::put_Name, &ICompoundIDPut::put_CASN, &ICompoundIDPut::put_IUPACName,
-                           &ICompoundIDPut::put_ChemicalFormula})
-      EXPECT_EQ((id.get()->*put)(string.get()), S_OK);
-    for (const auto put :
-         {&ICompoundIDPut::put_PPAttribute, &ICompoundIDPut::put_VelcorinID, &ICompoundIDPut::put_PPDSID,
-          &ICompoundIDPut::put_DDBID, &ICompoundIDPut::put_DIPPRID, &ICompoundIDPut::put_CMAID})
-      EXPECT_EQ((id.get()->*put)(integer++), S_OK);
-    EXPECT_EQ(id->put_NumberOfSynonymNames(0), S_OK);
-    for (INT i = 0; i < 4; ++i) EXPECT_EQ(id->put_SynonymName(i, i == 1 ? nullptr : string.get()), S_OK);
-    EXPECT_EQ(id->put_NumberOfSynonymNames(3), S_OK);
-    const auto family = query<ICompoundFamilyPut>(compound);
-    EXPECT_EQ(family->put_Family(eMiscellaneous), S_OK);
-    EXPECT_EQ(family->put_SubFamily(string.get()), S_OK);
-    EXPECT_EQ(family->put_NonCondensable(VARIANT_TRUE), S_OK);
-    const auto groups = query<ICompoundUNIFAC1Put>(compound);
-    EXPECT_EQ(groups->put_VELUNIFACSubGr(2, integers({integer, 3}).get()), S_OK);
-    EXPECT_EQ(groups->put_VELUNIFACNoGr(1, integers({7}).get()), S_OK);
-
-    const auto put = query<ICompoundPropPut>(compound);
-    const Bstr boiling(OLESTR("NBP")), vapourPressure(OLESTR("VP")), other(OLESTR("other"));
-    EXPECT_EQ(put->SetVoidProperty(Bstr(OLESTR("TC")).get(), 1), S_OK);
-    EXPECT_EQ(put->SetVoidProperty(other.get(), 0), S_OK);
-    EXPECT_EQ(put->SetPointProperty(boiling.get(), 1, std::bit_cast<double>(0xFFF8000000000123)), S_OK);
-    EXPECT_EQ(put->SetPointProperty(string.get(), 0, 0.1), S_OK);
-    EXPECT_EQ(put->SetEquationProperty(vapourPressure.get(), 1, PropCurvePOLY2, 5e-324, -0.0, -HUGE_VAL, 0.7,
-                                       reals({1.0 / 3, std::nan(""), 1e300}).get()),
-              S_OK);
-    EXPECT_EQ(query<ICompEqnXYShape>(compound)->SetEquationPropertyXYShape(vapourPressure.get(), COMxr, COMlnx, 0.1,
-                                                                           0.2, 0.3, 0.4, 0.6, 0.7),
-              S_OK);
-    for (const Bstr* name : {&boiling, &vapourPressure, &other})
-      EXPECT_EQ(put->SetPropertyLoader(name->get(), string.get()), S_OK);
-  }
-
   static HRESULT parse(WideView text, IDispatch* client) {
     return create<IXMLParser>(__uuidof(::XMLParser))->ParseText(Bstr(text).get(), client);
   }
