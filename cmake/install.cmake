@@ -28,7 +28,7 @@ else()
   set(shared ${CMAKE_INSTALL_DATADIR}/qscontainers)
   set(documents ${CMAKE_INSTALL_DOCDIR})
   install(TARGETS qscontainers qshostkit ${programs} COMPONENT programs)
-  # For C++ hosts: find_package(qscontainers), target qscontainers::host.
+  # For C++ hosts: find_package(qscontainers), target qscontainers::qs_host.
   install(TARGETS qs_host qs_com qs_platform qs_interfaces EXPORT qscontainers COMPONENT programs)
   install(EXPORT qscontainers NAMESPACE qscontainers:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/qscontainers
           FILE qscontainers-config.cmake COMPONENT common)

@@ -20,7 +20,7 @@ class BundledData : public CompoundTest {
     return made;
   }
   static const json& source() {
-    static const json parsed = json::parse(std::ifstream(std::filesystem::path(QS_SOURCE_DIR) / "data/compounds.json"));
+    static const json parsed = json::parse(std::ifstream(kSourceFolder / "data/compounds.json"));
     return parsed["compounds"];
   }
 

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "tests/support/compounds.h"
+#include "tests/support/files.h"
 #include "tests/support/late_call.h"
 
 namespace qs::test {
@@ -25,7 +26,7 @@ struct Members {
 };
 Members membersOfTheCompound() {
   Members members;
-  std::ifstream file(QS_SOURCE_DIR "/tests/interfaces.txt");
+  std::ifstream file(kSourceFolder / "tests/interfaces.txt");
   for (std::string line; std::getline(file, line);) {
     std::istringstream words(line);
     std::string object;

@@ -102,7 +102,7 @@ TEST_F(HostkitLoaderTest, FillsACollection) {
 }
 
 TEST_F(HostkitLoaderTest, ReadsTheBundledData) {
-  ASSERT_EQ(loader_->Set_Path(Bstr(std::filesystem::path(QS_SOURCE_DIR "/data").string<OLECHAR>()).get()), S_OK);
+  ASSERT_EQ(loader_->Set_Path(Bstr((kSourceFolder / "data").string<OLECHAR>()).get()), S_OK);
   const Bstr key(OLESTR("CASN"));
   Bstr last, beyond;
   EXPECT_EQ(loader_->Get_AllCompounds(key.get(), 53, last.out()), S_OK);

@@ -6,6 +6,8 @@
 #include <map>
 #include <sstream>
 
+#include "tests/support/files.h"
+
 namespace qs {
 namespace {
 
@@ -34,7 +36,7 @@ TEST(KeyTable, AgreesWithTheTypeLibraryBothWays) {
 #include "props/keys.def"
   };
   std::vector<std::string> documented;
-  std::ifstream source(QS_SOURCE_DIR "/module/qscontainers.idl");
+  std::ifstream source(test::kSourceFolder / "module/qscontainers.idl");
   std::string face;
   for (std::string line; std::getline(source, line);) {
     if (line.starts_with("  interface ")) face = line.substr(12, line.find(' ', 12) - 12);

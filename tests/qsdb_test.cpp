@@ -18,8 +18,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-const std::filesystem::path kSources = std::filesystem::path(QS_SOURCE_DIR);
-
 struct Outcome {
   int code;
   std::string out, err;
@@ -41,8 +39,8 @@ Outcome build(const std::filesystem::path& source, const std::filesystem::path& 
 }
 
 TEST(BundledSource, UsesTheDocumentedUnits) {
-  const json source = json::parse(qs::test::readFile(kSources / "data" / "compounds.json"));
-  const std::string document = qs::test::readFile(kSources / "docs" / "units.md");
+  const json source = json::parse(qs::test::readFile(kSourceFolder / "data" / "compounds.json"));
+  const std::string document = qs::test::readFile(kSourceFolder / "docs" / "units.md");
   for (const auto& [key, unit] : source["units"].items()) {
     const auto row = document.find("| `" + key + "` |");
     ASSERT_NE(row, std::string::npos) << key;

@@ -9,13 +9,14 @@
 #include <vector>
 
 #include "tests/support/database_builder.h"
+#include "tests/support/files.h"
 #include "tools/qsdb.h"
 
 namespace qs::test {
 
 struct BundledCompounds {
   BundledCompounds() {
-    const std::filesystem::path source = std::filesystem::path(QS_SOURCE_DIR) / "data" / "compounds.json";
+    const std::filesystem::path source = kSourceFolder / "data" / "compounds.json";
     const auto utf8 = [](const std::filesystem::path& path) {
       const std::u8string text = path.u8string();
       return std::string(text.begin(), text.end());

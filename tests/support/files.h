@@ -1,4 +1,4 @@
-// Files as whole texts, and what a directory holds.
+// Files as whole texts, what a directory holds, and where the repository's own files are.
 #pragma once
 
 #include <algorithm>
@@ -10,6 +10,9 @@
 #include <vector>
 
 namespace qs::test {
+
+// The repository's root.
+extern const std::filesystem::path kSourceFolder;
 
 inline std::vector<std::string> namesIn(const std::filesystem::path& directory) {
   std::vector<std::string> names;
