@@ -14,10 +14,7 @@ fail() {
 }
 
 # What is needed, as `file-or-command package`; a package is installed when one of its lines names what is not there.
-needed_packages() {
-  while read -r what package; do
-    if [[ $what == /* ]]; then [[ -e $what ]]; else command -v "$what" >/dev/null; fi || echo "$package"
-  done <<'END'
+needed='
 cmake cmake
 ninja ninja-build
 ccache ccache
@@ -35,12 +32,28 @@ wine wine
 /usr/include/expat.h libexpat1-dev
 /usr/include/benchmark/benchmark.h libbenchmark-dev
 /usr/share/i18n/locales/de_DE locales
-END
+'
+# What tools/wine32 needs besides.
+needed_for_wine32='
+make make
+autoconf autoconf
+flex flex
+bison bison
+xz xz-utils
+'
+
+missing_packages() {
+  local what package
+  while read -r what package; do
+    [[ -n $what ]] || continue
+    if [[ $what == /* ]]; then [[ -e $what ]]; else command -v "$what" >/dev/null; fi || echo "$package"
+  done
 }
 
+# install_packages [LIST]: those of one of the lists above, of the first without it.
 install_packages() {
   local packages
-  packages=$(needed_packages | sort -u | tr '\n' ' ')
+  packages=$(missing_packages <<<"${1:-$needed}" | sort -u | tr '\n' ' ')
   [[ -n $packages ]] || return 0
   command -v apt-get >/dev/null || fail "these Debian packages are needed: $packages"
   echo "installing $packages"
@@ -72,16 +85,35 @@ copy_prefix() {
   cp -al "$1" "$2" && rm "$2"/*.reg && cp -p "$1"/*.reg "$2"
 }
 
-# The prefix is made once, as a copy of build/wine-fresh, in which nothing is ever registered.
+# make_wine_prefix: the prefix is made once, as a copy of $fresh, in which nothing of ours is ever registered.
+fresh=build/wine-fresh
 make_wine_prefix() {
-  if [[ ! -f build/wine-fresh/system.reg ]]; then
+  if [[ ! -f $fresh/system.reg ]]; then
     echo "making a Wine prefix"
-    (
-      export WINEPREFIX=$PWD/build/wine-making
-      wine wineboot --init && wineserver -w && mv "$WINEPREFIX" build/wine-fresh
-    ) >build/log/wine.log 2>&1 || fail "Wine does not start, see build/log/wine.log"
+    WINEPREFIX=$PWD/build/wine-making fill_prefix >build/log/wine.log 2>&1 ||
+      fail "Wine does not start, see build/log/wine.log"
+    mv build/wine-making "$fresh"
   fi
-  [[ -f $WINEPREFIX/system.reg ]] || copy_prefix build/wine-fresh "$WINEPREFIX"
+  [[ -f $WINEPREFIX/system.reg ]] || copy_prefix "$fresh" "$WINEPREFIX"
+}
+
+# 32-bit programs need their modules in the prefix, and the system's components registered.
+fill_prefix() {
+  local component
+  wine wineboot --init && wineserver -w || return 1
+  [[ -n ${WINEDLLPATH:-} ]] || return 0
+  cp "$WINEDLLPATH"/i386-windows/* "$WINEPREFIX/drive_c/windows/syswow64/"
+  for component in ole32 oleaut32 msxml3 msxml6 vbscript jscript scrrun; do
+    wine 'C:\windows\syswow64\regsvr32.exe' /s "$component.dll" || return 1
+  done
+  wineserver -k && wineserver -w
+}
+
+# From here on Wine runs 32-bit programs as well, in prefixes of their own.
+use_wine32() {
+  WINEDLLPATH=$(tools/wine32)
+  export WINEDLLPATH
+  fresh=build/wine-fresh-x86 WINEPREFIX+=-x86
 }
 
 # windows_path FILE: what Windows programs call it.
@@ -93,7 +125,7 @@ run_wine() { wine "$@" 2>>build/log/wine.log | tr -d '\r'; }
 # The bundled database in build/database, for native and Windows programs alike.
 build_database() { build/native/bin/qsdb build data/compounds.json build/database >build/log/database.log; }
 
-# same_lines EXAMPLE: the example's C++ host prints the same under Wine and on Linux, into
+# same_lines EXAMPLE [PRESET]: the example's C++ host prints the same under Wine and on Linux, into
 # build/log/EXAMPLE-{windows,linux}.txt. Needs build_database.
 same_lines() {
   local windows linux log=build/log/$1
@@ -102,7 +134,7 @@ same_lines() {
     windows+=("$(windows_path "$PWD/data")")
     linux+=(data)
   fi
-  run_wine "build/windows-x64/bin/$1.exe" "${windows[@]}" >"$log-windows.txt" &&
+  run_wine "build/${2:-windows-x64}/bin/$1.exe" "${windows[@]}" >"$log-windows.txt" &&
     "build/native/bin/$1" "${linux[@]}" >"$log-linux.txt" &&
     [[ -s $log-linux.txt ]] && cmp "$log-windows.txt" "$log-linux.txt"
 }
