@@ -39,8 +39,8 @@ Outcome build(const std::filesystem::path& source, const std::filesystem::path& 
 }
 
 TEST(BundledSource, UsesTheDocumentedUnits) {
-  const json source = json::parse(qs::test::readFile(kSourceFolder / "data" / "compounds.json"));
-  const std::string document = qs::test::readFile(kSourceFolder / "docs" / "units.md");
+  const json source = json::parse(qs::test::readFile(qs::test::kSourceFolder / "data" / "compounds.json"));
+  const std::string document = qs::test::readFile(qs::test::kSourceFolder / "docs" / "units.md");
   for (const auto& [key, unit] : source["units"].items()) {
     const auto row = document.find("| `" + key + "` |");
     ASSERT_NE(row, std::string::npos) << key;
