@@ -1,6 +1,6 @@
 #include "com/host_arrays.h"
 
-#include "com/error.h"
+#include "com/query.h"
 
 namespace qs {
 namespace {
@@ -9,9 +9,7 @@ template <class Array>
 ComPtr<Array> newObject(REFCLSID clsid) {
   ComPtr<IDispatch> created;
   check(CoCreateInstance(clsid, nullptr, CLSCTX_ALL, __uuidof(IDispatch), reinterpret_cast<void**>(created.out())));
-  ComPtr<Array> array;
-  check(created->QueryInterface(__uuidof(Array), reinterpret_cast<void**>(array.out())));
-  return array;
+  return required<Array>(created.get());
 }
 
 template <class Array, class T>

@@ -1,15 +1,47 @@
-// Array objects of the host's own classes, made from values.
+// Array objects of a host: made from values by the host's own classes, and read.
 #pragma once
 
 #include <span>
+#include <vector>
 
 #include "com/com_ptr.h"
+#include "com/error.h"
 #include "com/interfaces.h"
 
 namespace qs {
 
+// The most that is taken of a host's list or array, and made for a number that a host states.
+inline constexpr LONG kMostElements = 1 << 24;
+
+// Checks a number of elements that a host states. Throws CQSCOMError: E_FAIL for a negative one, E_OUTOFMEMORY for one
+// above the most.
+inline void checkCount(LONG count) {
+  if (count < 0) throw CQSCOMError(E_FAIL);
+  if (count > kMostElements) throw CQSCOMError(E_OUTOFMEMORY);
+}
+
+// The elements of an array. Its size is a mere claim: memory is taken for what was read. Throws CQSCOMError with the
+// result of a failed call, or as checkCount.
+template <class T, class Array>
+std::vector<T> elementsOf(Array* array, LONG size) {
+  checkCount(size);
+  std::vector<T> elements;
+  for (LONG i = 0; i < size; ++i) {
+    T element{};
+    check(array->get_IthValue(i, &element));
+    elements.push_back(element);
+  }
+  return elements;
+}
+template <class T, class Array>
+std::vector<T> elementsOf(Array* array) {
+  LONG size = 0;
+  check(array->get_Size(&size));
+  return elementsOf<T>(array, size);
+}
+
 // A new array with the values given. Throws CQSCOMError with the result of the class object or the call that failed, as
-// REGDB_E_CLASSNOTREG where the host brings no such class.
+// REGDB_E_CLASSNOTREG where the host brings no such class; E_FAIL where a call succeeds without an object.
 ComPtr<IIntegerArrayDisp> newIntegerArray(std::span<const LONG> values);
 ComPtr<IRealArrayDisp> newRealArray(std::span<const double> values);
 // The same for a matrix, from its elements column by column.

@@ -18,9 +18,7 @@ HRESULT fill(INT groupCount, IIntegerArrayDisp* source, INT& count, std::vector<
     LONG size = 0;
     check(source->get_Size(&size));
     if (size != groupCount) return S_FALSE;
-    std::vector<LONG> values(static_cast<std::size_t>(size));
-    for (LONG i = 0; i < size; ++i) check(source->get_IthValue(i, &values[static_cast<std::size_t>(i)]));
-    field = std::move(values);
+    field = elementsOf<LONG>(source, size);
     return S_OK;
   });
 }

@@ -60,10 +60,13 @@ HRESULT RealMatrix::Copy(IRealMatrixDisp* source) noexcept {
     check(source->get_Columns(&columns));
     if (rows < 0 || columns < 0) return E_INVALIDARG;
     if (area(rows, columns) > values_.max_size()) return E_OUTOFMEMORY;
-    std::vector<double> values(area(rows, columns));
+    std::vector<double> values;
     for (LONG row = 0; row < rows; ++row)
-      for (LONG column = 0; column < columns; ++column)
-        check(source->get_Value(row, column, &values[area(row, columns) + static_cast<std::size_t>(column)]));
+      for (LONG column = 0; column < columns; ++column) {
+        double value = 0.0;
+        check(source->get_Value(row, column, &value));
+        values.push_back(value);
+      }
     values_.swap(values);
     rows_ = rows;
     columns_ = columns;

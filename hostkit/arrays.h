@@ -48,8 +48,13 @@ class Elements {
       LONG size = 0;
       check(source->get_Size(&size));
       if (size < 0) return E_INVALIDARG;
-      std::vector<T> values(static_cast<std::size_t>(size));
-      for (LONG i = 0; i < size; ++i) check(source->get_IthValue(i, &values[static_cast<std::size_t>(i)]));
+      // The size is a mere claim: memory is taken for what was read.
+      std::vector<T> values;
+      for (LONG i = 0; i < size; ++i) {
+        T value{};
+        check(source->get_IthValue(i, &value));
+        values.push_back(value);
+      }
       values_.swap(values);
       return S_OK;
     });

@@ -25,8 +25,10 @@ class ArrayAccess {
 
 SAFEARRAY* arrayIn(VARIANT& variant) {
   VARIANT* inner = V_VT(&variant) == (VT_BYREF | VT_VARIANT) ? V_VARIANTREF(&variant) : &variant;
-  if ((V_VT(inner) & VT_ARRAY) == 0) return nullptr;
-  SAFEARRAY* array = (V_VT(inner) & VT_BYREF) != 0 ? *V_ARRAYREF(inner) : V_ARRAY(inner);
+  if (!inner || (V_VT(inner) & VT_ARRAY) == 0) return nullptr;
+  const bool referred = (V_VT(inner) & VT_BYREF) != 0;
+  if (referred && !V_ARRAYREF(inner)) return nullptr;
+  SAFEARRAY* array = referred ? *V_ARRAYREF(inner) : V_ARRAY(inner);
   return array && SafeArrayGetDim(array) == 1 ? array : nullptr;
 }
 
@@ -51,6 +53,8 @@ HRESULT AttributeSet::AddMultiple(VARIANT attributes) noexcept {
     for (std::size_t i = 0; i < access.size(); ++i)
       texts.push_back(type == VT_BSTR ? WideString(viewOf(access.elements<BSTR>()[i]))
                                       : textOf(access.elements<VARIANT>()[i]));
+    // Once there is room nothing can fail.
+    attributes_.reserve(attributes_.size() + texts.size() / 2);
     for (std::size_t i = 0; i < texts.size(); i += 2) add(std::move(texts[i]), std::move(texts[i + 1]));
     return S_OK;
   });

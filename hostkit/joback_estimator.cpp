@@ -6,6 +6,7 @@
 
 #include "com/bstr.h"
 #include "com/com_ptr.h"
+#include "com/host_arrays.h"
 
 namespace qs::hostkit {
 namespace {
@@ -77,17 +78,16 @@ constexpr SubGroup kSubGroups[] = {
     {43, 1, 0, {&kAcid}},                  // COOH
 };
 
-std::vector<LONG> elementsOf(IDispatch* array) {
+// More groups, and more of one kind, than any molecule has.
+constexpr LONG kMost = 1000;
+
+// The elements of a compound's array, one more than the most where it states to have more.
+std::vector<LONG> groupsOf(IDispatch* array) {
   const auto integers = ComPtr<IIntegerArrayDisp>::from(array);
   if (!integers) throw CQSCOMError(E_NOINTERFACE);
   LONG size = 0;
   check(integers->get_Size(&size));
-  std::vector<LONG> elements;
-  for (LONG i = 0; i < size; ++i) {
-    elements.push_back(0);
-    check(integers->get_IthValue(i, &elements.back()));
-  }
-  return elements;
+  return elementsOf<LONG>(integers.get(), std::min(size, kMost + 1));
 }
 
 // The sums over a compound's groups; nothing when it has none or the method does not apply.
@@ -98,10 +98,9 @@ std::optional<Contribution> sumOf(IDispatch* compound) {
   const HRESULT result = groups->get_UNIFAC1Groups(typeArray.out(), countArray.out());
   check(result);
   if (result != S_OK) return std::nullopt;
-  const std::vector<LONG> types = elementsOf(typeArray.get()), counts = elementsOf(countArray.get());
-  if (types.size() != counts.size()) return std::nullopt;
+  const std::vector<LONG> types = groupsOf(typeArray.get()), counts = groupsOf(countArray.get());
+  if (types.size() != counts.size() || types.size() > static_cast<std::size_t>(kMost)) return std::nullopt;
 
-  constexpr LONG kMost = 1000;
   Contribution sum{};
   int bondEnds = 0, ringCarbons = 0, pieces = 0;
   for (std::size_t i = 0; i < types.size(); ++i) {

@@ -1,13 +1,15 @@
 // Composition and fugacities of a phase.
+#include "com/query.h"
 #include "phase/phase.h"
-#include "phase/query.h"
 
 namespace qs {
 namespace {
 
 // An array with a reference of its own. S_FALSE when it has elements and the first is not set.
 HRESULT giveArray(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp** array) noexcept {
+  if (!array) return E_POINTER;
   *array = nullptr;
+  if (!stored) return S_FALSE;
   return guarded([&] {
     LONG size = 0;
     double first = kUnset;
@@ -20,20 +22,24 @@ HRESULT giveArray(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp** array) 
 
 // An array without a reference. S_FALSE when its first element is not set or cannot be read.
 HRESULT lendArray(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp** lent) noexcept {
+  if (!lent) return E_POINTER;
   *lent = stored.get();
+  if (!stored) return S_FALSE;
   double first = kUnset;
   return FAILED(stored->get_IthValue(0, &first)) || first == kUnset ? S_FALSE : S_OK;
 }
 
 HRESULT takeValues(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp* array) noexcept {
-  return array ? stored->Copy(array) : S_FALSE;
+  if (!array) return S_FALSE;
+  return stored ? stored->Copy(array) : E_FAIL;
 }
 
 }  // namespace
 
 HRESULT COQSPhase::get_MolarComposition(IDispatch** array) noexcept {
-  *array = ComPtr(state_.MolarComposition).release();
-  return S_OK;
+  if (!array) return E_POINTER;
+  *array = ComPtr<IDispatch>(state_.MolarComposition.get()).release();
+  return *array ? S_OK : E_FAIL;
 }
 
 HRESULT COQSPhase::put_MolarComposition(IDispatch* array) noexcept {
@@ -41,13 +47,14 @@ HRESULT COQSPhase::put_MolarComposition(IDispatch* array) noexcept {
 }
 
 HRESULT COQSPhase::get_MolarCompositionDisp(IRealArrayDisp** lent) noexcept {
+  if (!lent) return E_POINTER;
   *lent = state_.MolarComposition.get();
-  return S_OK;
+  return *lent ? S_OK : E_FAIL;
 }
 
 HRESULT COQSPhase::put_MolarCompositionDisp(IRealArrayDisp* array) noexcept {
   return guarded([&] {
-    if (!array) return E_FAIL;
+    if (!array || !state_.MolarComposition) return E_FAIL;
     LONG size = 0;
     check(array->get_Size(&size));
     check(state_.MolarComposition->Copy(array));

@@ -92,6 +92,7 @@ HRESULT COQSPhase::putObject(INT index, ComPtr<I> DerivativeRecord::*held, I* ob
 template <class I>
 HRESULT COQSPhase::getObject(INT index, ComPtr<I> DerivativeRecord::*held, tagResultTypeEnum shape,
                              I** object) noexcept {
+  if (!object) return E_POINTER;
   const DerivativeRecord* record = recordAt(index);
   if (!record) return S_FALSE;
   *object = record->shape == shape ? ComPtr(record->*held).release() : nullptr;
@@ -113,6 +114,7 @@ HRESULT COQSPhase::ClearDerivativesProps() noexcept {
 
 HRESULT COQSPhase::AddDerivativeProp(LONG property, LONG derivative, tagResultTypeEnum propertyShape,
                                      tagResultTypeEnum shape, INT* index) noexcept {
+  if (!index) return E_POINTER;
   return guarded([&] {
     INT found = indexOf(property, derivative);
     if (found == kUnset) {
@@ -129,6 +131,7 @@ HRESULT COQSPhase::AddDerivativeProp(LONG property, LONG derivative, tagResultTy
 }
 
 HRESULT COQSPhase::GetDerivativePropIndex(LONG property, LONG derivative, INT* index) noexcept {
+  if (!index) return E_POINTER;
   *index = indexOf(property, derivative);
   return *index == kUnset ? S_FALSE : S_OK;
 }
@@ -145,11 +148,13 @@ HRESULT COQSPhase::RemoveDerivativeProp(INT index, LONG property, LONG derivativ
 }
 
 HRESULT COQSPhase::GetNumDerivativeProps(INT* count) noexcept {
+  if (!count) return E_POINTER;
   *count = static_cast<INT>(derivatives_.size());
   return S_OK;
 }
 
 HRESULT COQSPhase::GetDerivativePropIDs(INT index, LONG* property, LONG* derivative) noexcept {
+  if (!property || !derivative) return E_POINTER;
   const DerivativeRecord* record = recordAt(index);
   *property = record ? record->property : kUnset;
   *derivative = record ? record->derivative : kUnset;
@@ -161,6 +166,7 @@ HRESULT COQSPhase::SetNeedDerivative(INT index, BYTE needed) noexcept {
 }
 
 HRESULT COQSPhase::GetNeedDerivative(INT index, BYTE* needed) noexcept {
+  if (!needed) return E_POINTER;
   return withRecord(index, [&](const DerivativeRecord& record) { *needed = record.needed; });
 }
 
@@ -169,6 +175,7 @@ HRESULT COQSPhase::SetDerivativeStatus(INT index, tagDerivativeStatusEnum status
 }
 
 HRESULT COQSPhase::GetDerivativeStatus(INT index, tagDerivativeStatusEnum* status) noexcept {
+  if (!status) return E_POINTER;
   return withRecord(index, [&](const DerivativeRecord& record) { *status = record.status; });
 }
 
@@ -177,6 +184,7 @@ HRESULT COQSPhase::PutPointDerivative(INT index, double value) noexcept {
 }
 
 HRESULT COQSPhase::GetPointDerivative(INT index, double* value) noexcept {
+  if (!value) return E_POINTER;
   const DerivativeRecord* record = recordAt(index);
   if (!record) return S_FALSE;
   *value = record->shape == RealPoint ? record->point : kUnset;
@@ -219,6 +227,7 @@ HRESULT COQSPhase::PutVariantDerivative(INT index, VARIANT value) noexcept {
 }
 
 HRESULT COQSPhase::GetVariantDerivative(INT index, VARIANT* value) noexcept {
+  if (!value) return E_POINTER;
   const DerivativeRecord* record = recordAt(index);
   if (!record) return S_FALSE;
   Variant held;
@@ -230,6 +239,7 @@ HRESULT COQSPhase::GetVariantDerivative(INT index, VARIANT* value) noexcept {
 }
 
 HRESULT COQSPhase::GetResultValueType(INT index, tagResultTypeEnum* propertyShape, tagResultTypeEnum* shape) noexcept {
+  if (!propertyShape || !shape) return E_POINTER;
   return withRecord(index, [&](const DerivativeRecord& record) {
     *propertyShape = record.propertyShape;
     *shape = record.shape;
@@ -241,6 +251,7 @@ HRESULT COQSPhase::PutDerivativeType(INT index, tagDerivativeTypeEnum method) no
 }
 
 HRESULT COQSPhase::GetDerivativeType(INT index, tagDerivativeTypeEnum* method) noexcept {
+  if (!method) return E_POINTER;
   return withRecord(index, [&](const DerivativeRecord& record) { *method = record.method; });
 }
 

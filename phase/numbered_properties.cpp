@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "com/host_arrays.h"
+#include "com/query.h"
 #include "phase/phase.h"
-#include "phase/query.h"
 
 namespace qs {
 namespace {
@@ -70,11 +70,13 @@ void COQSPhase::add(LONG number, Variant value) {
 }
 
 HRESULT COQSPhase::GetNumberOfProperties(INT* count) noexcept {
+  if (!count) return E_POINTER;
   *count = propertyCount_;
   return S_OK;
 }
 
 HRESULT COQSPhase::GetPropertyIDs(INT most, IIntegerArrayDisp** numbers) noexcept {
+  if (!numbers) return E_POINTER;
   *numbers = nullptr;
   return guarded([&] {
     // Removals may have lowered the count below the standard properties.
@@ -88,6 +90,7 @@ HRESULT COQSPhase::GetPropertyIDs(INT most, IIntegerArrayDisp** numbers) noexcep
 }
 
 HRESULT COQSPhase::SupportsProperty(LONG number, VARIANT_BOOL* present) noexcept {
+  if (!present) return E_POINTER;
   const auto found = further_.find(number);
   const bool supported =
       found == further_.end() ? standardProperty(number) != StandardProperty::None : !found->second.removed;
@@ -126,6 +129,7 @@ HRESULT COQSPhase::PutPropertyValue(LONG number, VARIANT value) noexcept {
 }
 
 HRESULT COQSPhase::GetPropertyValue(LONG number, VARIANT* value) noexcept {
+  if (!value) return E_POINTER;
   VariantInit(value);
   return guarded([&] {
     const StandardProperty standard = standardProperty(number);
@@ -166,6 +170,7 @@ void COQSPhase::copyFurtherProperties(IUnknown* source) {
   INT count = 0;
   check(container->GetNumberOfProperties(&count));
   if (count <= static_cast<INT>(kStandardCount)) return;
+  checkCount(count);
   ComPtr<IIntegerArrayDisp> numbers;
   check(container->GetPropertyIDs(count, numbers.out()));
   if (!numbers) throw CQSCOMError(E_FAIL);

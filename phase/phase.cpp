@@ -1,8 +1,11 @@
 // The life of a phase: its arrays, the compounds that they describe, resets and copies.
 #include "phase/phase.h"
 
+#include <utility>
+
 #include "com/bstr.h"
-#include "phase/query.h"
+#include "com/host_arrays.h"
+#include "com/query.h"
 
 namespace qs {
 namespace {
@@ -14,12 +17,14 @@ ComPtr<IRealArrayDisp> newArray(IClassFactory* factory) {
 }
 
 void makeUnset(IRealArrayDisp* array, INT size) {
+  if (!array) throw CQSCOMError(E_FAIL);
   check(array->put_Size(size));
   for (INT i = 0; i < size; ++i) check(array->put_IthValue(i, kUnset));
 }
 
 // Makes the first element unset, which tells whether the array is set; an empty one has none.
 void makeFirstUnset(IRealArrayDisp* array) {
+  if (!array) throw CQSCOMError(E_FAIL);
   LONG size = 0;
   check(array->get_Size(&size));
   if (size > 0) check(array->put_IthValue(0, kUnset));
@@ -45,11 +50,22 @@ constexpr ResettableReal kResettableReals[] = {{0x4, &PhaseState::PhaseFraction}
 
 }  // namespace
 
+COQSPhase::~COQSPhase() {
+  // The last release of a host's object may call back, and may even give this phase something new.
+  while (compounds_ || !further_.empty() || !derivatives_.empty() || state_.holdsArrays()) {
+    const auto compounds = std::exchange(compounds_, {});
+    const auto further = std::exchange(further_, {});
+    const auto derivatives = std::exchange(derivatives_, {});
+    const auto state = std::exchange(state_, {});
+  }
+}
+
 HRESULT COQSPhase::finalConstruct() noexcept {
   const HRESULT hr = guarded([&] {
     ComPtr<IClassFactory> factory;
     check(CoGetClassObject(__uuidof(HostRealArray), CLSCTX_ALL, nullptr, __uuidof(IClassFactory),
                            reinterpret_cast<void**>(factory.out())));
+    if (!factory) return E_FAIL;
 #define PHASE_ARRAY(name) state_.name = newArray(factory.get());
 #include "phase/properties.def"
     return S_OK;
@@ -58,42 +74,47 @@ HRESULT COQSPhase::finalConstruct() noexcept {
 }
 
 HRESULT COQSPhase::get_IsPseudoRoot(BYTE* value) noexcept {
+  if (!value) return E_POINTER;
   *value = state_.IsPseudoRoot;
   return S_OK;
 }
 
 HRESULT COQSPhase::IsActivePhase(VARIANT_BOOL* value) noexcept {
+  if (!value) return E_POINTER;
   *value = state_.PhaseStatus == xpsActivePhase ? VARIANT_TRUE : VARIANT_FALSE;
   return S_OK;
 }
 
 HRESULT COQSPhase::Finalize(IDispatch* compounds) noexcept {
   return guarded([&] {
-    auto bound = required<ICompoundCollection>(compounds);
+    const auto bound = required<ICompoundCollection>(compounds);
+    compounds_ = bound;
     INT count = 0;
     check(bound->get_NumberOfCompounds(&count));
-    if (count < 0) return E_FAIL;
+    checkCount(count);
     compoundCount_ = 0;  // should an array fail, they describe no compounds
 #define PHASE_ARRAY(name) makeUnset(state_.name.get(), count);
 #include "phase/properties.def"
-    compounds_ = std::move(bound);
     compoundCount_ = count;
     return S_OK;
   });
 }
 
 HRESULT COQSPhase::get_NumberOfCompounds(INT* count) noexcept {
+  if (!count) return E_POINTER;
   *count = compounds_ ? compoundCount_ : 0;
   return compounds_ ? S_OK : S_FALSE;
 }
 
 HRESULT COQSPhase::get_Compounds(IDispatch** compounds) noexcept {
+  if (!compounds) return E_POINTER;
   *compounds = nullptr;
   if (!compounds_) return S_FALSE;
   return compounds_->QueryInterface(__uuidof(IDispatch), reinterpret_cast<void**>(compounds));
 }
 
 HRESULT COQSPhase::GetCompounds(ICompoundCollection** compounds) noexcept {
+  if (!compounds) return E_POINTER;
   *compounds = ComPtr(compounds_).release();
   return *compounds ? S_OK : S_FALSE;
 }
@@ -128,8 +149,10 @@ HRESULT COQSPhase::CopyProperties(IDispatch* source) noexcept {
 #include "phase/properties.def"
 
     ComPtr<IDispatch> compounds;
-    check(phase->get_Compounds(compounds.out()));
-    compounds_ = compounds ? required<ICompoundCollection>(compounds.get()) : ComPtr<ICompoundCollection>();
+    const HRESULT given = phase->get_Compounds(compounds.out());
+    compounds_ = ComPtr<ICompoundCollection>();  // released even where the new one fails
+    check(given);
+    if (compounds) compounds_ = required<ICompoundCollection>(compounds.get());
     check(phase->get_NumberOfCompounds(&compoundCount_));
 
     ComPtr<IDispatch> composition;
@@ -151,10 +174,8 @@ HRESULT COQSPhase::CopyProperties(IDispatch* source) noexcept {
 HRESULT COQSPhase::RegisterProperties(IDispatch* registry) noexcept {
   return guarded([&] {
     const auto names = required<IEnumeratedPropertyRegistry>(registry);
-    RegisteredNumbers numbers;
     for (std::size_t i = 0; i < kRegisteredCount; ++i)
-      check(names->RegisterProperty(Bstr(kRegisteredNames[i]).get(), &numbers[i]));
-    numbers_ = numbers;
+      check(names->RegisterProperty(Bstr(kRegisteredNames[i]).get(), &numbers_[i]));
     return S_OK;
   });
 }

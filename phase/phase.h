@@ -2,8 +2,8 @@
 // fugacities, further values by number, and derivatives. The phase stores what a host calculates and calculates
 // nothing.
 //
-// Getters of values that are not set copy the marker -32767 out and answer S_FALSE. The three arrays are the host's own
-// objects; they exist for as long as the phase does.
+// Getters of values that are not set copy the marker -32767 out and answer S_FALSE; a null out-parameter answers
+// E_POINTER. The three arrays are the host's own objects; they are there until the phase ends.
 #pragma once
 
 #include <map>
@@ -21,6 +21,7 @@ inline constexpr HRESULT kRemovedProperty = 0x000406DC;
 class COQSPhase final : public Coclass<COQSPhase, IBasicPhase, IUserPhaseType, IEnumeratedPropertyContainer,
                                        IRegisterableObject, IDerivativeProp> {
  public:
+  ~COQSPhase();
   // Makes the arrays; E_FAIL when the host brings no class for them.
   HRESULT finalConstruct() noexcept;
 
@@ -52,12 +53,15 @@ class COQSPhase final : public Coclass<COQSPhase, IBasicPhase, IUserPhaseType, I
   STDMETHODIMP GetLnFugacityCoeff(IRealArrayDisp** lent) noexcept override;
 
   // phase.cpp
+  // Binds the collection, reads its number of compounds, sizes the arrays; what a failure did not reach is as before. A
+  // phase whose arrays could not be sized has no compounds.
   STDMETHODIMP Finalize(IDispatch* compounds) noexcept override;
   STDMETHODIMP get_NumberOfCompounds(INT* count) noexcept override;
   STDMETHODIMP get_Compounds(IDispatch** compounds) noexcept override;
   STDMETHODIMP GetCompounds(ICompoundCollection** compounds) noexcept override;
   STDMETHODIMP ResetProperties(DWORD kept) noexcept override;
   STDMETHODIMP CopyProperties(IDispatch* source) noexcept override;
+  // The numbers given before a failure stay.
   STDMETHODIMP RegisterProperties(IDispatch* registry) noexcept override;
 
   // numbered_properties.cpp
@@ -104,6 +108,7 @@ class COQSPhase final : public Coclass<COQSPhase, IBasicPhase, IUserPhaseType, I
 
   template <class Stored, class T>
   static HRESULT give(Stored stored, T* value) noexcept {
+    if (!value) return E_POINTER;
     *value = static_cast<T>(stored);
     return stored == kUnset ? S_FALSE : S_OK;
   }

@@ -1,8 +1,9 @@
 #include "phase/phase_collection.h"
 
 #include <algorithm>
+#include <utility>
 
-#include "phase/query.h"
+#include "com/query.h"
 
 namespace qs {
 namespace {
@@ -12,6 +13,17 @@ constexpr INT kMostFeeds = 10;
 constexpr double kNotConverged = 1e20;
 
 }  // namespace
+
+COQSPhaseCollection::~COQSPhaseCollection() {
+  // The last release of a host's object may call back, and may even make new phases.
+  while (registry_ || compounds_ || overall_ || !phases_.empty()) {
+    layout_ = Layout();
+    const auto registry = std::exchange(registry_, {});
+    const auto compounds = std::exchange(compounds_, {});
+    const auto overall = std::exchange(overall_, {});
+    const auto phases = std::exchange(phases_, {});
+  }
+}
 
 template <class Action>
 HRESULT COQSPhaseCollection::forEachPhase(Action&& action) {
@@ -25,11 +37,14 @@ void COQSPhaseCollection::makePhases(IDispatch* compounds, const Layout& layout,
   ComPtr<IClassFactory> factory;
   check(CoGetClassObject(__uuidof(::COQSPhase), CLSCTX_ALL, nullptr, __uuidof(IClassFactory),
                          reinterpret_cast<void**>(factory.out())));
+  if (!factory) throw CQSCOMError(E_FAIL);
+  const auto registry = registry_;
   const auto feedSection = static_cast<std::size_t>(layout.feedSection);
   for (std::size_t slot = 0; slot < phases.size(); ++slot) {
     ComPtr<IBasicPhase>& phase = phases[slot];
     check(factory->CreateInstance(nullptr, __uuidof(IBasicPhase), reinterpret_cast<void**>(phase.out())));
-    if (registry_) check(required<IRegisterableObject>(phase.get())->RegisterProperties(registry_.get()));
+    if (!phase) throw CQSCOMError(E_FAIL);
+    if (registry) check(required<IRegisterableObject>(phase.get())->RegisterProperties(registry.get()));
     check(phase->Finalize(compounds));
     if (slot < feedSection) check(phase->put_PhaseType(xptFeed));
     if (slot == phases.size() - 1) check(phase->put_PhaseType(xptUserType));
@@ -56,8 +71,9 @@ HRESULT COQSPhaseCollection::Finalize(IDispatch* compounds, INT equilibriumPhase
     layout_ = layout;
     check(made);
 
-    overall_ = phases_[0];
-    if (feeds > 1) check(overall_->put_PhaseType(xptOverall));
+    const auto overall = phases_[0];
+    overall_ = overall;
+    if (feeds > 1) check(overall->put_PhaseType(xptOverall));
     compounds_ = required<ICompoundCollection>(compounds);
     check(ResetCollection(0));
     return S_OK;
@@ -65,11 +81,13 @@ HRESULT COQSPhaseCollection::Finalize(IDispatch* compounds, INT equilibriumPhase
 }
 
 HRESULT COQSPhaseCollection::get_Compounds(IDispatch** compounds) noexcept {
+  if (!compounds) return E_POINTER;
   *compounds = ComPtr(compounds_).release();
   return *compounds ? S_OK : S_FALSE;
 }
 
 HRESULT COQSPhaseCollection::get_MaximumNumberOfEquilibriumPhases(INT* count) noexcept {
+  if (!count) return E_POINTER;
   *count = layout_.equilibrium;
   return S_OK;
 }
@@ -83,6 +101,7 @@ HRESULT COQSPhaseCollection::PutFeedComposition(IDispatch* array, INT feed) noex
 }
 
 HRESULT COQSPhaseCollection::get_NumberOfFeedPhases(INT* count) noexcept {
+  if (!count) return E_POINTER;
   *count = layout_.feeds;
   return S_OK;
 }
@@ -114,6 +133,7 @@ std::size_t COQSPhaseCollection::slotOf(tagPhaseTypeEnum type, INT index) {
 }
 
 HRESULT COQSPhaseCollection::LocatePhase(tagPhaseTypeEnum type, INT index, IBasicPhase** phase) noexcept {
+  if (!phase) return E_POINTER;
   *phase = nullptr;
   return guarded([&] {
     if (type == xptOverall) {
@@ -126,6 +146,7 @@ HRESULT COQSPhaseCollection::LocatePhase(tagPhaseTypeEnum type, INT index, IBasi
 }
 
 HRESULT COQSPhaseCollection::LocateEqmPhaseIndex(tagPhaseTypeEnum type, INT index, INT* equilibriumIndex) noexcept {
+  if (!equilibriumIndex) return E_POINTER;
   return guarded([&] {
     if (type == xptOverall && !overall_) return E_FAIL;
     const INT slot = type == xptOverall ? 0 : static_cast<INT>(slotOf(type, index));
@@ -135,6 +156,7 @@ HRESULT COQSPhaseCollection::LocateEqmPhaseIndex(tagPhaseTypeEnum type, INT inde
 }
 
 HRESULT COQSPhaseCollection::get_NumberOfEquilibriumPhases(INT* count) noexcept {
+  if (!count) return E_POINTER;
   *count = equilibriumCount_;
   return S_OK;
 }
@@ -146,11 +168,13 @@ HRESULT COQSPhaseCollection::put_NumberOfEquilibriumPhases(INT count) noexcept {
 }
 
 HRESULT COQSPhaseCollection::GetEquilibriumPhase(INT index, IBasicPhase** phase) noexcept {
+  if (!phase) return E_POINTER;
   *phase = isEquilibriumIndex(index) ? ComPtr(equilibriumPhase(index)).release() : nullptr;
   return *phase ? S_OK : E_FAIL;
 }
 
 HRESULT COQSPhaseCollection::get_NumberOfActivePhases(INT* count) noexcept {
+  if (!count) return E_POINTER;
   INT active = 0;
   const HRESULT hr = forEachPhase([&](IBasicPhase* phase) {
     tagPhaseStatusEnum status{};
@@ -163,6 +187,7 @@ HRESULT COQSPhaseCollection::get_NumberOfActivePhases(INT* count) noexcept {
 }
 
 HRESULT COQSPhaseCollection::GetActivePhase(INT index, IBasicPhase** phase) noexcept {
+  if (!phase) return E_POINTER;
   *phase = nullptr;
   if (index < 0) return S_FALSE;
   for (std::size_t slot = 0; slot < phases_.size(); ++slot) {

@@ -2,7 +2,8 @@
 // phase that is both), the equilibrium phases, and one phase of the user's own.
 //
 // A host may replace equilibrium phases by its own, and what it passes may call back: no loop keeps more than the phase
-// that it is calling. Slots that a failed call left empty are passed over. Positions outside answer E_FAIL.
+// that it is calling. Slots that a failed call left empty are passed over. Positions outside answer E_FAIL, null
+// out-parameters E_POINTER.
 #pragma once
 
 #include <vector>
@@ -16,6 +17,8 @@ namespace qs {
 class COQSPhaseCollection final
     : public Coclass<COQSPhaseCollection, IPhaseCollection, IFlashPhaseCollection, IRegisterableObject, IReplacePhase> {
  public:
+  ~COQSPhaseCollection();
+
   STDMETHODIMP Finalize(IDispatch* compounds, INT equilibriumPhases, INT feeds) noexcept override;
   STDMETHODIMP get_Compounds(IDispatch** compounds) noexcept override;
   STDMETHODIMP get_MaximumNumberOfEquilibriumPhases(INT* count) noexcept override;

@@ -18,6 +18,13 @@ struct PhaseState {
 #define PHASE_ARRAY(name) ComPtr<IRealArrayDisp> name;
 #define PHASE_FLAG(name) BYTE name = 0;
 #include "phase/properties.def"
+
+  bool holdsArrays() const {
+#define PHASE_ARRAY(name) \
+  if (name) return true;
+#include "phase/properties.def"
+    return false;
+  }
 };
 
 // The properties that every phase has, in the order of their registration.

@@ -1,31 +1,17 @@
 // The array classes of the host kit, through their interfaces.
 #include <climits>
 
+#include "tests/support/claiming_array.h"
 #include "tests/support/component_test.h"
-#include "tests/support/host_object.h"
+#include "tests/support/failing_arrays.h"
 
 namespace qs::test {
 namespace {
 
-// A source of three elements, the last of which a broken host does not give.
-struct BrokenArray : HostObject<IRealArrayDisp> {
-  STDMETHODIMP get_IthValue(LONG index, double* value) noexcept override {
-    *value = 0.0;
-    return index < 2 ? S_OK : E_FAIL;
-  }
-  STDMETHODIMP get_Size(LONG* size) noexcept override {
-    *size = 3;
-    return S_OK;
-  }
-  STDMETHODIMP put_IthValue(LONG, double) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP put_Size(LONG) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP Copy(IRealArrayDisp*) noexcept override { return E_NOTIMPL; }
-};
-
 // One array class by the type of its elements.
 template <class T>
 class HostKitArrays : public ComponentTest {
- protected:
+ public:
   static constexpr bool kIntegers = std::is_same_v<T, LONG>;
   using I = std::conditional_t<kIntegers, IIntegerArrayDisp, IRealArrayDisp>;
 
@@ -74,10 +60,8 @@ TYPED_TEST(HostKitArrays, CopyWholeArraysOrNothing) {
   source->put_IthValue(0, 9);
   EXPECT_EQ(copy->Copy(copy.get()), S_OK);
   EXPECT_EQ(copy->Copy(nullptr), E_INVALIDARG);
-  if constexpr (!TestFixture::kIntegers) {
-    BrokenArray broken;
-    EXPECT_EQ(copy->Copy(&broken), E_FAIL);
-  }
+  ClaimingArray<typename TestFixture::I, T> broken(2);
+  EXPECT_EQ(copy->Copy(&broken), E_BOUNDS) << "without memory for all that it states";
   EXPECT_EQ(this->valuesOf(copy), values);
 }
 
@@ -91,6 +75,30 @@ TEST_F(HostKitVector, SharesItsElementsWithTheDispatchInterface) {
   double value = 0;
   EXPECT_EQ(array->get_IthValue(1, &value), S_OK);
   EXPECT_EQ(value, 2.5);
+}
+
+// The main module makes arrays by classes that may be anyone's: calls that answer S_OK without an object.
+TEST_F(HostKitVector, AnArrayThatIsNotThereIsAFailure) {
+  const auto compound = create<ICompoundPropPut>(__uuidof(::COQSCompound));
+  const Bstr name(OLESTR("VP"));
+  const auto coefficients = create<IRealArrayDisp>(__uuidof(::HostRealArray));
+  ASSERT_EQ(coefficients->put_Size(5), S_OK);
+  ASSERT_EQ(compound->SetEquationProperty(name.get(), 1, PropCurveDIPPR101, 0, 0, 0, 0, coefficients.get()), S_OK);
+  int missing = 0;
+  for (int failing = 0;; ++failing) {
+    FailingArrays arrays(failing, S_OK);
+    tagEquationShapeEnum shape{};
+    Bstr form;
+    double tMin = 0, tMax = 0, pMin = 0, pMax = 0;
+    INT count = 0;
+    ComPtr<IRealArrayDisp> given;
+    const HRESULT result = query<ICompoundProp>(compound)->GetEquationProperty(
+        name.get(), &shape, form.out(), &tMin, &tMax, &pMin, &pMax, &count, given.out());
+    EXPECT_EQ(SUCCEEDED(result), static_cast<bool>(given)) << failing;
+    if (result == E_FAIL) ++missing;
+    if (given) break;
+  }
+  EXPECT_GE(missing, 3) << "the class, its array, and the array's interface";
 }
 
 using HostKitMatrix = ComponentTest;

@@ -98,6 +98,15 @@ TEST_F(PhaseCollection, ANewOneIsEmpty) {
   equilibriumPhase(object, 0, E_FAIL);
   EXPECT_EQ(object->ResetCollection(0), S_OK);
   EXPECT_EQ(object->PutFeedComposition(nullptr, 0), S_OK) << "no feeds: ignored";
+  refusesNull(object.phases, &IPhaseCollection::get_Compounds);
+  refusesNull(object.phases, &IPhaseCollection::get_MaximumNumberOfEquilibriumPhases);
+  refusesNull(object.phases, &IPhaseCollection::get_NumberOfFeedPhases);
+  refusesNull(object.phases, &IPhaseCollection::LocatePhase);
+  refusesNull(object.phases, &IPhaseCollection::get_NumberOfEquilibriumPhases);
+  refusesNull(object.phases, &IPhaseCollection::GetEquilibriumPhase);
+  refusesNull(object.phases, &IPhaseCollection::get_NumberOfActivePhases);
+  refusesNull(object.phases, &IPhaseCollection::GetActivePhase);
+  refusesNull(object.phases, &IReplacePhase::LocateEqmPhaseIndex);
   for (const auto type : {xptOverall, xptFeed, xptUserType}) EXPECT_EQ(eqmIndex(object, type, 0, E_FAIL), 99);
   EXPECT_EQ(object->ApplyActor(nullptr), E_FAIL);
   EXPECT_EQ(object->ApplyActor(object.phases.get()), E_NOINTERFACE);
@@ -314,6 +323,23 @@ TEST_F(PhaseCollection, ActorsStopAtAFailureAndMayChangeTheCollection) {
   };
   EXPECT_EQ(object->ApplyActor(&shrinking), S_FALSE);
   EXPECT_EQ(shrinking.slots, "FE0") << "the two slots that are left were passed";
+}
+
+TEST_F(PhaseCollection, ALastReleaseMayUseTheCollectionThatEnds) {
+  CallingBack<HostPhase> first(0), second(0);
+  {
+    const auto object = finalized(2, 1);
+    IPhaseCollection* dying = object.phases.get();
+    ASSERT_EQ(object.replace->ReplaceEquilibriumPhase(0, &first), S_OK);
+    first.onRelease = [&] {
+      EXPECT_EQ(dying->Finalize(&two, 3, 2), S_OK);
+      EXPECT_EQ(ComPtr<IReplacePhase>::from(dying)->ReplaceEquilibriumPhase(2, &second), S_OK);
+    };
+    second.onRelease = [&] { EXPECT_EQ(dying->Finalize(&two, 1, 1), S_OK); };
+  }
+  EXPECT_EQ(first.references, 1u);
+  EXPECT_EQ(second.references, 1u);
+  EXPECT_EQ(two.references, 1u);
 }
 
 TEST_F(PhaseCollection, SurvivesEveryFailureOfTheHostsArrays) {

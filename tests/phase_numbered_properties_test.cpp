@@ -63,8 +63,14 @@ TEST_F(NumberedProperties, NamesAreRegisteredInTheirOrder) {
             "dT dP dN dX dT2 dTdP dNdT dXdT dNdP dXdP dT3 dT2dP dNdT2 dXdT2 dNdTdP dXdTdP ");
   EXPECT_EQ(registry.references, 1u) << "not kept";
 
-  NumberingRegistry failing(20);
-  EXPECT_EQ(registerable->RegisterProperties(&failing), NumberingRegistry::kRefused);
+  const auto other = newPhase();
+  NumberingRegistry failing(3);
+  EXPECT_EQ(query<IRegisterableObject>(other)->RegisterProperties(&failing), NumberingRegistry::kRefused);
+  for (const LONG number : {102, 103}) {
+    VARIANT_BOOL known = VARIANT_FALSE;
+    EXPECT_EQ(query<IEnumeratedPropertyContainer>(other)->SupportsProperty(number, &known), S_OK);
+    EXPECT_EQ(known == VARIANT_TRUE, number == 102) << "the numbers before the failure stay";
+  }
   EXPECT_EQ(registerable->RegisterProperties(nullptr), E_FAIL);
   EXPECT_EQ(registerable->RegisterProperties(phase.get()), E_NOINTERFACE);
 }

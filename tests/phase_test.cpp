@@ -1,6 +1,8 @@
 // The state of a phase through IBasicPhase and IUserPhaseType.
 #include "phase/phase.h"
 
+#include <climits>
+
 #include "tests/support/failing_arrays.h"
 #include "tests/support/phases.h"
 
@@ -72,7 +74,7 @@ TEST_F(Phase, FugacitiesTellByTheirFirstElementWhetherTheyAreSet) {
 }
 
 TEST_F(Phase, FinalizeBindsAndSizes) {
-  CountedCompounds three(3), two(2), failing(7), negative(-1);
+  CountedCompounds three(3), two(2), failing(7), negative(-1), endless(INT_MAX);
   const auto phase = newPhase();
   ComPtr<IDispatch> compounds;
   ComPtr<ICompoundCollection> collection;
@@ -97,9 +99,83 @@ TEST_F(Phase, FinalizeBindsAndSizes) {
   failing.result = kBroken;
   EXPECT_EQ(phase->Finalize(nullptr), E_FAIL);
   EXPECT_EQ(phase->Finalize(reals({}).get()), E_NOINTERFACE);
-  EXPECT_EQ(phase->Finalize(&failing), kBroken);
-  EXPECT_EQ(phase->Finalize(&negative), E_FAIL);
-  EXPECT_EQ(stateOf(phase), fresh) << "still bound";
+  collection = {};
+  EXPECT_EQ(phase->GetCompounds(collection.out()), S_OK);
+  EXPECT_EQ(collection.get(), &two) << "still bound";
+  const std::pair<CountedCompounds*, HRESULT> uncounted[] = {
+      {&failing, kBroken}, {&negative, E_FAIL}, {&endless, E_OUTOFMEMORY}};
+  for (const auto& [given, result] : uncounted) {
+    EXPECT_EQ(phase->Finalize(given), result);
+    EXPECT_EQ(phase->GetCompounds(collection.out()), S_OK);
+    EXPECT_EQ(collection.get(), given) << "bound before its compounds are counted";
+    EXPECT_EQ(stateOf(phase), fresh);
+  }
+}
+
+TEST_F(Phase, GivesNothingNowhere) {
+  const auto phase = newPhase();
+  for (const RealProperty& real : kRealProperties) refusesNull(phase, real.get);
+  for (const Fugacity& fugacity : kFugacities) {
+    refusesNull(phase, fugacity.get);
+    refusesNull(phase, fugacity.lend);
+  }
+  refusesNull(phase, &IBasicPhase::get_PhaseType);
+  refusesNull(phase, &IBasicPhase::get_PhaseStatus);
+  refusesNull(phase, &IBasicPhase::get_MolarComposition);
+  refusesNull(phase, &IBasicPhase::get_MolarCompositionDisp);
+  refusesNull(phase, &IBasicPhase::get_NumberOfCompounds);
+  refusesNull(phase, &IBasicPhase::get_Compounds);
+  refusesNull(phase, &IBasicPhase::GetCompounds);
+  refusesNull(phase, &IBasicPhase::get_IsPseudoRoot);
+  refusesNull(phase, &IBasicPhase::IsActivePhase);
+  refusesNull(phase, &IUserPhaseType::get_UserPhaseType);
+  refusesNull(phase, &IEnumeratedPropertyContainer::GetNumberOfProperties);
+  refusesNull(phase, &IEnumeratedPropertyContainer::GetPropertyIDs);
+  refusesNull(phase, &IEnumeratedPropertyContainer::SupportsProperty);
+  refusesNull(phase, &IEnumeratedPropertyContainer::GetPropertyValue);
+  refusesNull(phase, &IDerivativeProp::AddDerivativeProp);
+  refusesNull(phase, &IDerivativeProp::GetDerivativePropIndex);
+  refusesNull(phase, &IDerivativeProp::GetNumDerivativeProps);
+  refusesNull(phase, &IDerivativeProp::GetDerivativePropIDs);
+  refusesNull(phase, &IDerivativeProp::GetNeedDerivative);
+  refusesNull(phase, &IDerivativeProp::GetDerivativeStatus);
+  refusesNull(phase, &IDerivativeProp::GetPointDerivative);
+  refusesNull(phase, &IDerivativeProp::GetArrayDerivative);
+  refusesNull(phase, &IDerivativeProp::GetMatrixDerivative);
+  refusesNull(phase, &IDerivativeProp::GetVariantDerivative);
+  refusesNull(phase, &IDerivativeProp::GetResultValueType);
+  refusesNull(phase, &IDerivativeProp::GetDerivativeType);
+}
+
+TEST_F(Phase, ALastReleaseMayUseThePhaseThatEnds) {
+  CallingBack<CountedCompounds> compounds(2), others(1);
+  auto phase = newPhase();
+  IBasicPhase* dying = phase.get();
+  ASSERT_EQ(phase->Finalize(&compounds), S_OK);
+  const auto give = [&] {
+    const auto array = reals({1.0});
+    INT index = -1;
+    VARIANT held = Variant(ComPtr<IDispatch>(array.get())).release();
+    const Variant owned = Variant::adopt(held);
+    EXPECT_EQ(ComPtr<IEnumeratedPropertyContainer>::from(dying)->AddProperty(7, held), S_OK);
+    const auto derivatives = ComPtr<IDerivativeProp>::from(dying);
+    EXPECT_EQ(derivatives->AddDerivativeProp(1, 2, RealArray, RealArray, &index), S_OK);
+    EXPECT_EQ(derivatives->PutArrayDerivative(index, array.get()), S_OK);
+  };
+  give();
+  compounds.onRelease = [&] {
+    give();
+    dying->Finalize(&others);
+  };
+  others.onRelease = [&] {
+    give();
+    dying->ResetProperties(0);
+    ComPtr<IDispatch> composition;
+    dying->get_MolarComposition(composition.out());
+  };
+  phase = {};
+  EXPECT_EQ(compounds.references, 1u);
+  EXPECT_EQ(others.references, 1u);
 }
 
 TEST_F(Phase, EachBitOfAResetKeepsItsGroup) {
@@ -192,30 +268,34 @@ TEST_F(Phase, SurvivesEveryFailureOfTheHostsArrays) {
   const auto source = newPhase();
   ASSERT_EQ(source->Finalize(&two), S_OK);
   int refused = 0, reported = 0;
-  for (int failing = 0;; ++failing) {
-    SCOPED_TRACE(failing);
-    FailingArrays arrays(failing);
-    IBasicPhase* created = nullptr;
-    const HRESULT made = CoCreateInstance(__uuidof(::COQSPhase), nullptr, CLSCTX_INPROC_SERVER, __uuidof(IBasicPhase),
-                                          reinterpret_cast<void**>(&created));
-    if (FAILED(made)) {
-      EXPECT_EQ(made, E_FAIL);
-      EXPECT_EQ(created, nullptr);
-      ++refused;
-    } else {
-      const HRESULT hr = useArrays(created, &two, values.get(), source.get());
-      if (FAILED(hr)) {
-        EXPECT_EQ(hr, FailingArrays::kFailure);
-        ++reported;
+  // With and without the call telling that it failed.
+  for (const HRESULT result : {FailingArrays::kFailure, S_OK}) {
+    const bool tells = FAILED(result);
+    for (int failing = 0;; ++failing) {
+      SCOPED_TRACE(testing::Message() << (tells ? "fails " : "is silent ") << failing);
+      FailingArrays arrays(failing, result);
+      IBasicPhase* created = nullptr;
+      const HRESULT made = CoCreateInstance(__uuidof(::COQSPhase), nullptr, CLSCTX_INPROC_SERVER, __uuidof(IBasicPhase),
+                                            reinterpret_cast<void**>(&created));
+      if (FAILED(made)) {
+        EXPECT_EQ(made, E_FAIL);
+        EXPECT_EQ(created, nullptr);
+        if (tells) ++refused;
+      } else {
+        const HRESULT hr = useArrays(created, &two, values.get(), source.get());
+        if (FAILED(hr) && tells) {
+          EXPECT_EQ(hr, FailingArrays::kFailure);
+          ++reported;
+        }
+        const bool done = !arrays.reached();
+        arrays.repair();
+        EXPECT_EQ(created->ResetProperties(0), S_OK) << "whatever size the arrays were left with";
+        EXPECT_EQ(useArrays(created, &two, values.get(), source.get()), S_OK) << "works again";
+        EXPECT_EQ(created->Release(), 0u);
+        if (done) break;
       }
-      const bool done = !arrays.reached();
-      arrays.repair();
-      EXPECT_EQ(created->ResetProperties(0), S_OK) << "whatever size the arrays were left with";
-      EXPECT_EQ(useArrays(created, &two, values.get(), source.get()), S_OK) << "works again";
-      EXPECT_EQ(created->Release(), 0u);
-      if (done) break;
+      ASSERT_EQ(FailingArrays::live(), 0);
     }
-    ASSERT_EQ(FailingArrays::live(), 0);
   }
   EXPECT_GE(refused, 10) << "the class object, and three times a creation and two queries";
   EXPECT_EQ(reported, 27) << "9 by Finalize, 4 by the puts, 4 by the gets, 7 by the reset, 3 by the copy";

@@ -140,6 +140,7 @@ HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer, DWORD context, REFIID 
   void* factory = nullptr;
   if (const HRESULT hr = CoGetClassObject(clsid, context, nullptr, __uuidof(IClassFactory), &factory); FAILED(hr))
     return hr;
+  if (!factory) return E_FAIL;
   auto* classFactory = static_cast<IClassFactory*>(factory);
   const HRESULT hr = classFactory->CreateInstance(outer, iid, out);
   classFactory->Release();

@@ -7,6 +7,7 @@ namespace {
 
 bool active = false;
 int callsLeft = -1;
+HRESULT failure = FailingArrays::kFailure;
 int liveArrays = 0;
 
 bool works() { return callsLeft-- != 0; }
@@ -17,7 +18,7 @@ class Array final : public IRealArrayDisp, public IRealVector {
 
   STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
     *out = nullptr;
-    if (!works()) return FailingArrays::kFailure;
+    if (!works()) return failure;
     if (IsEqualGUID(iid, __uuidof(IRealVector)))
       *out = static_cast<IRealVector*>(this);
     else if (IsEqualGUID(iid, __uuidof(IUnknown)) || IsEqualGUID(iid, __uuidof(IDispatch)) ||
@@ -49,7 +50,7 @@ class Array final : public IRealArrayDisp, public IRealVector {
   STDMETHODIMP get_IthValue(LONG index, double* value) noexcept override { return GetElement(index, value); }
   STDMETHODIMP put_IthValue(LONG index, double value) noexcept override { return SetElement(index, value); }
   STDMETHODIMP Copy(IRealArrayDisp* source) noexcept override {
-    if (!works()) return FailingArrays::kFailure;
+    if (!works()) return failure;
     LONG size = 0;
     if (const HRESULT hr = source->get_Size(&size); FAILED(hr)) return hr;
     std::vector<double> values(static_cast<std::size_t>(size));
@@ -60,23 +61,23 @@ class Array final : public IRealArrayDisp, public IRealVector {
   }
 
   STDMETHODIMP GetSize(LONG* size) noexcept override {
-    if (!works()) return FailingArrays::kFailure;
+    if (!works()) return failure;
     *size = static_cast<LONG>(values_.size());
     return S_OK;
   }
   STDMETHODIMP SetSize(LONG size) noexcept override {
-    if (!works()) return FailingArrays::kFailure;
+    if (!works()) return failure;
     values_.resize(static_cast<std::size_t>(size));
     return S_OK;
   }
   STDMETHODIMP GetElement(LONG index, double* value) noexcept override {
-    if (!works()) return FailingArrays::kFailure;
+    if (!works()) return failure;
     if (!holds(index)) return E_BOUNDS;
     *value = values_[static_cast<std::size_t>(index)];
     return S_OK;
   }
   STDMETHODIMP SetElement(LONG index, double value) noexcept override {
-    if (!works()) return FailingArrays::kFailure;
+    if (!works()) return failure;
     if (!holds(index)) return E_BOUNDS;
     values_[static_cast<std::size_t>(index)] = value;
     return S_OK;
@@ -93,7 +94,8 @@ class Factory final : public IClassFactory {
  public:
   STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
     *out = nullptr;
-    if (active && IsEqualGUID(iid, __uuidof(IClassFactory)) && !works()) return FailingArrays::kFailure;
+    // The system asks for this one, and needs an answer.
+    if (active && IsEqualGUID(iid, __uuidof(IClassFactory)) && !works()) return FAILED(failure) ? failure : E_FAIL;
     if (!IsEqualGUID(iid, __uuidof(IUnknown)) && !IsEqualGUID(iid, __uuidof(IClassFactory))) return E_NOINTERFACE;
     *out = static_cast<IClassFactory*>(this);
     return S_OK;
@@ -103,7 +105,7 @@ class Factory final : public IClassFactory {
   STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** out) noexcept override {
     if (!active) return hostKit->CreateInstance(outer, iid, out);
     *out = nullptr;
-    if (!works()) return FailingArrays::kFailure;
+    if (!works()) return failure;
     auto* array = new Array;
     const HRESULT hr = array->QueryInterface(iid, out);
     array->Release();
@@ -116,8 +118,9 @@ class Factory final : public IClassFactory {
 
 }  // namespace
 
-FailingArrays::FailingArrays(int failing) {
+FailingArrays::FailingArrays(int failing, HRESULT result) {
   active = true;
+  failure = result;
   callsLeft = failing;
 }
 

@@ -12,8 +12,8 @@ class FailingArrays {
   static constexpr auto kFailure = static_cast<HRESULT>(0x80040A11);
 
   // Until the end of the scope new arrays are of this kind. Of all calls on them and on their class, call number
-  // `failing`, counted from 0, fails.
-  explicit FailingArrays(int failing);
+  // `failing`, counted from 0, does nothing and gives nothing, and answers `result`.
+  explicit FailingArrays(int failing, HRESULT result = kFailure);
   FailingArrays(const FailingArrays&) = delete;
   FailingArrays& operator=(const FailingArrays&) = delete;
   ~FailingArrays();

@@ -1,6 +1,8 @@
 // What the tests of phases share: a collection of compounds that only has a number, and short ways to read phases.
 #pragma once
 
+#include <functional>
+#include <utility>
 #include <vector>
 
 #include "com/variant.h"
@@ -9,7 +11,7 @@
 
 namespace qs::test {
 
-class CountedCompounds final : public HostObject<ICompoundCollection> {
+class CountedCompounds : public HostObject<ICompoundCollection> {
  public:
   explicit CountedCompounds(INT number) : count(number) {}
   STDMETHODIMP get_Compound(INT, IDispatch**) noexcept override { return E_NOTIMPL; }
@@ -34,7 +36,7 @@ class CountedCompounds final : public HostObject<ICompoundCollection> {
 };
 
 // A phase of another implementation that only has values, each 1. After `reads` of them reading fails, as resets do.
-class HostPhase final : public HostObject<IBasicPhase> {
+class HostPhase : public HostObject<IBasicPhase> {
  public:
   explicit HostPhase(int reads) : reads_(reads) {}
 #define QS_UNUSED(name, type)                                            \
@@ -94,6 +96,24 @@ class NumberingRegistry final : public HostObject<IEnumeratedPropertyRegistry> {
  private:
   std::size_t accepted_;
 };
+
+// A host's object that uses what held it when that lets go of it.
+template <class Object>
+struct CallingBack : Object {
+  using Object::Object;
+  STDMETHODIMP_(ULONG) Release() noexcept override {
+    const ULONG left = Object::Release();
+    if (left == 1 && onRelease) std::exchange(onRelease, {})();
+    return left;
+  }
+  std::function<void()> onRelease;
+};
+
+// A method that gives something refuses to give it nowhere.
+template <class I, class J, class... Parameters>
+void refusesNull(const ComPtr<J>& object, HRESULT (STDMETHODCALLTYPE I::*method)(Parameters...)) {
+  EXPECT_EQ((query<I>(object).get()->*method)(Parameters{}...), E_POINTER);
+}
 
 using Reals = std::vector<double>;
 inline constexpr double kUnset = -32767.0;

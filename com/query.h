@@ -1,0 +1,30 @@
+// Interfaces of what a host passes or makes.
+#pragma once
+
+#include "com/com_ptr.h"
+#include "com/error.h"
+
+namespace qs {
+
+// The interface of an object. Throws CQSCOMError: E_FAIL for no object and for a query that succeeds without one, else
+// the result of the failed query.
+template <class I>
+ComPtr<I> required(IUnknown* object) {
+  if (!object) throw CQSCOMError(E_FAIL);
+  ComPtr<I> found;
+  check(object->QueryInterface(__uuidof(I), reinterpret_cast<void**>(found.out())));
+  if (!found) throw CQSCOMError(E_FAIL);
+  return found;
+}
+
+// The same of an object that may be none or lack the interface: empty then.
+template <class I>
+ComPtr<I> implemented(IUnknown* object) {
+  ComPtr<I> found;
+  const HRESULT queried =
+      object ? object->QueryInterface(__uuidof(I), reinterpret_cast<void**>(found.out())) : E_NOINTERFACE;
+  if (queried != E_NOINTERFACE) check(queried);
+  return found;
+}
+
+}  // namespace qs

@@ -1,0 +1,37 @@
+// An array of a host that states a size and gives only some of its elements, each 0.
+#pragma once
+
+#include <climits>
+
+#include "tests/support/host_object.h"
+
+namespace qs::test {
+
+template <class I, class T>
+class ClaimingArray final : public HostObject<I> {
+ public:
+  explicit ClaimingArray(LONG given, LONG stated = INT_MAX) : given_(given), stated_(stated) {}
+  STDMETHODIMP get_IthValue(LONG index, T* value) noexcept override {
+    ++reads;
+    if (index >= given_) return E_BOUNDS;
+    *value = 0;
+    return S_OK;
+  }
+  STDMETHODIMP get_Size(LONG* size) noexcept override {
+    *size = stated_;
+    return S_OK;
+  }
+  STDMETHODIMP put_IthValue(LONG, T) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP put_Size(LONG) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Copy(I*) noexcept override { return E_NOTIMPL; }
+
+  int reads = 0;
+
+ private:
+  LONG given_, stated_;
+};
+
+using ClaimingIntegers = ClaimingArray<IIntegerArrayDisp, LONG>;
+using ClaimingReals = ClaimingArray<IRealArrayDisp, double>;
+
+}  // namespace qs::test
