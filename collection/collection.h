@@ -28,7 +28,7 @@ class COQSCompoundCollection final
   // A null compound empties the slot, and so does one whose query fails.
   STDMETHODIMP put_Compound(INT index, IDispatch* compound) noexcept override;
   STDMETHODIMP get_NumberOfCompounds(INT* count) noexcept override;
-  // A view can be shortened only: E_FAIL for a larger number.
+  // A view can be shortened only: E_FAIL for a larger number. E_OUTOFMEMORY for more than kMostElements.
   STDMETHODIMP put_NumberOfCompounds(INT count) noexcept override;
   // A view finds the compound in its parent by name, or else adds it there.
   STDMETHODIMP AddCompound(IDispatch* compound) noexcept override;
@@ -47,16 +47,19 @@ class COQSCompoundCollection final
   STDMETHODIMP put_InteractionParameters(BSTR model, IDispatch* parameters) noexcept override;
   STDMETHODIMP SetPane(BSTR model, BSTR pane) noexcept override;
   STDMETHODIMP CompCollnIPInfo(INT model, INT* count, BSTR* name, BSTR* pane) noexcept override;
-  // Models that cannot load are passed over. A failure takes the compound out again, of a view's parents too.
+  // Models that cannot load are passed over. A failure takes the compound out again, wherever a model has moved it, and
+  // out of a view's parents too.
   STDMETHODIMP AddLastCompoundLoadIPs(IDispatch* compound, BSTR directory) noexcept override;
 
   // loaders.cpp. A view uses the loaders of its parent.
+  // The position at which the list takes the compound becomes its index (CompIdx).
   STDMETHODIMP AddCompoundFromLoader(BSTR searchKey, BSTR id, BSTR loader, BYTE useLoader) noexcept override;
-  // Each compound as by LoadOneCompound without an id; ends at the first failure. S_FALSE when one was not found.
+  // Each compound that is there now, as by LoadOneCompound without an id; ends at the first failure. S_FALSE when one
+  // was not found.
   STDMETHODIMP LoadAllCompounds(BSTR loader, BSTR searchKey, BYTE useLoader) noexcept override;
   // `useLoader` is 0 for the default loader. A null id stands for what the compound has in the identity field
-  // `searchKey`. What the loader lacks keeps its value; S_FALSE when it has nothing of the compound. E_NOINTERFACE for
-  // a compound of another implementation, which cannot be copied back and forth.
+  // `searchKey`. What the loader lacks keeps its value, as the index (CompIdx) always does; S_FALSE when it has nothing
+  // of the compound. E_NOINTERFACE for a compound of another implementation, which cannot be copied back and forth.
   STDMETHODIMP LoadOneCompound(INT index, BSTR loader, BSTR searchKey, BSTR id, BYTE useLoader) noexcept override;
   STDMETHODIMP LoadOneProperty(INT index, BSTR property, BSTR loader, BSTR searchKey, BSTR id,
                                BYTE useLoader) noexcept override;
@@ -71,7 +74,8 @@ class COQSCompoundCollection final
   STDMETHODIMP SetAsDefaultLoader(BSTR name) noexcept override;
 
   // views.cpp. A view keeps its parent alive, not the other way round. All views fetched under one name share their
-  // positions. E_FAIL for a position outside, E_INVALIDARG for a null array.
+  // positions. E_FAIL for a position outside and for a view that would stand on more than 255 others, E_INVALIDARG for
+  // a null array, E_OUTOFMEMORY for one of more than kMostElements.
   STDMETHODIMP CreateSubCompList(IIntegerArrayDisp* positions, ICompoundCollection** view) noexcept override;
   STDMETHODIMP GetParent(ICompoundCollection** parent) noexcept override;
   STDMETHODIMP GetPositions(IIntegerArrayDisp** positions) noexcept override;
@@ -124,12 +128,18 @@ class COQSCompoundCollection final
   // Everything that Reset resets.
   struct State {
     CompoundSlots slots;
-    ComPtr<ICompoundCollection> parent;    // null in an own list
+    ComPtr<ICompoundCollection> parent;    // null in an own list; a collection of this module
+    INT depth = 0;                         // how many views this one stood on when it was made, with itself
     std::shared_ptr<Positions> positions;  // of a view in its parent
     ComPtr<IRealArrayDisp> offsetH, offsetS;
     std::map<WideString, Model, std::less<>> models;
     ComponentRegistry loaders, estimators;
     std::map<WideString, std::shared_ptr<Positions>, std::less<>> subLists;
+
+    bool holdsObjects() const {
+      return slots.occupied() > 0 || parent || offsetH || offsetS || !models.empty() || loaders.count() > 0 ||
+             estimators.count() > 0;
+    }
   };
 
   bool isView() const { return static_cast<bool>(state_.parent); }
@@ -150,11 +160,17 @@ class COQSCompoundCollection final
   }
 
   HRESULT addToParent(IDispatch* compound);
+  static COQSCompoundCollection& implementation(const ComPtr<ICompoundCollection>& parent) {
+    return static_cast<COQSCompoundCollection&>(*parent.get());
+  }
+  // Takes out the last entry that is this compound, in a view the last one with this position in the parent; false when
+  // there is none.
+  bool takeOut(IBasicCompound* compound, LONG position);
 
   Positions checkedPositions(IIntegerArrayDisp* array);
   ComPtr<ICompoundCollection> newView(std::shared_ptr<Positions> positions);
 
-  // Runs `fill` with a filler on a copy of a compound and takes the copy over when that answers S_OK.
+  // Runs `fill` with a filler on a copy of a compound, which is taken over when that answers S_OK.
   template <class Fill>
   HRESULT load(INT index, BSTR loader, BSTR searchKey, BSTR id, BYTE useLoader, Fill fill);
 

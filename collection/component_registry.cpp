@@ -1,12 +1,15 @@
 #include "collection/component_registry.h"
 
+#include "com/query.h"
+
 namespace qs {
 namespace {
 
-// What a loader says its data are; null when it says nothing.
+// What a loader says its data are; null when it says nothing, or does not have the method. Throws CQSCOMError.
 Bstr identificationOf(IDispatch* component) {
   Bstr text;
-  if (const auto loader = ComPtr<ILoad>::from(component)) loader->Get_DBIdentification(text.out());
+  if (const auto loader = implemented<ILoad>(component))
+    if (const HRESULT said = loader->Get_DBIdentification(text.out()); said != E_NOTIMPL) check(said);
   return text;
 }
 

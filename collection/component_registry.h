@@ -7,6 +7,7 @@
 #include "com/bstr.h"
 #include "com/com_ptr.h"
 #include "com/interfaces.h"
+#include "com/query.h"
 
 namespace qs {
 
@@ -54,7 +55,7 @@ class ComponentRegistry {
   HRESULT getAt(INT index, BSTR* name, IDispatch** component) const;
 
   // The component of a name, or the default one, ready for use: its interface I, told the path that it has, and its
-  // name. S_FALSE when there is none; the query's failure when it lacks the interface, or its own about the path.
+  // name. S_FALSE when there is none; its own failure about the path. Throws CQSCOMError when it lacks the interface.
   template <class I>
   HRESULT choose(BSTR name, bool named, Bstr& foundName, ComPtr<I>& found) const {
     const CQSLoader* record = named ? find(name) : findDefault();
@@ -62,8 +63,7 @@ class ComponentRegistry {
     const ComPtr<IDispatch> object = record->object;
     const Bstr path = Bstr::copyOf(record->Path.get());
     foundName = Bstr::copyOf(record->Name.get());
-    const HRESULT queried = object->QueryInterface(__uuidof(I), reinterpret_cast<void**>(found.out()));
-    if (FAILED(queried)) return queried;
+    found = required<I>(object.get());
     const HRESULT told = path ? found->Set_Path(path.get()) : S_OK;
     return FAILED(told) ? told : S_OK;
   }

@@ -7,19 +7,13 @@
 #include <type_traits>
 
 #include "com/number_text.h"
+#include "com/query.h"
+#include "compound/compound.h"
 #include "props/key_table.h"
 #include "props/property.h"
 
 namespace qs {
 namespace {
-
-template <class I>
-ComPtr<I> need(IUnknown* object) {
-  if (!object) throw CQSCOMError(E_POINTER);
-  ComPtr<I> found;
-  check(object->QueryInterface(__uuidof(I), reinterpret_cast<void**>(found.out())));
-  return found;
-}
 
 // Whether a call found what was asked for; a failure is raised.
 bool found(HRESULT result) {
@@ -56,26 +50,26 @@ constexpr IdentityField field(WideView name) {
     return {name,
             [](IUnknown* compound) {
               Bstr text;
-              const auto reader = need<typename Reader::Interface>(compound);
+              const auto reader = required<typename Reader::Interface>(compound);
               check((reader.get()->*Get)(text.out()));
               return text;
             },
             [](IUnknown* compound, BSTR text) {
-              const auto writer = need<typename Writer::Interface>(compound);
+              const auto writer = required<typename Writer::Interface>(compound);
               check((writer.get()->*Put)(text));
             }};
   } else {
     return {name,
             [](IUnknown* compound) {
               Value value{};
-              const auto reader = need<typename Reader::Interface>(compound);
+              const auto reader = required<typename Reader::Interface>(compound);
               if (!found((reader.get()->*Get)(&value))) return Bstr();
               WideString text;
               appendInteger(text, static_cast<INT>(value));
               return Bstr(text);
             },
             [](IUnknown* compound, BSTR text) {
-              const auto writer = need<typename Writer::Interface>(compound);
+              const auto writer = required<typename Writer::Interface>(compound);
               check((writer.get()->*Put)(static_cast<Value>(readInteger(narrow(viewOf(text))))));
             }};
   }
@@ -102,6 +96,8 @@ const IdentityField* findIdentityField(WideView name) {
   return entry == std::end(kIdentityFields) ? nullptr : entry;
 }
 
+constexpr INT kMostProperties = 10'000;
+
 constexpr WideView kSynonyms = OLESTR("SynonymName");
 
 // Lists of reals that a compound keeps as constants of their own.
@@ -123,15 +119,41 @@ Bstr identityText(IUnknown* compound, WideView fieldName) {
   return entry ? entry->read(compound) : Bstr();
 }
 
-HRESULT storePoint(IUnknown* compound, BSTR name, double value) {
-  const HRESULT result = need<ICompoundPropPut>(compound)->SetPointProperty(name, isFixed(name), value);
+HRESULT storePoint(IUnknown* compound, BSTR name, double value, BSTR source) {
+  const auto properties = required<ICompoundPropPut>(compound);
+  const HRESULT result = properties->SetPointProperty(name, isFixed(name), value);
   check(result);
+  if (result == S_OK) check(properties->SetPropertyLoader(name, source));
   return result;
+}
+
+ComPtr<IBasicCompound> newCompound() {
+  ComPtr<IBasicCompound> compound;
+  check(COQSCompound::create(nullptr, __uuidof(IBasicCompound), reinterpret_cast<void**>(compound.out())));
+  return compound;
+}
+
+void copyCompound(IBasicCompound* from, IBasicCompound* to, INT index) {
+  check(required<ICompoundCopy>(to)->CopyToThis(index, from));
+}
+
+bool isCopyable(IBasicCompound* compound) { return COQSCompound::ofThisModule(compound) != nullptr; }
+
+HRESULT changeAsCopy(IBasicCompound* compound, const std::function<HRESULT(IBasicCompound*)>& change) {
+  const COQSCompound* original = COQSCompound::ofThisModule(compound);
+  if (!original) return E_NOINTERFACE;
+  const INT index = original->compoundIndex();
+  const auto copy = newCompound();
+  copyCompound(compound, copy.get(), index);
+  const HRESULT changed = change(copy.get());
+  if (changed == S_OK) copyCompound(copy.get(), compound, index);
+  return changed;
 }
 
 HRESULT CompoundFiller::fillAll() {
   bool any = false;
-  for (INT i = 0; i < std::numeric_limits<INT>::max(); ++i) {
+  for (INT i = 0;; ++i) {
+    if (i == kMostProperties) throw CQSCOMError(E_FAIL);
     Bstr name;
     tagPropTypeEnum type = VoidProp;
     if (!found(source_.loader->Get_Prop(source_.searchKey, source_.id, i, name.out(), &type))) break;
@@ -199,12 +221,12 @@ bool CompoundFiller::fillEquation(BSTR name) {
                                               coefficients.out(), &xShape, &yShape, &xNorm, &yNorm, &xPow, &yPow, &a,
                                               &b)))
     return false;
-  if (!found(need<ICompoundPropPut>(compound_)->SetEquationProperty(name, isFixed(name), shape, tMin, tMax, pMin, pMax,
-                                                                    coefficients.get())))
+  if (!found(required<ICompoundPropPut>(compound_)->SetEquationProperty(name, isFixed(name), shape, tMin, tMax, pMin,
+                                                                        pMax, coefficients.get())))
     return false;
   if (xShape != eNoShapeDefined && yShape != eNoShapeDefined)
-    check(need<ICompEqnXYShape>(compound_)->SetEquationPropertyXYShape(name, xShape, yShape, xNorm, yNorm, xPow, yPow,
-                                                                       a, b));
+    check(required<ICompEqnXYShape>(compound_)->SetEquationPropertyXYShape(name, xShape, yShape, xNorm, yNorm, xPow,
+                                                                           yPow, a, b));
   return rememberLoader(name);
 }
 
@@ -214,8 +236,8 @@ bool CompoundFiller::fillComponent(BSTR name) {
   if (!found(source_.loader->Get_PropCOM(source_.searchKey, source_.id, name, className.out(), component.out())) ||
       !component)
     return false;
-  return found(need<ICompoundPropPut>(compound_)->SetCOMProperty(name, isFixed(name), className.get(),
-                                                                 component.get())) &&
+  return found(required<ICompoundPropPut>(compound_)->SetCOMProperty(name, isFixed(name), className.get(),
+                                                                     component.get())) &&
          rememberLoader(name);
 }
 
@@ -226,10 +248,10 @@ bool CompoundFiller::fillIntegers(BSTR name) {
   if (!put) return false;
   ComPtr<IDispatch> values;
   if (!found(source_.loader->Get_PropMultiVal(source_.searchKey, source_.id, name, values.out()))) return false;
-  const auto integers = need<IIntegerArrayDisp>(values.get());
+  const auto integers = required<IIntegerArrayDisp>(values.get());
   LONG size = 0;
   check(integers->get_Size(&size));
-  const auto groups = need<ICompoundUNIFAC1Put>(compound_);
+  const auto groups = required<ICompoundUNIFAC1Put>(compound_);
   return found((groups.get()->*put)(size, integers.get()));
 }
 
@@ -238,7 +260,7 @@ bool CompoundFiller::fillReals(BSTR name) {
   if (pair == std::end(kPairs)) return false;
   ComPtr<IDispatch> values;
   if (!found(source_.loader->Get_PropMultiVal(source_.searchKey, source_.id, name, values.out()))) return false;
-  const auto reals = need<IRealArrayDisp>(values.get());
+  const auto reals = required<IRealArrayDisp>(values.get());
   for (LONG i = 0; i < 2; ++i) {
     double value = kEmptyValue;
     check(reals->get_IthValue(i, &value));
@@ -254,7 +276,7 @@ bool CompoundFiller::fillSynonyms() {
     Bstr synonym;
     if (!found(source_.loader->Get_AllSynonyms(source_.searchKey, source_.id, i, synonym.out()))) break;
     if (!identity) {
-      identity = need<ICompoundIDPut>(compound_);
+      identity = required<ICompoundIDPut>(compound_);
       check(identity->put_NumberOfSynonymNames(0));
     }
     // A compound takes so many and no more.
@@ -264,11 +286,11 @@ bool CompoundFiller::fillSynonyms() {
 }
 
 bool CompoundFiller::storeNumber(BSTR name, double value) {
-  return storePoint(compound_, name, value) == S_OK && rememberLoader(name);
+  return storePoint(compound_, name, value, source_.loaderName) == S_OK;
 }
 
 bool CompoundFiller::rememberLoader(BSTR name) {
-  check(need<ICompoundPropPut>(compound_)->SetPropertyLoader(name, source_.loaderName));
+  check(required<ICompoundPropPut>(compound_)->SetPropertyLoader(name, source_.loaderName));
   return true;
 }
 

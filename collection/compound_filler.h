@@ -1,6 +1,8 @@
 // Fills a compound with what a loader has about it, through public interfaces on both sides.
 #pragma once
 
+#include <functional>
+
 #include "com/bstr.h"
 #include "com/com_ptr.h"
 #include "com/interfaces.h"
@@ -14,7 +16,7 @@ Bstr identityText(IUnknown* compound, WideView field);
 // The loader knows the compound by the text `id` in the field `searchKey`; strings and pointers are lent. Properties
 // are stored under their names, those with the name of an identity field there, and remember the loader. What the
 // loader answers S_FALSE for, and what a compound has no place for, is passed over. Throws CQSCOMError with the failure
-// of any call; the compound is then partly filled.
+// of any call, and E_FAIL for a loader whose list of properties does not end; the compound is then partly filled.
 class CompoundFiller {
  public:
   struct Source {
@@ -44,7 +46,20 @@ class CompoundFiller {
   IBasicCompound* const compound_;
 };
 
-// Stores a number under a fixed key or another name. The result is that of SetPointProperty; throws CQSCOMError.
-HRESULT storePoint(IUnknown* compound, BSTR name, double value);
+// Stores a number under a fixed key or another name, with the name of the component that it comes from. The result is
+// that of SetPointProperty; throws CQSCOMError.
+HRESULT storePoint(IUnknown* compound, BSTR name, double value, BSTR source);
+
+ComPtr<IBasicCompound> newCompound();
+
+// Makes one compound a copy of another under an index. Throws CQSCOMError.
+void copyCompound(IBasicCompound* from, IBasicCompound* to, INT index);
+
+// Whether the compound can be copied: it is one of this module.
+bool isCopyable(IBasicCompound* compound);
+
+// Runs `change` on a copy of a compound, which takes it over, but for the index, when that answers S_OK; nothing has
+// changed otherwise. Throws CQSCOMError: E_NOINTERFACE for a compound that cannot be copied.
+HRESULT changeAsCopy(IBasicCompound* compound, const std::function<HRESULT(IBasicCompound*)>& change);
 
 }  // namespace qs

@@ -21,11 +21,8 @@ HRESULT COQSCompoundCollection::EstimateProperty(INT index, BSTR property, BSTR 
     const HRESULT estimated = component->Estimate(compound.get(), property, &value);
     if (estimated != S_OK) return estimated;
     if (value == kEmptyValue) return S_FALSE;
-    const HRESULT stored = storePoint(compound.get(), property, value);
-    if (stored == S_OK)
-      if (const auto source = ComPtr<ICompoundPropPut>::from(compound.get()))
-        source->SetPropertyLoader(property, name.get());
-    return stored;
+    const auto store = [&](IBasicCompound* target) { return storePoint(target, property, value, name.get()); };
+    return isCopyable(compound.get()) ? changeAsCopy(compound.get(), store) : store(compound.get());
   });
 }
 

@@ -1,6 +1,8 @@
 // The compounds by position, their order, and the offset vectors.
 #include "collection/collection.h"
 #include "com/bstr.h"
+#include "com/host_arrays.h"
+#include "com/query.h"
 
 namespace qs {
 namespace {
@@ -8,7 +10,8 @@ namespace {
 // The interface under which a list keeps a compound.
 HRESULT queryCompound(IDispatch* object, ComPtr<IBasicCompound>& compound) {
   if (!object) return E_INVALIDARG;
-  return object->QueryInterface(__uuidof(IBasicCompound), reinterpret_cast<void**>(compound.out()));
+  const HRESULT queried = object->QueryInterface(__uuidof(IBasicCompound), reinterpret_cast<void**>(compound.out()));
+  return SUCCEEDED(queried) && !compound ? E_FAIL : queried;
 }
 
 template <class I>
@@ -19,10 +22,10 @@ HRESULT give(IBasicCompound* compound, I** out) {
   return S_OK;
 }
 
-// Null when it has none.
+// Null when it has none. Throws CQSCOMError when it cannot be told.
 Bstr nameOf(IUnknown* compound) {
   Bstr name;
-  if (const auto identity = ComPtr<ICompoundID>::from(compound)) identity->get_Name(name.out());
+  if (const auto identity = implemented<ICompoundID>(compound)) check(identity->get_Name(name.out()));
   return name;
 }
 
@@ -42,7 +45,13 @@ HRESULT takeOver(ComPtr<IRealArrayDisp>& stored, IRealArrayDisp* offsets) {
 
 }  // namespace
 
-COQSCompoundCollection::~COQSCompoundCollection() { Reset(); }
+COQSCompoundCollection::~COQSCompoundCollection() {
+  // The last release of a host's object may call back, and may even give this collection something new.
+  while (xmlReader_ || state_.holdsObjects()) {
+    const auto reader = std::exchange(xmlReader_, {});
+    Reset();
+  }
+}
 
 HRESULT COQSCompoundCollection::get_Compound(INT index, IDispatch** compound) noexcept {
   if (!compound) return E_POINTER;
@@ -81,6 +90,7 @@ HRESULT COQSCompoundCollection::put_NumberOfCompounds(INT number) noexcept {
       state_.positions->resize(static_cast<std::size_t>(number));
       trim(*state_.positions);
     } else if (number > count()) {
+      checkCount(number);
       state_.slots.grow(number);
     } else {
       state_.slots.dropLast(count() - number);
@@ -127,7 +137,13 @@ HRESULT COQSCompoundCollection::addToParent(IDispatch* compound) {
 
 HRESULT COQSCompoundCollection::Reset() noexcept {
   // Released in the end, when calls back find the collection as new.
-  const State old = std::exchange(state_, State());
+  State old = std::exchange(state_, State());
+  // A parent that goes with this view gives up its own parent first, so that a chain of views goes one by one.
+  for (ComPtr<ICompoundCollection> parent = std::move(old.parent); parent;) {
+    COQSCompoundCollection& view = implementation(parent);
+    const bool last = !view.isAggregated() && (parent->AddRef(), parent->Release()) == 1;
+    parent = last ? std::exchange(view.state_.parent, {}) : ComPtr<ICompoundCollection>();
+  }
   return S_OK;
 }
 

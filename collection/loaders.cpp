@@ -1,23 +1,8 @@
 // The registry of loaders, and filling compounds through them.
 #include "collection/collection.h"
 #include "collection/compound_filler.h"
-#include "compound/compound.h"
 
 namespace qs {
-namespace {
-
-ComPtr<IBasicCompound> newCompound() {
-  ComPtr<IBasicCompound> compound;
-  check(COQSCompound::create(nullptr, __uuidof(IBasicCompound), reinterpret_cast<void**>(compound.out())));
-  return compound;
-}
-
-HRESULT copyCompound(IBasicCompound* from, IBasicCompound* to, INT index) {
-  const auto copy = ComPtr<ICompoundCopy>::from(to);
-  return copy ? copy->CopyToThis(index, from) : E_NOINTERFACE;
-}
-
-}  // namespace
 
 template <class Fill>
 HRESULT COQSCompoundCollection::load(INT index, BSTR loader, BSTR searchKey, BSTR id, BYTE useLoader, Fill fill) {
@@ -31,11 +16,10 @@ HRESULT COQSCompoundCollection::load(INT index, BSTR loader, BSTR searchKey, BST
   if (!known) return S_FALSE;
 
   // The compound itself is not touched before the loader is through.
-  const auto copy = newCompound();
-  check(copyCompound(compound.get(), copy.get(), index));
-  CompoundFiller filler({component.get(), name.get(), searchKey, known.get()}, copy.get());
-  const HRESULT filled = fill(filler);
-  return filled == S_OK ? copyCompound(copy.get(), compound.get(), index) : filled;
+  return changeAsCopy(compound.get(), [&](IBasicCompound* copy) {
+    CompoundFiller filler({component.get(), name.get(), searchKey, known.get()}, copy);
+    return fill(filler);
+  });
 }
 
 HRESULT COQSCompoundCollection::LoadOneCompound(INT index, BSTR loader, BSTR searchKey, BSTR id,
@@ -59,7 +43,9 @@ HRESULT COQSCompoundCollection::LoadOneProperty(INT index, BSTR property, BSTR l
 
 HRESULT COQSCompoundCollection::LoadAllCompounds(BSTR loader, BSTR searchKey, BYTE useLoader) noexcept {
   HRESULT all = S_OK;
-  for (INT i = 0; i < count(); ++i) {
+  // A loader may add compounds meanwhile.
+  const INT number = count();
+  for (INT i = 0; i < number; ++i) {
     const HRESULT one = LoadOneCompound(i, loader, searchKey, nullptr, useLoader);
     if (FAILED(one)) return one;
     if (one != S_OK) all = S_FALSE;
@@ -88,8 +74,10 @@ HRESULT COQSCompoundCollection::AddCompoundFromLoader(BSTR searchKey, BSTR id, B
     if (chosen != S_OK) return chosen;
     auto compound = newCompound();
     const HRESULT filled = CompoundFiller({component.get(), name.get(), searchKey, id}, compound.get()).fillAll();
-    if (filled == S_OK) state_.slots.append(std::move(compound));
-    return filled;
+    if (filled != S_OK) return filled;
+    copyCompound(compound.get(), compound.get(), count());
+    state_.slots.append(std::move(compound));
+    return S_OK;
   });
 }
 

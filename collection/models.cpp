@@ -1,4 +1,5 @@
 // Interaction-parameter models by name.
+#include <ranges>
 #include <utility>
 
 #include "collection/collection.h"
@@ -25,7 +26,9 @@ HRESULT COQSCompoundCollection::put_InteractionParameters(BSTR model, IDispatch*
     ComPtr<IInteractionParameters> queried;
     const HRESULT result =
         parameters->QueryInterface(__uuidof(IInteractionParameters), reinterpret_cast<void**>(queried.out()));
-    if (SUCCEEDED(result)) state_.models[WideString(modelName(model))].parameters = std::move(queried);
+    if (FAILED(result)) return result;
+    if (!queried) return E_FAIL;
+    state_.models[WideString(modelName(model))].parameters = std::move(queried);
     return result;
   });
 }
@@ -60,31 +63,52 @@ HRESULT COQSCompoundCollection::AddLastCompoundLoadIPs(IDispatch* compound, BSTR
     for (const auto& [name, model] : state_.models) models.push_back(model.parameters);
 
     // What adding may lengthen: this collection and, behind a view, its parents.
-    std::vector<std::pair<ComPtr<ICompoundCollection>, INT>> lengths;
-    for (ComPtr<ICompoundCollection> list(this); list;) {
-      INT length = 0;
-      check(list->get_NumberOfCompounds(&length));
-      ComPtr<ICompoundCollection> parent;
-      check(ComPtr<ISubCompList>::from(list.get())->GetParent(parent.out()));
-      lengths.emplace_back(std::exchange(list, std::move(parent)), length);
-    }
+    struct Lengthened {
+      ComPtr<ICompoundCollection> list;
+      INT before;
+      LONG position;  // of the new entry in the parent; -1 in an own list
+    };
+    std::vector<Lengthened> lists;
+    for (ComPtr<ICompoundCollection> list(this); list; list = implementation(list).state_.parent)
+      lists.push_back({list, implementation(list).count(), -1});
 
     const HRESULT added = AddCompound(compound);
     if (added != S_OK) return added;
+    ComPtr<IBasicCompound> last;
+    GetBasicCompound(count() - 1, last.out());
+    // A parent that had the compound already was not lengthened.
+    std::erase_if(lists, [](const Lengthened& entry) { return implementation(entry.list).count() <= entry.before; });
+    for (Lengthened& entry : lists)
+      if (const auto& list = implementation(entry.list); list.isView())
+        entry.position = list.inParent(list.count() - 1);
+
     for (const auto& model : models) {
       const auto loading = ComPtr<ILoadInteractionParameters>::from(model.get());
       if (!loading) continue;
       const HRESULT loaded = loading->LoadLastCompound(static_cast<ICompoundCollection*>(this), directory);
       if (SUCCEEDED(loaded)) continue;
-      for (const auto& [list, length] : lengths) {
-        INT now = 0;
-        list->get_NumberOfCompounds(&now);
-        if (now == length + 1) list->put_NumberOfCompounds(length);
+      // From the own list to the view. A model may have moved the entry, or taken it out itself.
+      bool parentLost = false;
+      for (const Lengthened& entry : std::views::reverse(lists)) {
+        COQSCompoundCollection& list = implementation(entry.list);
+        const bool lost = list.count() > entry.before && list.takeOut(last.get(), entry.position);
+        if (std::exchange(parentLost, lost) && list.isView())
+          for (LONG& position : *list.state_.positions) position -= position > entry.position ? 1 : 0;
       }
       return loaded;
     }
     return S_OK;
   });
+}
+
+bool COQSCompoundCollection::takeOut(IBasicCompound* compound, LONG position) {
+  for (INT i = count() - 1; i >= 0; --i)
+    if (isView() ? inParent(i) == position : compound && state_.slots.at(i) == compound) {
+      MoveCompound(i, count());
+      RemoveLastCompound();
+      return true;
+    }
+  return false;
 }
 
 }  // namespace qs

@@ -3,6 +3,12 @@
 #include "com/host_arrays.h"
 
 namespace qs {
+namespace {
+
+// Each call goes through all views between, on the host's stack.
+constexpr INT kDeepestView = 256;
+
+}  // namespace
 
 HRESULT COQSCompoundCollection::CreateSubCompList(IIntegerArrayDisp* positions, ICompoundCollection** view) noexcept {
   if (!view) return E_POINTER;
@@ -80,7 +86,7 @@ COQSCompoundCollection::Positions COQSCompoundCollection::checkedPositions(IInte
   if (!array) throw CQSCOMError(E_INVALIDARG);
   LONG size = 0;
   check(array->get_Size(&size));
-  if (size < 0) throw CQSCOMError(E_FAIL);
+  checkCount(size);
   Positions positions;
   for (LONG i = 0; i < size; ++i) {
     LONG position = -1;
@@ -92,10 +98,12 @@ COQSCompoundCollection::Positions COQSCompoundCollection::checkedPositions(IInte
 }
 
 ComPtr<ICompoundCollection> COQSCompoundCollection::newView(std::shared_ptr<Positions> positions) {
+  if (state_.depth == kDeepestView) throw CQSCOMError(E_FAIL);
   ComPtr<ICompoundCollection> view;
   check(create(nullptr, __uuidof(ICompoundCollection), reinterpret_cast<void**>(view.out())));
-  State& state = static_cast<COQSCompoundCollection*>(view.get())->state_;
+  State& state = implementation(view).state_;
   state.parent = ComPtr<ICompoundCollection>(this);
+  state.depth = state_.depth + 1;
   state.positions = std::move(positions);
   return view;
 }

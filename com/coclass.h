@@ -106,6 +106,8 @@ class Coclass : public DefaultFace<First, Coclass<Derived, First, Rest...>>, pub
   Coclass() : inner_(*this), outer_(&inner_) {}
   ~Coclass() = default;
 
+  bool isAggregated() const { return outer_ != &inner_; }
+
  private:
   using Default = DefaultFace<First, Coclass>;
   friend Default;

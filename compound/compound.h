@@ -152,6 +152,9 @@ class COQSCompound final
   // copy.cpp
   STDMETHODIMP CopyToThis(INT newIndex, IDispatch* original) noexcept override;
   COQSCompound* STDMETHODCALLTYPE compound(const void* module) noexcept override;
+  // The compound behind an interface, lent; null when it is none of this module.
+  static const COQSCompound* ofThisModule(IUnknown* object);
+  INT compoundIndex() const { return identity_.compoundIndex; }
 
   // xml.cpp; xml_reader.h tells the results of a parser's events. Elements outside a Compound element are S_FALSE.
   STDMETHODIMP CharacterData(BSTR text) noexcept override;

@@ -11,11 +11,15 @@ const char moduleTag = 0;
 
 COQSCompound* COQSCompound::compound(const void* module) noexcept { return module == &moduleTag ? this : nullptr; }
 
+const COQSCompound* COQSCompound::ofThisModule(IUnknown* object) {
+  const auto peer = ComPtr<ICompoundPeer>::from(object);
+  return peer ? peer->compound(&moduleTag) : nullptr;
+}
+
 HRESULT COQSCompound::CopyToThis(INT newIndex, IDispatch* original) noexcept {
   return guarded([&] {
     if (!original) return E_INVALIDARG;
-    const auto peer = ComPtr<ICompoundPeer>::from(original);
-    const COQSCompound* source = peer ? peer->compound(&moduleTag) : nullptr;
+    const COQSCompound* source = ofThisModule(original);
     if (!source) return E_NOINTERFACE;
 
     Identity identity = source->identity_.copy();

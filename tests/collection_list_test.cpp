@@ -67,13 +67,21 @@ TEST_F(CollectionListTest, TheNumberGrowsByEmptySlotsAndShrinksByReleasing) {
     INT number;
     HRESULT result;
     std::string letters;
-  } steps[] = {{3, S_OK, "abc"},   {-1, E_FAIL, "abc"}, {-2147483647 - 1, E_FAIL, "abc"},
-               {5, S_OK, "abc  "}, {2, S_OK, "ab"},     {2, S_OK, "ab"},
-               {3, S_OK, "ab "},   {1, S_OK, "a"},      {100000, S_OK, {}},
-               {1, S_OK, "a"},     {0, S_OK, ""}};
+  } steps[] = {{3, S_OK, "abc"},
+               {-1, E_FAIL, "abc"},
+               {-2147483647 - 1, E_FAIL, "abc"},
+               {2147483647, E_OUTOFMEMORY, "abc"},
+               {5, S_OK, "abc  "},
+               {2, S_OK, "ab"},
+               {2, S_OK, "ab"},
+               {3, S_OK, "ab "},
+               {1, S_OK, "a"},
+               {100000, S_OK, {}},
+               {1, S_OK, "a"},
+               {0, S_OK, ""}};
   for (const auto& step : steps) {
     EXPECT_EQ(collection->put_NumberOfCompounds(step.number), step.result) << step.number;
-    if (step.number > 10) continue;
+    if (step.result == S_OK && step.number > 10) continue;
     EXPECT_EQ(lettersOf(collection), step.letters) << step.number;
     for (std::size_t i = 0; i < 3; ++i)
       EXPECT_EQ(referencesOf(compounds[i].get()), step.letters.find("abc"[i]) == std::string::npos ? 1u : 2u)
@@ -159,6 +167,7 @@ struct Visitor : HostObject<IDispatch> {
   }
   STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
     if (onQuery) std::exchange(onQuery, {})();
+    if (FAILED(naming) && IsEqualGUID(iid, __uuidof(ICompoundID))) return *out = nullptr, naming;
     if (IsEqualGUID(iid, __uuidof(IBasicCompound)) || IsEqualGUID(iid, __uuidof(ICompoundID)))
       return inner->QueryInterface(iid, out);
     return HostObject::QueryInterface(iid, out);
@@ -170,6 +179,7 @@ struct Visitor : HostObject<IDispatch> {
   }
 
   ComPtr<IUnknown> inner;
+  HRESULT naming = S_OK;
   std::function<void()> onQuery, onRelease;
 };
 
@@ -206,11 +216,38 @@ TEST_F(CollectionListTest, ACallBackFindsTheListInOrder) {
   EXPECT_EQ(countOf(collection), 0);
   ASSERT_EQ(collection->AddCompound(&visitor), S_OK);
   ICompoundCollection* dying = collection.get();
-  visitor.onRelease = [&] { dying->AddCompound(another.get()); };
+  // Each release leaves something for the next: the compound again, then a loader, then a compound.
+  Visitor loader;
+  const Bstr name(OLESTR("Fake"));
+  visitor.onRelease = [&] {
+    dying->AddCompound(another.get());
+    dying->AddCompound(&visitor);
+    visitor.onRelease = [&] {
+      ComPtr<ILoadCompoundProp>::from(dying)->AddLoader(name.get(), name.get(), nullptr, &loader);
+      loader.onRelease = [&] { dying->AddCompound(another.get()); };
+    };
+  };
   order = {};
   collection = {};
   EXPECT_EQ(visitor.references, 1u);
+  EXPECT_EQ(loader.references, 1u);
   EXPECT_EQ(referencesOf(another.get()), 1u);
+}
+
+TEST_F(CollectionListTest, AViewAddsNothingToItsParentWhileNamesCannotBeRead) {
+  Visitor compound;
+  query<ICompoundIDPut>(compound.inner)->put_Name(Bstr(OLESTR("b")).get());
+  const auto parent = collectionOf("a");
+  const auto view = viewOf(parent, {});
+  ASSERT_EQ(view->AddCompound(&compound), S_OK);
+  compound.naming = E_OUTOFMEMORY;
+  EXPECT_EQ(view->AddCompound(&compound), E_OUTOFMEMORY);
+  EXPECT_EQ(view->AddCompound(named(OLESTR("c")).get()), E_OUTOFMEMORY) << "it may be the one that has no name to show";
+  compound.naming = E_NOINTERFACE;
+  EXPECT_EQ(view->AddCompound(named(OLESTR("c")).get()), S_OK) << "a compound may have no name";
+  EXPECT_EQ(countOf(view), 2);
+  EXPECT_EQ(countOf(parent), 3);
+  parent->Reset();
 }
 
 // Interaction parameters of a host, which note what they were asked to load.
@@ -219,9 +256,11 @@ struct Parameters : HostObject<IInteractionParameters> {
     STDMETHODIMP LoadLastCompound(IDispatch* collection, BSTR directory) noexcept override {
       ComPtr<ICompoundCollection>::from(collection)->get_NumberOfCompounds(&seen);
       path = WideString(viewOf(directory));
+      if (onLoad) onLoad();
       return result;
     }
     HRESULT result = S_OK;
+    std::function<void()> onLoad;
     INT seen = 0;
     WideString path;
   };
@@ -301,6 +340,26 @@ TEST_F(CollectionListTest, AddsACompoundWithItsInteractionParameters) {
     EXPECT_EQ(query<ICompoundManipulation>(view)->AddLastCompoundLoadIPs(named(OLESTR("c")).get(), path.get()),
               E_BOUNDS);
     EXPECT_EQ(lettersOf(view) + "/" + lettersOf(collection), "b/ab") << "of the parent too";
+    // Whatever a model does before it fails, the compound that was added goes and no other does.
+    const auto inList = query<ICompoundManipulation>(collection), inView = query<ICompoundManipulation>(view);
+    const struct {
+      std::function<void()> deed;
+      const char* letters;
+    } rows[] = {
+        {[&] { inList->MoveCompound(2, 0); }, "b/ab"},
+        {[&] { inView->MoveCompound(1, 0); }, "b/ab"},
+        {[&] { inList->RemoveLastCompound(); }, "b/ab"},
+        {[&] { inView->RemoveLastCompound(); }, "b/ab"},
+        {[&] { view->AddCompound(named(OLESTR("d")).get()); }, "bd/abd"},
+    };
+    for (const auto& row : rows) {
+      model.loading.onLoad = row.deed;
+      EXPECT_EQ(query<ICompoundManipulation>(view)->AddLastCompoundLoadIPs(named(OLESTR("c")).get(), path.get()),
+                E_BOUNDS);
+      EXPECT_EQ(lettersOf(view) + "/" + lettersOf(collection), row.letters) << &row - rows;
+    }
+    model.loading.onLoad = {};
+    view->Reset();
   }
   collection->Reset();
 }

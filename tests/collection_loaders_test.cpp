@@ -3,8 +3,8 @@
 #include <functional>
 #include <sstream>
 
+#include "tests/support/claiming_array.h"
 #include "tests/support/collections.h"
-#include "tests/support/host_object.h"
 
 namespace qs::test {
 namespace {
@@ -197,10 +197,13 @@ class FakeLoader : public HostObject<ILoad> {
   int failingCall = 0;  // counted from 1
   std::function<void()> onCall;
   WideString path;
+  HRESULT identification = E_NOTIMPL;
+  IDispatch* groups = nullptr;  // lent, in place of its own
+  bool endless = false;         // one property again and again
   DoubledTemperature component;
 
   STDMETHODIMP Get_SupportedPropList(INT, BSTR*, tagPropTypeEnum*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP Get_DBIdentification(BSTR*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Get_DBIdentification(BSTR*) noexcept override { return identification; }
   STDMETHODIMP Get_AllCompounds(BSTR, INT, BSTR*) noexcept override { return E_NOTIMPL; }
   STDMETHODIMP Set_Path(BSTR newPath) noexcept override {
     if (fails()) return E_BOUNDS;
@@ -209,6 +212,7 @@ class FakeLoader : public HostObject<ILoad> {
   }
   STDMETHODIMP Get_Prop(BSTR key, BSTR id, INT index, BSTR* name, tagPropTypeEnum* type) noexcept override {
     if (fails()) return E_BOUNDS;
+    if (endless) index = 0;
     if (!knows(key, id) || static_cast<std::size_t>(index) >= std::size(kProperties)) return S_FALSE;
     *name = Bstr(kProperties[index].name).release();
     *type = kProperties[index].type;
@@ -257,6 +261,8 @@ class FakeLoader : public HostObject<ILoad> {
     if (fails()) return E_BOUNDS;
     if (viewOf(name) == OLESTR("UNIQUAC1Parameters"))
       *values = CompoundTest::reals({2.1, 1.9}).release();
+    else if (groups)
+      *values = ComPtr(groups).release();
     else
       *values =
           (viewOf(name) == OLESTR("VELUNIFACNoGr") ? CompoundTest::integers({1, 2}) : CompoundTest::integers({14, 15}))
@@ -286,6 +292,20 @@ class FakeLoader : public HostObject<ILoad> {
   }
 };
 
+// Estimates every property as a number of its own choice.
+struct FakeEstimator : HostObject<IPurePropEstimator> {
+  STDMETHODIMP Get_SupportedPropList(INT, BSTR*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Set_Path(BSTR) noexcept override { return S_FALSE; }
+  STDMETHODIMP Estimate(IDispatch* compound, BSTR, double* out) noexcept override {
+    seen = compound;
+    *out = value;
+    return result;
+  }
+  HRESULT result = S_OK;
+  double value = 512.0;
+  IDispatch* seen = nullptr;
+};
+
 class CollectionLoadingTest : public CollectionTest {
  protected:
   void SetUp() override {
@@ -313,6 +333,13 @@ class CollectionLoadingTest : public CollectionTest {
   static constexpr const char* kLoaded =
       "TC 513.9 Fake, Own 7 Fake, VP 1 Fake, HVP 600 Fake, UNIQUACR 2.1 Fake, UNIQUACQ 1.9 Fake, "
       "Ethanol (null) (null) 64-17-5 ; -32767 -32767 -32767 11 120 -32767; 4 0; Spirit Alcohol; 14 15; 1 2";
+
+  // The index that the compound's XML form tells.
+  static std::string indexOf(const ComPtr<IBasicCompound>& compound) {
+    const std::string text = narrow(got(compound, &IXMLStore::StoreAsXML)), mark = "CompIdx = \"";
+    const std::size_t start = text.find(mark) + mark.size();
+    return text.substr(start, text.find('"', start) - start);
+  }
 
   static ComPtr<IBasicCompound> at(const ComPtr<ICompoundCollection>& collection, INT index) {
     ComPtr<IBasicCompound> compound;
@@ -392,8 +419,49 @@ TEST_F(CollectionLoadingTest, FillsAllCompoundsByTheirOwnField) {
   EXPECT_EQ(loaders_->LoadAllCompounds(name_.get(), casField_.get(), 1), S_FALSE) << "the first has no CAS number";
   EXPECT_EQ(stateOf(compound_), kLoaded);
   query<ICompoundIDPut>(another)->put_CASN(cas_.get());
-  EXPECT_EQ(loaders_->LoadAllCompounds(nullptr, casField_.get(), 0), S_OK);
+  loader_.onCall = [&] {
+    if (countOf(collection_) < 100) collection_->AddCompound(newCompound().get());
+  };
+  EXPECT_EQ(loaders_->LoadAllCompounds(nullptr, casField_.get(), 0), S_OK) << "those that were there, and no other";
   EXPECT_EQ(stateOf(another), kLoaded);
+  EXPECT_GT(countOf(collection_), 2);
+}
+
+TEST_F(CollectionLoadingTest, ACompoundKeepsItsIndexAndANewOneHasItsPosition) {
+  FakeEstimator estimator;
+  const auto handler = query<IPureEstimatorHandler>(collection_);
+  ASSERT_EQ(handler->AddEstimator(name_.get(), name_.get(), nullptr, &estimator), S_OK);
+  ASSERT_EQ(query<ICompoundCopy>(compound_)->CopyToThis(77, compound_.get()), S_OK);
+  const Bstr critical(OLESTR("TC"));
+  EXPECT_EQ(loaders_->LoadOneProperty(0, critical.get(), name_.get(), casField_.get(), nullptr, 1), S_OK);
+  EXPECT_EQ(loadOne(), S_OK);
+  EXPECT_EQ(handler->EstimateProperty(0, critical.get(), name_.get(), 1), S_OK);
+  EXPECT_EQ(indexOf(compound_), "77");
+  const auto view = viewOf(collection_, {});
+  for (const auto& list : {collection_, view})
+    EXPECT_EQ(list->AddCompoundFromLoader(casField_.get(), cas_.get(), name_.get(), 1), S_OK);
+  EXPECT_EQ(indexOf(at(collection_, 1)) + indexOf(at(view, 0)), "12");
+  EXPECT_EQ(handler->RemoveEstimator(name_.get()), S_OK);
+}
+
+TEST_F(CollectionLoadingTest, ALoaderThatStatesMoreThanItHasIsAnError) {
+  const std::string before = stateOf(compound_);
+  const Bstr groups(OLESTR("VELUNIFACSubGr"));
+  const struct {
+    LONG given, stated;
+    HRESULT result;
+    int reads;
+  } claims[] = {{5, 2147483647, E_OUTOFMEMORY, 0}, {5, 1 << 24, E_BOUNDS, 6}, {5, -1, S_FALSE, 0}, {2, 2, S_OK, 2}};
+  for (const auto& claim : claims) {
+    EXPECT_EQ(stateOf(compound_), before);
+    ClaimingIntegers array(claim.given, claim.stated);
+    loader_.groups = &array;
+    EXPECT_EQ(loaders_->LoadOneProperty(0, groups.get(), name_.get(), casField_.get(), nullptr, 1), claim.result)
+        << claim.stated;
+    EXPECT_EQ(array.reads, claim.reads) << claim.stated;
+  }
+  loader_.endless = true;
+  EXPECT_EQ(loadOne(), E_FAIL);
 }
 
 TEST_F(CollectionLoadingTest, AFailureOfTheLoaderLeavesTheCompoundAsItWas) {
@@ -459,19 +527,45 @@ TEST_F(CollectionLoadingTest, AViewLoadsThroughItsParent) {
   EXPECT_EQ(stateOf(at(view, 2)), kLoaded);
 }
 
-// Estimates every property as a number of its own choice.
-struct FakeEstimator : HostObject<IPurePropEstimator> {
-  STDMETHODIMP Get_SupportedPropList(INT, BSTR*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP Set_Path(BSTR) noexcept override { return S_FALSE; }
-  STDMETHODIMP Estimate(IDispatch* compound, BSTR, double* out) noexcept override {
-    seen = compound;
-    *out = value;
-    return result;
+// A compound of another implementation, which takes numbers and does not remember where they come from.
+struct ForgetfulCompound : HostObject<ICompoundPropPut> {
+  ForgetfulCompound() {
+    CoCreateInstance(__uuidof(::COQSCompound), this, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
+                     reinterpret_cast<void**>(inner.out()));
   }
-  HRESULT result = S_OK;
-  double value = 512.0;
-  IDispatch* seen = nullptr;
+  STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
+    return IsEqualGUID(iid, __uuidof(IBasicCompound)) ? inner->QueryInterface(iid, out)
+                                                      : HostObject::QueryInterface(iid, out);
+  }
+  STDMETHODIMP SetPointProperty(BSTR, BYTE, double) noexcept override { return S_OK; }
+  STDMETHODIMP SetEquationProperty(BSTR, BYTE, tagEquationShapeEnum, double, double, double, double,
+                                   IRealArrayDisp*) noexcept override {
+    return E_NOTIMPL;
+  }
+  STDMETHODIMP SetCOMProperty(BSTR, BYTE, BSTR, IPCProperty*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP ErasePropFromMap(BSTR, BYTE) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP FindProperty(BSTR, BYTE*, BYTE*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetEquationInfo(tagEquationShapeEnum, BSTR*, INT*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP SetVoidProperty(BSTR, BYTE) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetPropertyLoader(BSTR, BSTR*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP SetPropertyLoader(BSTR, BSTR) noexcept override { return E_OUTOFMEMORY; }
+
+  ComPtr<IUnknown> inner;
 };
+
+TEST_F(CollectionLoadingTest, FailuresOfWhatIsRememberedAreAnswered) {
+  loader_.identification = E_OUTOFMEMORY;
+  EXPECT_EQ(loaders_->AddLoader(cas_.get(), cas_.get(), nullptr, &loader_), E_OUTOFMEMORY);
+  EXPECT_EQ(loaders_->SetDefaultLoader(cas_.get(), cas_.get(), nullptr, &loader_), E_OUTOFMEMORY);
+  EXPECT_EQ(got(loaders_, &ILoadCompoundProp::GetNumOfLoaders), 2);
+  FakeEstimator estimator;
+  ForgetfulCompound compound;
+  const auto handler = query<IPureEstimatorHandler>(collection_);
+  ASSERT_EQ(handler->AddEstimator(name_.get(), name_.get(), nullptr, &estimator), S_OK);
+  ASSERT_EQ(collection_->put_Compound(0, &compound), S_OK);
+  EXPECT_EQ(handler->EstimateProperty(0, cas_.get(), name_.get(), 1), E_OUTOFMEMORY);
+  collection_->Reset();
+}
 
 TEST_F(CollectionLoadingTest, StoresWhatAnEstimatorAnswers) {
   FakeEstimator estimator;

@@ -1,4 +1,5 @@
 // Views of a collection: forwarding, positions, life time, names.
+#include "tests/support/claiming_array.h"
 #include "tests/support/collections.h"
 
 namespace qs::test {
@@ -86,7 +87,36 @@ TEST_F(CollectionViewsTest, RefusesPositionsOutside) {
   }
   ComPtr<ICompoundCollection> none;
   EXPECT_EQ(views->CreateSubCompList(nullptr, none.out()), E_INVALIDARG);
+  const struct {
+    LONG given, stated;
+    HRESULT result;
+    int reads;
+  } claims[] = {{5, 2147483647, E_OUTOFMEMORY, 0}, {5, 1 << 24, E_BOUNDS, 6}, {5, -1, E_FAIL, 0}, {5, 5, S_OK, 5}};
+  for (const auto& claim : claims) {
+    ClaimingIntegers positions(claim.given, claim.stated);
+    EXPECT_EQ(views->CreateSubCompList(&positions, none.out()), claim.result) << claim.stated;
+    EXPECT_EQ(positions.reads, claim.reads);
+  }
   EXPECT_EQ(got(namedViews, &ISubCompList1::GetNumOfSubCompLists), 0);
+}
+
+TEST_F(CollectionViewsTest, StandsOnSoManyOthersAndNoMore) {
+  auto view = viewOf(collectionOf("ab"), {1, 0});
+  const auto positions = integers({1, 0});
+  int others = 0;
+  for (; others < 50'000; ++others) {
+    ComPtr<ICompoundCollection> next;
+    if (query<ISubCompList>(view)->CreateSubCompList(positions.get(), next.out()) != S_OK) break;
+    view = std::move(next);
+  }
+  EXPECT_EQ(others, 255);
+  EXPECT_EQ(lettersOf(view), "ab");
+  EXPECT_EQ(query<ISubCompList1>(view)->AddSubCompList(Bstr(OLESTR("one more")).get(), positions.get()), S_OK);
+  auto* none = reinterpret_cast<ICompoundCollection*>(1);
+  EXPECT_EQ(query<ISubCompList1>(view)->GetSubCompList(Bstr(OLESTR("one more")).get(), &none), E_FAIL);
+  EXPECT_EQ(none, nullptr);
+  EXPECT_EQ(view->AddCompound(named(OLESTR("c")).get()), S_OK);
+  EXPECT_EQ(view->Reset(), S_OK) << "releases all others";
 }
 
 TEST_F(CollectionViewsTest, AddsThroughItsParentByName) {
