@@ -23,14 +23,21 @@ class Dual : public I {
     return typeInfoOf(typeInfo_, index, info);
   }
   STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) noexcept override {
-    return idsOfNames(typeInfo_, {names, count, ids});
+    return ownNames().idsOfNames({names, count, ids});
   }
   STDMETHODIMP Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                       EXCEPINFO* exception, UINT* argumentError) noexcept override {
-    return invoke(typeInfo_, this, {member, flags, parameters, result, exception, argumentError});
+    return ownNames().invoke({member, flags, parameters, result, exception, argumentError},
+                             [this](std::size_t) { return this; });
   }
 
  private:
+  static SharedNames& ownNames() {
+    static TypeInfo* const types[] = {&typeInfo_};
+    static SharedNames names(types);
+    return names;
+  }
+
   static inline constinit TypeInfo typeInfo_{__uuidof(I)};
 };
 
@@ -65,10 +72,9 @@ class DefaultFace : public Face<Entry> {
   }
   STDMETHODIMP Invoke(DISPID member, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                       EXCEPINFO* exception, UINT* argumentError) noexcept final {
-    SharedNames::Target target;
-    if (const HRESULT hr = Object::sharedNames().find(member, flags, target); FAILED(hr)) return hr;
-    return SharedNames::call(target, static_cast<Object*>(this)->dispatchFace(target.face),
-                             {member, flags, parameters, result, exception, argumentError});
+    return Object::sharedNames().invoke(
+        {member, flags, parameters, result, exception, argumentError},
+        [this](std::size_t face) { return static_cast<Object*>(this)->dispatchFace(face); });
   }
 };
 

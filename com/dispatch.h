@@ -44,43 +44,46 @@ struct Invocation {
   UINT* argumentError;
 };
 
-// The four methods of IDispatch for one interface.
+// What IDispatch tells of one interface's type.
 HRESULT typeInfoCount(TypeInfo& type, UINT* count) noexcept;
 HRESULT typeInfoOf(TypeInfo& type, UINT index, ITypeInfo** info) noexcept;
-HRESULT idsOfNames(TypeInfo& type, const NameQuery& query) noexcept;
-HRESULT invoke(TypeInfo& type, IDispatch* object, const Invocation& call) noexcept;
 
 class LateFunction;
 
-// The names that a class's default interface answers for late-bound callers: its own, under their documented DISPIDs,
-// then those of the class's other dual interfaces in their order, under DISPIDs from kFirstSharedId on, which stay the
-// same for as long as the module is loaded. A name with a getter in one interface and a setter in another is one
-// member, and what a name of the default interface lacks is looked up in the others.
+// The names that an interface answers for late-bound callers: its own, under their documented DISPIDs. The default
+// interface of a class also answers for those of the class's other dual interfaces in their order, under DISPIDs from
+// kFirstSharedId on, which stay the same for as long as the module is loaded. A name with a getter in one interface and
+// a setter in another is one member, and what a name of the default interface lacks is looked up in the others.
 class SharedNames {
  public:
   static constexpr DISPID kFirstSharedId = 0x40000000;
 
-  // A function of the class's interface number `face`.
-  struct Target {
-    std::size_t face;
-    const LateFunction* function;
-  };
-
-  // `types` are those of the class's dual interfaces, the default one first; lent.
+  // `types` are those of the dual interfaces, that which answers first; lent.
   explicit SharedNames(std::span<TypeInfo* const> types) : types_(types) {}
   ~SharedNames();
 
   HRESULT idsOfNames(const NameQuery& query) noexcept;
 
-  // Where a call with the flags of IDispatch::Invoke goes: the first interface that has such a function.
-  HRESULT find(DISPID member, WORD flags, Target& target) noexcept;
-
-  // Calls what find found; `object` is the object's interface number `target.face`.
-  static HRESULT call(const Target& target, IDispatch* object, const Invocation& call) noexcept;
+  // Calls the function that is meant, of the first interface that has it; `faceAt` gives the object's interface of a
+  // position in `types`.
+  template <class FaceAt>
+  HRESULT invoke(const Invocation& call, FaceAt&& faceAt) noexcept {
+    Target target;
+    if (const HRESULT hr = find(call, target); FAILED(hr)) return hr;
+    return invoke(target, faceAt(target.face), call);
+  }
 
  private:
   struct Table;
+  // A function of the interface number `face`.
+  struct Target {
+    std::size_t face;
+    const LateFunction* function;
+  };
+
   const Table& table();
+  HRESULT find(const Invocation& call, Target& target) noexcept;
+  static HRESULT invoke(const Target& target, IDispatch* object, const Invocation& call) noexcept;
 
   std::span<TypeInfo* const> types_;
   std::mutex mutex_;

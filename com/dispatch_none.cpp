@@ -18,11 +18,9 @@ HRESULT typeInfoOf(TypeInfo&, UINT, ITypeInfo** info) noexcept {
   return E_NOTIMPL;
 }
 
-HRESULT idsOfNames(TypeInfo&, const NameQuery&) noexcept { return E_NOTIMPL; }
-HRESULT invoke(TypeInfo&, IDispatch*, const Invocation&) noexcept { return E_NOTIMPL; }
 SharedNames::~SharedNames() {}
 HRESULT SharedNames::idsOfNames(const NameQuery&) noexcept { return E_NOTIMPL; }
-HRESULT SharedNames::find(DISPID, WORD, Target&) noexcept { return E_NOTIMPL; }
-HRESULT SharedNames::call(const Target&, IDispatch*, const Invocation&) noexcept { return E_NOTIMPL; }
+HRESULT SharedNames::find(const Invocation&, Target&) noexcept { return E_NOTIMPL; }
+HRESULT SharedNames::invoke(const Target&, IDispatch*, const Invocation&) noexcept { return E_NOTIMPL; }
 
 }  // namespace qs

@@ -1,4 +1,5 @@
 // Late binding through the module's own type library.
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <string>
@@ -26,6 +27,18 @@ std::wstring folded(std::wstring_view name) {
   return result;
 }
 
+// The names of a function and of its parameters, at most so many in all, folded.
+std::vector<std::wstring> namesOf(ITypeInfo& type, MEMBERID member, std::size_t most) {
+  std::vector<BSTR> names(most);
+  UINT count = 0;
+  check(type.GetNames(member, names.data(), static_cast<UINT>(most), &count));
+  std::vector<Bstr> owned;
+  for (BSTR name : names) owned.push_back(Bstr::adopt(name));
+  std::vector<std::wstring> result;
+  for (UINT i = 0; i < count; ++i) result.push_back(folded(owned[i].view()));
+  return result;
+}
+
 }  // namespace
 
 HRESULT TypeInfo::get(ITypeInfo** info) noexcept {
@@ -37,7 +50,11 @@ HRESULT TypeInfo::get(ITypeInfo** info) noexcept {
     if ((*info = info_.load(std::memory_order_relaxed))) return S_OK;
     ComPtr<ITypeLib> library;
     check(LoadTypeLibEx(moduleFile().c_str(), REGKIND_NONE, library.out()));
-    check(library->GetTypeInfoOfGuid(iid_, info));
+    if (FAILED(library->GetTypeInfoOfGuid(iid_, info))) {
+      // What is no part of the system's own library may be described by a second one of the module.
+      check(LoadTypeLibEx((moduleFile() + L"\\2").c_str(), REGKIND_NONE, library.out()));
+      check(library->GetTypeInfoOfGuid(iid_, info));
+    }
     info_.store(*info, std::memory_order_release);
     nextLoaded_ = std::exchange(lastLoaded, this);
     return S_OK;
@@ -66,25 +83,23 @@ HRESULT typeInfoOf(TypeInfo& type, UINT index, ITypeInfo** info) noexcept {
   return S_OK;
 }
 
-HRESULT idsOfNames(TypeInfo& type, const NameQuery& query) noexcept {
-  if (!query.names || !query.ids || query.count == 0) return E_INVALIDARG;
-  ITypeInfo* info = nullptr;
-  if (const HRESULT hr = type.get(&info); FAILED(hr)) return hr;
-  return info->GetIDsOfNames(query.names, query.count, query.ids);
-}
-
-HRESULT invoke(TypeInfo& type, IDispatch* object, const Invocation& call) noexcept {
-  if (!call.parameters) return E_INVALIDARG;
-  ITypeInfo* info = nullptr;
-  if (const HRESULT hr = type.get(&info); FAILED(hr)) return hr;
-  return info->Invoke(object, call.member, call.flags, call.parameters, call.result, call.exception,
-                      call.argumentError);
-}
-
 struct SharedNames::Table {
   struct Function {
     std::size_t face;
     LateFunction function;
+    std::vector<std::wstring> arguments;  // names that may stand for positions, folded
+
+    // The positions of the arguments named after the member.
+    HRESULT positions(const NameQuery& query) const {
+      HRESULT result = S_OK;
+      for (UINT i = 1; i < query.count; ++i) {
+        const auto found = std::ranges::find(arguments, folded(query.names[i]));
+        const bool known = found != arguments.end();
+        query.ids[i] = known ? static_cast<DISPID>(found - arguments.begin()) : DISPID_UNKNOWN;
+        if (!known) result = DISP_E_UNKNOWNNAME;
+      }
+      return result;
+    }
   };
   struct Member {
     DISPID id;
@@ -95,8 +110,9 @@ struct SharedNames::Table {
   std::map<DISPID, std::size_t> byId;
   std::vector<Member> members;
 
-  Member& member(std::wstring_view name, std::size_t face, DISPID documented) {
-    const auto [found, inserted] = byName.try_emplace(folded(name), members.size());
+  // The one of a name, which is folded.
+  Member& member(const std::wstring& name, std::size_t face, DISPID documented) {
+    const auto [found, inserted] = byName.try_emplace(name, members.size());
     if (inserted) {
       const DISPID id = face == 0 ? documented : kFirstSharedId + static_cast<DISPID>(members.size());
       byId.emplace(id, members.size());
@@ -121,11 +137,10 @@ struct SharedNames::Table {
       const HRESULT added = guarded([&] {
         // What a late-bound caller must not use, as what is lent without a reference.
         if (description->wFuncFlags & FUNCFLAG_FRESTRICTED) return S_OK;
-        Bstr name;
-        UINT got = 0;
-        check(type->GetNames(description->memid, name.out(), 1, &got));
-        member(name.view(), face, description->memid)
-            .functions.push_back({face, LateFunction(*type.get(), *description)});
+        Function function{face, LateFunction(*type.get(), *description), {}};
+        std::vector<std::wstring> names = namesOf(*type.get(), description->memid, 1 + function.function.inputs());
+        function.arguments.assign(names.begin() + 1, names.end());
+        member(names[0], face, description->memid).functions.push_back(std::move(function));
         return S_OK;
       });
       type->ReleaseFuncDesc(description);
@@ -153,36 +168,47 @@ const SharedNames::Table& SharedNames::table() {
 }
 
 HRESULT SharedNames::idsOfNames(const NameQuery& query) noexcept {
-  const HRESULT own = qs::idsOfNames(*types_[0], query);
-  if (own != DISP_E_UNKNOWNNAME) return own;
-
+  if (!query.names || !query.ids || std::count(query.names, query.names + query.count, nullptr)) return E_INVALIDARG;
+  if (query.count == 0) return E_INVALIDARG;
   return guarded([&] {
     const Table& names = table();
     const auto found = names.byName.find(folded(query.names[0]));
-    if (found == names.byName.end()) return own;
+    if (found == names.byName.end()) {
+      std::fill_n(query.ids, query.count, DISPID_UNKNOWN);
+      return DISP_E_UNKNOWNNAME;
+    }
+    // A getter and a setter may name different arguments.
     const Table::Member& member = names.members[found->second];
-    // The further names are those of the arguments; the interface that has the member knows them.
-    const HRESULT hr = qs::idsOfNames(*types_[member.functions[0].face], query);
+    HRESULT hr = DISP_E_UNKNOWNNAME;
+    for (auto next = member.functions.begin(); FAILED(hr) && next != member.functions.end(); ++next)
+      hr = next->positions(query);
     query.ids[0] = member.id;
     return hr;
   });
 }
 
-HRESULT SharedNames::find(DISPID member, WORD flags, Target& target) noexcept {
+HRESULT SharedNames::find(const Invocation& call, Target& target) noexcept {
   return guarded([&] {
     const Table& names = table();
-    const auto found = names.byId.find(member);
-    if (found == names.byId.end()) return DISP_E_MEMBERNOTFOUND;
-    for (const Table::Function& entry : names.members[found->second].functions)
-      if (entry.function.answers(flags)) {
-        target = {entry.face, &entry.function};
-        return S_OK;
-      }
-    return DISP_E_MEMBERNOTFOUND;
+    const auto member = names.byId.find(call.member);
+    if (member == names.byId.end()) return DISP_E_MEMBERNOTFOUND;
+    const std::vector<Table::Function>& functions = names.members[member->second].functions;
+    auto found = std::ranges::find_if(functions, [&](const auto& entry) { return entry.function.answers(call.flags); });
+    // A put of more arguments than the property has is one of the object that the property gives.
+    const bool puts = call.flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF);
+    if (puts && call.parameters && LateFunction::isPut(*call.parameters) &&
+        (found == functions.end() || found->function.argumentsBeyond(*call.parameters))) {
+      const auto getter = std::ranges::find_if(
+          functions, [&](const auto& entry) { return entry.function.leadsToObject(*call.parameters); });
+      if (getter != functions.end()) found = getter;
+    }
+    if (found == functions.end()) return DISP_E_MEMBERNOTFOUND;
+    target = {found->face, &found->function};
+    return S_OK;
   });
 }
 
-HRESULT SharedNames::call(const Target& target, IDispatch* object, const Invocation& call) noexcept {
+HRESULT SharedNames::invoke(const Target& target, IDispatch* object, const Invocation& call) noexcept {
   return target.function->call(object, call);
 }
 

@@ -1,10 +1,11 @@
-#include <array>
+#include "com/late_function.h"
 
-#include "com/bstr.h"
+#include <array>
+#include <cstring>
+
 #include "com/com_ptr.h"
 #include "com/error.h"
-#include "com/host_arrays.h"
-#include "com/late_function.h"
+#include "com/script_values.h"
 
 namespace qs {
 namespace {
@@ -33,103 +34,41 @@ class Variant {
   VARIANT value_{};
 };
 
-// The value that a caller's variant holds, behind any reference to another variant.
-VARIANT* behind(VARIANT* given) {
-  return V_VT(given) == (VT_BYREF | VT_VARIANT) && V_VARIANTREF(given) ? V_VARIANTREF(given) : given;
-}
-
 bool isMissing(const VARIANT* given) {
   return !given || (V_VT(given) == VT_ERROR && V_ERROR(given) == DISP_E_PARAMNOTFOUND);
 }
 
-HRESULT typeMismatchUnless(HRESULT converted) { return SUCCEEDED(converted) ? S_OK : DISP_E_TYPEMISMATCH; }
+bool isObject(VARTYPE type) { return type == VT_DISPATCH || type == VT_UNKNOWN; }
 
-double numberFrom(VARIANT* element) {
-  Variant number;
-  check(typeMismatchUnless(VariantChangeType(number.get(), element, 0, VT_R8)));
-  return V_R8(number.get());
+// The type of the variable that a caller gives for an output, VT_VARIANT among them; VT_EMPTY for what is no reference.
+VARTYPE variableType(const VARIANT* given) {
+  return given && (V_VT(given) & VT_BYREF) && V_BYREF(given) ? static_cast<VARTYPE>(V_VT(given) & ~VT_BYREF)
+                                                             : VARTYPE{VT_EMPTY};
 }
 
-// The elements of an array of one dimension.
-std::vector<double> elementsOf(SAFEARRAY* array) {
-  if (!array || SafeArrayGetDim(array) != 1) throw CQSCOMError(DISP_E_TYPEMISMATCH);
-  VARTYPE type = VT_EMPTY;
-  LONG first = 0;
-  LONG last = -1;
-  check(SafeArrayGetVartype(array, &type));
-  check(SafeArrayGetLBound(array, 1, &first));
-  check(SafeArrayGetUBound(array, 1, &last));
-  std::vector<double> elements;
-  for (LONG i = first; i <= last; ++i) {
-    Variant element;
-    void* place = type == VT_VARIANT ? static_cast<void*>(element.get()) : &element->llVal;
-    check(SafeArrayGetElement(array, &i, place));
-    if (type != VT_VARIANT) element->vt = type;
-    elements.push_back(numberFrom(element.get()));
+// Whether a variable of a type takes outputs of another.
+bool takes(VARTYPE variable, VARTYPE output) {
+  if (variable == VT_VARIANT || variable == output) return true;
+  return valueSize(variable) && (output == VT_VARIANT || isObject(variable) == isObject(output));
+}
+
+// Converts a value in place. As VariantChangeType, but for a byte True is 1.
+void convert(VARIANT* value, VARTYPE type) {
+  if (V_VT(value) == type) return;
+  if (isObject(type) && isObject(V_VT(value)) && !V_UNKNOWN(value)) {
+    V_VT(value) = type;
+    return;
   }
-  return elements;
-}
-
-// A property of a script's object; false when it has none of that name.
-bool readMember(IDispatch* object, const WideString& name, Variant& value) {
-  WideString copy = name;
-  LPOLESTR names[] = {copy.data()};
-  DISPID id = 0;
-  DISPPARAMS none{};
-  return SUCCEEDED(object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id)) &&
-         SUCCEEDED(object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, value.get(), nullptr,
-                                  nullptr));
-}
-
-// The elements of a script's own array, an object with `length` and members named by number.
-std::vector<double> elementsOf(IDispatch* scriptArray) {
-  Variant length;
-  if (!scriptArray || !readMember(scriptArray, L"length", length)) throw CQSCOMError(DISP_E_TYPEMISMATCH);
-  const double size = numberFrom(length.get());
-  std::vector<double> elements;
-  for (LONG i = 0; i < size; ++i) {
-    Variant element;
-    if (!readMember(scriptArray, std::to_wstring(i), element)) throw CQSCOMError(DISP_E_TYPEMISMATCH);
-    elements.push_back(numberFrom(element.get()));
+  if (type == VT_UI1 && V_VT(value) == VT_BOOL) {
+    V_BOOL(value) = V_BOOL(value) ? 1 : 0;
+    V_VT(value) = VT_I2;
   }
-  return elements;
-}
-
-// An array object of the host's class, where a function takes one and the caller has plain elements; of reals, where
-// any object will do.
-ComPtr<IDispatch> arrayObject(REFIID iid, const std::vector<double>& elements) {
-  if (IsEqualGUID(iid, __uuidof(IRealArrayDisp)) || IsEqualGUID(iid, __uuidof(IDispatch)))
-    return ComPtr<IDispatch>(newRealArray(elements).get());
-  if (!IsEqualGUID(iid, __uuidof(IIntegerArrayDisp))) throw CQSCOMError(DISP_E_TYPEMISMATCH);
-  std::vector<LONG> integers;
-  for (const double element : elements) {
-    const auto integer = static_cast<LONG>(element);
-    if (!(element > -2147483649.0 && element < 2147483648.0) || integer != element)
-      throw CQSCOMError(DISP_E_TYPEMISMATCH);
-    integers.push_back(integer);
+  // Between integers of 32 bits a negative number may pass as a large one.
+  if ((type == VT_UI4 || type == VT_UINT) && V_VT(value) == VT_I4) {
+    V_R8(value) = V_I4(value);
+    V_VT(value) = VT_R8;
   }
-  return ComPtr<IDispatch>(newIntegerArray(integers).get());
-}
-
-// The pointer of an interface from what the caller gives: an object that has it, nothing, or plain elements.
-void convertToInterface(VARIANT* given, VARTYPE type, REFIID iid, Variant& converted) {
-  void* found = nullptr;
-  if (V_VT(given) & VT_ARRAY) {
-    SAFEARRAY* array = V_VT(given) & VT_BYREF ? *V_ARRAYREF(given) : V_ARRAY(given);
-    check(arrayObject(iid, elementsOf(array))->QueryInterface(iid, &found));
-  } else if (V_VT(given) != VT_EMPTY && V_VT(given) != VT_NULL) {
-    Variant object;
-    check(typeMismatchUnless(VariantChangeType(object.get(), given, 0, VT_UNKNOWN)));
-    IUnknown* unknown = V_UNKNOWN(object.get());
-    const auto dispatch = ComPtr<IDispatch>::from(unknown);
-    Variant length;
-    const bool scriptArray =
-        IsEqualGUID(iid, __uuidof(IDispatch)) && dispatch && readMember(dispatch.get(), L"length", length);
-    if (unknown && (scriptArray || FAILED(unknown->QueryInterface(iid, &found))))
-      check(arrayObject(iid, elementsOf(dispatch.get()))->QueryInterface(iid, &found));
-  }
-  V_VT(converted.get()) = type;
-  V_UNKNOWN(converted.get()) = static_cast<IUnknown*>(found);
+  check(VariantChangeType(value, value, 0, type));
 }
 
 void setEmpty(VARIANT* storage, VARTYPE type) {
@@ -204,6 +143,26 @@ LateFunction::Parameter LateFunction::parameterOf(ITypeInfo& type, const ELEMDES
 LateFunction::LateFunction(ITypeInfo& type, const FUNCDESC& function)
     : kind_(static_cast<WORD>(function.invkind)), slot_(function.oVft) {
   for (SHORT i = 0; i < function.cParams; ++i) parameters_.push_back(parameterOf(type, function.lprgelemdescParam[i]));
+  while (inputs_ < parameters_.size() && !parameters_[inputs_].result) ++inputs_;
+}
+
+bool LateFunction::answers(WORD flags) const {
+  if (kind_ & flags) return true;
+  return (flags & DISPATCH_PROPERTYPUTREF) && kind_ == INVOKE_PROPERTYPUT && isObject(parameters_.back().type);
+}
+
+UINT LateFunction::argumentsBeyond(const DISPPARAMS& given) const {
+  // A put names its value. Other names are those of this function's own arguments.
+  const bool puts = isPut(given);
+  if (given.cNamedArgs > (puts ? 1u : 0u)) return 0;
+  const auto places = static_cast<UINT>(inputs_) - (puts && kind_ == INVOKE_PROPERTYPUT ? 1 : 0);
+  const UINT positional = given.cArgs - given.cNamedArgs;
+  return positional > places ? positional - places : 0;
+}
+
+bool LateFunction::leadsToObject(const DISPPARAMS& given) const {
+  return kind_ == INVOKE_PROPERTYGET && inputs_ < parameters_.size() && isObject(parameters_.back().type) &&
+         argumentsBeyond(given);
 }
 
 // The arguments of one call.
@@ -233,7 +192,7 @@ class LateCall {
   }
 
  private:
-  static constexpr std::size_t kMost = 16;
+  static constexpr std::size_t kMost = 17;
 
   std::size_t count() const { return function_.parameters_.size(); }
   const LateFunction::Parameter& parameter(std::size_t i) const { return function_.parameters_[i]; }
@@ -242,8 +201,7 @@ class LateCall {
   void place() {
     const DISPPARAMS& given = *call_.parameters;
     if (given.cNamedArgs > given.cArgs) throw CQSCOMError(DISP_E_BADPARAMCOUNT);
-    std::size_t last = count();
-    while (last > 0 && parameter(last - 1).result) --last;
+    const std::size_t last = function_.inputs_;
     for (UINT i = 0; i < given.cNamedArgs; ++i) {
       const DISPID name = given.rgdispidNamedArgs[i];
       const std::size_t position = name == DISPID_PROPERTYPUT ? last - 1 : static_cast<std::size_t>(name);
@@ -258,11 +216,27 @@ class LateCall {
     }
   }
 
+  // Throws the failure of an argument's conversion and tells the caller which argument it was.
+  template <class Conversion>
+  void converting(std::size_t i, Conversion&& conversion) {
+    const HRESULT hr = guarded([&] {
+      conversion();
+      return S_OK;
+    });
+    if (SUCCEEDED(hr)) return;
+    if (call_.argumentError) *call_.argumentError = static_cast<UINT>(given_[i] - call_.parameters->rgvarg);
+    throw CQSCOMError(hr);
+  }
+
   void prepare(std::size_t i) {
     const LateFunction::Parameter& wanted = parameter(i);
     passed_[i] = arguments_[i].get();
     types_[i] = wanted.type;
     if (wanted.out) {
+      const VARTYPE variable = variableType(given_[i]);
+      converting(i, [&] {
+        if (variable != VT_EMPTY && !takes(variable, wanted.type)) throw CQSCOMError(DISP_E_TYPEMISMATCH);
+      });
       setEmpty(storage_[i].get(), wanted.type);
       types_[i] = static_cast<VARTYPE>(VT_BYREF | wanted.type);
       V_VT(arguments_[i].get()) = types_[i];
@@ -274,35 +248,40 @@ class LateCall {
       return;
     }
     if (isMissing(given_[i])) throw CQSCOMError(DISP_E_PARAMNOTOPTIONAL);
-    VARIANT* given = behind(given_[i]);
-    if (V_VT(given) == wanted.type && (wanted.type == VT_R8 || wanted.type == VT_I4)) {
-      *arguments_[i].get() = *given;
+    VARIANT* argument = arguments_[i].get();
+    const VARIANT& given = behind(*given_[i]);
+    if (V_VT(&given) == wanted.type && (wanted.type == VT_R8 || wanted.type == VT_I4)) {
+      *argument = given;
       return;
     }
-    const HRESULT converted = guarded([&] {
-      if (!IsEqualGUID(wanted.iid, GUID{}) && wanted.type != VT_I4)
-        convertToInterface(given, wanted.type, wanted.iid, arguments_[i]);
-      else if (wanted.type == VT_VARIANT)
-        check(VariantCopyInd(arguments_[i].get(), given));
-      else
-        check(VariantChangeType(arguments_[i].get(), given, 0, wanted.type));
-      return S_OK;
+    converting(i, [&] {
+      if (isObject(wanted.type)) {
+        void* found = nullptr;
+        interfaceFrom(given, wanted.iid, &found);
+        V_VT(argument) = wanted.type;
+        V_UNKNOWN(argument) = static_cast<IUnknown*>(found);
+        return;
+      }
+      check(VariantCopyInd(argument, const_cast<VARIANT*>(&given)));
+      if (wanted.type != VT_VARIANT) convert(argument, wanted.type);
     });
-    if (SUCCEEDED(converted)) return;
-    if (call_.argumentError) *call_.argumentError = call_.parameters->cArgs - 1 - static_cast<UINT>(i);
-    throw CQSCOMError(converted);
   }
 
-  // Puts every output where the caller wants it.
+  // Puts every output where the caller wants it, once all of them fit there.
   void giveBack(HRESULT result) {
     std::array<VARIANT*, kMost> returned;
     std::size_t returnedCount = 0;
     for (std::size_t i = 0; i < count(); ++i)
       if (parameter(i).result) returned[returnedCount++] = storage_[i].get();
+    for (std::size_t i = 0; i < count(); ++i)
+      if (parameter(i).out) {
+        settleUnwritten(storage_[i].get());
+        const VARTYPE variable = variableType(given_[i]);
+        if (variable != VT_EMPTY && variable != VT_VARIANT)
+          converting(i, [&] { convert(storage_[i].get(), variable); });
+      }
     for (std::size_t i = 0; i < count(); ++i) {
-      if (!parameter(i).out) continue;
-      settleUnwritten(storage_[i].get());
-      if (parameter(i).result) continue;
+      if (!parameter(i).out || parameter(i).result) continue;
       if (isMissing(given_[i]))
         returned[returnedCount++] = storage_[i].get();
       else
@@ -320,43 +299,22 @@ class LateCall {
     }
   }
 
-  // A by-reference variant receives the output; any other argument in its place was not meant to.
+  // A reference receives the output; any other argument in its place was not meant to.
   static void store(VARIANT* output, VARIANT* given) {
-    if (V_VT(given) == (VT_BYREF | VT_VARIANT) && V_VARIANTREF(given)) {
+    const VARTYPE variable = variableType(given);
+    if (variable == VT_EMPTY) return;
+    if (variable == VT_VARIANT) {
       VariantClear(V_VARIANTREF(given));
       move(output, V_VARIANTREF(given));
-    } else if (V_VT(given) == (VT_BYREF | V_VT(output)) && V_BYREF(given)) {
-      storeTyped(output, given);
-    }
-  }
-
-  static void storeTyped(VARIANT* output, VARIANT* given) {
-    switch (V_VT(output)) {
-      case VT_R8:
-        *V_R8REF(given) = V_R8(output);
-        break;
-      case VT_I4:
-        *V_I4REF(given) = V_I4(output);
-        break;
-      case VT_UI1:
-        *V_UI1REF(given) = V_UI1(output);
-        break;
-      case VT_BOOL:
-        *V_BOOLREF(given) = V_BOOL(output);
-        break;
-      case VT_BSTR:
-        SysFreeString(*V_BSTRREF(given));
-        *V_BSTRREF(given) = V_BSTR(output);
-        VariantInit(output);
-        break;
-      case VT_DISPATCH:
-      case VT_UNKNOWN:
-        if (*V_UNKNOWNREF(given)) (*V_UNKNOWNREF(given))->Release();
-        *V_UNKNOWNREF(given) = V_UNKNOWN(output);
-        VariantInit(output);
-        break;
-      default:
-        break;
+    } else if (variable == VT_DECIMAL) {
+      *V_DECIMALREF(given) = V_DECIMAL(output);
+    } else {
+      // The output goes to the caller, and what the variable held goes with the storage.
+      std::byte old[sizeof(double)];
+      const std::size_t size = valueSize(variable);
+      std::memcpy(old, V_BYREF(given), size);
+      std::memcpy(V_BYREF(given), &output->llVal, size);
+      std::memcpy(&output->llVal, old, size);
     }
   }
 
@@ -381,7 +339,21 @@ class LateCall {
 HRESULT LateFunction::call(IDispatch* object, const Invocation& call) const noexcept {
   return guarded([&] {
     if (!call.parameters) return E_INVALIDARG;
-    return LateCall(*this, call).run(object);
+    const DISPPARAMS& given = *call.parameters;
+    if (!leadsToObject(given)) return LateCall(*this, call).run(object);
+
+    // The arguments come last first: those of the property stand at the end.
+    const auto own = static_cast<UINT>(inputs_);
+    const UINT further = given.cArgs - own;
+    DISPPARAMS first{given.rgvarg + further, nullptr, own, 0};
+    DISPPARAMS rest{given.rgvarg, given.rgdispidNamedArgs, further, given.cNamedArgs};
+    Variant holder;
+    const Invocation get{call.member, DISPATCH_PROPERTYGET, &first, holder.get(), call.exception, nullptr};
+    if (const HRESULT hr = LateCall(*this, get).run(object); FAILED(hr)) return hr;
+    if (!isObject(V_VT(holder.get())) || !V_DISPATCH(holder.get())) return DISP_E_MEMBERNOTFOUND;
+    return V_DISPATCH(holder.get())
+        ->Invoke(DISPID_VALUE, IID_NULL, LOCALE_USER_DEFAULT, call.flags, &rest, call.result, call.exception,
+                 call.argumentError);
   });
 }
 

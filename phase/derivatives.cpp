@@ -1,69 +1,18 @@
 // The derivatives that a phase keeps.
 #include <algorithm>
 
-#include "com/host_arrays.h"
+#include "com/script_values.h"
 #include "phase/phase.h"
 
 namespace qs {
 namespace {
 
-// What a script passes for a variable: a reference to its variant.
-const VARIANT& referred(const VARIANT& value) {
-  return value.vt == (VT_BYREF | VT_VARIANT) && value.pvarVal ? *value.pvarVal : value;
-}
-
-[[noreturn]] void refuse() { throw CQSCOMError(DISP_E_TYPEMISMATCH); }
-
+// An array or a matrix that a caller gives.
 template <class I>
-ComPtr<I> objectFrom(const VARIANT& value) {
-  if (value.vt != VT_DISPATCH) refuse();
-  auto object = ComPtr<I>::from(value.pdispVal);
-  if (!object) refuse();
-  return object;
-}
-
-// The elements of a safe array of doubles, locked for as long as this lives.
-class LockedReals {
- public:
-  explicit LockedReals(SAFEARRAY* array) : array_(array) {
-    void* data = nullptr;
-    check(SafeArrayAccessData(array_, &data));
-    data_ = static_cast<const double*>(data);
-  }
-  LockedReals(const LockedReals&) = delete;
-  LockedReals& operator=(const LockedReals&) = delete;
-  ~LockedReals() { SafeArrayUnaccessData(array_); }
-
-  LONG extent(UINT dimension) const {
-    LONG first = 0, last = 0;
-    check(SafeArrayGetLBound(array_, dimension, &first));
-    check(SafeArrayGetUBound(array_, dimension, &last));
-    return static_cast<LONG>(static_cast<LONGLONG>(last) - first + 1);
-  }
-  std::span<const double> first(std::size_t count) const { return {data_, count}; }
-
- private:
-  SAFEARRAY* array_;
-  const double* data_;
-};
-
-bool holdsReals(const VARIANT& value, UINT dimensions) {
-  return value.vt == (VT_ARRAY | VT_R8) && SafeArrayGetDim(value.parray) == dimensions;
-}
-
-ComPtr<IRealArrayDisp> arrayFrom(const VARIANT& value) {
-  if (!(value.vt & VT_ARRAY)) return objectFrom<IRealArrayDisp>(value);
-  if (!holdsReals(value, 1)) refuse();
-  const LockedReals reals(value.parray);
-  return newRealArray(reals.first(static_cast<std::size_t>(reals.extent(1))));
-}
-
-ComPtr<IRealMatrixDisp> matrixFrom(const VARIANT& value) {
-  if (!(value.vt & VT_ARRAY)) return objectFrom<IRealMatrixDisp>(value);
-  if (!holdsReals(value, 2)) refuse();
-  const LockedReals reals(value.parray);
-  const LONG rows = reals.extent(1), columns = reals.extent(2);
-  return newRealMatrix(rows, columns, reals.first(static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns)));
+ComPtr<I> shapeFrom(const VARIANT& value) {
+  auto shape = interfaceFrom<I>(value);
+  if (!shape) throw CQSCOMError(DISP_E_TYPEMISMATCH);
+  return shape;
 }
 
 }  // namespace
@@ -211,17 +160,16 @@ HRESULT COQSPhase::PutVariantDerivative(INT index, VARIANT value) noexcept {
   return guarded([&] {
     const DerivativeRecord* record = recordAt(index);
     if (!record) return S_FALSE;
-    const VARIANT& given = referred(value);
     switch (record->shape) {
       case RealPoint:
-        if (given.vt != VT_R8) refuse();
-        return PutPointDerivative(index, given.dblVal);
+        if (behind(value).vt == VT_EMPTY) return DISP_E_TYPEMISMATCH;
+        return PutPointDerivative(index, numberFrom(value));
       case RealArray:
-        return PutArrayDerivative(index, arrayFrom(given).get());
+        return PutArrayDerivative(index, shapeFrom<IRealArrayDisp>(value).get());
       case RealMatrix:
-        return PutMatrixDerivative(index, matrixFrom(given).get());
+        return PutMatrixDerivative(index, shapeFrom<IRealMatrixDisp>(value).get());
       default:
-        refuse();
+        return DISP_E_TYPEMISMATCH;
     }
   });
 }

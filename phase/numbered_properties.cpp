@@ -1,6 +1,5 @@
 // Properties by the numbers that a host gave them: the standard ones, and further ones added at run time.
 #include <algorithm>
-#include <limits>
 #include <type_traits>
 #include <vector>
 
@@ -45,8 +44,9 @@ HRESULT putVariant(COQSPhase& phase, Setter<T> setter, const VARIANT& value) {
   } else {
     const double number = Variant::converted(value, VT_R8).get().dblVal;
     if constexpr (std::is_integral_v<T>)
-      if (!(number >= 0 && number <= std::numeric_limits<T>::max())) return DISP_E_OVERFLOW;
-    return (phase.*setter)(static_cast<T>(number));
+      return (phase.*setter)(number != 0);
+    else
+      return (phase.*setter)(number);
   }
 }
 

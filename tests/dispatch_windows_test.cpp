@@ -98,6 +98,19 @@ TEST_F(LateBinding, RefusesWhatDoesNotExist) {
   EXPECT_TRUE(FAILED(compound->GetIDsOfNames(IID_NULL, nullptr, 1, 0, nullptr)));
 }
 
+TEST_F(LateBinding, TheRegistryOfTheHostKitAnswersByName) {
+  const auto registry = create<IDispatch>(__uuidof(::PropertyRegistry));
+  LateValue result;
+  for (const int number : {1, 2, 1}) {
+    EXPECT_EQ(callByName(registry.get(), L"RegisterProperty", DISPATCH_METHOD, result, number == 1 ? L"a" : L"b"), S_OK);
+    EXPECT_EQ(V_I4(&result.variant), number);
+  }
+  EXPECT_EQ(callByName(registry.get(), L"GetPropertyName", DISPATCH_METHOD, result, 2), S_OK);
+  EXPECT_EQ(viewOf(V_BSTR(&result.variant)), L"b");
+  ComPtr<ITypeInfo> info;
+  EXPECT_EQ(registry->GetTypeInfo(0, 0, info.out()), S_OK);
+}
+
 TEST_F(LateBinding, ArraysAnswerByPosition) {
   const auto array = create<IRealArrayDisp>(__uuidof(::HostRealArray));
   LateValue result;

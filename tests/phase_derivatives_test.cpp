@@ -27,7 +27,7 @@ class Derivatives : public PhaseTest {
     EXPECT_EQ(made->SetSize(rows, columns), S_OK);
     return made;
   }
-  // A safe array of numbers 1, 2, ... in the order of memory.
+  // A safe array of numbers 1, 2, ... in the order of memory; in variants every other one is a text.
   static Variant safeArray(VARTYPE type, std::initializer_list<ULONG> extents) {
     std::vector<SAFEARRAYBOUND> bounds;
     ULONG elements = 1;
@@ -41,7 +41,12 @@ class Derivatives : public PhaseTest {
     value.parray = SafeArrayCreate(type, static_cast<UINT>(bounds.size()), bounds.data());
     void* data = nullptr;
     EXPECT_EQ(SafeArrayAccessData(value.parray, &data), S_OK);
-    for (ULONG i = 0; i < elements && type == VT_R8; ++i) static_cast<double*>(data)[i] = i + 1.0;
+    for (ULONG i = 0; i < elements; ++i) {
+      const OLECHAR digit[] = {static_cast<OLECHAR>(OLESTR('1') + i), 0};
+      if (type == VT_R8) static_cast<double*>(data)[i] = i + 1.0;
+      if (type == VT_I4) static_cast<LONG*>(data)[i] = static_cast<LONG>(i) + 1;
+      if (type == VT_VARIANT) static_cast<VARIANT*>(data)[i] = (i % 2 ? text(digit) : Variant(i + 1.0)).release();
+    }
     EXPECT_EQ(SafeArrayUnaccessData(value.parray), S_OK);
     return Variant::adopt(value);
   }
@@ -179,33 +184,52 @@ TEST_F(Derivatives, VariantsFitTheShapeOrAreRefused) {
               {safeArray(VT_R8, {3}), RealArray, " 1 2 3"},
               {safeArray(VT_R8, {2, 3}), RealMatrix, " 1 3 5 2 4 6"},  // the first dimension varies fastest
               {safeArray(VT_R8, {0}), RealArray, ""},
-              {safeArray(VT_I4, {3}), nothing, ""},
+              {safeArray(VT_I4, {3}), RealArray, " 1 2 3"},
+              {safeArray(VT_VARIANT, {3}), RealArray, " 1 2 3"},
+              {safeArray(VT_VARIANT, {2, 3}), RealMatrix, " 1 3 5 2 4 6"},
+              {Variant(LONG{-5}), RealPoint, "-5"},
+              {text(OLESTR(" 2.5 ")), RealPoint, "2.5"},
+              {typed(VT_I1, -5), RealPoint, "-5"},
+              {typed(VT_UI1, 251), RealPoint, "251"},
+              {typed(VT_I2, -5), RealPoint, "-5"},
+              {typed(VT_UI2, 65531), RealPoint, "65531"},
+              {typed(VT_UI4, 251), RealPoint, "251"},
+              {typed(VT_INT, -5), RealPoint, "-5"},
+              {typed(VT_UINT, 251), RealPoint, "251"},
+              {typed(VT_I8, -5), RealPoint, "-5"},
+              {typed(VT_UI8, 251), RealPoint, "251"},
+              {typed(VT_R4, 0x40200000), RealPoint, "2.5"},
+              {typed(VT_DATE, 0x4004000000000000), RealPoint, "2.5"},
+              {typed(VT_CY, -25000), RealPoint, "-2.5"},
+              {typed(VT_DECIMAL, 25, 0x8001), RealPoint, "-2.5"},
+              {typed(VT_BOOL, VARIANT_TRUE), RealPoint, "-1"},
+              {text(OLESTR("warm")), nothing, ""},
               {safeArray(VT_R8, {2, 2, 2}), nothing, ""},
-              {Variant(LONG{1}), nothing, ""},
+              {typed(VT_NULL, 0), nothing, ""},
               {Variant(), nothing, ""},
               {Variant(ComPtr<IDispatch>()), nothing, ""}};
   for (const int number : {0, 1, 2, 3, 4, 7})
-    for (const auto& row : rows) {
-      SCOPED_TRACE(testing::Message() << "shape " << number << " row " << &row - rows);
-      const auto shape = static_cast<tagResultTypeEnum>(number);
-      derivatives->ClearDerivativesProps();
-      const INT index = add(1, 2, shape);
-      EXPECT_EQ(got(index, S_FALSE).get().vt, VT_EMPTY);
-      const bool fits = shape == row.fits;
-      EXPECT_EQ(derivatives->PutVariantDerivative(index, row.given.get()), fits ? S_OK : DISP_E_TYPEMISMATCH);
-      const Variant held = got(index, fits ? S_OK : S_FALSE);
-      EXPECT_EQ(elementsOf(held), fits ? row.elements : "");
-      if (fits && row.given.get().vt == VT_DISPATCH) {
-        EXPECT_EQ(held.get().pdispVal, row.given.get().pdispVal) << "shared";
+    for (const auto& row : rows)
+      for (const char* form : {"value", "reference", "script's variable"}) {
+        SCOPED_TRACE(testing::Message() << "shape " << number << " row " << &row - rows << ' ' << form);
+        auto* value = const_cast<VARIANT*>(&row.given.get());
+        VARIANT given = *value;
+        if (form[0] == 'r') given.vt |= VT_BYREF;
+        if (form[0] == 's') given.vt = VT_BYREF | VT_VARIANT;
+        if (form[0] == 'r') given.byref = value->vt == VT_DECIMAL ? static_cast<void*>(value) : &value->llVal;
+        if (form[0] == 's') given.byref = value;
+        const auto shape = static_cast<tagResultTypeEnum>(number);
+        derivatives->ClearDerivativesProps();
+        const INT index = add(1, 2, shape);
+        EXPECT_EQ(got(index, S_FALSE).get().vt, VT_EMPTY);
+        const bool fits = shape == row.fits;
+        EXPECT_EQ(derivatives->PutVariantDerivative(index, given), fits ? S_OK : DISP_E_TYPEMISMATCH);
+        const Variant held = got(index, fits ? S_OK : S_FALSE);
+        EXPECT_EQ(elementsOf(held), fits ? row.elements : "");
+        if (fits && value->vt == VT_DISPATCH) {
+          EXPECT_EQ(held.get().pdispVal, value->pdispVal) << "shared";
+        }
       }
-    }
-  VARIANT reference;
-  VariantInit(&reference);
-  reference.vt = VT_BYREF | VT_VARIANT;
-  reference.pvarVal = const_cast<VARIANT*>(&rows[0].given.get());
-  const INT point = add(5, 6, RealPoint);
-  EXPECT_EQ(derivatives->PutVariantDerivative(point, reference), S_OK) << "a script's variable";
-  EXPECT_EQ(got(point, S_OK).get().dblVal, 2.5);
 }
 
 TEST_F(Derivatives, PositionsOutsideChangeNothing) {

@@ -21,13 +21,6 @@ class NumberedProperties : public PhaseTest {
     return object;
   }
 
-  static Variant text(const OLECHAR* value) {
-    VARIANT variant;
-    VariantInit(&variant);
-    variant.vt = VT_BSTR;
-    variant.bstrVal = SysAllocString(value);
-    return Variant::adopt(variant);
-  }
   static Variant got(const Object& object, LONG number, HRESULT expected) {
     VARIANT value;
     EXPECT_EQ(object->GetPropertyValue(number, &value), expected) << number;
@@ -105,7 +98,7 @@ TEST_F(NumberedProperties, StandardOnesAreThoseOfTheTypedInterface) {
   }
   object->PutPropertyValue(115, Variant(9.0).get());
   EXPECT_EQ(stateOf(object.phase),
-            "0: 0 2 - 9; 2.5 3.5 4.5 5.5 6.5 7.5 8.5 9.5 10.5 11.5; 0.5 0.25; 112 0.25; 113 0.25")
+            "0: 0 2 - 1; 2.5 3.5 4.5 5.5 6.5 7.5 8.5 9.5 10.5 11.5; 0.5 0.25; 112 0.25; 113 0.25")
       << "halves go to the even number";
   EXPECT_EQ(got(object, 101, S_OK).get().lVal, 2);
   for (LONG number = 102; number < 112; ++number) {
@@ -133,9 +126,14 @@ TEST_F(NumberedProperties, ValuesAreConverted) {
       {105, text(OLESTR("warm")), DISP_E_TYPEMISMATCH, 0.0},
       {101, Variant(2.6), S_OK, 3.0},
       {101, Variant(1e12), DISP_E_OVERFLOW, 3.0},
-      {115, Variant(1.0), S_OK, 1.0},
-      {115, Variant(256.0), DISP_E_OVERFLOW, 1.0},
-      {115, Variant(-1.0), DISP_E_OVERFLOW, 1.0},
+      {105, typed(VT_UI2, 40000), S_OK, 40000.0},
+      {105, typed(VT_BOOL, VARIANT_TRUE), S_OK, -1.0},
+      {115, typed(VT_BOOL, VARIANT_TRUE), S_OK, 1.0},
+      {115, Variant(0.0), S_OK, 0.0},
+      {115, Variant(256.0), S_OK, 1.0},
+      {115, Variant(), S_OK, 0.0},
+      {115, text(OLESTR("0.5")), S_OK, 1.0},
+      {115, text(OLESTR("yes")), DISP_E_TYPEMISMATCH, 1.0},
   };
   for (const Case& one : cases) {
     SCOPED_TRACE(testing::Message() << one.number << " type " << one.given.get().vt);

@@ -15,6 +15,7 @@ using LONG = std::int32_t;
 using ULONG = std::uint32_t;
 using DWORD = std::uint32_t;
 using LONGLONG = std::int64_t;
+using ULONGLONG = std::uint64_t;
 using LCID = DWORD;
 using DISPID = LONG;
 using HRESULT = LONG;
@@ -115,18 +116,46 @@ enum : VARTYPE {
   VT_NULL = 1,
   VT_I2 = 2,
   VT_I4 = 3,
+  VT_R4 = 4,
   VT_R8 = 5,
+  VT_CY = 6,
+  VT_DATE = 7,
   VT_BSTR = 8,
   VT_DISPATCH = 9,
+  VT_ERROR = 10,
   VT_BOOL = 11,
   VT_VARIANT = 12,
   VT_UNKNOWN = 13,
+  VT_DECIMAL = 14,
+  VT_I1 = 16,
   VT_UI1 = 17,
+  VT_UI2 = 18,
+  VT_UI4 = 19,
+  VT_I8 = 20,
+  VT_UI8 = 21,
+  VT_INT = 22,
+  VT_UINT = 23,
   VT_ARRAY = 0x2000,
   VT_BYREF = 0x4000
 };
 
+// Ten thousandths.
+union CY {
+  LONGLONG int64;
+};
+
+// An integer of 96 bits, negative where `sign` is 0x80, divided by a power of ten. In a variant it takes the place of the
+// whole, whose type lies where `wReserved` does.
+struct DECIMAL {
+  USHORT wReserved;
+  BYTE scale;
+  BYTE sign;
+  ULONG Hi32;
+  ULONGLONG Lo64;
+};
+
 // An array of one or more dimensions, the first of which varies fastest; its bounds stand in reverse order.
+constexpr USHORT FADF_VARIANT = 0x800;
 struct SAFEARRAYBOUND {
   ULONG cElements;
   LONG lLbound;
@@ -156,8 +185,14 @@ struct VARIANT {
     LONG lVal;
     BYTE bVal;
     SHORT iVal;
+    signed char cVal;
+    USHORT uiVal;
+    ULONG ulVal;
+    ULONGLONG ullVal;
+    float fltVal;
     double dblVal;
     VARIANT_BOOL boolVal;
+    CY cyVal;
     BSTR bstrVal;
     IUnknown* punkVal;
     IDispatch* pdispVal;
@@ -186,6 +221,9 @@ struct IDispatch : IUnknown {
 };
 __CRT_UUID_DECL(IDispatch, 0x00020400, 0x0000, 0x0000, 0xc0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46)
 
+constexpr WORD DISPATCH_PROPERTYGET = 0x2;
+constexpr LCID LOCALE_USER_DEFAULT = 0x400;
+
 constexpr DWORD CLSCTX_INPROC_SERVER = 0x1;
 constexpr DWORD CLSCTX_ALL = 0x17;
 constexpr DWORD REGCLS_MULTIPLEUSE = 1;
@@ -205,14 +243,15 @@ UINT SysStringLen(BSTR text) noexcept;
 UINT SysStringByteLen(BSTR text) noexcept;
 
 // Variants that hold one of the types above. VariantCopyInd takes the value that a reference refers to. Conversions are
-// those between numbers, from text that is a number as a whole, and between interfaces; DISP_E_TYPEMISMATCH for others.
+// those to VT_I4 and VT_R8 from numbers and from text that is a number as a whole, and between interfaces;
+// DISP_E_TYPEMISMATCH for others.
 void VariantInit(VARIANT* variant) noexcept;
 HRESULT VariantClear(VARIANT* variant) noexcept;
 HRESULT VariantCopy(VARIANT* destination, const VARIANT* source) noexcept;
 HRESULT VariantCopyInd(VARIANT* destination, VARIANT* source) noexcept;
 HRESULT VariantChangeType(VARIANT* destination, VARIANT* source, USHORT flags, VARTYPE type) noexcept;
 
-// Arrays of VT_I4 or VT_R8; null for other types. Dimensions count from 1.
+// Arrays of numbers, booleans or variants; null for other types. Dimensions count from 1.
 SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds) noexcept;
 HRESULT SafeArrayDestroy(SAFEARRAY* array) noexcept;
 HRESULT SafeArrayCopy(SAFEARRAY* source, SAFEARRAY** copy) noexcept;

@@ -6,14 +6,41 @@
 #include <cstring>
 #include <limits>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "platform/com_types.h"
 
 namespace {
 
-std::size_t elementSize(VARTYPE type) noexcept {
-  return type == VT_I4 ? sizeof(LONG) : type == VT_R8 ? sizeof(double) : 0;
+// The bytes of a number or a boolean; 0 for other types.
+std::size_t numberSize(VARTYPE type) noexcept {
+  switch (type) {
+    case VT_I1:
+    case VT_UI1:
+      return 1;
+    case VT_I2:
+    case VT_UI2:
+    case VT_BOOL:
+      return 2;
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+    case VT_R4:
+    case VT_ERROR:
+      return 4;
+    case VT_I8:
+    case VT_UI8:
+    case VT_R8:
+    case VT_CY:
+    case VT_DATE:
+      return 8;
+    case VT_DECIMAL:
+      return sizeof(DECIMAL);
+    default:
+      return 0;
+  }
 }
 
 std::size_t headerSize(UINT dimensions) noexcept {
@@ -31,6 +58,13 @@ std::optional<std::size_t> dataSize(std::size_t element, const SAFEARRAYBOUND* b
   for (UINT i = 0; i < dimensions; ++i)
     if (__builtin_mul_overflow(size, bounds[i].cElements, &size)) return std::nullopt;
   return size;
+}
+
+// The elements of an array of variants; none of another.
+std::span<VARIANT> variantsOf(SAFEARRAY* array) noexcept {
+  if (!(array->fFeatures & FADF_VARIANT)) return {};
+  const auto count = dataSize(1, array->rgsabound, array->cDims);
+  return {static_cast<VARIANT*>(array->pvData), count.value_or(0)};
 }
 
 // Text that is a number from its first to its last character, blanks around it aside.
@@ -54,26 +88,62 @@ HRESULT parse(BSTR text, double& number) noexcept {
   return S_OK;
 }
 
+double numberOf(const DECIMAL& source) noexcept {
+  long double number = static_cast<long double>(source.Hi32) * 18446744073709551616.0L + source.Lo64;
+  for (int digit = 0; digit < source.scale; ++digit) number /= 10;
+  return static_cast<double>(source.sign & 0x80 ? -number : number);
+}
+
 HRESULT numberOf(const VARIANT& source, double& number) noexcept {
   switch (source.vt) {
     case VT_EMPTY:
       number = 0;
       return S_OK;
-    case VT_I2:
-      number = source.iVal;
-      return S_OK;
-    case VT_I4:
-      number = source.lVal;
+    case VT_I1:
+      number = source.cVal;
       return S_OK;
     case VT_UI1:
       number = source.bVal;
       return S_OK;
+    case VT_I2:
+      number = source.iVal;
+      return S_OK;
+    case VT_UI2:
+      number = source.uiVal;
+      return S_OK;
+    case VT_I4:
+    case VT_INT:
+      number = source.lVal;
+      return S_OK;
+    case VT_UI4:
+    case VT_UINT:
+      number = source.ulVal;
+      return S_OK;
+    case VT_I8:
+      number = static_cast<double>(source.llVal);
+      return S_OK;
+    case VT_UI8:
+      number = static_cast<double>(source.ullVal);
+      return S_OK;
     case VT_BOOL:
       number = source.boolVal;
       return S_OK;
+    case VT_R4:
+      number = source.fltVal;
+      return S_OK;
     case VT_R8:
+    case VT_DATE:
       number = source.dblVal;
       return S_OK;
+    case VT_CY:
+      number = static_cast<double>(source.cyVal.int64) / 10000;
+      return S_OK;
+    case VT_DECIMAL: {
+      DECIMAL decimal;
+      std::memcpy(&decimal, &source, sizeof decimal);
+      number = numberOf(decimal);
+      return S_OK;
+    }
     case VT_BSTR:
       return parse(source.bstrVal, number);
     default:
@@ -134,7 +204,7 @@ HRESULT VariantCopy(VARIANT* destination, const VARIANT* source) noexcept {
       if (!copy.bstrVal) return E_OUTOFMEMORY;
     } else if (copy.vt == VT_DISPATCH || copy.vt == VT_UNKNOWN) {
       if (copy.punkVal) copy.punkVal->AddRef();
-    } else if (copy.vt > VT_UI1 || copy.vt == VT_VARIANT) {
+    } else if (copy.vt > VT_NULL && numberSize(copy.vt) == 0) {
       return DISP_E_BADVARTYPE;
     }
   }
@@ -146,15 +216,21 @@ HRESULT VariantCopy(VARIANT* destination, const VARIANT* source) noexcept {
 HRESULT VariantCopyInd(VARIANT* destination, VARIANT* source) noexcept {
   if (!(source->vt & VT_BYREF)) return VariantCopy(destination, source);
   if (!source->byref) return E_INVALIDARG;
-  if (source->vt == (VT_BYREF | VT_VARIANT)) return VariantCopy(destination, source->pvarVal);
+  if (source->vt == (VT_BYREF | VT_VARIANT)) {
+    VARIANT* inner = source->pvarVal;
+    if (inner->vt == (VT_BYREF | VT_VARIANT)) return E_INVALIDARG;
+    return VariantCopyInd(destination, inner);
+  }
   VARIANT referred{};
-  referred.vt = static_cast<VARTYPE>(source->vt & ~VT_BYREF);
-  std::size_t size = sizeof(void*);
-  if (referred.vt == VT_R8) size = sizeof(double);
-  if (referred.vt == VT_I4) size = sizeof(LONG);
-  if (referred.vt == VT_I2 || referred.vt == VT_BOOL) size = sizeof(SHORT);
-  if (referred.vt == VT_UI1) size = sizeof(BYTE);
-  std::memcpy(&referred.llVal, source->byref, size);
+  const auto type = static_cast<VARTYPE>(source->vt & ~VT_BYREF);
+  if (type <= VT_NULL) return DISP_E_BADVARTYPE;
+  if (type == VT_DECIMAL) {
+    std::memcpy(static_cast<void*>(&referred), source->byref, sizeof(DECIMAL));
+  } else {
+    const std::size_t size = numberSize(type);
+    std::memcpy(&referred.llVal, source->byref, size ? size : sizeof(void*));
+  }
+  referred.vt = type;
   return VariantCopy(destination, &referred);
 }
 
@@ -171,13 +247,14 @@ HRESULT VariantChangeType(VARIANT* destination, VARIANT* source, USHORT, VARTYPE
 }
 
 SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds) noexcept {
-  const std::size_t element = elementSize(type);
+  const std::size_t element = type == VT_VARIANT ? sizeof(VARIANT) : numberSize(type);
   if (!element || !bounds || dimensions == 0 || dimensions > UINT16_MAX) return nullptr;
   const auto size = dataSize(element, bounds, dimensions);
   if (!size) return nullptr;
   auto* array = static_cast<SAFEARRAY*>(std::calloc(1, headerSize(dimensions)));
   if (!array) return nullptr;
   array->cDims = static_cast<USHORT>(dimensions);
+  array->fFeatures = type == VT_VARIANT ? FADF_VARIANT : 0;
   array->cbElements = static_cast<ULONG>(element);
   for (UINT i = 0; i < dimensions; ++i) array->rgsabound[dimensions - 1 - i] = bounds[i];
   array->pvData = std::calloc(1, *size ? *size : 1);
@@ -190,6 +267,7 @@ SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds
 
 HRESULT SafeArrayDestroy(SAFEARRAY* array) noexcept {
   if (!array) return S_OK;
+  for (VARIANT& element : variantsOf(array)) VariantClear(&element);
   std::free(array->pvData);
   std::free(array);
   return S_OK;
@@ -208,9 +286,19 @@ HRESULT SafeArrayCopy(SAFEARRAY* source, SAFEARRAY** copy) noexcept {
     return E_OUTOFMEMORY;
   }
   std::memcpy(static_cast<void*>(array), source, headerSize(source->cDims));
-  std::memcpy(data, source->pvData, *size);
   array->pvData = data;
   array->cLocks = 0;
+  if (!(source->fFeatures & FADF_VARIANT)) {
+    std::memcpy(data, source->pvData, *size);
+  } else {
+    std::memset(data, 0, *size);
+    const auto copies = variantsOf(array);
+    for (std::size_t i = 0; i < copies.size(); ++i)
+      if (const HRESULT hr = VariantCopy(&copies[i], static_cast<VARIANT*>(source->pvData) + i); FAILED(hr)) {
+        SafeArrayDestroy(array);
+        return hr;
+      }
+  }
   *copy = array;
   return S_OK;
 }

@@ -28,6 +28,8 @@ c.SynonymName(0) = "spirit";
 check("a put with an index", c.SynonymName(0) == "spirit");
 c.SetPointProperty("TC", 1, 500);
 check("a value stored by name", c.TC(298.15, P, 0, 0) == 500);
+c.SetPointProperty("TC", true, 501);
+check("true for a flag", c.TC(298.15, P, 0, 0) == 501);
 c.SetVoidProperty("TC", 1);
 check("a void property reads as the empty value", c.TC(298.15, P, 0, 0) == -32767);
 
@@ -36,6 +38,13 @@ check("out-parameters left out are returned", range.length == 4 && range[0] == 1
 check("a result code alone", c.IsMethanol() === true && c.IsWater() === false);
 c.SetEquationProperty("LCP", 1, 19, 200, 400, 1, 1000, [1, 2, 0.5]);
 check("an equation from the script's own array", c.LCP(10, P, 0, 0) == 71);
+
+var phase = new ActiveXObject("COQSPhase.COQSPhase.1");
+phase.AddDerivativeProp(1, 2, 2, 2);
+phase.PutVariantDerivative(0, [3, 4]);
+phase.MolarComposition = [0.25, 0.75];
+phase.MolarComposition(0) = 0.5;
+check("a phase's arrays from the script's own", phase.GetVariantDerivative(0).IthValue(1) == 4 && phase.MolarComposition(0) == 0.5);
 
 var integers = new ActiveXObject("QsHostKit.IntegerArray.1");
 integers.Size = 2;

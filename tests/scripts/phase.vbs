@@ -23,6 +23,7 @@ Dim compounds, registry, phases, phase, index, value
 Set compounds = CreateObject("COQSCompoundCollection.COQSCompoundCollection.1")
 compounds.NumberOfCompounds = 2
 Set registry = CreateObject("QsHostKit.PropertyRegistry.1")
+Check "a registry of the host kit", registry.RegisterProperty("PhaseType") = 1 And registry.GetPropertyName(1) = "PhaseType"
 Set phases = CreateObject("COQSPhaseCollection.COQSPhaseCollection.1")
 phases.RegisterProperties registry
 phases.Finalize compounds, 3, 2
@@ -44,7 +45,21 @@ Check "which stays when it is removed", phase.GetPropertyValue(500) = 2.5 And No
 phase.MolarComposition = Reals(Array(0.25, 0.75))
 phase.LnFugacity = Reals(Array(-1, -2))
 Check "arrays by name", phase.MolarComposition.IthValue(1) = 0.75 And phase.LnFugacity.IthValue(0) = -1
+Set phase.MolarComposition = Reals(Array(0.5, 0.5))
+phase.MolarComposition(1) = 0.125
+Check "elements of what a property gives", phase.MolarComposition(0) = 0.5 And phase.MolarComposition(1) = 0.125
+index = phase.AddDerivativeProp(15, 18, 3, 3)
+Dim matrix(1, 1)
+matrix(0, 1) = "2.5"
+phase.PutVariantDerivative index, matrix
+Check "a matrix from the script's own array", phase.GetVariantDerivative(index).Value(0, 1) = 2.5
+phase.PutMatrixDerivative index, matrix
+Check "and as an argument", phase.GetMatrixDerivative(index).Value(0, 1) = 2.5
+phase.PutPropertyValue 16, True
+Check "True for a flag", phase.IsPseudoRoot = 1
 index = phase.AddDerivativeProp(15, 17, 2, 2)
+phase.PutVariantDerivative index, Array(1, "2")
+Check "an array from the script's own", phase.GetVariantDerivative(index).IthValue(1) = 2
 phase.PutVariantDerivative index, Reals(Array(3, 4))
 Check "derivatives", phase.GetVariantDerivative(index).IthValue(1) = 4 And phase.GetDerivativePropIndex(15, 17) = index
 phases.SwapEquilibriumPhases 0, 2

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
 #include <initializer_list>
 #include <string>
 #include <vector>
@@ -22,6 +24,15 @@ class LateValue {
     V_VT(&variant) = VT_I4;
     V_I4(&variant) = number;
   }
+  LateValue(bool flag) : LateValue() {
+    V_VT(&variant) = VT_BOOL;
+    V_BOOL(&variant) = flag ? VARIANT_TRUE : VARIANT_FALSE;
+  }
+  LateValue(IUnknown* object) : LateValue() {
+    V_VT(&variant) = VT_UNKNOWN;
+    V_UNKNOWN(&variant) = object;
+    if (object) object->AddRef();
+  }
   LateValue(const wchar_t* text) : LateValue() {
     V_VT(&variant) = VT_BSTR;
     V_BSTR(&variant) = SysAllocString(text);
@@ -39,6 +50,26 @@ class LateValue {
   explicit LateValue(double* referred) : LateValue() {
     V_VT(&variant) = VT_BYREF | VT_R8;
     V_R8REF(&variant) = referred;
+  }
+  // A reference to a variable of any type.
+  LateValue(VARTYPE type, void* referred) : LateValue() {
+    V_VT(&variant) = static_cast<VARTYPE>(VT_BYREF | type);
+    V_BYREF(&variant) = referred;
+  }
+  // An array of numbers in another type, in the order of memory.
+  LateValue(VARTYPE type, std::vector<SAFEARRAYBOUND> bounds, const std::vector<double>& elements) : LateValue() {
+    V_VT(&variant) = static_cast<VARTYPE>(VT_ARRAY | type);
+    V_ARRAY(&variant) = SafeArrayCreate(type, static_cast<UINT>(bounds.size()), bounds.data());
+    auto* place = static_cast<std::byte*>(V_ARRAY(&variant)->pvData);
+    for (const double number : elements) {
+      LateValue element(number);
+      if (type != VT_VARIANT) VariantChangeType(&element.variant, &element.variant, 0, type);
+      const ULONG size = V_ARRAY(&variant)->cbElements;
+      const bool whole = type == VT_VARIANT || type == VT_DECIMAL;
+      std::memcpy(place, whole ? static_cast<void*>(&element.variant) : &element.variant.llVal, size);
+      VariantInit(&element.variant);
+      place += size;
+    }
   }
   LateValue(LateValue&& other) noexcept : variant(other.variant) { VariantInit(&other.variant); }
   ~LateValue() { VariantClear(&variant); }
@@ -70,7 +101,7 @@ HRESULT callByName(IDispatch* object, const wchar_t* name, WORD flags, LateValue
   std::vector<VARIANT> reversed;
   for (auto i = given.rbegin(); i != given.rend(); ++i) reversed.push_back(i->variant);
   DISPID put = DISPID_PROPERTYPUT;
-  const bool putting = flags == DISPATCH_PROPERTYPUT;
+  const bool putting = flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF);
   DISPPARAMS parameters{reversed.data(), putting ? &put : nullptr, static_cast<UINT>(reversed.size()), putting};
   return invokeByName(object, name, flags, result, parameters);
 }

@@ -150,6 +150,22 @@ inline constexpr Fugacity kFugacities[] = {
 class PhaseTest : public CompoundTest {
  protected:
   static ComPtr<IBasicPhase> newPhase() { return create<IBasicPhase>(__uuidof(::COQSPhase)); }
+  static Variant text(const OLECHAR* value) {
+    VARIANT variant;
+    VariantInit(&variant);
+    variant.vt = VT_BSTR;
+    variant.bstrVal = SysAllocString(value);
+    return Variant::adopt(variant);
+  }
+  // Any other type: its bits, and those that stand before them.
+  static Variant typed(VARTYPE type, LONGLONG bits, WORD before = 0) {
+    VARIANT variant;
+    VariantInit(&variant);
+    variant.vt = type;
+    variant.wReserved1 = before;
+    variant.llVal = bits;
+    return Variant::adopt(variant);
+  }
   static ComPtr<IDispatch> newRegistry() { return create<IDispatch>(__uuidof(::PropertyRegistry)); }
 
   static Reals compositionOf(const ComPtr<IBasicPhase>& phase) {
