@@ -11,7 +11,7 @@
 
 namespace qs {
 
-// Type information of one interface, loaded from the module's type library at first use and kept until the module is
+// Type information of one interface, loaded from the module's type libraries at first use and kept until the module is
 // unloaded. Only for objects of static storage.
 class TypeInfo {
  public:

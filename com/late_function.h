@@ -1,13 +1,13 @@
 // A function of an interface as late-bound callers use it: its arguments are converted, and what it gives back comes
 // back (Windows only; it calls through the type library).
 //
-// An out-parameter fills the variable that the caller gives for it by reference: a variant with its own type, a number, a
-// boolean or a text by conversion, where DISP_E_OVERFLOW answers a number that does not fit and no variable is changed.
-// A variable that takes no such value is DISP_E_TYPEMISMATCH, before the call. A value given in an output's place is
-// passed over. Out-parameters left out at the end are returned: a single one as the result, several as an array in their
-// order, after the return value where there is one. What the function leaves unwritten reads as the empty value -32767
-// (a string as null, an object as none). A function that returns nothing else answers True for S_OK and False for
-// S_FALSE; a failure raises the caller's exception with its result code.
+// An out-parameter fills the variable that the caller gives for it by reference: a variant with its own type, a number,
+// a boolean or a text by conversion, where DISP_E_OVERFLOW answers a number that does not fit and no variable is
+// changed. A variable that takes no such value is DISP_E_TYPEMISMATCH, before the call. A value given in an output's
+// place is passed over. Out-parameters left out at the end are returned: a single one as the result, several as an
+// array in their order, after the return value where there is one. What the function leaves unwritten reads as the
+// empty value -32767 (a string as null, an object as none). A function that returns nothing else answers True for S_OK
+// and False for S_FALSE; a failure raises the caller's exception with its result code.
 //
 // Arguments are converted as VariantChangeType does, but for a byte True is 1, and arrays become the host's array
 // objects. Arguments beyond those of a property that gives an object go to that object's default member.

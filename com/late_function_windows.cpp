@@ -161,7 +161,7 @@ UINT LateFunction::argumentsBeyond(const DISPPARAMS& given) const {
 }
 
 bool LateFunction::leadsToObject(const DISPPARAMS& given) const {
-  return kind_ == INVOKE_PROPERTYGET && inputs_ < parameters_.size() && isObject(parameters_.back().type) &&
+  return kind_ == INVOKE_PROPERTYGET && inputs_ < parameters_.size() && parameters_.back().type == VT_DISPATCH &&
          argumentsBeyond(given);
 }
 
@@ -350,7 +350,7 @@ HRESULT LateFunction::call(IDispatch* object, const Invocation& call) const noex
     Variant holder;
     const Invocation get{call.member, DISPATCH_PROPERTYGET, &first, holder.get(), call.exception, nullptr};
     if (const HRESULT hr = LateCall(*this, get).run(object); FAILED(hr)) return hr;
-    if (!isObject(V_VT(holder.get())) || !V_DISPATCH(holder.get())) return DISP_E_MEMBERNOTFOUND;
+    if (!V_DISPATCH(holder.get())) return DISP_E_MEMBERNOTFOUND;
     return V_DISPATCH(holder.get())
         ->Invoke(DISPID_VALUE, IID_NULL, LOCALE_USER_DEFAULT, call.flags, &rest, call.result, call.exception,
                  call.argumentError);

@@ -97,8 +97,7 @@ std::optional<ComPtr<IUnknown>> objectIn(const VARIANT& given) {
 }
 
 // The elements of a safe array or of a script's own array; none of what is no array.
-std::optional<Numbers> numbersIn(const VARIANT& given, const std::optional<ComPtr<IUnknown>>& object,
-                                 UINT dimensions) {
+std::optional<Numbers> numbersIn(const VARIANT& given, const std::optional<ComPtr<IUnknown>>& object, UINT dimensions) {
   if (given.vt & VT_ARRAY) {
     if ((given.vt & VT_BYREF) && !given.byref) refuse();
     SAFEARRAY* array = given.vt & VT_BYREF ? *static_cast<SAFEARRAY**>(given.byref) : given.parray;

@@ -1,6 +1,6 @@
 // What scripts pass, as the types that the system works with: numbers of any type or as text, by value or by reference,
-// and arrays of them in place of array objects. Functions that fail throw CQSCOMError: DISP_E_OVERFLOW for a number that
-// is too large, DISP_E_TYPEMISMATCH for a value that does not convert, or the result of the host's array class.
+// and arrays of them in place of array objects. Functions that fail throw CQSCOMError: DISP_E_OVERFLOW for a number
+// that is too large, DISP_E_TYPEMISMATCH for a value that does not convert, or the result of the host's array class.
 #pragma once
 
 #include <cstddef>

@@ -91,8 +91,9 @@ class COQSPhase final : public Coclass<COQSPhase, IBasicPhase, IUserPhaseType, I
   STDMETHODIMP GetArrayDerivative(INT index, IRealArrayDisp** array) noexcept override;
   STDMETHODIMP PutMatrixDerivative(INT index, IRealMatrixDisp* matrix) noexcept override;
   STDMETHODIMP GetMatrixDerivative(INT index, IRealMatrixDisp** matrix) noexcept override;
-  // Takes a double, an object with the array or matrix interface, or a safe array of doubles, which becomes an object;
-  // DISP_E_TYPEMISMATCH for what does not fit the derivative's shape. Gives a double or an object.
+  // Takes a number in any form that VariantChangeType reads, an object with the array or matrix interface, or an array
+  // of numbers, which becomes an object; DISP_E_TYPEMISMATCH for what does not fit the derivative's shape. Gives a
+  // double or an object.
   STDMETHODIMP PutVariantDerivative(INT index, VARIANT value) noexcept override;
   STDMETHODIMP GetVariantDerivative(INT index, VARIANT* value) noexcept override;
   STDMETHODIMP GetResultValueType(INT index, tagResultTypeEnum* propertyShape,

@@ -102,7 +102,8 @@ TEST_F(LateBinding, TheRegistryOfTheHostKitAnswersByName) {
   const auto registry = create<IDispatch>(__uuidof(::PropertyRegistry));
   LateValue result;
   for (const int number : {1, 2, 1}) {
-    EXPECT_EQ(callByName(registry.get(), L"RegisterProperty", DISPATCH_METHOD, result, number == 1 ? L"a" : L"b"), S_OK);
+    EXPECT_EQ(callByName(registry.get(), L"RegisterProperty", DISPATCH_METHOD, result, number == 1 ? L"a" : L"b"),
+              S_OK);
     EXPECT_EQ(V_I4(&result.variant), number);
   }
   EXPECT_EQ(callByName(registry.get(), L"GetPropertyName", DISPATCH_METHOD, result, 2), S_OK);

@@ -100,26 +100,16 @@ TEST_F(LateFunctions, OutputsAreConvertedToTheVariablesGivenForThem) {
   const struct {
     VARTYPE type;
     std::string number, text;  // what becomes of the number 200 and of the text `Y = A + X^B`
-  } rows[] = {{VT_I1, overflow, mismatch},
-              {VT_UI1, "200", mismatch},
-              {VT_I2, "200", mismatch},
-              {VT_UI2, "200", mismatch},
-              {VT_I4, "200", mismatch},
-              {VT_UI4, "200", mismatch},
-              {VT_INT, "200", mismatch},
-              {VT_UINT, "200", mismatch},
-              {VT_I8, "200", mismatch},
-              {VT_UI8, "200", mismatch},
-              {VT_R4, "200", mismatch},
-              {VT_R8, "200", mismatch},
-              {VT_CY, "200", mismatch},
-              {VT_DECIMAL, "200", mismatch},
-              {VT_BOOL, "True", mismatch},
-              {VT_BSTR, "200", "Y = A + X^B"},
-              {VT_ERROR, mismatch, mismatch},
-              {VT_DISPATCH, mismatch, mismatch},
-              {VT_UNKNOWN, mismatch, mismatch},
-              {VT_ARRAY | VT_R8, mismatch, mismatch}};
+  } rows[] = {{VT_I1, overflow, mismatch},      {VT_UI1, "200", mismatch},
+              {VT_I2, "200", mismatch},         {VT_UI2, "200", mismatch},
+              {VT_I4, "200", mismatch},         {VT_UI4, "200", mismatch},
+              {VT_INT, "200", mismatch},        {VT_UINT, "200", mismatch},
+              {VT_I8, "200", mismatch},         {VT_UI8, "200", mismatch},
+              {VT_R4, "200", mismatch},         {VT_R8, "200", mismatch},
+              {VT_CY, "200", mismatch},         {VT_DECIMAL, "200", mismatch},
+              {VT_BOOL, "True", mismatch},      {VT_BSTR, "200", "Y = A + X^B"},
+              {VT_ERROR, mismatch, mismatch},   {VT_DISPATCH, mismatch, mismatch},
+              {VT_UNKNOWN, mismatch, mismatch}, {VT_ARRAY | VT_R8, mismatch, mismatch}};
   const auto attributes = create<IDispatch>(__uuidof(::AttributeSet));
   for (const auto& row : rows) {
     SCOPED_TRACE(row.type);
@@ -132,7 +122,8 @@ TEST_F(LateFunctions, OutputsAreConvertedToTheVariablesGivenForThem) {
         EXPECT_EQ(place.Lo64, 0u) << "left as it was";
         return shownOr(hr, result);
       }
-      EXPECT_EQ(VariantChangeType(&text.variant, const_cast<VARIANT*>(&value.variant), VARIANT_ALPHABOOL, VT_BSTR), S_OK);
+      EXPECT_EQ(VariantChangeType(&text.variant, const_cast<VARIANT*>(&value.variant), VARIANT_ALPHABOOL, VT_BSTR),
+                S_OK);
       if (row.type == VT_BSTR) SysFreeString(*V_BSTRREF(&value.variant));
       return narrow(viewOf(V_BSTR(&text.variant)));
     };
@@ -187,6 +178,10 @@ TEST_F(LateFunctions, ArgumentsAreConverted) {
       << "the method's own failure";
   EXPECT_EQ(get(L"CopyToThis", 1), "8002000f") << "an argument is missing";
   EXPECT_EQ(get(L"IsWater", 1), "8002000e") << "too many arguments";
+  EXPECT_EQ(
+      invoke(create<IDispatch>(__uuidof(::JsonLoader)).get(), DISPATCH_METHOD, L"Get_PropEquation", L"", L"", L"VP"),
+      "80004005")
+      << "the function with the most parameters";
 }
 
 TEST_F(LateFunctions, ArraysOfNumbersBecomeArrayObjects) {
@@ -265,7 +260,8 @@ TEST_F(LateFunctions, AGetterAndASetterNameTheirOwnArguments) {
     std::vector<LPOLESTR> pointers;
     for (WideString& name : names) pointers.push_back(name.data());
     std::vector<DISPID> found(names.size());
-    const HRESULT hr = compound->GetIDsOfNames(IID_NULL, pointers.data(), static_cast<UINT>(names.size()), 0, found.data());
+    const HRESULT hr =
+        compound->GetIDsOfNames(IID_NULL, pointers.data(), static_cast<UINT>(names.size()), 0, found.data());
     return std::pair(hr, found);
   };
   const auto put = ids({L"UNIFAC1Groups", L"pgrouptypes", L"nNumGroup"});

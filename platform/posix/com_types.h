@@ -144,8 +144,8 @@ union CY {
   LONGLONG int64;
 };
 
-// An integer of 96 bits, negative where `sign` is 0x80, divided by a power of ten. In a variant it takes the place of the
-// whole, whose type lies where `wReserved` does.
+// An integer of 96 bits, negative where `sign` is 0x80, divided by a power of ten. In a variant it takes the place of
+// the whole, whose type lies where `wReserved` does.
 struct DECIMAL {
   USHORT wReserved;
   BYTE scale;
