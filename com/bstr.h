@@ -14,7 +14,9 @@ inline WideView viewOf(BSTR text) { return text ? WideView(text, SysStringLen(te
 class Bstr {
  public:
   Bstr() = default;
-  explicit Bstr(WideView text) : text_(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {
+  explicit Bstr(WideView text) {
+    const auto length = static_cast<UINT>(text.size());
+    if (length == text.size()) text_ = SysAllocStringLen(text.data(), length);
     if (!text_) throw CQSCOMError(E_OUTOFMEMORY);
   }
   Bstr(Bstr&& other) noexcept : text_(other.release()) {}

@@ -34,4 +34,10 @@ inline void check(HRESULT result) {
   if (FAILED(result)) throw CQSCOMError(result);
 }
 
+// Whether a call succeeded whose failure is an answer like others. A lack of memory is none, and is raised.
+inline bool succeeded(HRESULT result) {
+  if (result == E_OUTOFMEMORY) throw CQSCOMError(result);
+  return SUCCEEDED(result);
+}
+
 }  // namespace qs
