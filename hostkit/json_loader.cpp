@@ -1,7 +1,6 @@
 #include "hostkit/json_loader.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <iterator>
 #include <optional>
 #include <string>
@@ -9,6 +8,8 @@
 #include "com/bstr.h"
 #include "com/host_arrays.h"
 #include "com/number_text.h"
+#include "platform/folder.h"
+#include "platform/input_file.h"
 
 namespace qs::hostkit {
 namespace {
@@ -17,6 +18,7 @@ using database::CompoundData;
 using database::Correlation;
 
 constexpr double kEmpty = -32767.0;
+constexpr WideView kExtension = OLESTR(".json");
 
 // An identity field: its text, or null when it is not known.
 struct IdentityField {
@@ -118,13 +120,14 @@ HRESULT nth(INT index, TypeOf has, BSTR* name, tagPropTypeEnum* type) {
   return S_FALSE;
 }
 
-std::vector<CompoundData> readFolder(const std::filesystem::path& folder) {
-  std::vector<std::filesystem::path> files;
-  for (const auto& entry : std::filesystem::directory_iterator(folder))
-    if (entry.path().extension() == ".json") files.push_back(entry.path());
-  std::ranges::sort(files);
+std::vector<CompoundData> readFolder(const WideString& folder) {
+  auto names = namesIn(folder);
+  if (!names) throw CQSCOMError(E_FAIL);
+  std::ranges::sort(*names);
   std::vector<CompoundData> compounds;
-  for (const auto& file : files) std::ranges::move(tools::readCompoundSource(file), std::back_inserter(compounds));
+  for (const WideString& name : *names)
+    if (name.size() > kExtension.size() && name.ends_with(kExtension))
+      std::ranges::move(tools::readCompoundSource(joinPath(folder, name)), std::back_inserter(compounds));
   return compounds;
 }
 

@@ -74,8 +74,10 @@ TEST_F(HostkitLoaderTest, KeepsItsCompoundsWhenAFolderCannotBeRead) {
   EXPECT_EQ(loader_->Set_Path(Bstr(folder_.name() + OLESTR("-not")).get()), E_FAIL);
   EXPECT_EQ(loader_->Set_Path(nullptr), E_FAIL);
   const TemporaryDirectory broken;
-  writeFile(broken.path() / "c.json", "{");
-  EXPECT_EQ(loader_->Set_Path(Bstr(broken.name()).get()), E_FAIL);
+  for (const std::string& content : {std::string("{"), std::string(1'000'000, '[')}) {
+    writeFile(broken.path() / "c.json", content);
+    EXPECT_EQ(loader_->Set_Path(Bstr(broken.name()).get()), E_FAIL);
+  }
   EXPECT_NE(propertiesOf(OLESTR("Name"), OLESTR("Methane")), "");
 }
 

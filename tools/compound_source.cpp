@@ -1,10 +1,11 @@
 #include "tools/compound_source.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <fstream>
+#include <functional>
 #include <iterator>
-#include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -14,6 +15,7 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <variant>
 
 #include "platform/text.h"
 #include "props/forms.h"
@@ -23,7 +25,20 @@ namespace {
 
 using database::CompoundData;
 using database::Correlation;
-using nlohmann::json;
+
+// A value of the text. The library's own values allocate while they are destroyed, where a lack of memory ends the
+// process; so they are not made, and these take the parser's events.
+struct Value {
+  using List = std::vector<Value>;
+  using Object = std::map<std::string, Value, std::less<>>;
+
+  template <class T>
+  const T* as() const {
+    return std::get_if<T>(&content);
+  }
+
+  std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double, std::string, List, Object> content;
+};
 
 constexpr std::pair<std::string_view, tagCompoundFamilyEnum> kFamilies[] = {
     {"Hydrocarbon", eHydrocarbon},
@@ -58,30 +73,45 @@ static_assert(std::size(kTransformations) == COMlnxp);
 }
 
 template <class T>
-T convert(const json& value, const std::string& where) {
-  if constexpr (std::is_same_v<T, std::string>) {
-    if (!value.is_string()) fail(where, "not a text");
-  } else if constexpr (std::is_same_v<T, bool>) {
-    if (!value.is_boolean()) fail(where, "neither true nor false");
-  } else if constexpr (std::is_same_v<T, double>) {
-    if (!value.is_number()) fail(where, "not a number");
-  } else {
-    static_assert(std::is_same_v<T, std::int32_t>);
-    using Limits = std::numeric_limits<T>;
-    if (!value.is_number_integer()) fail(where, "not an integer");
-    if (value.is_number_unsigned() ? value.get<std::uint64_t>() > Limits::max()
-                                   : value.get<std::int64_t>() < Limits::min()) {
+T convert(const Value& value, const std::string& where) {
+  if constexpr (std::is_same_v<T, std::int32_t>) {
+    const auto* whole = value.as<std::int64_t>();
+    const auto* large = value.as<std::uint64_t>();
+    if (!whole && !large) fail(where, "not an integer");
+    if (large ? !std::in_range<T>(*large) : !std::in_range<T>(*whole))
       fail(where, "out of the range of 32-bit integers");
+    return static_cast<T>(large ? static_cast<std::int64_t>(*large) : *whole);
+  } else {
+    if (const auto* found = value.as<T>()) return *found;
+    if constexpr (std::is_same_v<T, double>) {
+      if (const auto* whole = value.as<std::int64_t>()) return static_cast<double>(*whole);
+      if (const auto* large = value.as<std::uint64_t>()) return static_cast<double>(*large);
+      fail(where, "not a number");
+    } else if constexpr (std::is_same_v<T, bool>) {
+      fail(where, "neither true nor false");
+    } else {
+      static_assert(std::is_same_v<T, std::string>);
+      fail(where, "not a text");
     }
   }
-  return value.get<T>();
+}
+
+const Value::List& listIn(const Value& value, const std::string& where) {
+  const auto* list = value.as<Value::List>();
+  if (!list) fail(where, "not a list");
+  return *list;
+}
+
+const Value::Object& objectIn(const Value& value, const std::string& where) {
+  const auto* object = value.as<Value::Object>();
+  if (!object) fail(where, "not an object");
+  return *object;
 }
 
 template <class T>
-std::vector<T> convertList(const json& value, const std::string& where) {
-  if (!value.is_array()) fail(where, "not a list");
+std::vector<T> convertList(const Value& value, const std::string& where) {
   std::vector<T> list;
-  for (const json& element : value) list.push_back(convert<T>(element, where));
+  for (const Value& element : listIn(value, where)) list.push_back(convert<T>(element, where));
   return list;
 }
 
@@ -89,24 +119,22 @@ std::vector<T> convertList(const json& value, const std::string& where) {
 // it is empty for the outermost object.
 class Members {
  public:
-  Members(const json& object, std::string where) : object_(object), where_(std::move(where)) {
-    if (!object.is_object()) fail(where_, "not an object");
-  }
+  Members(const Value& value, std::string where) : object_(objectIn(value, where)), where_(std::move(where)) {}
 
   const std::string& where() const { return where_; }
   std::string where(std::string_view name) const {
     return std::string(where_).append(where_.empty() ? "" : ", ").append(name);
   }
 
-  const json* find(const char* name) {
+  const Value* find(const char* name) {
     const auto found = object_.find(name);
     if (found == object_.end()) return nullptr;
     taken_.insert(name);
-    return &*found;
+    return &found->second;
   }
 
-  const json& need(const char* name) {
-    const json* value = find(name);
+  const Value& need(const char* name) {
+    const Value* value = find(name);
     if (!value) fail(where_, std::string("no member \"") + name + '"');
     return *value;
   }
@@ -119,24 +147,24 @@ class Members {
   // Leaves the target as it is when there is no such member.
   template <class T, class Target>
   void read(const char* name, Target& target) {
-    if (const json* value = find(name)) target = convert<T>(*value, where(name));
+    if (const Value* value = find(name)) target = convert<T>(*value, where(name));
   }
 
   void finish() const {
-    for (const auto& [name, value] : object_.items()) {
+    for (const auto& [name, value] : object_) {
       if (!taken_.contains(name)) fail(where_, "unknown member \"" + name + '"');
     }
   }
 
  private:
-  const json& object_;
+  const Value::Object& object_;
   const std::string where_;
   std::set<std::string> taken_;
 };
 
 class SourceReader {
  public:
-  explicit SourceReader(const json& root) : root_(root, "") {}
+  explicit SourceReader(const Value& root) : root_(root, "") {}
 
   std::vector<CompoundData> read() {
     root_.get<std::string>("description");
@@ -144,16 +172,15 @@ class SourceReader {
     readIdentitySources();
     readUnits();
     std::vector<CompoundData> compounds;
-    const json& list = root_.need("compounds");
-    if (!list.is_array()) fail(root_.where("compounds"), "not a list");
-    for (const json& compound : list) compounds.push_back(readCompound(compound, compounds.size() + 1));
+    for (const Value& compound : listIn(root_.need("compounds"), root_.where("compounds")))
+      compounds.push_back(readCompound(compound, compounds.size() + 1));
     root_.finish();
     return compounds;
   }
 
  private:
   void readSources() {
-    for (const auto& [name, value] : root_.need("sources").items()) {
+    for (const auto& [name, value] : objectIn(root_.need("sources"), root_.where("sources"))) {
       Members source(value, root_.where("sources, " + name));
       for (const char* member : {"title", "authors", "licence"}) source.get<std::string>(member);
       std::string changes;
@@ -165,7 +192,7 @@ class SourceReader {
 
   void readIdentitySources() {
     const std::string where = root_.where("identity_sources");
-    for (const auto& [name, value] : root_.need("identity_sources").items()) {
+    for (const auto& [name, value] : objectIn(root_.need("identity_sources"), where)) {
       checkSource(convert<std::string>(value, where), where + ", " + name);
       identityFields_.insert(name);
     }
@@ -173,12 +200,12 @@ class SourceReader {
 
   void readUnits() {
     const std::string where = root_.where("units");
-    for (const auto& [name, value] : root_.need("units").items()) {
+    for (const auto& [name, value] : objectIn(root_.need("units"), where)) {
       units_[keyOf(name, where)] = convert<std::string>(value, where + ", " + name);
     }
   }
 
-  CompoundData readCompound(const json& value, std::size_t position) {
+  CompoundData readCompound(const Value& value, std::size_t position) {
     CompoundData compound;
     const std::string place = root_.where("compound at position " + std::to_string(position));
     {
@@ -187,7 +214,7 @@ class SourceReader {
       compound.name = naming.get<std::string>("name");
     }
     Members members(value, root_.where(database::describe(compound)));
-    for (const auto& [name, ignored] : value.items()) {
+    for (const auto& [name, ignored] : objectIn(value, place)) {
       if (name != "constants" && name != "correlations" && !identityFields_.contains(name)) {
         fail(members.where(name), "not in identity_sources");
       }
@@ -204,7 +231,7 @@ class SourceReader {
     members.read<std::int32_t>("ppds_id", compound.ppdsId);
     members.read<std::int32_t>("cma_id", compound.cmaId);
     members.read<std::int32_t>("pp_attribute", compound.ppAttribute);
-    if (const json* synonyms = members.find("synonyms")) {
+    if (const Value* synonyms = members.find("synonyms")) {
       compound.synonyms = convertList<std::string>(*synonyms, members.where("synonyms"));
     }
     readGroups(members, compound);
@@ -217,7 +244,7 @@ class SourceReader {
   }
 
   static void readFamily(Members& members, CompoundData& compound) {
-    const json* value = members.find("family");
+    const Value* value = members.find("family");
     if (!value) return;
     const std::string where = members.where("family");
     const auto name = convert<std::string>(*value, where);
@@ -227,10 +254,9 @@ class SourceReader {
   }
 
   static void readGroups(Members& members, CompoundData& compound) {
-    const json* groups = members.find("unifac");
+    const Value* groups = members.find("unifac");
     if (!groups) return;
-    if (!groups->is_array()) fail(members.where("unifac"), "not a list");
-    for (const json& value : *groups) {
+    for (const Value& value : listIn(*groups, members.where("unifac"))) {
       Members group(value, members.where("unifac"));
       compound.unifac.push_back({group.get<std::int32_t>("subgroup"), group.get<std::int32_t>("count")});
       group.finish();
@@ -240,10 +266,9 @@ class SourceReader {
   // Hands out the items of an object whose members are keys, once unit, source and note are checked.
   template <class Read>
   void forEachKey(Members& members, const char* name, Read read) {
-    const json* object = members.find(name);
+    const Value* object = members.find(name);
     if (!object) return;
-    if (!object->is_object()) fail(members.where(name), "not an object");
-    for (const auto& [keyText, value] : object->items()) {
+    for (const auto& [keyText, value] : objectIn(*object, members.where(name))) {
       const Key key = keyOf(keyText, members.where());
       Members item(value, members.where(keyText));
       checkUnit(key, item.get<std::string>("unit"), item.where());
@@ -274,7 +299,7 @@ class SourceReader {
   }
 
   static void readTransformation(Members& item, const char* member, tagXYShapeEnum& shape) {
-    const json* value = item.find(member);
+    const Value* value = item.find(member);
     if (!value) return;
     const auto name = convert<std::string>(*value, item.where(member));
     const auto* known = std::ranges::find(kTransformations, name);
@@ -322,26 +347,76 @@ struct LineCounter {
   bool operator==(const LineCounter& other) const { return at == other.at; }
 };
 
-// Parses and refuses members that stand twice, of which the parser would keep the last.
-json parse(const std::string& text, const std::string& file) {
-  int line = 1;
-  std::vector<std::set<std::string>> open;
-  const auto place = [&] { return file + ':' + std::to_string(line); };
-  const auto refuseRepeated = [&](int, json::parse_event_t event, json& parsed) {
-    if (event == json::parse_event_t::object_start) open.emplace_back();
-    if (event == json::parse_event_t::object_end) open.pop_back();
-    if (event == json::parse_event_t::key && !open.back().insert(parsed.get<std::string>()).second) {
-      fail(place(), "member \"" + parsed.get<std::string>() + "\" stands twice");
-    }
+// Builds the value of a text from the parser's events. Refuses members that stand twice, and depths that no source has:
+// a value is destroyed level by level.
+class Builder {
+ public:
+  Builder(const std::string& file, const int& line) : file_(file), line_(line) {}
+
+  Value take() { return std::move(root_); }
+
+  bool null() { return add(nullptr); }
+  bool boolean(bool value) { return add(value); }
+  bool number_integer(std::int64_t value) { return add(value); }
+  bool number_unsigned(std::uint64_t value) { return add(value); }
+  bool number_float(double value, const std::string&) { return add(value); }
+  bool string(std::string& text) { return add(std::move(text)); }
+  bool binary(std::vector<std::uint8_t>&) { return false; }
+  bool start_object(std::size_t) { return open(Value::Object()); }
+  bool end_object() { return close(); }
+  bool start_array(std::size_t) { return open(Value::List()); }
+  bool end_array() { return close(); }
+  bool key(std::string& name) {
+    if (std::get<Value::Object>(open_.back()->content).contains(name))
+      fail(place(), "member \"" + name + "\" stands twice");
+    key_ = std::move(name);
     return true;
-  };
-  try {
-    return json::parse(LineCounter{text.data(), &line}, LineCounter{text.data() + text.size(), &line}, refuseRepeated);
-  } catch (const json::exception& error) {
+  }
+  bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception& error) {
     const std::string message = error.what();
     const auto prefix = message.find("] ");
     fail(place(), prefix == std::string::npos ? message : message.substr(prefix + 2));
   }
+
+ private:
+  static constexpr std::size_t kDeepest = 16;
+
+  std::string place() const { return file_ + ':' + std::to_string(line_); }
+
+  Value& put(Value value) {
+    if (open_.empty()) return root_ = std::move(value);
+    if (auto* list = std::get_if<Value::List>(&open_.back()->content)) return list->emplace_back(std::move(value));
+    return std::get<Value::Object>(open_.back()->content)[key_] = std::move(value);
+  }
+  template <class T>
+  bool add(T value) {
+    put(Value{std::move(value)});
+    return true;
+  }
+  template <class T>
+  bool open(T empty) {
+    if (open_.size() == kDeepest) fail(place(), "nested too deeply");
+    Value& container = put(Value{std::move(empty)});
+    open_.push_back(&container);
+    return true;
+  }
+  bool close() {
+    open_.pop_back();
+    return true;
+  }
+
+  const std::string& file_;
+  const int& line_;
+  Value root_;
+  std::vector<Value*> open_;
+  std::string key_;  // of the member that comes next
+};
+
+Value parse(const std::string& text, const std::string& file) {
+  int line = 1;
+  Builder builder(file, line);
+  nlohmann::json::sax_parse(LineCounter{text.data(), &line}, LineCounter{text.data() + text.size(), &line}, &builder);
+  return builder.take();
 }
 
 std::string readText(const std::filesystem::path& path, const std::string& file) {
@@ -357,7 +432,7 @@ std::string readText(const std::filesystem::path& path, const std::string& file)
 std::vector<CompoundData> readCompoundSource(const std::filesystem::path& path) {
   const std::u8string name = path.u8string();
   const std::string file(name.begin(), name.end());
-  const json root = parse(readText(path, file), file);
+  const Value root = parse(readText(path, file), file);
   try {
     return SourceReader(root).read();
   } catch (const std::runtime_error& error) {

@@ -1,0 +1,14 @@
+// What a folder holds.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "platform/text.h"
+
+namespace qs {
+
+// The names of a folder's entries, in no order; nothing when it cannot be read. Throws std::bad_alloc.
+std::optional<std::vector<WideString>> namesIn(const WideString& folder);
+
+}  // namespace qs
