@@ -1,11 +1,39 @@
 #include "hostkit/xml_parser.h"
 
+#include <algorithm>
 #include <utility>
 
+#include "com/xml_character.h"
 #include "platform/input_file.h"
 
 namespace qs::hostkit {
 namespace {
+
+constexpr WideView kBlanks = OLESTR(" \t\r\n");
+
+WideView withoutBlanks(WideView text) {
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  return text;
+}
+
+bool holdsCharactersAlone(WideView text) {
+  for (std::size_t i = 0; i < text.size(); ++i)
+    if (!isXmlCharacter(text, i)) return false;
+  return true;
+}
+
+// Whether a document type stands in front of the first element.
+bool hasDocumentType(WideView text) {
+  for (;;) {
+    text = withoutBlanks(text);
+    const bool isComment = text.starts_with(OLESTR("<!--"));
+    if (!isComment && !text.starts_with(OLESTR("<?"))) return text.starts_with(OLESTR("<!DOCTYPE"));
+    const WideView end(isComment ? OLESTR("-->") : OLESTR("?>"));
+    const std::size_t found = text.find(end, isComment ? 4 : 2);
+    if (found == WideView::npos) return false;
+    text.remove_prefix(found + end.size());
+  }
+}
 
 template <class Source>
 HRESULT feed(const Source& source, IDispatch* receiver) {
@@ -13,13 +41,12 @@ HRESULT feed(const Source& source, IDispatch* receiver) {
   if (!client) return E_INVALIDARG;
   check(client->StartDocument());
   EventFeed events(*client.get());
-  const bool wellFormed = parseXml(source, events);
-  if (FAILED(events.result())) return events.result();
-  if (!wellFormed) {
-    client->Error();
-    return E_FAIL;
-  }
-  return client->EndDocument();
+  const HRESULT parsed = guarded([&] { return parseXml(source, events) ? S_OK : E_FAIL; });
+  if (events.isRefused()) return events.result();
+  const HRESULT result = FAILED(events.result()) ? events.result() : parsed;
+  if (SUCCEEDED(result)) return client->EndDocument();
+  client->Error();
+  return result;
 }
 
 std::vector<std::byte> contentOf(const WideString& path) {
@@ -32,13 +59,18 @@ std::vector<std::byte> contentOf(const WideString& path) {
 
 }  // namespace
 
-template <class Call>
-HRESULT EventFeed::hand(Call&& call) noexcept {
-  if (SUCCEEDED(result_)) {
-    const HRESULT answer = guarded(std::forward<Call>(call));
-    if (FAILED(answer)) result_ = answer;
-  }
+template <class Make>
+HRESULT EventFeed::make(Make&& event) noexcept {
+  if (SUCCEEDED(result_))
+    if (const HRESULT made = guarded(std::forward<Make>(event)); FAILED(made)) result_ = made;
   return result_;
+}
+
+template <class Call>
+HRESULT EventFeed::hand(Call&& call) {
+  const HRESULT answer = guarded(std::forward<Call>(call));
+  refused_ = FAILED(answer);
+  return answer;
 }
 
 // The set of the element that starts next: the last one emptied, unless the client has kept it.
@@ -54,43 +86,58 @@ AttributeSet& EventFeed::attributes() {
 }
 
 HRESULT EventFeed::attribute(WideView name, WideView value) noexcept {
-  return hand([&] {
+  return make([&] {
     attributes().add(WideString(name), WideString(value));
     return S_OK;
   });
 }
 
 HRESULT EventFeed::startElement(WideView name) noexcept {
-  return hand([&] {
+  return make([&] {
     AttributeSet& all = attributes();
     collecting_ = false;
-    return client_.StartElement(Bstr(name).get(), &all);
+    const Bstr tag(name);
+    return hand([&] { return client_.StartElement(tag.get(), &all); });
   });
 }
 
 HRESULT EventFeed::endElement(WideView name) noexcept {
-  return hand([&] { return client_.EndElement(Bstr(name).get()); });
+  return make([&] {
+    const Bstr tag(name);
+    return hand([&] { return client_.EndElement(tag.get()); });
+  });
 }
 
 HRESULT EventFeed::text(WideView characters) noexcept {
-  return hand([&] { return client_.CharacterData(Bstr(characters).get()); });
+  return make([&] {
+    const Bstr data(characters);
+    return hand([&] { return client_.CharacterData(data.get()); });
+  });
 }
 
 HRESULT EventFeed::comment() noexcept {
-  return hand([&] { return client_.Comment(); });
+  return make([&] { return hand([&] { return client_.Comment(); }); });
 }
 
 HRESULT EventFeed::instruction(WideView target, WideView text) noexcept {
-  return hand([&] {
+  return make([&] {
     AttributeSet& all = attributes();
     all.add(WideString(target), WideString(text));
     collecting_ = false;
-    return client_.ProcessElement(Bstr(target).get(), &all);
+    const Bstr tag(target);
+    return hand([&] { return client_.ProcessElement(tag.get(), &all); });
   });
 }
 
 HRESULT XmlParser::ParseText(BSTR text, IDispatch* client) noexcept {
-  return guarded([&] { return feed(viewOf(text), client); });
+  return guarded([&] {
+    // Some parsers tell the encoding by the first character.
+    WideView document = viewOf(text);
+    if (document.starts_with(OLECHAR{0xFEFF})) document.remove_prefix(1);
+    document = withoutBlanks(document);
+    if (!text || !holdsCharactersAlone(document) || hasDocumentType(document)) return E_INVALIDARG;
+    return feed(document, client);
+  });
 }
 
 HRESULT XmlParser::ParseFile(BSTR path, IDispatch* client) noexcept {

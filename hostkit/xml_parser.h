@@ -15,6 +15,8 @@ class EventFeed {
 
   // The first failure of the client, or of the memory for an event; otherwise S_OK.
   HRESULT result() const { return result_; }
+  // Whether that was the client's.
+  bool isRefused() const { return refused_; }
 
   // An attribute of the element that starts next.
   HRESULT attribute(WideView name, WideView value) noexcept;
@@ -26,24 +28,30 @@ class EventFeed {
   HRESULT instruction(WideView target, WideView text) noexcept;
 
  private:
+  // Makes an event, which hands it to the client.
+  template <class Make>
+  HRESULT make(Make&& event) noexcept;
   template <class Call>
-  HRESULT hand(Call&& call) noexcept;
+  HRESULT hand(Call&& call);
   AttributeSet& attributes();
 
   XMLParserClient& client_;
   ComPtr<TaggedAttributes> attributes_;
   bool collecting_ = false;
   HRESULT result_ = S_OK;
+  bool refused_ = false;
 };
 
-// Parse a text, or a file's bytes in whatever encoding they declare, until its end or the feed's first failure; false
-// for what is no well-formed document. Document types are refused where the parser tells of them: a few lines can stand
-// for gigabytes. xml_parser_expat.cpp and xml_parser_sax.cpp implement them. Throw CQSCOMError when there is no parser.
+// Parse a text, of which a declared encoding says nothing, or a file's bytes in whatever encoding they declare, until
+// its end or the feed's first failure; false for what is no well-formed document. Document types are refused where the
+// parser tells of them: a few lines can stand for gigabytes. xml_parser_expat.cpp and xml_parser_sax.cpp implement
+// them. Throw CQSCOMError when there is no parser, and E_OUTOFMEMORY when it runs out of memory.
 bool parseXml(WideView text, EventFeed& feed);
 bool parseXml(std::span<const std::byte> bytes, EventFeed& feed);
 
-// Results: what the client fails with; E_FAIL, after Error of the client, for what is no well-formed document; E_FAIL
-// for a file that cannot be read; E_INVALIDARG for a client that is none.
+// Results: what the client fails with; after Error of the client, E_FAIL for what is no well-formed document, and
+// E_OUTOFMEMORY. Without a word to the client, E_FAIL for a file that cannot be read, and E_INVALIDARG for a client
+// that is none and for a text that is null, holds what XML cannot hold, or has a document type.
 class XmlParser final : public Coclass<XmlParser, IXMLParser> {
  public:
   STDMETHODIMP ParseText(BSTR text, IDispatch* client) noexcept override;

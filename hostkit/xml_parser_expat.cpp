@@ -8,14 +8,17 @@
 namespace qs::hostkit {
 namespace {
 
-// The parser and the feed of one document, as expat's handlers receive them.
+// The parser and the feed of one document, as expat's handlers receive them, and what a handler failed with.
 struct Parsing {
   XML_Parser parser;
   EventFeed& feed;
+  HRESULT result = S_OK;
 
   static Parsing& from(void* user) { return *static_cast<Parsing*>(user); }
-  void stopUnless(HRESULT result) {
-    if (FAILED(result)) XML_StopParser(parser, XML_FALSE);
+  void stopUnless(HRESULT handled) {
+    if (SUCCEEDED(handled)) return;
+    result = handled;
+    XML_StopParser(parser, XML_FALSE);
   }
 };
 
@@ -70,8 +73,11 @@ bool parse(std::string_view bytes, const XML_Char* encoding, EventFeed& feed) {
   for (;;) {
     const std::string_view piece = bytes.substr(0, kPiece);
     bytes.remove_prefix(piece.size());
-    if (XML_Parse(parser.get(), piece.data(), static_cast<int>(piece.size()), bytes.empty()) != XML_STATUS_OK)
+    if (XML_Parse(parser.get(), piece.data(), static_cast<int>(piece.size()), bytes.empty()) != XML_STATUS_OK) {
+      if (XML_GetErrorCode(parser.get()) == XML_ERROR_NO_MEMORY) throw CQSCOMError(E_OUTOFMEMORY);
+      check(parsing.result);
       return false;
+    }
     if (bytes.empty()) return true;
   }
 }

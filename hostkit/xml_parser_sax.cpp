@@ -2,8 +2,6 @@
 // The system's header comes after those that say how to include it.
 #include <msxml2.h>
 
-#include <algorithm>
-
 namespace qs::hostkit {
 namespace {
 
@@ -81,6 +79,16 @@ class Handler final : public ISAXContentHandler, public ISAXLexicalHandler {
   EventFeed& feed_;
 };
 
+// A text whose declaration names the encoding that strings have: the reader would believe any other.
+Bstr inItsEncoding(WideView text) {
+  if (!text.starts_with(OLESTR("<?xml")) || text.find_first_of(OLESTR(" \t\r\n")) != 5) return Bstr(text);
+  const WideView declaration = text.substr(0, text.find(OLESTR("?>")));
+  const std::size_t quote = declaration.find_first_of(OLESTR("'\""), declaration.find(OLESTR("encoding")));
+  const std::size_t end = quote == WideView::npos ? quote : declaration.find(declaration[quote], quote + 1);
+  if (end == WideView::npos) return Bstr(text);
+  return Bstr(WideString(text.substr(0, quote + 1)).append(OLESTR("UTF-16")).append(text.substr(end)));
+}
+
 bool parse(const VARIANT& source, EventFeed& feed) {
   ComPtr<ISAXXMLReader> reader;
   check(CoCreateInstance(kReaderClass, nullptr, CLSCTX_INPROC_SERVER, kReader, reinterpret_cast<void**>(reader.out())));
@@ -90,17 +98,15 @@ bool parse(const VARIANT& source, EventFeed& feed) {
   V_VT(&lexical) = VT_UNKNOWN;
   V_UNKNOWN(&lexical) = static_cast<ISAXLexicalHandler*>(&handler);
   check(reader->putProperty(L"http://xml.org/sax/properties/lexical-handler", lexical));
-  const bool wellFormed = SUCCEEDED(reader->parse(source));
+  const HRESULT parsed = reader->parse(source);
   reader->putContentHandler(nullptr);
-  return wellFormed;
+  return succeeded(parsed);
 }
 
 }  // namespace
 
-// Blanks in front are taken off: some readers tell the encoding by the first character.
 bool parseXml(WideView text, EventFeed& feed) {
-  text.remove_prefix(std::min(text.find_first_not_of(OLESTR(" \t\r\n")), text.size()));
-  const Bstr copy(text);
+  const Bstr copy = inItsEncoding(text);
   VARIANT source;
   V_VT(&source) = VT_BSTR;
   V_BSTR(&source) = copy.get();

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "com/number_text.h"
+#include "com/xml_character.h"
 
 namespace qs {
 namespace {
@@ -29,17 +30,6 @@ constexpr WideView referenceOf(OLECHAR c) {
     default:
       return {};
   }
-}
-
-constexpr bool isHighSurrogate(OLECHAR c) { return c >= 0xD800 && c <= 0xDBFF; }
-constexpr bool isLowSurrogate(OLECHAR c) { return c >= 0xDC00 && c <= 0xDFFF; }
-
-// Whether XML can hold the character at a position.
-bool isCharacter(WideView text, std::size_t position) {
-  const OLECHAR c = text[position];
-  if (isHighSurrogate(c)) return position + 1 < text.size() && isLowSurrogate(text[position + 1]);
-  if (isLowSurrogate(c)) return position > 0 && isHighSurrogate(text[position - 1]);
-  return c >= 0x20 && c != 0xFFFE && c != 0xFFFF;
 }
 
 }  // namespace
@@ -91,7 +81,7 @@ XmlText& XmlText::value(WideView text) {
   if (!form_.escaped()) return *this << text;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const WideView reference = referenceOf(text[i]);
-    if (reference.empty() && !isCharacter(text, i)) throw CQSCOMError(E_INVALIDARG);
+    if (reference.empty() && !isXmlCharacter(text, i)) throw CQSCOMError(E_INVALIDARG);
     *this << (reference.empty() ? text.substr(i, 1) : reference);
   }
   return *this;
