@@ -8,6 +8,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "collection/component_registry.h"
@@ -102,8 +103,9 @@ class COQSCompoundCollection final
 
   // xml.cpp; xml_reader.h tells the results of a parser's events. Elements outside a CompoundCollection or SubCompList
   // element are S_FALSE. The end of that element makes the collection what the text says, a view too, and answers
-  // S_FALSE when a default is not among the loaders or estimators. After a failure the rest of the element is passed
-  // over, and the collection stays as it was.
+  // S_FALSE when a default is not among the loaders or estimators. After an event that fails, and after Error, the rest
+  // of the element is passed over, and the collection is as it was before it, or before the document when StartDocument
+  // told of one.
   STDMETHODIMP CharacterData(BSTR text) noexcept override;
   STDMETHODIMP StartElement(BSTR name, TaggedAttributes* attributes) noexcept override;
   STDMETHODIMP EndElement(BSTR name) noexcept override;
@@ -174,8 +176,18 @@ class COQSCompoundCollection final
   template <class Fill>
   HRESULT load(INT index, BSTR loader, BSTR searchKey, BSTR id, BYTE useLoader, Fill fill);
 
+  template <class Event>
+  HRESULT handOn(Event&& event) noexcept;
+  void endReading();
+  void undoReading();
+
   State state_;
-  std::shared_ptr<XmlReader> xmlReader_;  // from the start of a collection's element to its end
+
+  // Of the XML text that is being read: what reads a collection's element, from its start to its end, and what the
+  // collection held before, once an element has ended within a document.
+  std::shared_ptr<XmlReader> xmlReader_;
+  std::optional<State> beforeText_;
+  bool inDocument_ = false;
 };
 
 }  // namespace qs

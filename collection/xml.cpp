@@ -29,7 +29,7 @@ HRESULT COQSCompoundCollection::StartElement(BSTR name, TaggedAttributes* attrib
     const auto reader = xmlReader_;
     return reader->startElement(name, attributes);
   });
-  if (FAILED(result)) xmlReader_.reset();
+  if (FAILED(result)) undoReading();
   return result;
 }
 
@@ -37,35 +37,62 @@ HRESULT COQSCompoundCollection::EndElement(BSTR name) noexcept {
   const auto reader = xmlReader_;
   if (!reader) return S_OK;
   const HRESULT result = guarded([&] { return reader->endElement(name); });
-  if (SUCCEEDED(result) && !reader->isComplete()) return result;
-  xmlReader_.reset();
-  if (FAILED(result)) return result;
-  // Released in the end, when calls back find the collection as it was read.
-  const State old = std::exchange(state_, reader->take());
+  if (FAILED(result)) {
+    undoReading();
+  } else if (reader->isComplete()) {
+    xmlReader_.reset();
+    // Released in the end, when calls back find the collection as it was read.
+    State old = std::exchange(state_, reader->take());
+    if (inDocument_ && !beforeText_) beforeText_ = std::move(old);
+  }
   return result;
 }
 
 HRESULT COQSCompoundCollection::CharacterData(BSTR text) noexcept {
-  return xmlReader_ ? xmlReader_->handOn([&](XMLParserClient& receiver) { return receiver.CharacterData(text); })
-                    : S_OK;
+  return handOn([&](XMLParserClient& receiver) { return receiver.CharacterData(text); });
 }
 
 HRESULT COQSCompoundCollection::Comment() noexcept {
-  return xmlReader_ ? xmlReader_->handOn([](XMLParserClient& receiver) { return receiver.Comment(); }) : S_OK;
+  return handOn([](XMLParserClient& receiver) { return receiver.Comment(); });
 }
 
 HRESULT COQSCompoundCollection::ProcessElement(BSTR name, TaggedAttributes* attributes) noexcept {
-  return xmlReader_
-             ? xmlReader_->handOn([&](XMLParserClient& receiver) { return receiver.ProcessElement(name, attributes); })
-             : S_OK;
+  return handOn([&](XMLParserClient& receiver) { return receiver.ProcessElement(name, attributes); });
+}
+
+template <class Event>
+HRESULT COQSCompoundCollection::handOn(Event&& event) noexcept {
+  const auto reader = xmlReader_;
+  const HRESULT result = guarded([&] { return reader ? reader->handOn(event) : S_OK; });
+  if (FAILED(result)) undoReading();
+  return result;
 }
 
 HRESULT COQSCompoundCollection::StartDocument() noexcept {
-  xmlReader_.reset();
+  endReading();
+  inDocument_ = true;
   return S_OK;
 }
 
-HRESULT COQSCompoundCollection::EndDocument() noexcept { return StartDocument(); }
-HRESULT COQSCompoundCollection::Error() noexcept { return StartDocument(); }
+HRESULT COQSCompoundCollection::EndDocument() noexcept {
+  endReading();
+  return S_OK;
+}
+
+HRESULT COQSCompoundCollection::Error() noexcept {
+  undoReading();
+  return S_OK;
+}
+
+void COQSCompoundCollection::endReading() {
+  xmlReader_.reset();
+  inDocument_ = false;
+  const auto before = std::exchange(beforeText_, std::nullopt);
+}
+
+void COQSCompoundCollection::undoReading() {
+  if (beforeText_) std::swap(state_, *beforeText_);
+  endReading();
+}
 
 }  // namespace qs

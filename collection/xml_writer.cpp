@@ -1,5 +1,7 @@
 #include "collection/xml_writer.h"
 
+#include <algorithm>
+
 #include "com/bstr.h"
 
 namespace qs {
@@ -79,7 +81,7 @@ void COQSCompoundCollection::XmlWriter::offsets(WideView element, const ComPtr<I
   LONG size = 0;
   check(array->get_Size(&size));
   text_ << OLESTR("   <") << element << OLESTR(" VALUES = \"");
-  for (LONG i = 0; i < size; ++i) {
+  for (LONG i = 0; i < std::min<LONG>(size, collection_.count()); ++i) {
     double value = 0.0;
     check(array->get_IthValue(i, &value));
     if (i > 0) text_ << OLESTR(",");

@@ -20,13 +20,15 @@ ComponentText readComponentText(WideView key, WideView text);
 // Whether readComponentText finds a class name again that was written into a text.
 bool isReadable(WideView className);
 
-// A new component of a class given by identifier or name; empty when there is none with the interface.
+// A new component of a class given by identifier or name; empty when there is none with the interface. Throws
+// CQSCOMError(E_OUTOFMEMORY).
 template <class I>
 ComPtr<I> newComponent(BSTR className) {
   ComPtr<I> component;
   CLSID clsid;
-  if (className && SUCCEEDED(CLSIDFromString(className, &clsid)))
-    CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(I), reinterpret_cast<void**>(component.out()));
+  if (className && succeeded(CLSIDFromString(className, &clsid)))
+    succeeded(
+        CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(I), reinterpret_cast<void**>(component.out())));
   return component;
 }
 

@@ -5,10 +5,8 @@
 #include <memory>
 
 #include "com/coclass.h"
-#include "compound/identity.h"
+#include "compound/content.h"
 #include "compound/peer.h"
-#include "compound/property_table.h"
-#include "compound/user_properties.h"
 #include "compound/xml_reader.h"
 
 namespace qs {
@@ -49,14 +47,16 @@ class COQSCompound final
                      ICompoundUNIFAC1Put, ICompoundInitFromVelDB, ICompoundProp, ICompoundPropPut, ICompoundCopy,
                      XMLParserClient, IXMLStore, IUserProperty, ICompEqnXYShape, IXMLStoreEx, ICompoundPeer> {
  public:
+  ~COQSCompound();
+
   // Values and ranges of the fixed keys. A key that two interfaces read is answered identically by both.
 #define FIXED_KEY(key, help, interface_name, dispid)                                                           \
   STDMETHODIMP get_##key(double temperature, double pressure, tagExtrapolationEnum method, LONG* dependencies, \
                          double* value) noexcept override {                                                    \
-    return valueOf(properties_[Key::key], temperature, pressure, method, dependencies, value);                 \
+    return valueOf(content_.properties[Key::key], temperature, pressure, method, dependencies, value);         \
   }                                                                                                            \
   STDMETHODIMP get_##key##TPRange(double* tMin, double* tMax, double* pMin, double* pMax) noexcept override {  \
-    return rangeOf(properties_[Key::key], tMin, tMax, pMin, pMax);                                             \
+    return rangeOf(content_.properties[Key::key], tMin, tMax, pMin, pMax);                                     \
   }
 #include "props/keys.def"
 
@@ -149,7 +149,7 @@ class COQSCompound final
   STDMETHODIMP GetNumbOfUserProperty(INT* count) noexcept override;
   STDMETHODIMP GetUserPropertyI(INT index, BSTR* name, BSTR* classId, IDispatch** component) noexcept override;
 
-  // copy.cpp
+  // copy.cpp. The new index is CompIdx alone: VelcorinID is the original's, so that a copy of water is water.
   STDMETHODIMP CopyToThis(INT newIndex, IDispatch* original) noexcept override;
   COQSCompound* STDMETHODCALLTYPE compound(const void* module) noexcept override;
   // The compound behind an interface, lent; null when it is none of this module.
@@ -157,6 +157,8 @@ class COQSCompound final
   INT compoundIndex() const { return identity_.compoundIndex; }
 
   // xml.cpp; xml_reader.h tells the results of a parser's events. Elements outside a Compound element are S_FALSE.
+  // After an event that fails, and after Error, the compound is as it was before the element, or before the document
+  // when StartDocument told of one.
   STDMETHODIMP CharacterData(BSTR text) noexcept override;
   STDMETHODIMP StartElement(BSTR name, TaggedAttributes* attributes) noexcept override;
   STDMETHODIMP EndElement(BSTR name) noexcept override;
@@ -174,8 +176,10 @@ class COQSCompound final
   static HRESULT valueOf(const CQSAbstractProp* property, double temperature, double pressure,
                          tagExtrapolationEnum method, LONG* dependencies, double* value) noexcept {
     if (!property) return S_FALSE;
-    property->GetValue(temperature, pressure, method, dependencies, value);
-    return *value == kEmptyValue ? S_FALSE : S_OK;
+    return guarded([=] {
+      property->GetValue(temperature, pressure, method, dependencies, value);
+      return *value == kEmptyValue ? S_FALSE : S_OK;
+    });
   }
   static HRESULT rangeOf(const CQSAbstractProp* property, double* tMin, double* tMax, double* pMin,
                          double* pMax) noexcept;
@@ -188,12 +192,14 @@ class COQSCompound final
   HRESULT basicFamily(tagCompoundFamilyEnum* value) noexcept override;
   HRESULT knownFamily(tagCompoundFamilyEnum* value) noexcept override;
 
-  // Makes the compound as new.
-  void clear();
+  void endReading();
+  void undoReading();
 
-  Identity identity_;
-  PropertyTable properties_;
-  UserProperties userProperties_;
+  CompoundContent content_;
+
+  // What stood in content_ before the XML text that is being read; null while none is.
+  std::unique_ptr<CompoundContent> beforeText_;
+  bool inDocument_ = false;
 
   // From the start of a Compound element to its end. Shared, so that a component that is called meanwhile and calls
   // back cannot end it.

@@ -1,4 +1,4 @@
-// Copies of compounds, and the compound as new.
+// Copies of compounds, and the end of one.
 #include "compound/compound.h"
 
 namespace qs {
@@ -8,6 +8,22 @@ namespace {
 const char moduleTag = 0;
 
 }  // namespace
+
+CompoundContent CompoundContent::copy() const {
+  CompoundContent result{identity.copy(), properties.copy(), {}};
+  for (const auto& [name, property] : userProperties)
+    result.userProperties.emplace(name, UserProperty{Bstr::copyOf(property.classId.get()), property.component,
+                                                     Bstr::copyOf(property.content.get())});
+  return result;
+}
+
+// Components may put others in their places while they are released.
+COQSCompound::~COQSCompound() {
+  do {
+    const auto beforeText = std::move(beforeText_);
+    const CompoundContent content = std::exchange(content_, CompoundContent());
+  } while (content_.hasProperties() || beforeText_);
+}
 
 COQSCompound* COQSCompound::compound(const void* module) noexcept { return module == &moduleTag ? this : nullptr; }
 
@@ -22,25 +38,11 @@ HRESULT COQSCompound::CopyToThis(INT newIndex, IDispatch* original) noexcept {
     const COQSCompound* source = ofThisModule(original);
     if (!source) return E_NOINTERFACE;
 
-    Identity identity = source->identity_.copy();
-    PropertyTable properties = source->properties_.copy();
-    UserProperties userProperties;
-    for (const auto& [name, property] : source->userProperties_)
-      userProperties.emplace(name, UserProperty{Bstr::copyOf(property.classId.get()), property.component,
-                                                Bstr::copyOf(property.content.get())});
-
-    identity_ = std::move(identity);
-    identity_.compoundIndex = newIndex;
-    properties_ = std::move(properties);
-    userProperties_ = std::move(userProperties);
+    CompoundContent content = source->content_.copy();
+    content.identity.compoundIndex = newIndex;
+    std::swap(content_, content);
     return S_OK;
   });
-}
-
-void COQSCompound::clear() {
-  identity_ = Identity();
-  properties_.clear();
-  userProperties_.clear();
 }
 
 }  // namespace qs

@@ -11,49 +11,49 @@ namespace qs {
 // Puts each field of a data record where its name belongs; names that a compound has no place for are passed over.
 class RecordReceiver final : public database::RecordSink {
  public:
-  explicit RecordReceiver(COQSCompound& compound) : identity_(compound.identity_), properties_(compound.properties_) {}
+  explicit RecordReceiver(CompoundContent& content) : content_(content) {}
 
   void shortInteger(const database::Field& field, std::int16_t value) override {
     if (field.name == OLESTR("NonCondensable"))
-      identity_.nonCondensable = value;
+      content_.identity.nonCondensable = value;
     else if (field.name == OLESTR("Family"))
-      identity_.family = value;
+      content_.identity.family = value;
   }
 
   void longInteger(const database::Field& field, std::int32_t value) override {
     if (field.name == OLESTR("PPkg"))
-      identity_.ppAttribute = value;
+      content_.identity.ppAttribute = value;
     else if (field.name == OLESTR("DIPPRID"))
-      identity_.dipprId = value;
+      content_.identity.dipprId = value;
     else if (field.name == OLESTR("DDBID"))
-      identity_.ddbId = value;
+      content_.identity.ddbId = value;
     else if (field.name == OLESTR("PPDSID"))
-      identity_.ppdsId = value;
+      content_.identity.ppdsId = value;
     else if (field.name == OLESTR("CMAID"))
-      identity_.cmaId = value;
+      content_.identity.cmaId = value;
   }
 
   void number(const database::Field& field, double value) override { store(field.name, newPoint(field.name, value)); }
 
   void text(const database::Field& field, WideView value) override {
     if (field.name == OLESTR("PName"))
-      identity_.name = Bstr(value);
+      content_.identity.name = Bstr(value);
     else if (field.name == OLESTR("CName"))
-      identity_.iupacName = Bstr(value);
+      content_.identity.iupacName = Bstr(value);
     else if (field.name == OLESTR("Formula"))
-      identity_.chemicalFormula = Bstr(value);
+      content_.identity.chemicalFormula = Bstr(value);
     else if (field.name == OLESTR("CASN"))
-      identity_.casNumber = Bstr(value);
+      content_.identity.casNumber = Bstr(value);
   }
 
   void groups(const database::Field& field, std::span<const database::GroupCount> values) override {
     if (field.name != OLESTR("UNIFAC")) return;
-    identity_.groupCount = static_cast<INT>(values.size());
-    identity_.groupTypes.clear();
-    identity_.groupCounts.clear();
+    content_.identity.groupCount = static_cast<INT>(values.size());
+    content_.identity.groupTypes.clear();
+    content_.identity.groupCounts.clear();
     for (const auto& [type, count] : values) {
-      identity_.groupTypes.push_back(type);
-      identity_.groupCounts.push_back(count);
+      content_.identity.groupTypes.push_back(type);
+      content_.identity.groupCounts.push_back(count);
     }
   }
 
@@ -75,7 +75,7 @@ class RecordReceiver final : public database::RecordSink {
 
  private:
   void store(WideView name, PropertyPtr property) {
-    properties_.AddPropertyToMap(name, findKey(name).has_value(), property);
+    content_.properties.AddPropertyToMap(name, findKey(name).has_value(), property);
   }
 
   void storeEquation(WideView name, const database::EquationField& field) {
@@ -93,36 +93,35 @@ class RecordReceiver final : public database::RecordSink {
   }
 
   double molecularWeight() const {
-    const CQSAbstractProp* weight = properties_[Key::MW];
+    const CQSAbstractProp* weight = content_.properties[Key::MW];
     return weight ? COQSCompound::standardValue(*weight) : kEmptyValue;
   }
 
-  Identity& identity_;
-  PropertyTable& properties_;
+  CompoundContent& content_;
 };
 
 HRESULT COQSCompound::Init(BSTR directory, INT number) noexcept {
   return guarded([&] {
-    clear();
-    identity_.velcorinId = number;
-    identity_.compoundIndex = number;
+    const CompoundContent old = std::exchange(content_, CompoundContent());
+    content_.identity.velcorinId = number;
+    content_.identity.compoundIndex = number;
 
     const auto catalogue = database::openCatalogue(viewOf(directory));
     const auto record = catalogue->dataRecordOf(number);
     if (!record) return S_FALSE;
 
-    RecordReceiver receiver(*this);
+    RecordReceiver receiver(content_);
     check(database::readRecord(*catalogue, *record, receiver));
-    if (!properties_[Key::PRPVOLT]) {
-      const CQSAbstractProp* volume = properties_[Key::SRKVC];
+    if (!content_.properties[Key::PRPVOLT]) {
+      const CQSAbstractProp* volume = content_.properties[Key::SRKVC];
       PropertyPtr acentric = newPoint(nameOf(Key::COSTALDACEN), volume ? standardValue(*volume) : kEmptyValue);
-      properties_.AddPropertyToMap(nameOf(Key::COSTALDACEN), true, acentric);
+      content_.properties.AddPropertyToMap(nameOf(Key::COSTALDACEN), true, acentric);
     }
 
-    identity_.synonymCount = 0;
+    content_.identity.synonymCount = 0;
     for (const database::Synonym& synonym : catalogue->synonymsOf(number)) {
       const Bstr text(catalogue->synonymText(synonym));
-      if (identity_.putSynonym(identity_.synonymCount, text.get()) != S_OK) break;
+      if (content_.identity.putSynonym(content_.identity.synonymCount, text.get()) != S_OK) break;
     }
     return S_OK;
   });

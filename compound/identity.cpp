@@ -69,54 +69,60 @@ HRESULT Identity::putSynonym(INT index, BSTR value) {
   return S_OK;
 }
 
-HRESULT COQSCompound::get_Name(BSTR* value) noexcept { return giveCopy(identity_.name, value); }
-HRESULT COQSCompound::get_CASN(BSTR* value) noexcept { return giveCopy(identity_.casNumber, value); }
-HRESULT COQSCompound::get_IUPACName(BSTR* value) noexcept { return giveCopy(identity_.iupacName, value); }
-HRESULT COQSCompound::get_ChemicalFormula(BSTR* value) noexcept { return giveCopy(identity_.chemicalFormula, value); }
-HRESULT COQSCompound::put_Name(BSTR value) noexcept { return takeCopy(identity_.name, value); }
-HRESULT COQSCompound::put_CASN(BSTR value) noexcept { return takeCopy(identity_.casNumber, value); }
-HRESULT COQSCompound::put_IUPACName(BSTR value) noexcept { return takeCopy(identity_.iupacName, value); }
-HRESULT COQSCompound::put_ChemicalFormula(BSTR value) noexcept { return takeCopy(identity_.chemicalFormula, value); }
+HRESULT COQSCompound::get_Name(BSTR* value) noexcept { return giveCopy(content_.identity.name, value); }
+HRESULT COQSCompound::get_CASN(BSTR* value) noexcept { return giveCopy(content_.identity.casNumber, value); }
+HRESULT COQSCompound::get_IUPACName(BSTR* value) noexcept { return giveCopy(content_.identity.iupacName, value); }
+HRESULT COQSCompound::get_ChemicalFormula(BSTR* value) noexcept {
+  return giveCopy(content_.identity.chemicalFormula, value);
+}
+HRESULT COQSCompound::put_Name(BSTR value) noexcept { return takeCopy(content_.identity.name, value); }
+HRESULT COQSCompound::put_CASN(BSTR value) noexcept { return takeCopy(content_.identity.casNumber, value); }
+HRESULT COQSCompound::put_IUPACName(BSTR value) noexcept { return takeCopy(content_.identity.iupacName, value); }
+HRESULT COQSCompound::put_ChemicalFormula(BSTR value) noexcept {
+  return takeCopy(content_.identity.chemicalFormula, value);
+}
 
-HRESULT COQSCompound::get_PPAttribute(INT* value) noexcept { return getInteger(identity_.ppAttribute, value); }
-HRESULT COQSCompound::get_PPDSID(INT* value) noexcept { return getInteger(identity_.ppdsId, value); }
-HRESULT COQSCompound::get_DDBID(INT* value) noexcept { return getInteger(identity_.ddbId, value); }
-HRESULT COQSCompound::get_DIPPRID(INT* value) noexcept { return getInteger(identity_.dipprId, value); }
-HRESULT COQSCompound::get_CMAID(INT* value) noexcept { return getInteger(identity_.cmaId, value); }
-HRESULT COQSCompound::put_PPAttribute(INT value) noexcept { return putInteger(identity_.ppAttribute, value); }
-HRESULT COQSCompound::put_VelcorinID(INT value) noexcept { return putInteger(identity_.velcorinId, value); }
-HRESULT COQSCompound::put_PPDSID(INT value) noexcept { return putInteger(identity_.ppdsId, value); }
-HRESULT COQSCompound::put_DDBID(INT value) noexcept { return putInteger(identity_.ddbId, value); }
-HRESULT COQSCompound::put_DIPPRID(INT value) noexcept { return putInteger(identity_.dipprId, value); }
-HRESULT COQSCompound::put_CMAID(INT value) noexcept { return putInteger(identity_.cmaId, value); }
+HRESULT COQSCompound::get_PPAttribute(INT* value) noexcept { return getInteger(content_.identity.ppAttribute, value); }
+HRESULT COQSCompound::get_PPDSID(INT* value) noexcept { return getInteger(content_.identity.ppdsId, value); }
+HRESULT COQSCompound::get_DDBID(INT* value) noexcept { return getInteger(content_.identity.ddbId, value); }
+HRESULT COQSCompound::get_DIPPRID(INT* value) noexcept { return getInteger(content_.identity.dipprId, value); }
+HRESULT COQSCompound::get_CMAID(INT* value) noexcept { return getInteger(content_.identity.cmaId, value); }
+HRESULT COQSCompound::put_PPAttribute(INT value) noexcept { return putInteger(content_.identity.ppAttribute, value); }
+HRESULT COQSCompound::put_VelcorinID(INT value) noexcept { return putInteger(content_.identity.velcorinId, value); }
+HRESULT COQSCompound::put_PPDSID(INT value) noexcept { return putInteger(content_.identity.ppdsId, value); }
+HRESULT COQSCompound::put_DDBID(INT value) noexcept { return putInteger(content_.identity.ddbId, value); }
+HRESULT COQSCompound::put_DIPPRID(INT value) noexcept { return putInteger(content_.identity.dipprId, value); }
+HRESULT COQSCompound::put_CMAID(INT value) noexcept { return putInteger(content_.identity.cmaId, value); }
 
-HRESULT COQSCompound::knownVelcorinId(INT* value) noexcept { return getInteger(identity_.velcorinId, value); }
+HRESULT COQSCompound::knownVelcorinId(INT* value) noexcept { return getInteger(content_.identity.velcorinId, value); }
 HRESULT COQSCompound::basicVelcorinId(INT* value) noexcept {
-  *value = identity_.velcorinId;
+  *value = content_.identity.velcorinId;
   return S_OK;
 }
 
 HRESULT COQSCompound::get_NumberOfSynonymNames(INT* value) noexcept {
-  return getInteger(identity_.synonymCount, value);
+  return getInteger(content_.identity.synonymCount, value);
 }
-HRESULT COQSCompound::put_NumberOfSynonymNames(INT value) noexcept { return putInteger(identity_.synonymCount, value); }
+HRESULT COQSCompound::put_NumberOfSynonymNames(INT value) noexcept {
+  return putInteger(content_.identity.synonymCount, value);
+}
 
 HRESULT COQSCompound::get_SynonymName(INT index, BSTR* value) noexcept {
-  if (index < 0 || index >= identity_.synonymCount) return S_FALSE;
+  if (index < 0 || index >= content_.identity.synonymCount) return S_FALSE;
   const auto position = static_cast<std::size_t>(index);
   // A count that was put may promise more synonyms than were ever given.
   static const Bstr kNever;
-  return giveCopy(position < identity_.synonyms.size() ? identity_.synonyms[position] : kNever, value);
+  return giveCopy(position < content_.identity.synonyms.size() ? content_.identity.synonyms[position] : kNever, value);
 }
 
 HRESULT COQSCompound::put_SynonymName(INT index, BSTR value) noexcept {
-  return guarded([&] { return identity_.putSynonym(index, value); });
+  return guarded([&] { return content_.identity.putSynonym(index, value); });
 }
 
-HRESULT COQSCompound::IsWater() noexcept { return sameNumber(identity_.velcorinId, kWater); }
-HRESULT COQSCompound::IsDEG() noexcept { return sameNumber(identity_.velcorinId, kDiethyleneGlycol); }
-HRESULT COQSCompound::IsTEG() noexcept { return sameNumber(identity_.velcorinId, kTriethyleneGlycol); }
-HRESULT COQSCompound::IsEG() noexcept { return sameNumber(identity_.velcorinId, kEthyleneGlycol); }
-HRESULT COQSCompound::IsMethanol() noexcept { return sameNumber(identity_.velcorinId, kMethanol); }
+HRESULT COQSCompound::IsWater() noexcept { return sameNumber(content_.identity.velcorinId, kWater); }
+HRESULT COQSCompound::IsDEG() noexcept { return sameNumber(content_.identity.velcorinId, kDiethyleneGlycol); }
+HRESULT COQSCompound::IsTEG() noexcept { return sameNumber(content_.identity.velcorinId, kTriethyleneGlycol); }
+HRESULT COQSCompound::IsEG() noexcept { return sameNumber(content_.identity.velcorinId, kEthyleneGlycol); }
+HRESULT COQSCompound::IsMethanol() noexcept { return sameNumber(content_.identity.velcorinId, kMethanol); }
 
 }  // namespace qs

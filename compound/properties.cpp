@@ -1,4 +1,6 @@
 // Properties by name and by position: reading, storing, and the transformations of equations.
+#include <algorithm>
+
 #include "com/host_arrays.h"
 #include "compound/compound.h"
 #include "compound/new_property.h"
@@ -37,12 +39,13 @@ PropertyPtr named(PropertyPtr property, WideView name, tagPropTypeEnum kind) {
   return property;
 }
 
-std::vector<double> elementsOf(IRealArrayDisp* array) {
+// The first elements of an array, `most` at the most.
+std::vector<double> elementsOf(IRealArrayDisp* array, LONG most) {
   std::vector<double> values;
   if (!array) return values;
   LONG size = 0;
   check(array->get_Size(&size));
-  for (LONG i = 0; i < size; ++i) {
+  for (LONG i = 0; i < std::min(size, most); ++i) {
     double value = kEmptyValue;
     check(array->get_IthValue(i, &value));
     values.push_back(value);
@@ -77,7 +80,7 @@ PropertyPtr newPoint(WideView name, double value) {
 }
 
 HRESULT COQSCompound::GetNumbOfProperty(BYTE fixed, INT* count) noexcept {
-  *count = isFixed(fixed) ? kKeyCount : static_cast<INT>(properties_.others().size());
+  *count = isFixed(fixed) ? kKeyCount : static_cast<INT>(content_.properties.others().size());
   return S_OK;
 }
 
@@ -91,9 +94,9 @@ HRESULT COQSCompound::GetPropertyName(BYTE fixed, INT index, BSTR* name, tagProp
     if (isFixed(fixed)) {
       const Key place = kKeysByName[static_cast<std::size_t>(index)];
       key = nameOf(place);
-      property = properties_[place];
+      property = content_.properties[place];
     } else {
-      const auto& entry = *std::next(properties_.others().begin(), index);
+      const auto& entry = *std::next(content_.properties.others().begin(), index);
       key = entry.first;
       property = entry.second.get();
     }
@@ -105,11 +108,11 @@ HRESULT COQSCompound::GetPropertyName(BYTE fixed, INT index, BSTR* name, tagProp
 
 HRESULT COQSCompound::GetPropertyValue(BSTR name, double temperature, double pressure, tagExtrapolationEnum method,
                                        LONG* dependencies, double* value) noexcept {
-  return valueOf(properties_.find(viewOf(name)).property, temperature, pressure, method, dependencies, value);
+  return valueOf(content_.properties.find(viewOf(name)).property, temperature, pressure, method, dependencies, value);
 }
 
 HRESULT COQSCompound::GetPropertyType(BSTR name, tagPropTypeEnum* type) noexcept {
-  const PropertyTable::Entry entry = properties_.find(viewOf(name));
+  const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
   *type = entry.property ? kindOf(*entry.property) : VoidProp;
   // Among the other names an entry without an object counts as a void property.
   const bool known = entry.property || (entry.present && !entry.fixed);
@@ -120,7 +123,7 @@ HRESULT COQSCompound::GetEquationProperty(BSTR name, tagEquationShapeEnum* shape
                                           double* tMax, double* pMin, double* pMax, INT* parameterCount,
                                           IRealArrayDisp** parameters) noexcept {
   return guarded([&] {
-    const PropertyTable::Entry entry = properties_.find(viewOf(name));
+    const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
     if (!entry.present) return S_FALSE;
     if (!isEquation(entry.property)) {
       *shape = PropCurveVoid;
@@ -130,24 +133,31 @@ HRESULT COQSCompound::GetEquationProperty(BSTR name, tagEquationShapeEnum* shape
       *parameters = nullptr;
       return S_FALSE;
     }
+    // Copies: the host makes the array, and may take the equation away meanwhile.
     const CQSAbstractProp& equation = *entry.property;
     const std::vector<double> coefficients = coefficientsOf(equation);
-    auto array = newRealArray(coefficients);
+    Bstr formula;
     LONG number = 0;
+    double range[4];
+    equation.GetForm(formula.out());
     equation.GetShape(&number);
-    equation.GetForm(form);
-    *shape = static_cast<tagEquationShapeEnum>(number);
-    equation.GetTRange(tMin, tMax);
-    equation.GetPRange(pMin, pMax);
+    equation.GetTRange(&range[0], &range[1]);
+    equation.GetPRange(&range[2], &range[3]);
+    *parameters = newRealArray(coefficients).release();
     *parameterCount = static_cast<INT>(coefficients.size());
-    *parameters = array.release();
+    *form = formula.release();
+    *shape = static_cast<tagEquationShapeEnum>(number);
+    *tMin = range[0];
+    *tMax = range[1];
+    *pMin = range[2];
+    *pMax = range[3];
     return S_OK;
   });
 }
 
 HRESULT COQSCompound::GetCOMProperty(BSTR name, BSTR* className, IPCProperty** component) noexcept {
   return guarded([&] {
-    const PropertyTable::Entry entry = properties_.find(viewOf(name));
+    const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
     if (!entry.present) return S_FALSE;
     *className = nullptr;
     *component = nullptr;
@@ -176,16 +186,18 @@ HRESULT COQSCompound::GetCommonPropertyName(INT index, BSTR* name, tagPropTypeEn
 HRESULT COQSCompound::SetPointProperty(BSTR name, BYTE fixed, double value) noexcept {
   return guarded([&] {
     PropertyPtr point = newPoint(viewOf(name), value);
-    return properties_.AddPropertyToMap(viewOf(name), isFixed(fixed), point);
+    return content_.properties.AddPropertyToMap(viewOf(name), isFixed(fixed), point);
   });
 }
 
 HRESULT COQSCompound::SetEquationProperty(BSTR name, BYTE fixed, tagEquationShapeEnum shape, double tMin, double tMax,
                                           double pMin, double pMax, IRealArrayDisp* parameters) noexcept {
   return guarded([&] {
-    const std::vector<double> coefficients = elementsOf(parameters);
+    const EquationForm* form = findForm(LONG{shape});
+    if (!form) return E_FAIL;
+    const std::vector<double> coefficients = elementsOf(parameters, form->coefficients);
     PropertyPtr equation = newEquation(viewOf(name), {shape, tMin, tMax, pMin, pMax, coefficients});
-    return properties_.AddPropertyToMap(viewOf(name), isFixed(fixed), equation);
+    return content_.properties.AddPropertyToMap(viewOf(name), isFixed(fixed), equation);
   });
 }
 
@@ -195,17 +207,17 @@ HRESULT COQSCompound::SetCOMProperty(BSTR name, BYTE fixed, BSTR className, IPCP
     property->SetCOMClassName(className);
     property->SetCOMObject(component);
     // A name that the fixed map refuses is not reported.
-    properties_.AddPropertyToMap(viewOf(name), isFixed(fixed), property);
+    content_.properties.AddPropertyToMap(viewOf(name), isFixed(fixed), property);
     return S_OK;
   });
 }
 
 HRESULT COQSCompound::ErasePropFromMap(BSTR name, BYTE fixed) noexcept {
-  return properties_.erase(viewOf(name), isFixed(fixed));
+  return content_.properties.erase(viewOf(name), isFixed(fixed));
 }
 
 HRESULT COQSCompound::FindProperty(BSTR name, BYTE* found, BYTE* fixed) noexcept {
-  const PropertyTable::Entry entry = properties_.find(viewOf(name));
+  const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
   *found = entry.property ? 1 : 0;
   *fixed = entry.fixed ? 1 : 0;
   return entry.property ? S_OK : S_FALSE;
@@ -224,27 +236,24 @@ HRESULT COQSCompound::GetEquationInfo(tagEquationShapeEnum shape, BSTR* form, IN
 HRESULT COQSCompound::SetVoidProperty(BSTR name, BYTE fixed) noexcept {
   return guarded([&] {
     PropertyPtr property = named(std::make_unique<CQSVoidProp>(), viewOf(name), VoidProp);
-    return properties_.AddPropertyToMap(viewOf(name), isFixed(fixed), property);
+    return content_.properties.AddPropertyToMap(viewOf(name), isFixed(fixed), property);
   });
 }
 
 HRESULT COQSCompound::GetPropertyLoader(BSTR name, BSTR* loader) noexcept {
-  const Bstr* found = properties_.loaderOf(viewOf(name));
-  return found ? giveCopy(*found, loader) : S_FALSE;
+  const CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
+  return property && property->Loader ? giveCopy(property->Loader, loader) : S_FALSE;
 }
 
 HRESULT COQSCompound::SetPropertyLoader(BSTR name, BSTR loader) noexcept {
-  return guarded([&] {
-    if (!properties_.find(viewOf(name)).property) return S_FALSE;
-    properties_.setLoader(viewOf(name), Bstr::copyOf(loader));
-    return S_OK;
-  });
+  CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
+  return property ? takeCopy(property->Loader, loader) : S_FALSE;
 }
 
 HRESULT COQSCompound::GetEquationPropertyXYShape(BSTR name, tagXYShapeEnum* xShape, tagXYShapeEnum* yShape,
                                                  double* xNorm, double* yNorm, double* xPow, double* yPow, double* a,
                                                  double* b) noexcept {
-  const PropertyTable::Entry entry = properties_.find(viewOf(name));
+  const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
   if (!entry.present) return S_FALSE;
   if (!isEquation(entry.property)) {
     *xShape = *yShape = eNoShapeDefined;
@@ -264,7 +273,7 @@ HRESULT COQSCompound::GetEquationPropertyXYShape(BSTR name, tagXYShapeEnum* xSha
 
 HRESULT COQSCompound::SetEquationPropertyXYShape(BSTR name, tagXYShapeEnum xShape, tagXYShapeEnum yShape, double xNorm,
                                                  double yNorm, double xPow, double yPow, double a, double b) noexcept {
-  CQSAbstractProp* property = properties_.find(viewOf(name)).property;
+  CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
   if (!isEquation(property)) return S_FALSE;
   property->SetXYShape(xShape, yShape);
   property->SetXYNorm(xNorm, yNorm);

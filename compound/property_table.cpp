@@ -1,5 +1,7 @@
 #include "compound/property_table.h"
 
+#include <algorithm>
+
 #include "props/curve.h"
 
 namespace qs {
@@ -31,6 +33,7 @@ PropertyPtr duplicate(const CQSAbstractProp& source) {
   PropertyPtr copy = emptyLike(source, type);
   copy->SetType(type);
   copy->Copy(&source);
+  copy->Loader = Bstr::copyOf(source.Loader.get());
   if (type == COMProp) {
     Bstr className;
     ComPtr<IPCProperty> component;
@@ -52,12 +55,9 @@ HRESULT PropertyTable::AddPropertyToMap(WideView name, bool fixed, PropertyPtr& 
   if (fixed) {
     const auto key = findKey(name);
     if (!key) return S_FALSE;
-    forgetLoader(name);
-    slots_[static_cast<std::size_t>(*key)] = std::move(prop);
+    std::swap(slots_[static_cast<std::size_t>(*key)], prop);
   } else {
-    PropertyPtr& entry = others_[WideString(name)];
-    forgetLoader(name);
-    entry = std::move(prop);
+    std::swap(others_[WideString(name)], prop);
   }
   return S_OK;
 }
@@ -66,32 +66,17 @@ HRESULT PropertyTable::erase(WideView name, bool fixed) {
   if (fixed) {
     const auto key = findKey(name);
     if (!key || !(*this)[*key]) return S_FALSE;
-    slots_[static_cast<std::size_t>(*key)].reset();
+    const PropertyPtr old = std::move(slots_[static_cast<std::size_t>(*key)]);
   } else {
     const auto found = others_.find(name);
     if (found == others_.end()) return S_FALSE;
-    others_.erase(found);
+    const auto old = others_.extract(found);
   }
-  forgetLoader(name);
   return S_OK;
 }
 
-void PropertyTable::clear() { *this = PropertyTable(); }
-
-const Bstr* PropertyTable::loaderOf(WideView name) const {
-  const auto found = loaders_.find(name);
-  return found == loaders_.end() ? nullptr : &found->second;
-}
-
-void PropertyTable::setLoader(WideView name, Bstr loader) {
-  if (loader)
-    loaders_[WideString(name)] = std::move(loader);
-  else
-    forgetLoader(name);
-}
-
-void PropertyTable::forgetLoader(WideView name) {
-  if (const auto found = loaders_.find(name); found != loaders_.end()) loaders_.erase(found);
+bool PropertyTable::empty() const {
+  return others_.empty() && std::none_of(slots_.begin(), slots_.end(), [](const PropertyPtr& slot) { return !!slot; });
 }
 
 PropertyTable PropertyTable::copy() const {
@@ -99,7 +84,6 @@ PropertyTable PropertyTable::copy() const {
   for (std::size_t i = 0; i < slots_.size(); ++i)
     if (slots_[i]) result.slots_[i] = duplicate(*slots_[i]);
   for (const auto& [name, property] : others_) result.others_.emplace(name, property ? duplicate(*property) : nullptr);
-  for (const auto& [name, loader] : loaders_) result.loaders_.emplace(name, Bstr::copyOf(loader.get()));
   return result;
 }
 

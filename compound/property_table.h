@@ -13,7 +13,7 @@ namespace qs {
 
 using PropertyPtr = std::unique_ptr<CQSAbstractProp>;
 
-// A new object with the name, kind, content and external component of another.
+// A new object with the name, loader, kind, content and external component of another.
 PropertyPtr duplicate(const CQSAbstractProp& source);
 
 class PropertyTable {
@@ -33,29 +33,22 @@ class PropertyTable {
   // A fixed key hides the same name in the other map.
   Entry find(WideView name) const;
 
-  // Stores an object under a name and destroys the one that stood there. S_FALSE, and the caller keeps the object, when
-  // `fixed` is set and the name is no fixed key.
+  // Stores an object under a name; the caller gets the one that stood there, or null. S_FALSE, and the caller keeps the
+  // object, when `fixed` is set and the name is no fixed key.
   HRESULT AddPropertyToMap(WideView name, bool fixed, PropertyPtr& prop);
 
   // Destroys the object under a name of the fixed or the other map; S_FALSE when there is none.
   HRESULT erase(WideView name, bool fixed);
 
-  void clear();
-
-  // The name of the loader that a property came from, null for none; it goes with the property. A null name takes it
-  // away.
-  const Bstr* loaderOf(WideView name) const;
-  void setLoader(WideView name, Bstr loader);
+  // Whether no name has an object.
+  bool empty() const;
 
   // A table of duplicates of everything in this one.
   PropertyTable copy() const;
 
  private:
-  void forgetLoader(WideView name);
-
   std::array<PropertyPtr, kKeyCount> slots_;
   OtherMap others_;
-  std::map<WideString, Bstr, std::less<>> loaders_;
 };
 
 }  // namespace qs

@@ -26,22 +26,26 @@ HRESULT fill(INT groupCount, IIntegerArrayDisp* source, INT& count, std::vector<
 }  // namespace
 
 HRESULT COQSCompound::get_UNIFAC1NumberOfGroups(INT* value) noexcept {
-  *value = identity_.groupCount;
-  return identity_.groupCount == kEmptyInteger ? S_FALSE : S_OK;
+  *value = content_.identity.groupCount;
+  return content_.identity.groupCount == kEmptyInteger ? S_FALSE : S_OK;
 }
 
 HRESULT COQSCompound::put_UNIFAC1NumberOfGroups(INT value) noexcept {
-  identity_.groupCount = value;
+  content_.identity.groupCount = value;
   return S_OK;
 }
 
 HRESULT COQSCompound::get_UNIFAC1Groups(IDispatch** types, IDispatch** counts) noexcept {
   return guarded([&] {
-    auto typeArray = newIntegerArray(identity_.groupTypes);
-    auto countArray = newIntegerArray(identity_.groupCounts);
+    // Copies: the host makes the arrays, and may put other groups meanwhile.
+    const INT groupCount = content_.identity.groupCount;
+    const std::vector<LONG> groupTypes = content_.identity.groupTypes;
+    const std::vector<LONG> groupCounts = content_.identity.groupCounts;
+    auto typeArray = newIntegerArray(groupTypes);
+    auto countArray = newIntegerArray(groupCounts);
     *types = typeArray.release();
     *counts = countArray.release();
-    return identity_.groupCount == kEmptyInteger ? S_FALSE : S_OK;
+    return groupCount == kEmptyInteger ? S_FALSE : S_OK;
   });
 }
 
@@ -54,19 +58,19 @@ HRESULT COQSCompound::put_UNIFAC1Groups(INT groupCount, IDispatch* types, IDispa
     if (typesFilled != S_OK) return typesFilled;
     const HRESULT countsFilled = fill(groupCount, ComPtr<IIntegerArrayDisp>::from(counts).get(), count, newCounts);
     if (countsFilled != S_OK) return countsFilled;
-    identity_.groupCount = count;
-    identity_.groupTypes = std::move(newTypes);
-    identity_.groupCounts = std::move(newCounts);
+    content_.identity.groupCount = count;
+    content_.identity.groupTypes = std::move(newTypes);
+    content_.identity.groupCounts = std::move(newCounts);
     return S_OK;
   });
 }
 
 HRESULT COQSCompound::put_VELUNIFACNoGr(INT groupCount, IIntegerArrayDisp* counts) noexcept {
-  return fill(groupCount, counts, identity_.groupCount, identity_.groupCounts);
+  return fill(groupCount, counts, content_.identity.groupCount, content_.identity.groupCounts);
 }
 
 HRESULT COQSCompound::put_VELUNIFACSubGr(INT groupCount, IIntegerArrayDisp* types) noexcept {
-  return fill(groupCount, types, identity_.groupCount, identity_.groupTypes);
+  return fill(groupCount, types, content_.identity.groupCount, content_.identity.groupTypes);
 }
 
 }  // namespace qs

@@ -32,12 +32,17 @@ double COQSCompound::standardValue(const CQSAbstractProp& property) {
 }
 
 HRESULT COQSCompound::standardValues(Key first, Key second, double* firstValue, double* secondValue) const noexcept {
-  const CQSAbstractProp* one = properties_[first];
-  const CQSAbstractProp* two = properties_[second];
-  if (!one || !two) return S_FALSE;
-  *firstValue = standardValue(*one);
-  *secondValue = standardValue(*two);
-  return *firstValue == kEmptyValue || *secondValue == kEmptyValue ? S_FALSE : S_OK;
+  return guarded([&] {
+    const PropertyTable& properties = content_.properties;
+    if (!properties[first] || !properties[second]) return S_FALSE;
+    const double one = standardValue(*properties[first]);
+    // The first may be a component that takes the second away.
+    if (!properties[second]) return S_FALSE;
+    const double two = standardValue(*properties[second]);
+    *firstValue = one;
+    *secondValue = two;
+    return one == kEmptyValue || two == kEmptyValue ? S_FALSE : S_OK;
+  });
 }
 
 HRESULT COQSCompound::get_ViscosityThetas(double* thetaA, double* thetaB) noexcept {

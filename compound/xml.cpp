@@ -15,37 +15,59 @@ HRESULT COQSCompound::StoreAsXML(BSTR* text) noexcept { return StoreAsXMLEx(xmlD
 HRESULT COQSCompound::StoreAsXMLEx(INT form, BSTR* text) noexcept {
   return guarded([&] {
     XmlText xml(XmlForm(form), kExpectedLength);
-    writeCompound(xml, identity_, properties_, userProperties_);
+    writeCompound(xml, content_);
     *text = xml.take().release();
     return S_OK;
   });
 }
 
 HRESULT COQSCompound::StartElement(BSTR name, TaggedAttributes* attributes) noexcept {
-  return guarded([&] {
+  const HRESULT result = guarded([&] {
     if (!xmlReader_) {
       if (viewOf(name) != XmlReader::kCompound) return S_FALSE;
-      xmlReader_ = std::make_shared<XmlReader>(identity_, properties_, userProperties_);
+      if (!beforeText_) beforeText_ = std::make_unique<CompoundContent>(content_.copy());
+      xmlReader_ = std::make_shared<XmlReader>(content_);
     }
     const auto reader = xmlReader_;
     return reader->startElement(viewOf(name), attributes);
   });
+  if (FAILED(result)) undoReading();
+  return result;
 }
 
 HRESULT COQSCompound::EndElement(BSTR name) noexcept {
-  if (xmlReader_ && xmlReader_->endElement(viewOf(name))) xmlReader_.reset();
+  if (!xmlReader_ || !xmlReader_->endElement(viewOf(name))) return S_OK;
+  xmlReader_.reset();
+  if (!inDocument_) endReading();
   return S_OK;
 }
 
 HRESULT COQSCompound::StartDocument() noexcept {
-  xmlReader_.reset();
+  endReading();
+  inDocument_ = true;
   return S_OK;
 }
 
-HRESULT COQSCompound::EndDocument() noexcept { return StartDocument(); }
+HRESULT COQSCompound::EndDocument() noexcept {
+  endReading();
+  return S_OK;
+}
 
-// What was built before the error stays.
-HRESULT COQSCompound::Error() noexcept { return StartDocument(); }
+HRESULT COQSCompound::Error() noexcept {
+  undoReading();
+  return S_OK;
+}
+
+void COQSCompound::endReading() {
+  xmlReader_.reset();
+  inDocument_ = false;
+  const auto before = std::move(beforeText_);
+}
+
+void COQSCompound::undoReading() {
+  if (beforeText_) std::swap(content_, *beforeText_);
+  endReading();
+}
 
 HRESULT COQSCompound::CharacterData(BSTR) noexcept { return S_OK; }
 HRESULT COQSCompound::Comment() noexcept { return S_OK; }

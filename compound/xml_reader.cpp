@@ -20,9 +20,10 @@ constexpr XmlTag kValue{OLESTR("VALUE")};
 
 HRESULT resultOf(bool complete) { return complete ? S_OK : S_FALSE; }
 
+// Null for a number that is no shape.
 PropertyPtr newEquationOf(INT shape) {
   CQSAbstractProp* equation = nullptr;
-  return CreateEquationProp(shape, &equation) == S_OK ? PropertyPtr(equation) : nullptr;
+  return succeeded(CreateEquationProp(shape, &equation)) ? PropertyPtr(equation) : nullptr;
 }
 
 template <class Property>
@@ -39,7 +40,7 @@ bool recallComponent(CQSAbstractProp& property, const Bstr& className, WideView 
   property.SetCOMClassName(storedName ? storedName.get() : className.get());
   const auto component = newComponent<IPCProperty>(className ? className.get() : storedName.get());
   Bstr content(parts.content);
-  const bool recalled = component && SUCCEEDED(component->Recall(content.get()));
+  const bool recalled = component && succeeded(component->Recall(content.get()));
   if (recalled)
     property.SetCOMObject(component.get());
   else
@@ -103,44 +104,44 @@ HRESULT XmlReader::skip(WideView name) {
 
 HRESULT XmlReader::startCompound(const XmlAttributes& attributes) {
   attributes.read(XmlTag(OLESTR("VERSION")), version_);
-  attributes.read(XmlTag(OLESTR("CompIdx")), identity_.compoundIndex);
-  attributes.read(XmlTag(OLESTR("Name")), identity_.name);
-  attributes.read(XmlTag(OLESTR("Formula")), identity_.chemicalFormula);
-  attributes.read(XmlTag(OLESTR("FamilyArribute")), identity_.family);
-  attributes.read(XmlTag(OLESTR("SubFamily")), identity_.subFamily);
-  attributes.read(XmlTag(OLESTR("NonCondensable")), identity_.nonCondensable);
-  attributes.read(XmlTag(OLESTR("PPAttribute")), identity_.ppAttribute);
-  attributes.read(XmlTag(OLESTR("VelcorinID")), identity_.velcorinId);
-  attributes.read(XmlTag(OLESTR("CASN")), identity_.casNumber);
-  attributes.read(XmlTag(OLESTR("IUPACName")), identity_.iupacName);
-  attributes.read(XmlTag(OLESTR("PPDSID")), identity_.ppdsId);
-  attributes.read(XmlTag(OLESTR("DDBID")), identity_.ddbId);
-  attributes.read(XmlTag(OLESTR("DIPPRID")), identity_.dipprId);
-  attributes.read(XmlTag(OLESTR("CMAID")), identity_.cmaId);
+  attributes.read(XmlTag(OLESTR("CompIdx")), content_.identity.compoundIndex);
+  attributes.read(XmlTag(OLESTR("Name")), content_.identity.name);
+  attributes.read(XmlTag(OLESTR("Formula")), content_.identity.chemicalFormula);
+  attributes.read(XmlTag(OLESTR("FamilyArribute")), content_.identity.family);
+  attributes.read(XmlTag(OLESTR("SubFamily")), content_.identity.subFamily);
+  attributes.read(XmlTag(OLESTR("NonCondensable")), content_.identity.nonCondensable);
+  attributes.read(XmlTag(OLESTR("PPAttribute")), content_.identity.ppAttribute);
+  attributes.read(XmlTag(OLESTR("VelcorinID")), content_.identity.velcorinId);
+  attributes.read(XmlTag(OLESTR("CASN")), content_.identity.casNumber);
+  attributes.read(XmlTag(OLESTR("IUPACName")), content_.identity.iupacName);
+  attributes.read(XmlTag(OLESTR("PPDSID")), content_.identity.ppdsId);
+  attributes.read(XmlTag(OLESTR("DDBID")), content_.identity.ddbId);
+  attributes.read(XmlTag(OLESTR("DIPPRID")), content_.identity.dipprId);
+  attributes.read(XmlTag(OLESTR("CMAID")), content_.identity.cmaId);
   return S_OK;
 }
 
 HRESULT XmlReader::startSynonyms(const XmlAttributes& attributes) {
-  identity_.synonyms.clear();
+  content_.identity.synonyms.clear();
   synonyms_ = 0;
-  return resultOf(attributes.read(kNumber, identity_.synonymCount));
+  return resultOf(attributes.read(kNumber, content_.identity.synonymCount));
 }
 
 // A synonym may be null, and then has no name.
 HRESULT XmlReader::addSynonym(const XmlAttributes& attributes) {
   Bstr name;
   attributes.read(kName, name);
-  const HRESULT stored = identity_.putSynonym(synonyms_, name.get());
+  const HRESULT stored = content_.identity.putSynonym(synonyms_, name.get());
   if (stored == S_OK) ++synonyms_;
   return stored;
 }
 
 // A synonym that is kept past the count.
 HRESULT XmlReader::addUnusedSynonym(const XmlAttributes& attributes) {
-  if (identity_.synonyms.size() >= kMostSynonyms) return S_FALSE;
   Bstr name;
   attributes.read(kName, name);
-  identity_.synonyms.push_back(std::move(name));
+  if (content_.identity.synonyms.size() >= kMostSynonyms) return S_FALSE;
+  content_.identity.synonyms.push_back(std::move(name));
   return S_OK;
 }
 
@@ -151,9 +152,9 @@ HRESULT XmlReader::startGroups(const XmlAttributes& attributes) {
     place_ = InCompound;
     return skip(OLESTR("GroupProperty"));
   }
-  identity_.groupTypes.clear();
-  identity_.groupCounts.clear();
-  return resultOf(attributes.read(kNumber, identity_.groupCount));
+  content_.identity.groupTypes.clear();
+  content_.identity.groupCounts.clear();
+  return resultOf(attributes.read(kNumber, content_.identity.groupCount));
 }
 
 HRESULT XmlReader::addGroup(const XmlAttributes& attributes) {
@@ -161,8 +162,8 @@ HRESULT XmlReader::addGroup(const XmlAttributes& attributes) {
   INT count = kEmptyInteger;
   const bool hasType = attributes.read(XmlTag(OLESTR("ID")), type);
   const bool hasCount = attributes.read(kNumber, count);
-  if (hasType) identity_.groupTypes.push_back(type);
-  if (hasCount) identity_.groupCounts.push_back(count);
+  if (hasType) content_.identity.groupTypes.push_back(type);
+  if (hasCount) content_.identity.groupCounts.push_back(count);
   return resultOf(hasType || hasCount);
 }
 
@@ -172,7 +173,7 @@ HRESULT XmlReader::startProperty(const XmlAttributes& attributes) {
   if (!attributes.read(kName, pending.name) || !attributes.read(XmlTag(OLESTR("TYPE")), type)) return S_FALSE;
 
   if (type.view() == OLESTR("VOID")) {
-    properties_.erase(pending.name.view(), pending.fixed);
+    content_.properties.erase(pending.name.view(), pending.fixed);
     return S_OK;
   }
   if (type.view() == OLESTR("VoidProp")) {
@@ -223,13 +224,13 @@ HRESULT XmlReader::addUserProperty(const XmlAttributes& attributes) {
   property.content = Bstr(parts.content);
   bool complete = property.component && parts.content.empty();
   if (const auto receiver = ComPtr<ICOMUserProp>::from(property.component.get())) {
-    complete = SUCCEEDED(receiver->Recall(property.content.get()));
+    complete = succeeded(receiver->Recall(property.content.get()));
     if (complete)
       property.content = Bstr();
     else
       property.component = ComPtr<IDispatch>();
   }
-  userProperties_.insert_or_assign(WideString(name.view()), std::move(property));
+  std::swap(content_.userProperties[WideString(name.view())], property);
   return resultOf(complete);
 }
 
@@ -239,7 +240,7 @@ HRESULT XmlReader::addPoint(const XmlAttributes& attributes) {
   if (!attributes.read(kName, name)) return S_FALSE;
   attributes.read(kValue, value);
   PropertyPtr point = newPoint(name.view(), value);
-  return properties_.AddPropertyToMap(name.view(), true, point);
+  return content_.properties.AddPropertyToMap(name.view(), true, point);
 }
 
 HRESULT XmlReader::startEquation(const XmlAttributes& attributes) {
@@ -283,9 +284,8 @@ HRESULT XmlReader::addCoefficient(const XmlAttributes& attributes) {
 
 HRESULT XmlReader::store(Pending& pending) {
   pending.property->Name = Bstr::copyOf(pending.name.get());
-  const HRESULT stored = properties_.AddPropertyToMap(pending.name.view(), pending.fixed, pending.property);
-  if (stored == S_OK && pending.loader) properties_.setLoader(pending.name.view(), std::move(pending.loader));
-  return stored;
+  pending.property->Loader = std::move(pending.loader);
+  return content_.properties.AddPropertyToMap(pending.name.view(), pending.fixed, pending.property);
 }
 
 }  // namespace qs

@@ -3,9 +3,7 @@
 
 #include <optional>
 
-#include "compound/identity.h"
-#include "compound/property_table.h"
-#include "compound/user_properties.h"
+#include "compound/content.h"
 #include "persist/xml_events.h"
 
 namespace qs {
@@ -14,15 +12,15 @@ namespace qs {
 // grows with what arrives, never with a number that the text states.
 class XmlReader {
  public:
-  XmlReader(Identity& identity, PropertyTable& properties, UserProperties& userProperties)
-      : identity_(identity), properties_(properties), userProperties_(userProperties) {}
+  explicit XmlReader(CompoundContent& content) : content_(content) {}
 
   // The name of the element that a reader is for.
   static constexpr WideView kCompound = OLESTR("Compound");
 
   // S_OK when all that the element says was taken over. S_FALSE when the element is passed over, with all that it holds
   // if it is unknown or out of place, and when a property is refused, or is stored without the component that it names.
-  // An attribute that is missing leaves what it would set as it was. Null attributes count as none.
+  // An attribute that is missing leaves what it would set as it was. Null attributes count as none. Throws CQSCOMError
+  // with E_OUTOFMEMORY, of a component too, and what components throw: the content is then partly read.
   HRESULT startElement(WideView name, TaggedAttributes* attributes);
 
   // Whether the element that ends is the compound itself.
@@ -75,9 +73,7 @@ class XmlReader {
   HRESULT skip(WideView name);
   HRESULT store(Pending& pending);
 
-  Identity& identity_;
-  PropertyTable& properties_;
-  UserProperties& userProperties_;
+  CompoundContent& content_;
 
   unsigned place_ = InNothing;
   INT version_ = 0;

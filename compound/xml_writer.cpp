@@ -50,8 +50,8 @@ class Writer {
   void attribute(WideView name, INT value, WideView end = OLESTR("\" \n"));
 
   void emptySlot(Key key);
-  // The element named `element` of a property under a name, with the loader that the complete form keeps.
-  void property(WideView element, WideView name, const CQSAbstractProp& property, const Bstr* loader);
+  // The element named `element` of a property under a name.
+  void property(WideView element, WideView name, const CQSAbstractProp& property);
   void openProperty(WideView element, WideView name) {
     text_ << OLESTR("      <") << element << OLESTR(" NAME=\"");
     text_.value(name) << OLESTR("\"   TYPE = \"");
@@ -138,7 +138,7 @@ void Writer::groups(const Identity& identity) {
 void Writer::properties(const PropertyTable& table) {
   for (const Key key : kWritingOrder) {
     if (const CQSAbstractProp* fixed = table[key])
-      property(OLESTR("FixedProperty"), nameOf(key), *fixed, table.loaderOf(nameOf(key)));
+      property(OLESTR("FixedProperty"), nameOf(key), *fixed);
     else
       emptySlot(key);
   }
@@ -146,7 +146,7 @@ void Writer::properties(const PropertyTable& table) {
   const PropertyTable::OtherMap& others = table.others();
   for (auto next = others.begin(); next != others.end();) {
     const WideString name = next->first;
-    if (next->second) property(OLESTR("AdditionProperty"), name, *next->second, table.loaderOf(name));
+    if (next->second) property(OLESTR("AdditionProperty"), name, *next->second);
     next = others.upper_bound(name);
   }
 }
@@ -158,7 +158,7 @@ void Writer::emptySlot(Key key) {
   closeProperty(OLESTR("FixedProperty"));
 }
 
-void Writer::property(WideView element, WideView name, const CQSAbstractProp& property, const Bstr* loader) {
+void Writer::property(WideView element, WideView name, const CQSAbstractProp& property) {
   LONG kind = VoidProp;
   property.GetType(&kind);
   if (kind == VoidProp && !complete_) return;
@@ -180,9 +180,9 @@ void Writer::property(WideView element, WideView name, const CQSAbstractProp& pr
     default:
       text_ << OLESTR("VoidProp\"   EQUATIONSHAPE = \"1000\"   CLASSID = \"VOID\"");
   }
-  if (complete_ && loader) {
+  if (complete_ && property.Loader) {
     text_ << OLESTR("   LOADER = \"");
-    text_.value(loader->view()) << OLESTR("\"");
+    text_.value(property.Loader.view()) << OLESTR("\"");
   }
   text_ << OLESTR(">\n           <PropertyContent CONTENT = \"");
   content(property, kind);
@@ -262,7 +262,7 @@ void Writer::component(const CQSAbstractProp& component) {
   component.GetCOMObject(object.out());
   Bstr content = Bstr::copyOf(static_cast<const CQSCOMProp&>(component).keptContent().get());
   // From here on the property may be gone: its component may put another in its place.
-  if (const HRESULT stored = object ? object->Store(content.out()) : S_OK; complete_) check(stored);
+  if (object) check(object->Store(content.out()));
   componentText(OLESTR("ClassName("), name, content);
 }
 
@@ -282,7 +282,8 @@ void Writer::userProperties(const UserProperties& properties) {
     const WideString name = next->first;
     const Bstr classId = Bstr::copyOf(next->second.classId.get());
     Bstr content = Bstr::copyOf(next->second.content.get());
-    if (const auto store = ComPtr<ICOMUserProp>::from(next->second.component.get())) check(store->Store(content.out()));
+    const ComPtr<IDispatch> component = next->second.component;
+    if (const auto store = ComPtr<ICOMUserProp>::from(component.get())) check(store->Store(content.out()));
     text_ << OLESTR("      <UserProperty NAME=\"");
     text_.value(name) << OLESTR("\"   CONTENT = \"");
     componentText(OLESTR("ClassID("), classId, content);
@@ -293,14 +294,13 @@ void Writer::userProperties(const UserProperties& properties) {
 
 }  // namespace
 
-void writeCompound(XmlText& text, const Identity& identity, const PropertyTable& properties,
-                   const UserProperties& userProperties) {
+void writeCompound(XmlText& text, const CompoundContent& content) {
   Writer writer(text);
-  writer.openCompound(identity);
-  writer.synonyms(identity);
-  writer.groups(identity);
-  writer.properties(properties);
-  writer.userProperties(userProperties);
+  writer.openCompound(content.identity);
+  writer.synonyms(content.identity);
+  writer.groups(content.identity);
+  writer.properties(content.properties);
+  writer.userProperties(content.userProperties);
   writer.closeCompound();
 }
 

@@ -21,19 +21,19 @@ struct XmlTag {
 };
 
 // The attributes of an element, each found by its name; null counts as none. `read` is false, and leaves its target as
-// it was, for an attribute that cannot be found. Throws CQSCOMError(E_OUTOFMEMORY).
+// it was, for an attribute that cannot be found; one that is found with a null string is empty. Throws
+// CQSCOMError(E_OUTOFMEMORY).
 class XmlAttributes {
  public:
   explicit XmlAttributes(TaggedAttributes* attributes) : attributes_(attributes) {}
 
   template <std::size_t size>
   bool read(const XmlTag<size>& tag, Bstr& target) const {
-    Bstr value;
     if (!attributes_) return false;
+    Bstr value;
     const HRESULT found = attributes_->find(tag.get(), value.out());
-    if (found == E_OUTOFMEMORY) throw CQSCOMError(found);
-    if (found != S_OK || !value) return false;
-    target = std::move(value);
+    if (!succeeded(found) || found != S_OK) return false;
+    target = value ? std::move(value) : Bstr(WideView(OLESTR("")));
     return true;
   }
   template <std::size_t size>

@@ -147,7 +147,7 @@ HRESULT CQSCOMProp::GetValue(double T, double P, tagExtrapolationEnum e, LONG* p
 HRESULT CQSCOMProp::Store(BSTR* data) const {
   const std::string className = narrow(ClassName.view());
   Bstr content = Bstr::copyOf(Content.get());
-  if (const ComPtr<IPCProperty> object = Object) object->Store(content.out());
+  if (const ComPtr<IPCProperty> object = Object) check(object->Store(content.out()));
   *data = bstrOf("ClassName(" + className + ") ComContent(" + narrow(content.view()) + ")").release();
   return S_OK;
 }

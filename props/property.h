@@ -13,7 +13,7 @@ inline constexpr double kEmptyValue = -32767.0;
 // The operations of every kind, in the fixed order of their slots; a kind overrides those that it supports. Results
 // are S_OK, or S_FALSE for what a kind does not support or does not have; out-parameters then hold the values given in
 // property.cpp. Strings written are new and the caller's. An allocation that fails is raised as CQSCOMError or
-// std::bad_alloc; nothing else is raised.
+// std::bad_alloc, and what an external component throws passes on; nothing else is raised.
 class CQSAbstractProp {
  public:
   CQSAbstractProp() = default;
@@ -76,6 +76,9 @@ class CQSAbstractProp {
   // The key or other name under which the owner keeps the object; null until the owner sets it.
   Bstr Name;
 
+  // The name of the loader that the content came from; null for none. The owner sets and copies it.
+  Bstr Loader;
+
  protected:
   // Whether a copy's source, which may be null, is of a kind.
   static bool isOfType(const CQSAbstractProp* src, tagPropTypeEnum type) { return src && src->Type == type; }
@@ -115,6 +118,7 @@ class CQSCOMProp final : public CQSAbstractProp {
   // S_OK whatever the component answers; without a component the empty value, and *pDependencies stays as it was.
   HRESULT GetValue(double T, double P, tagExtrapolationEnum e, LONG* pDependencies, double* pVal) const override;
 
+  // Throws CQSCOMError with what the component fails with.
   HRESULT Store(BSTR* data) const override;
 
   // Reads the class name alone: the owner creates the component and hands it its content.

@@ -44,7 +44,8 @@ class Model final : public HostObject<XMLParserClient> {
     content = text.view();
     return content == OLESTR("bad") ? E_BOUNDS : S_OK;
   }
-  STDMETHODIMP CharacterData(BSTR text) noexcept override {
+  STDMETHODIMP CharacterData(BSTR text) override {
+    if (viewOf(text) == OLESTR("throw")) throw 1;
     events += viewOf(text);
     return S_OK;
   }
@@ -157,6 +158,13 @@ TEST_F(CollectionXml, TheExactFormGivesEverythingBack) {
   const double values[] = {0.1, -0.0, std::bit_cast<double>(0xFFF8000000000123), 5e-324, -HUGE_VAL};
   auto offsets = reals({values[0], values[1], values[2], values[3], values[4]});
   collection->PutOffsetS(offsets.release());
+  // An offset of each compound is all that is needed.
+  EndlessArray endless;
+  endless.AddRef();
+  collection->PutOffsetH(&endless);
+  textOf(collection, xmlExactForm);
+  EXPECT_EQ(endless.reads, 5);
+  collection->PutOffsetH(reals({5, 4, 3, 2, 1}).release());
   const auto views = query<ISubCompList1>(collection);
   views->AddSubCompList(bstr("v&").get(), integers({3, 0, 1}).get());
   views->AddSubCompList(bstr("").get(), integers({}).get());
@@ -171,7 +179,7 @@ TEST_F(CollectionXml, TheExactFormGivesEverythingBack) {
   ASSERT_EQ(again->get_InteractionParameters(bstr("NRTL \"<&>").get(), model.out()), S_OK);
   EXPECT_EQ(static_cast<Model*>(model.get())->content, OLESTR("first"));
   IRealArrayDisp* lent = nullptr;
-  EXPECT_EQ(again->GetOffsetH(&lent), S_FALSE);
+  EXPECT_EQ(again->GetOffsetH(&lent), S_OK);
   ASSERT_EQ(again->GetOffsetS(&lent), S_OK);
   for (LONG i = 0; i < 5; ++i) {
     double value = 0;
@@ -224,6 +232,18 @@ TEST_F(CollectionXml, TextsThatAreNotAsWritten) {
           << row.content;
       EXPECT_EQ(summary(collection), row.expected) << row.content;
     }
+
+  for (const std::string tail : {"<CompoundCollection/>", "<CompoundCollection/><SubCompList/>"}) {
+    const auto collection = collectionOf("xy");
+    EXPECT_EQ(read("<x>" + tail, collection), E_FAIL) << tail;
+    EXPECT_EQ(summary(collection), kOld) << "a document that fails after the element's end";
+  }
+  if (kExceptionsPass) {
+    const auto collection = collectionOf("xy");
+    EXPECT_EQ(read("<SubCompList><IPModel CLASSNAME='" + model + "'>throw</IPModel></SubCompList>", collection),
+              E_FAIL);
+    EXPECT_EQ(summary(collection), kOld);
+  }
 
   // A model without a class is read by the object that the collection has under its name.
   const auto collection = newCollection();

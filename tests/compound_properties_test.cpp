@@ -17,6 +17,10 @@ class Component final : public HostProperty {
     *value = 100.0 + temperature;
     return E_FAIL;
   }
+  STDMETHODIMP Store(BSTR* text) noexcept override {
+    *text = nullptr;
+    return S_OK;
+  }
 };
 
 class CompoundProperties : public XmlTest {
@@ -301,8 +305,15 @@ TEST_F(CompoundProperties, LoadersBelongToTheirProperty) {
   EXPECT_EQ(put->SetPropertyLoader(Bstr(OLESTR("TC")).get(), nullptr), S_OK);
   EXPECT_EQ(loader(OLESTR("TC")), OLESTR("-")) << "a null name takes it away";
   set(OLESTR("TC"));
+  // The same name among the others is another property, which the fixed one hides.
+  setPoint(OLESTR("TC"), 0, 3.0);
+  EXPECT_EQ(loader(OLESTR("TC")), OLESTR("bank"));
+  put->ErasePropFromMap(Bstr(OLESTR("TC")).get(), 0);
+  EXPECT_EQ(loader(OLESTR("TC")), OLESTR("bank"));
   put->ErasePropFromMap(Bstr(OLESTR("TC")).get(), 1);
+  setPoint(OLESTR("TC"), 0, 3.0);
   EXPECT_EQ(loader(OLESTR("TC")), OLESTR("-"));
+  EXPECT_EQ(set(OLESTR("TC")), S_FALSE);
 }
 
 TEST_F(CompoundProperties, UserPropertiesAreKeptByName) {

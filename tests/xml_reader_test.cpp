@@ -308,6 +308,71 @@ TEST_F(XmlReading, EventsInImpossibleOrders) {
     EXPECT_EQ(hr, S_OK);
 }
 
+// Attributes that are found with a null string, until a call fails for want of memory.
+class NullAttributes final : public HostObject<TaggedAttributes> {
+ public:
+  STDMETHODIMP Add(BSTR, BSTR) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP AddMultiple(VARIANT) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP find(BSTR, BSTR* value) noexcept override {
+    *value = nullptr;
+    return callsLeft-- == 0 ? E_OUTOFMEMORY : S_OK;
+  }
+  STDMETHODIMP GetByIndex(INT, BSTR*, BSTR*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetMultiple(VARIANT*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Size(INT*) noexcept override { return E_NOTIMPL; }
+
+  int callsLeft = -1;
+};
+
+TEST_F(XmlReading, WhatFailsChangesNothing) {
+  ComponentClass<ValueComponent> values(kValueClass);
+  ComponentClass<UserComponent> users(kUserClass);
+  const auto compound = newCompound();
+  RandomCompound(values, users).fill(compound);
+  const WideString before = textOf(compound, xmlExactForm);
+  const std::string value = narrow(kValueClass), user = narrow(kUserClass);
+  const struct {
+    std::string rest;  // of a document, after much has been read
+    HRESULT expected;
+    HRESULT created = S_OK;
+  } cases[] = {
+      {"<FixedProperty NAME='VP' TYPE='COMProp' CLASSNAME='" + value +
+           "'><PropertyContent CONTENT='ComContent(much)'/>",
+       E_OUTOFMEMORY},
+      {"<FixedProperty NAME='VP' TYPE='COMProp' CLASSNAME='" + value + "'><PropertyContent CONTENT='ComContent(x)'/>",
+       E_OUTOFMEMORY, E_OUTOFMEMORY},
+      {"<UserProperty NAME='u' CONTENT='ClassID(" + user + ") ComContent(much)'/>", E_OUTOFMEMORY},
+      {"</Compound", E_FAIL},
+      {"</Compound><Compound Name='second'/></Doc", E_FAIL},
+  };
+  for (const auto& row : cases) {
+    values.result = row.created;
+    EXPECT_EQ(parse(OLESTR("<Doc><Compound VERSION='2' Name='new'><Synonyms NUMB='0'/><FixedProperty NAME='TC' "
+                           "TYPE='PointProp'><PropertyContent CONTENT='Value(3)'/></FixedProperty>") +
+                        widen(row.rest),
+                    compound.get()),
+              row.expected)
+        << row.rest;
+    EXPECT_EQ(narrow(textOf(compound, xmlExactForm)), narrow(before)) << row.rest;
+  }
+
+  // An attribute that is found with a null string is empty.
+  const auto client = query<XMLParserClient>(compound);
+  NullAttributes attributes;
+  for (int failing = 0;; ++failing) {
+    attributes.callsLeft = failing;
+    const HRESULT result = client->StartElement(bstr("Compound").get(), &attributes);
+    if (result == S_OK) break;
+    ASSERT_EQ(result, E_OUTOFMEMORY) << failing;
+    ASSERT_EQ(narrow(textOf(compound, xmlExactForm)), narrow(before)) << failing;
+  }
+  EXPECT_EQ(got(compound, &ICompoundID::get_Name), OLESTR(""));
+  EXPECT_EQ(got(compound, &ICompoundID::get_DDBID), 0);
+  EXPECT_EQ(client->EndElement(bstr("Compound").get()), S_OK);
+  EXPECT_EQ(client->Error(), S_OK);
+  EXPECT_EQ(got(compound, &ICompoundID::get_Name), OLESTR("")) << "an element that has ended stays";
+}
+
 TEST_F(XmlReading, ComponentsThatRefuseTheirContent) {
   ComponentClass<ValueComponent> values(kValueClass);
   ComponentClass<UserComponent> users(kUserClass);

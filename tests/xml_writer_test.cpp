@@ -183,7 +183,8 @@ TEST_F(XmlWriter, OtherKindsInTheDefaultForm) {
   put->SetVoidProperty(bstr("TC").get(), 1);
   put->SetVoidProperty(bstr("Left out").get(), 0);
   put->SetPointProperty(bstr("R&D").get(), 0, 1234567.0);
-  put->SetCOMProperty(bstr("Mine").get(), 0, bstr("Vendor.Cp").get(), values.make(OLESTR("k=1")));
+  ValueComponent* value = values.make(OLESTR("k=1"));
+  put->SetCOMProperty(bstr("Mine").get(), 0, bstr("Vendor.Cp").get(), value);
   UserComponent* user = users.make(OLESTR("u"));
   query<IUserProperty>(compound)->SetUserProperty(bstr("Colour").get(), bstr("Some.Class").get(), user);
   const std::string text = narrow(textOf(compound));
@@ -200,13 +201,15 @@ TEST_F(XmlWriter, OtherKindsInTheDefaultForm) {
             "      <UserProperty NAME=\"Colour\"   CONTENT = \"ClassID(Some.Class) ComContent(u)\"> \n"
             "      </UserProperty>\n"
             "   </Compound> \n");
-  user->stored = E_FAIL;
   BSTR untouched = nullptr;
-  EXPECT_EQ(query<IXMLStore>(compound)->StoreAsXML(&untouched), E_FAIL) << "what a component fails with";
-  EXPECT_EQ(untouched, nullptr);
+  for (HRESULT* stored : {&user->stored, &value->stored}) {
+    *stored = E_BOUNDS;
+    EXPECT_EQ(query<IXMLStore>(compound)->StoreAsXML(&untouched), E_BOUNDS) << "what a component fails with";
+    EXPECT_EQ(untouched, nullptr);
+    *stored = S_OK;
+  }
 
   // A component that puts another property in its own place while it stores itself.
-  user->stored = S_OK;
   for (const INT form : {xmlDefaultForm, xmlExactForm}) {
     ValueComponent* component = values.make(OLESTR("itself"));
     component->onStore = [&] { put->SetPointProperty(bstr("Mine").get(), 0, 1.0); };

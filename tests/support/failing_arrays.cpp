@@ -1,5 +1,6 @@
 #include "tests/support/failing_arrays.h"
 
+#include <utility>
 #include <vector>
 
 namespace qs::test {
@@ -9,6 +10,7 @@ bool active = false;
 int callsLeft = -1;
 HRESULT failure = FailingArrays::kFailure;
 int liveArrays = 0;
+std::function<void()> create;
 
 bool works() { return callsLeft-- != 0; }
 
@@ -106,6 +108,7 @@ class Factory final : public IClassFactory {
     if (!active) return hostKit->CreateInstance(outer, iid, out);
     *out = nullptr;
     if (!works()) return failure;
+    if (create) create();
     auto* array = new Array;
     const HRESULT hr = array->QueryInterface(iid, out);
     array->Release();
@@ -118,14 +121,16 @@ class Factory final : public IClassFactory {
 
 }  // namespace
 
-FailingArrays::FailingArrays(int failing, HRESULT result) {
+FailingArrays::FailingArrays(int failing, HRESULT result, std::function<void()> onCreate) {
   active = true;
   failure = result;
+  create = std::move(onCreate);
   callsLeft = failing;
 }
 
 FailingArrays::~FailingArrays() {
   active = false;
+  create = nullptr;
   callsLeft = -1;
 }
 

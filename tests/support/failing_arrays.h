@@ -2,6 +2,8 @@
 // kit's; unless a FailingArrays lives, it makes the host kit's arrays.
 #pragma once
 
+#include <functional>
+
 #include "com/com_ptr.h"
 #include "com/interfaces.h"
 
@@ -13,7 +15,8 @@ class FailingArrays {
 
   // Until the end of the scope new arrays are of this kind. Of all calls on them and on their class, call number
   // `failing`, counted from 0, does nothing and gives nothing, and answers `result`.
-  explicit FailingArrays(int failing, HRESULT result = kFailure);
+  // Whenever one is made, `onCreate` is called first.
+  explicit FailingArrays(int failing, HRESULT result = kFailure, std::function<void()> onCreate = nullptr);
   FailingArrays(const FailingArrays&) = delete;
   FailingArrays& operator=(const FailingArrays&) = delete;
   ~FailingArrays();

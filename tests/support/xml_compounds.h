@@ -12,7 +12,7 @@
 
 namespace qs::test {
 
-// A component whose content is a text; it refuses the content "bad".
+// A component whose content is a text; it refuses the content "bad", and has no memory for "much".
 template <class I>
 class TextComponent : public HostObject<I> {
  public:
@@ -24,7 +24,7 @@ class TextComponent : public HostObject<I> {
   }
   STDMETHODIMP Recall(BSTR text) noexcept override {
     content = viewOf(text);
-    return content == OLESTR("bad") ? E_FAIL : S_OK;
+    return content == OLESTR("bad") ? E_FAIL : content == OLESTR("much") ? E_OUTOFMEMORY : S_OK;
   }
   STDMETHODIMP Copy(I*) noexcept override { return E_NOTIMPL; }
 
@@ -62,9 +62,12 @@ class ComponentClass final : public IClassFactory {
   }
 
   STDMETHODIMP CreateInstance(IUnknown*, REFIID iid, void** out) noexcept override {
-    return make({})->QueryInterface(iid, out);
+    return FAILED(result) ? result : make({})->QueryInterface(iid, out);
   }
   STDMETHODIMP LockServer(BOOL) noexcept override { return S_OK; }
+
+  HRESULT result = S_OK;  // of a creation
+
   STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
     const bool known = IsEqualGUID(iid, __uuidof(IUnknown)) || IsEqualGUID(iid, __uuidof(IClassFactory));
     *out = known ? this : nullptr;
