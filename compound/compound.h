@@ -154,7 +154,7 @@ class COQSCompound final
   COQSCompound* STDMETHODCALLTYPE compound(const void* module) noexcept override;
   // The compound behind an interface, lent; null when it is none of this module.
   static const COQSCompound* ofThisModule(IUnknown* object);
-  INT compoundIndex() const { return identity_.compoundIndex; }
+  INT compoundIndex() const { return content_.identity.compoundIndex; }
 
   // xml.cpp; xml_reader.h tells the results of a parser's events. Elements outside a Compound element are S_FALSE.
   // After an event that fails, and after Error, the compound is as it was before the element, or before the document
