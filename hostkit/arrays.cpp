@@ -6,7 +6,7 @@ namespace qs::hostkit {
 
 double* RealMatrix::element(LONG row, LONG column) {
   if (row < 0 || row >= rows_ || column < 0 || column >= columns_) return nullptr;
-  return &values_[area(row, columns_) + static_cast<std::size_t>(column)];
+  return values_.data() + area(row, columns_) + column;
 }
 
 HRESULT RealMatrix::get_Value(LONG row, LONG column, double* value) noexcept {
@@ -40,7 +40,7 @@ HRESULT RealMatrix::SetSize(LONG rows, LONG columns) noexcept {
   if (rows < 0 || columns < 0) return E_INVALIDARG;
   return guarded([&] {
     if (area(rows, columns) > values_.max_size()) return E_OUTOFMEMORY;
-    std::vector<double> values(area(rows, columns), Elements<double>::kEmpty);
+    std::vector<double> values(static_cast<std::size_t>(area(rows, columns)), Elements<double>::kEmpty);
     const LONG keptColumns = std::min(columns, columns_);
     for (LONG row = 0; row < std::min(rows, rows_); ++row)
       std::copy_n(values_.data() + area(row, columns_), keptColumns, values.data() + area(row, columns));

@@ -5,6 +5,7 @@
 // -32767.
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "com/coclass.h"
@@ -106,8 +107,9 @@ class RealMatrix final : public Coclass<RealMatrix, IRealMatrixDisp> {
   STDMETHODIMP Copy(IRealMatrixDisp* source) noexcept override;
 
  private:
-  static std::size_t area(LONG rows, LONG columns) {
-    return static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns);
+  // In 64 bits on every target, for any sizes.
+  static std::uint64_t area(LONG rows, LONG columns) {
+    return static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(columns);
   }
   double* element(LONG row, LONG column);
 
