@@ -4,6 +4,7 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <system_error>
 
@@ -43,11 +44,12 @@ constexpr std::uint64_t kFraction = (std::uint64_t{1} << 52) - 1;
 constexpr std::uint64_t kUsualNaN = std::uint64_t{1} << 51;
 constexpr std::string_view kNaNBits = "nan:";
 
-double nanOf(std::string_view hexadecimal) {
+std::uint64_t nanBits(bool negative, std::string_view hexadecimal) {
   std::uint64_t fraction = 0;
   std::from_chars(hexadecimal.data(), hexadecimal.data() + hexadecimal.size(), fraction, 16);
   fraction &= kFraction;
-  return std::bit_cast<double>(std::bit_cast<std::uint64_t>(HUGE_VAL) | (fraction ? fraction : kUsualNaN));
+  const auto infinity = std::bit_cast<std::uint64_t>(negative ? -HUGE_VAL : HUGE_VAL);
+  return infinity | (fraction ? fraction : kUsualNaN);
 }
 
 }  // namespace
@@ -68,11 +70,19 @@ char* writeExactDouble(char* out, double value) {
 }
 
 double readDouble(std::string_view text) {
+  double value;
+  readExactDouble(text, &value);
+  return value;
+}
+
+void readExactDouble(std::string_view text, double* value) {
+  *value = 0.0;
   const bool negative = takeSign(text);
-  if (text.starts_with('-')) return 0.0;
+  if (text.starts_with('-')) return;
   if (text.starts_with(kNaNBits)) {
-    const double value = nanOf(text.substr(kNaNBits.size()));
-    return negative ? -value : value;
+    const std::uint64_t bits = nanBits(negative, text.substr(kNaNBits.size()));
+    std::memcpy(value, &bits, sizeof bits);
+    return;
   }
 
   const bool hexadecimal = startsHexadecimal(text);
@@ -84,7 +94,7 @@ double readDouble(std::string_view text) {
     const std::string_view number = text.substr(0, static_cast<std::size_t>(end - text.data()));
     magnitude = isTooLarge(number, hexadecimal) ? HUGE_VAL : 0.0;
   }
-  return negative ? -magnitude : magnitude;
+  *value = negative ? -magnitude : magnitude;
 }
 
 std::int32_t readInteger(std::string_view text) {

@@ -18,8 +18,8 @@ inline constexpr int kExactNumberLength = 32;
 char* writeDouble(char* out, double value);
 char* writeInteger(char* out, std::int32_t value);
 
-// Writes into kExactNumberLength characters the shortest text from which readDouble gives back every bit. The bits of a
-// NaN other than the usual one follow it as in "nan:8000000000001".
+// Writes into kExactNumberLength characters the shortest text from which readExactDouble gives back every bit. The bits
+// of a NaN other than the usual one follow it as in "nan:8000000000001".
 char* writeExactDouble(char* out, double value);
 
 // Appends digits to narrow or wide text.
@@ -48,6 +48,9 @@ void appendInteger(Text& text, std::int32_t value) {
 // bits that writeExactDouble gives a NaN; what follows is ignored. Too large a number reads as infinity, text without a
 // number as 0.
 double readDouble(std::string_view text);
+
+// Likewise, and keeps every bit. A function of 32-bit x86 that returns a double makes signalling NaNs quiet.
+void readExactDouble(std::string_view text, double* value);
 
 // Reads as atoi does; too large a number reads as the nearest 32-bit integer.
 std::int32_t readInteger(std::string_view text);

@@ -28,7 +28,7 @@ std::optional<WideView> ReadKeyValue(WideView key, WideView text) {
 }
 
 void convertValue(WideView text, double* target) {
-  if (const auto bytes = narrowValue(text)) *target = readDouble(*bytes);
+  if (const auto bytes = narrowValue(text)) readExactDouble(*bytes, target);
 }
 
 void convertValue(WideView text, LONG* target) {
