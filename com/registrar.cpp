@@ -90,6 +90,7 @@ std::vector<RegistryKey> scriptOf(const ClassEntry& entry) {
 
 ClassesRoot::ClassesRoot(Owner owner) {
   if (owner == Owner::AllUsers) return;
+  letTypeLibrariesFollow(GetModuleHandleW(L"oleaut32.dll"));
   OpenKey classes;
   checkRegistry(RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Classes", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
                                 classes.out(), nullptr));

@@ -10,6 +10,7 @@ namespace {
 
 constexpr wchar_t kCompound[] = L"{4CA3B834-4CB3-11D2-B8D4-00A0C986F9F7}";
 constexpr wchar_t kTypeLibrary[] = L"TypeLib\\{8915F1F0-5707-11D2-B8D8-00A0C986F9F7}";
+constexpr const wchar_t* kTypeLibraryFile = sizeof(void*) == 8 ? L"\\1.0\\409\\win64" : L"\\1.0\\409\\win32";
 
 using Entry = HRESULT(STDAPICALLTYPE*)();
 using InstallEntry = HRESULT(STDAPICALLTYPE*)(BOOL, PCWSTR);
@@ -58,7 +59,7 @@ class Registration : public ComponentTest {
         {clsid + L"\\VersionIndependentProgID", L"COQSCompound.COQSCompound"},
         {clsid + L"\\InprocServer32", fileOf(kModule)},
         {library + L"\\1.0", L"QsContainersLib 1.0 Type Library"},
-        {library + L"\\1.0\\409\\win64", fileOf(kModule)}};
+        {library + kTypeLibraryFile, fileOf(kModule)}};
     for (const auto& [key, value] : rows) EXPECT_EQ(valueOf(root, below + key), value);
     EXPECT_EQ(valueOf(root, below + clsid + L"\\InprocServer32", L"ThreadingModel"), L"Apartment");
     EXPECT_TRUE(exists(root, below + clsid + L"\\Programmable"));
@@ -66,7 +67,7 @@ class Registration : public ComponentTest {
   void expectNothing(HKEY root, const std::wstring& below = L"") {
     for (const std::wstring& key :
          {std::wstring(L"COQSCompound.COQSCompound.1"), std::wstring(L"COQSCompound.COQSCompound"), clsid,
-          std::wstring(kTypeLibrary) + L"\\1.0\\409\\win64",
+          std::wstring(kTypeLibrary) + kTypeLibraryFile,
           std::wstring(L"Interface\\{4CA3B833-4CB3-11D2-B8D4-00A0C986F9F7}")})
       EXPECT_FALSE(exists(root, below + key)) << narrow(key);
     EXPECT_TRUE(exists(root, below + L"CLSID"));
@@ -112,6 +113,17 @@ TEST_F(Registration, TheHostKitIsRegisteredApart) {
   expectNothing(HKEY_CLASSES_ROOT);
   ASSERT_EQ(unregisterKit(), S_OK);
   EXPECT_FALSE(exists(HKEY_CLASSES_ROOT, array));
+}
+
+// This program stands for a system that has the function, another module for one that lacks it.
+int timesCalled = 0;
+extern "C" __declspec(dllexport) void OaEnablePerUserTLibRegistration() { ++timesCalled; }
+
+TEST(TypeLibraryOfTheUser, IsAskedForWhereTheSystemCanBe) {
+  letTypeLibrariesFollow(GetModuleHandleW(nullptr));
+  EXPECT_EQ(timesCalled, 1);
+  letTypeLibrariesFollow(GetModuleHandleW(L"kernel32.dll"));
+  EXPECT_EQ(timesCalled, 1);
 }
 
 TEST_F(Registration, ResourcesNameTheProject) {

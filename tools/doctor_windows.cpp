@@ -149,11 +149,15 @@ std::string faultOf(const fs::path& file, int bits, const CLSID& clsid) {
   return FAILED(hr) ? "this file does not have the class, " + codeText(hr) : std::string();
 }
 
+std::optional<std::wstring> registeredFile(const NeededClass& needed, const Place& place) {
+  return Key(place, L"CLSID\\" + guidText(*needed.clsid) + L"\\InprocServer32").value();
+}
+
 void examineClass(const NeededClass& needed, Report& report) {
   const std::string name = needed.name;
   bool registered = false;
   for (const Place& place : places()) {
-    const auto file = Key(place, L"CLSID\\" + guidText(*needed.clsid) + L"\\InprocServer32").value();
+    const auto file = registeredFile(needed, place);
     if (!file) continue;
     registered = registered || place.bits == kOwnBits;
     const std::string line = name + " (" + place.name() + "): " + utf8(*file);
@@ -242,6 +246,17 @@ void examineTypeLibrary(Report& report) {
                     registrationOf("qscontainers", kOwnBits));
 }
 
+void tellOfTheUser(Report& report) {
+  for (const NeededClass& needed : kNeededClasses)
+    for (const Place& place : places()) {
+      if (place.root != HKEY_CURRENT_USER || !registeredFile(needed, place)) continue;
+      report.tell(
+          "What HKEY_CURRENT_USER holds serves programs that you start yourself. Programs that run as administrator, "
+          "services and other users' programs do not see it: register for all users where those need it.");
+      return;
+    }
+}
+
 void examineFilesBeside(Report& report) {
   for (const char* module : {"qscontainers.dll", "qshostkit.dll"}) {
     const fs::path file = programFolder() / module;
@@ -258,6 +273,7 @@ Report examineInstallation() {
   examineFilesBeside(report);
   for (const NeededClass& needed : kNeededClasses) examineClass(needed, report);
   examineTypeLibrary(report);
+  tellOfTheUser(report);
   if (SUCCEEDED(started)) CoUninitialize();
   return report;
 }
