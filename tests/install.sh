@@ -1,8 +1,8 @@
-# Installs the packages as users do and uses them. Sourced by ./test, whose `check` counts the results.
+# Installs the packages as users do and uses them. Sourced by ./test, whose `check` counts the results, and which says by
+# `bits` whose modules are used.
 
 # A folder with blanks and letters outside every 8-bit code page.
 place="$PWD/build/unpacked/Stoffe und Phäsen 水"
-x64=$place/x64
 
 pack_and_unpack() {
   make_packages || { tail -n 20 build/log/packing.log && return 1; }
@@ -44,7 +44,7 @@ linux_doctor_misses() {
 # in_fresh_prefix COMMAND...: with nothing registered; the prefix is stopped afterwards, which writes its registry.
 in_fresh_prefix() {
   local -x WINEPREFIX=$PWD/build/wine-install status=0
-  copy_prefix build/wine-fresh "$WINEPREFIX"
+  copy_prefix "$fresh" "$WINEPREFIX"
   "$@" || status=1
   wineserver -k
   return $status
@@ -52,12 +52,12 @@ in_fresh_prefix() {
 
 # regsvr ARGUMENT...: on both modules of the package.
 regsvr() {
-  wine regsvr32 /s "$@" "$(windows_path "$x64/qscontainers.dll")" &&
-    wine regsvr32 /s "$@" "$(windows_path "$x64/qshostkit.dll")"
+  wine regsvr32 /s "$@" "$(windows_path "$folder/qscontainers.dll")" &&
+    wine regsvr32 /s "$@" "$(windows_path "$folder/qshostkit.dll")"
 }
 
 script_works() {
-  run_wine cscript //nologo "$(windows_path "$place/examples/collection/collection.vbs")" \
+  run_wine "$cscript" //nologo "$(windows_path "$place/examples/collection/collection.vbs")" \
     "$(windows_path "$place/database")" "$(windows_path "$place/data")" | tee build/log/installed.txt | grep 'end of collection'
 }
 
@@ -77,17 +77,18 @@ for_all_users() {
 }
 
 # Wine's HKEY_CLASSES_ROOT lacks the classes of the current user, which that of Windows shows; a copy of the prefix gets
-# them there.
+# them there. Nor are those for 32-bit programs apart among the user's, where the doctor looks for them.
 for_the_user() {
+  local merge='s/HKEY_CURRENT_USER/HKEY_LOCAL_MACHINE/'
+  [[ $bits == 64 ]] || merge+='; s/\\Classes\\CLSID/\\Classes\\Wow6432Node\\CLSID/'
   regsvr /n /i:user && stop_prefix && ! grep -iE 'COQS|QsHostKit|qscontainers' "$WINEPREFIX/system.reg" || return 1
   (
     copy_prefix "$WINEPREFIX" "$PWD/build/wine-merged"
     export WINEPREFIX=$PWD/build/wine-merged
     wine reg export 'HKCU\Software\Classes' "$(windows_path "$WINEPREFIX/user.txt")" /y >/dev/null
-    iconv -f UTF-16 -t UTF-8 "$WINEPREFIX/user.txt" | sed 's/HKEY_CURRENT_USER/HKEY_LOCAL_MACHINE/' |
-      iconv -f UTF-8 -t UTF-16 >"$WINEPREFIX/all.txt"
+    iconv -f UTF-16 -t UTF-8 "$WINEPREFIX/user.txt" | sed "$merge" | iconv -f UTF-8 -t UTF-16 >"$WINEPREFIX/all.txt"
     wine reg import "$(windows_path "$WINEPREFIX/all.txt")" >/dev/null
-    script_works
+    script_works && { [[ $bits == 32 ]] || doctor 0 "HKEY_CURRENT_USER, 64-bit programs" "administrator, services"; }
     result=$?
     wineserver -k
     exit $result
@@ -95,16 +96,16 @@ for_the_user() {
 }
 
 without_registration() {
-  wine "$x64/without_registration.exe" "$(windows_path "$place/database")" && nothing_left
+  wine "$folder/without_registration.exe" "$(windows_path "$place/database")" && nothing_left
 }
 
 # Calls between apartments go through the interfaces that the manifest names. Wine registers the type library then.
-between_apartments() { wine "$x64/without_registration.exe" "$(windows_path "$place/database")" mta; }
+between_apartments() { wine "$folder/without_registration.exe" "$(windows_path "$place/database")" mta; }
 
 # doctor CODE TEXT...: qsdb doctor ends with that code and says all these texts.
 doctor() {
   local code=0 text wanted
-  text=$(wine "${qsdb:-$x64/qsdb.exe}" doctor 2>&1) || code=$?
+  text=$(wine "${qsdb:-$folder/qsdb.exe}" doctor 2>&1) || code=$?
   echo "$text"
   [[ $code == "$1" ]] || return 1
   for wanted in "${@:2}"; do
@@ -112,54 +113,65 @@ doctor() {
   done
 }
 
-server='HKLM\Software\Classes\CLSID\{4CA3B834-4CB3-11D2-B8D4-00A0C986F9F7}\InprocServer32'
 library='HKLM\Software\Classes\TypeLib\{8915F1F0-5707-11D2-B8D8-00A0C986F9F7}'
 
 set_value() { wine reg add "$1" /ve /d "$2" /f >/dev/null; }
 
-unregistered() { doctor 1 "COQSCompound: not registered for 64-bit programs" "type library 1.0: not registered" \
-  "regsvr32 \"$(windows_path "$x64/qscontainers.dll")\""; }
+unregistered() { doctor 1 "COQSCompound: not registered for $bits-bit programs" "type library 1.0: not registered" \
+  "regsvr32 \"$(windows_path "$folder/qscontainers.dll")\""; }
 
 arrays_missing() {
-  wine regsvr32 /s "$(windows_path "$x64/qscontainers.dll")" &&
+  wine regsvr32 /s "$(windows_path "$folder/qscontainers.dll")" &&
     doctor 1 "array of reals: not registered" "no phase can be created" "Register qshostkit.dll" "faults found: 3"
 }
 
 all_well() { regsvr && doctor 0 "HKEY_LOCAL_MACHINE" "All is well."; }
 
 other_bitness() {
-  regsvr && set_value "$server" "$(windows_path "$place/x86/qscontainers.dll")" &&
-    doctor 1 "COQSCompound (HKEY_LOCAL_MACHINE, 64-bit programs)" "is a 32-bit module, which 64-bit programs cannot load" \
+  local other=x86 classes='HKLM\Software\Classes'
+  [[ $bits == 64 ]] || other=x64 classes+='\Wow6432Node'
+  regsvr && set_value "$classes\\CLSID\\{4CA3B834-4CB3-11D2-B8D4-00A0C986F9F7}\\InprocServer32" \
+    "$(windows_path "$place/$other/qscontainers.dll")" &&
+    doctor 1 "COQSCompound (HKEY_LOCAL_MACHINE, $bits-bit programs)" \
+      "is a $((96 - bits))-bit module, which $bits-bit programs cannot load" \
       "faults found: 1"
 }
 
 other_type_library() {
   sed 's/version(1.0)/version(2.0)/' module/qscontainers.idl >build/unpacked/other.idl &&
     x86_64-w64-mingw32-widl -I/usr/include/wine/wine/windows -L"$(dirname "$(find /usr/lib -name stdole2.tlb | head -1)")" \
-      --win64 -t -o build/unpacked/other.tlb build/unpacked/other.idl &&
-    regsvr && set_value "$library\\1.0\\409\\win64" "$(windows_path "$PWD/build/unpacked/other.tlb")" &&
+      --win$bits -t -o build/unpacked/other.tlb build/unpacked/other.idl &&
+    regsvr && set_value "$library\\1.0\\409\\win$bits" "$(windows_path "$PWD/build/unpacked/other.tlb")" &&
     doctor 1 "has a type library of another version, 2.0" "faults found: 1" &&
     wine reg delete "$library\\1.0" /f >/dev/null && set_value "$library\\0.9" old &&
     doctor 1 "type library 0.9 (HKEY_LOCAL_MACHINE): another version"
 }
 
 moved_module() {
-  regsvr && mv "$x64" "$place/moved" || return 1
-  qsdb=$place/moved/qsdb.exe doctor 1 "$(windows_path "$x64/qscontainers.dll"): this file is not there; it was moved" \
+  regsvr && mv "$folder" "$place/moved" || return 1
+  qsdb=$place/moved/qsdb.exe doctor 1 "$(windows_path "$folder/qscontainers.dll"): this file is not there; it was moved" \
     "regsvr32 \"$(windows_path "$place/moved/qscontainers.dll")\""
   local code=$?
-  mv "$place/moved" "$x64"
+  mv "$place/moved" "$folder"
   return $code
 }
 
-check "packages" pack_and_unpack
-check "the Windows package is whole" package_is_whole
-check "the Linux package, and examples built with it" linux_package_works
-check "qsdb doctor misses a module on Linux" linux_doctor_misses libqscontainers.so
-check "qsdb doctor misses the arrays on Linux" linux_doctor_misses libqshostkit.so
-for way in for_all_users for_the_user without_registration between_apartments; do
-  check "installed ${way//_/ }" in_fresh_prefix $way
-done
-for state in unregistered arrays_missing all_well other_bitness other_type_library moved_module; do
-  check "qsdb doctor, ${state//_/ }" in_fresh_prefix $state
-done
+test_packages() {
+  check "packages" pack_and_unpack
+  check "the Windows package is whole" package_is_whole
+  check "the Linux package, and examples built with it" linux_package_works
+  check "qsdb doctor misses a module on Linux" linux_doctor_misses libqscontainers.so
+  check "qsdb doctor misses the arrays on Linux" linux_doctor_misses libqshostkit.so
+}
+
+# test_installing: the modules of one bitness, in every way and in every state that the doctor knows.
+test_installing() {
+  local folder=$place/x86 way state
+  [[ $bits == 32 ]] || folder=$place/x64
+  for way in for_all_users for_the_user without_registration between_apartments; do
+    check "installed ${way//_/ }, $bits bits" in_fresh_prefix $way
+  done
+  for state in unregistered arrays_missing all_well other_bitness other_type_library moved_module; do
+    check "qsdb doctor, ${state//_/ }, $bits bits" in_fresh_prefix $state
+  done
+}
