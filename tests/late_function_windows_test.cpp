@@ -178,10 +178,9 @@ TEST_F(LateFunctions, ArgumentsAreConverted) {
       << "the method's own failure";
   EXPECT_EQ(get(L"CopyToThis", 1), "8002000f") << "an argument is missing";
   EXPECT_EQ(get(L"IsWater", 1), "8002000e") << "too many arguments";
-  EXPECT_EQ(
-      invoke(create<IDispatch>(__uuidof(::JsonLoader)).get(), DISPATCH_METHOD, L"Get_PropEquation", L"", L"", L"VP"),
-      "80004005")
-      << "the function with the most parameters";
+  const std::string equation =
+      invoke(create<IDispatch>(__uuidof(::JsonLoader)).get(), DISPATCH_METHOD, L"Get_PropEquation", L"", L"", L"VP");
+  EXPECT_EQ(std::ranges::count(equation, ','), 13) << "the function with the most parameters: " << equation;
 }
 
 TEST_F(LateFunctions, ArraysOfNumbersBecomeArrayObjects) {
