@@ -6,6 +6,8 @@
 
 #include <utility>
 
+#include "platform/posix/file_calls.h"
+
 namespace qs {
 namespace {
 
@@ -18,10 +20,13 @@ FileStamp stampFrom(const struct stat& status) {
 
 std::optional<InputFile> InputFile::open(const WideString& path) {
   // Non-blocking, so that a path that names a pipe is refused below and does not wait for a writer.
-  const int descriptor = ::open(narrow(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  const std::string name = narrow(path);
+  const int descriptor =
+      callSystem(FileOperation::Open, [&] { return ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
   if (descriptor < 0) return std::nullopt;
   struct stat status;
-  if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+  if (callSystem(FileOperation::Examine, [&] { return ::fstat(descriptor, &status); }) != 0 ||
+      !S_ISREG(status.st_mode)) {
     ::close(descriptor);
     return std::nullopt;
   }
@@ -38,8 +43,10 @@ std::optional<std::size_t> InputFile::readAt(std::uint64_t offset, std::span<std
   if (offset >= stamp_.size) return 0;
   std::size_t done = 0;
   while (done < buffer.size()) {
-    const ssize_t got = ::pread(static_cast<int>(handle_), buffer.data() + done, buffer.size() - done,
-                                static_cast<off_t>(offset + done));
+    const ssize_t got = callSystem(FileOperation::Read, [&] {
+      return ::pread(static_cast<int>(handle_), buffer.data() + done, buffer.size() - done,
+                     static_cast<off_t>(offset + done));
+    });
     if (got < 0) return std::nullopt;
     if (got == 0) break;
     done += static_cast<std::size_t>(got);
@@ -48,8 +55,11 @@ std::optional<std::size_t> InputFile::readAt(std::uint64_t offset, std::span<std
 }
 
 std::optional<FileStamp> stampOf(const WideString& path) {
+  const std::string name = narrow(path);
   struct stat status;
-  if (::stat(narrow(path).c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  if (callSystem(FileOperation::Examine, [&] { return ::stat(name.c_str(), &status); }) != 0 ||
+      !S_ISREG(status.st_mode))
+    return std::nullopt;
   return stampFrom(status);
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/windows/file_calls.h"
+
 namespace qs {
 namespace {
 
@@ -16,11 +18,13 @@ std::uint64_t join(DWORD high, DWORD low) { return std::uint64_t{high} << 32 | l
 }  // namespace
 
 std::optional<InputFile> InputFile::open(const WideString& path) {
+  if (!mayHappen(FileOperation::Open)) return std::nullopt;
   const HANDLE handle =
       CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (handle == INVALID_HANDLE_VALUE) return std::nullopt;
   BY_HANDLE_FILE_INFORMATION info;
-  if (GetFileType(handle) != FILE_TYPE_DISK || !GetFileInformationByHandle(handle, &info)) {
+  if (!mayHappen(FileOperation::Examine) || GetFileType(handle) != FILE_TYPE_DISK ||
+      !GetFileInformationByHandle(handle, &info)) {
     CloseHandle(handle);
     return std::nullopt;
   }
@@ -48,6 +52,7 @@ std::optional<std::size_t> InputFile::readAt(std::uint64_t offset, std::span<std
     at.OffsetHigh = static_cast<DWORD>((offset + done) >> 32);
     const auto wanted = static_cast<DWORD>(std::min(buffer.size() - done, kMost));
     DWORD got = 0;
+    if (!mayHappen(FileOperation::Read)) return std::nullopt;
     if (!ReadFile(asHandle(handle_), buffer.data() + done, wanted, &got, &at) && GetLastError() != ERROR_HANDLE_EOF)
       return std::nullopt;
     if (got == 0) break;

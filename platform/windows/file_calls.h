@@ -1,0 +1,16 @@
+// How system calls on files are made.
+#pragma once
+
+#include "platform/com_types.h"
+#include "platform/file_faults.h"
+
+namespace qs {
+
+// To be asked before each call; false when it is to fail, with the last error set.
+inline bool mayHappen(FileOperation operation) {
+  const int fault = faultOf(operation);
+  if (fault != 0) SetLastError(static_cast<DWORD>(fault));
+  return fault == 0;
+}
+
+}  // namespace qs
