@@ -15,7 +15,13 @@ constexpr OLECHAR lowerCase(OLECHAR c) {
   return c >= OLESTR('A') && c <= OLESTR('Z') ? static_cast<OLECHAR>(c - OLESTR('A') + OLESTR('a')) : c;
 }
 
-bool sameName(WideView a, WideView b) { return std::ranges::equal(a, b, {}, lowerCase, lowerCase); }
+WideView withoutTrailingBlanks(WideView text) { return text.substr(0, text.find_last_not_of(OLESTR(' ')) + 1); }
+
+bool sameText(WideView a, WideView b) { return withoutTrailingBlanks(a) == withoutTrailingBlanks(b); }
+
+bool sameName(WideView a, WideView b) {
+  return std::ranges::equal(withoutTrailingBlanks(a), withoutTrailingBlanks(b), {}, lowerCase, lowerCase);
+}
 
 // Compares one field of a record with a text: a text by its characters, a number by what the text reads as.
 class FieldMatch final : public database::RecordSink {
@@ -30,7 +36,7 @@ class FieldMatch final : public database::RecordSink {
     matches_ = !narrow_.empty() && value == readDouble(narrow_);
   }
   void text(const database::Field&, WideView value) override {
-    matches_ = anyCase_ ? sameName(value, text_) : value == text_;
+    matches_ = anyCase_ ? sameName(value, text_) : sameText(value, text_);
   }
   void groups(const database::Field&, std::span<const database::GroupCount>) override {}
   void equation(const database::Field&, const database::EquationField&) override {}
@@ -53,7 +59,8 @@ bool hasSynonym(const database::Catalogue& catalogue, LONG compound, WideView te
   return std::ranges::any_of(catalogue.synonymsOf(compound), matches);
 }
 
-std::vector<LONG> matchingCompounds(const database::Catalogue& catalogue, WideView fieldName, WideView text) {
+std::vector<LONG> matchingCompounds(const database::Database& database, WideView fieldName, WideView text) {
+  const database::Catalogue& catalogue = *database.catalogue;
   const bool names = fieldName == OLESTR("PName") || fieldName == OLESTR("CName");
   const bool synonyms = names || fieldName == OLESTR("Synonym");
   const auto field = std::ranges::find(catalogue.fields(), fieldName, &database::Field::name);
@@ -66,7 +73,7 @@ std::vector<LONG> matchingCompounds(const database::Catalogue& catalogue, WideVi
     bool matches = synonyms && hasSynonym(catalogue, record.compound, text);
     if (!matches && field != catalogue.fields().end()) {
       FieldMatch match(text, names);
-      check(database::readField(catalogue, record.dataRecord, *field, match));
+      check(database::readField(database, record.dataRecord, *field, match));
       matches = match.matches();
     }
     if (matches) found.push_back(record.compound);
@@ -81,8 +88,8 @@ HRESULT COQSCompoundCollection::GetVelIDs(BSTR directory, BSTR field, BSTR text,
   *numbers = nullptr;
   if (!field || !text) return S_FALSE;
   return guarded([&] {
-    const auto catalogue = database::openCatalogue(viewOf(directory));
-    const std::vector<LONG> found = matchingCompounds(*catalogue, viewOf(field), viewOf(text));
+    const auto database = database::openDatabase(viewOf(directory));
+    const std::vector<LONG> found = matchingCompounds(database, viewOf(field), viewOf(text));
     if (found.empty()) return S_FALSE;
     *numbers = newIntegerArray(found).release();
     return S_OK;

@@ -106,12 +106,13 @@ HRESULT COQSCompound::Init(BSTR directory, INT number) noexcept {
     content_.identity.velcorinId = number;
     content_.identity.compoundIndex = number;
 
-    const auto catalogue = database::openCatalogue(viewOf(directory));
-    const auto record = catalogue->dataRecordOf(number);
+    const auto database = database::openDatabase(viewOf(directory));
+    const database::Catalogue& catalogue = *database.catalogue;
+    const auto record = catalogue.dataRecordOf(number);
     if (!record) return S_FALSE;
 
     RecordReceiver receiver(content_);
-    check(database::readRecord(*catalogue, *record, receiver));
+    check(database::readRecord(database, *record, receiver));
     if (!content_.properties[Key::PRPVOLT]) {
       const CQSAbstractProp* volume = content_.properties[Key::SRKVC];
       PropertyPtr acentric = newPoint(nameOf(Key::COSTALDACEN), volume ? standardValue(*volume) : kEmptyValue);
@@ -119,8 +120,8 @@ HRESULT COQSCompound::Init(BSTR directory, INT number) noexcept {
     }
 
     content_.identity.synonymCount = 0;
-    for (const database::Synonym& synonym : catalogue->synonymsOf(number)) {
-      const Bstr text(catalogue->synonymText(synonym));
+    for (const database::Synonym& synonym : catalogue.synonymsOf(number)) {
+      const Bstr text(catalogue.synonymText(synonym));
       if (content_.identity.putSynonym(content_.identity.synonymCount, text.get()) != S_OK) break;
     }
     return S_OK;

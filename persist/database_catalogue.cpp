@@ -24,10 +24,11 @@ FieldKind kindOf(std::string_view text) {
   return known != std::end(kKindTexts) ? known->kind : FieldKind::Other;
 }
 
-// Short enough for storedText to take it always.
-WideString shortText(std::string_view text) {
+// Text that blanks fill up; short enough for storedText to take it always.
+WideString paddedText(std::string_view text) {
   static_assert(kFieldNameLength < kTextLimit && kIndexNameLength < kTextLimit && kIndexIdentifierLength < kTextLimit);
-  return *storedText(text);
+  text = text.substr(0, text.find('\0'));
+  return *storedText(text.substr(0, text.find_last_not_of(' ') + 1));
 }
 
 std::vector<std::byte> readWhole(const InputFile& file) {
@@ -53,10 +54,10 @@ CachedCatalogue unread(WideView directory) {
 }
 
 void read(CachedCatalogue& entry) {
-  const auto file = InputFile::open(entry.indexPath);
-  if (!file) fail();
-  entry.watch.beforeReading(file->stamp());
   entry.catalogue.reset();
+  const auto file = InputFile::open(entry.indexPath);
+  if (!file) return;
+  entry.watch.beforeReading(file->stamp());
   entry.catalogue = std::make_shared<Catalogue>(readWhole(*file), joinPath(entry.directory, widen(kDataFile)));
 }
 
@@ -72,11 +73,13 @@ Header readHeader(std::span<const std::byte> file) {
   ByteCursor cursor(file);
   Header header;
   header.version = cursor.take<double>();
-  cursor.skip(kRecordLengthOffset - kVersionOffset - sizeof header.version);
+  const auto build = cursor.take<std::uint64_t>();
+  cursor.skip(kRecordLengthOffset - kBuildOffset - sizeof build);
   const auto recordLength = cursor.take<std::int32_t>();
   if (!cursor.cutOff()) header.recordLength = recordLength;
   header.fieldCount = cursor.take<std::int32_t>();
   header.compoundCount = cursor.take<std::int32_t>();
+  if (cursor.takeText(kMark.size()) == kMark) header.build = build;
   return header;
 }
 
@@ -85,13 +88,14 @@ std::optional<WideString> storedText(std::string_view text) {
   // No code page takes more than four bytes for a wide character.
   if (text.size() >= 4 * kTextLimit) return std::nullopt;
   if (text.size() >= kTextLimit && widen(text).size() >= kTextLimit) return std::nullopt;
-  return widen(text.substr(0, text.find_last_not_of(' ') + 1));
+  return widen(text);
 }
 
 Catalogue::Catalogue(std::vector<std::byte> indexFile, WideString dataPath)
     : file_(std::move(indexFile)), dataPath_(std::move(dataPath)) {
   if (file_.size() > kLargestIndexFile) fail();
   const Header header = readHeader(file_);
+  build_ = header.build;
   if (!header.recordLength) return;
   if (*header.recordLength <= 0 || header.fieldCount < 0) fail();
   const auto length = static_cast<std::uint64_t>(*header.recordLength);
@@ -115,7 +119,7 @@ void Catalogue::loadFields(std::uint64_t offset, std::int32_t count) {
   for (std::size_t i = 0; i < whole; ++i) {
     const auto number = cursor.take<std::int32_t>();
     const auto size = cursor.take<std::int32_t>();
-    WideString name = shortText(cursor.takeText(kFieldNameLength));
+    WideString name = paddedText(cursor.takeText(kFieldNameLength));
     const FieldKind kind = kindOf(cursor.takeText(kFieldKindLength));
     fields_.push_back({i, number, std::move(name), size, declared, kind});
     declared += fieldBytes(kind, notNegative(size));
@@ -170,8 +174,8 @@ IndexRecord Catalogue::indexRecord(std::size_t i) const {
   ByteCursor cursor(bytesFrom(indexOffset_ + i * kRecordLength));
   const auto compound = cursor.take<std::int32_t>();
   const auto dataRecord = cursor.take<std::int32_t>();
-  WideString name = shortText(cursor.takeText(kIndexNameLength));
-  return {compound, dataRecord, std::move(name), shortText(cursor.takeText(kIndexIdentifierLength))};
+  WideString name = paddedText(cursor.takeText(kIndexNameLength));
+  return {compound, dataRecord, std::move(name), paddedText(cursor.takeText(kIndexIdentifierLength))};
 }
 
 std::span<const Synonym> Catalogue::synonymsOf(LONG compound) const {

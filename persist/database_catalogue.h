@@ -23,11 +23,12 @@ struct Header {
   std::optional<std::int32_t> recordLength;  // nothing when the end of the file cuts it off
   std::int32_t fieldCount = 0;
   std::int32_t compoundCount = 0;
+  std::optional<std::uint64_t> build;  // nothing without the mark
 };
 Header readHeader(std::span<const std::byte> file);
 
-// Widens text as the files hold it: it ends at the first NUL and without trailing blanks. Nothing when the text before
-// the NUL has kTextLimit wide characters or more. Throws std::bad_alloc.
+// Widens the text of a String field or a synonym: it ends at the first NUL, and blanks at its end belong to it. Nothing
+// when it has kTextLimit wide characters or more. Throws std::bad_alloc.
 std::optional<WideString> storedText(std::string_view text);
 
 struct Field {
@@ -61,6 +62,9 @@ class Catalogue {
   // Raises CQSCOMError(E_FAIL) when the sections cannot be positioned: a record length that is not positive, a negative
   // number of fields, or a file of 2 GiB and more.
   explicit Catalogue(std::vector<std::byte> indexFile, WideString dataPath = {});
+
+  // The build that the data file must be of.
+  std::optional<std::uint64_t> build() const { return build_; }
 
   const DBFieldTable& fields() const { return fields_; }
 
@@ -99,6 +103,7 @@ class Catalogue {
 
   std::vector<std::byte> file_;
   WideString dataPath_;
+  std::optional<std::uint64_t> build_;
   DBFieldTable fields_;
   std::uint64_t recordBytes_ = 0;
   std::size_t indexOffset_ = 0;
@@ -107,10 +112,11 @@ class Catalogue {
   std::vector<Synonym> synonyms_;  // those that some scan meets; their numbers never decrease
 };
 
-// The catalogue of the database in a directory, which is given without a trailing separator. Each thread keeps those of
-// its last few directories and reads an index file again when it has changed; whoever keeps the pointer keeps the
-// catalogue, and equal pointers are the same catalogue. Raises CQSCOMError(E_FAIL) when the directory is empty, holds a
-// NUL or has more than 1024 bytes as 8-bit text, or when its index file cannot be opened, read or positioned.
+// The catalogue of the database in a directory, which is given without a trailing separator; null when it has no index
+// file that can be opened. Each thread keeps those of its last few directories and reads an index file again when it
+// has changed; whoever keeps the pointer keeps the catalogue, and equal pointers are the same catalogue. Raises
+// CQSCOMError(E_FAIL) when the directory is empty, holds a NUL or has more than 1024 bytes as 8-bit text, or when its
+// index file cannot be read or positioned.
 std::shared_ptr<const Catalogue> openCatalogue(WideView directory);
 
 // Tells whether what was read from a file still holds. Files rewritten within the resolution of file times may keep

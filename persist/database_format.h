@@ -16,9 +16,12 @@ inline constexpr std::size_t kRecordLength = 78;
 
 // Both files start with a header in a record of its own.
 inline constexpr std::size_t kVersionOffset = 0;         // double
+inline constexpr std::size_t kBuildOffset = 8;           // uint64, the same in both files of a build that has the mark
 inline constexpr std::size_t kRecordLengthOffset = 18;   // int32 R
 inline constexpr std::size_t kFieldCountOffset = 22;     // int32 F, used from the index file
 inline constexpr std::size_t kCompoundCountOffset = 26;  // int32 C, used from the index file
+inline constexpr std::size_t kMarkOffset = 30;           // kMark, or anything in the files of others
+inline constexpr std::string_view kMark = "QSB1";
 inline constexpr std::size_t kHeaderLength = 34;
 
 // A field definition: int32 number, int32 size, name, kind.

@@ -2,10 +2,14 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <memory>
 #include <optional>
+#include <thread>
+#include <utility>
 #include <vector>
 
+#include "com/error.h"
 #include "com/interfaces.h"
 #include "persist/byte_cursor.h"
 #include "platform/per_thread.h"
@@ -170,25 +174,45 @@ std::optional<Header> headerOf(const WideString& path, const InputFile& file) {
   return last.header;
 }
 
-HRESULT readFields(const Catalogue& catalogue, LONG dataRecord, std::uint64_t start, std::uint64_t length,
+std::optional<DataFile> openData(const WideString& path) {
+  auto file = InputFile::open(path);
+  if (!file) return std::nullopt;
+  const auto header = headerOf(path, *file);
+  if (!header) return std::nullopt;
+  return DataFile{*std::move(file), *header};
+}
+
+HRESULT readFields(const Database& database, LONG dataRecord, std::uint64_t start, std::uint64_t length,
                    std::span<const Field> fields, RecordSink& sink) {
-  const auto file = InputFile::open(catalogue.dataPath());
-  if (!file) return E_FAIL;
-  const auto header = headerOf(catalogue.dataPath(), *file);
-  if (!header) return E_FAIL;
-  const auto extent = locate(*header, file->stamp().size, dataRecord, start, length);
+  if (!database.data) return E_FAIL;
+  const auto& [file, header] = *database.data;
+  const auto extent = locate(header, file.stamp().size, dataRecord, start, length);
   if (!extent) return E_FAIL;
   const auto buffer = std::make_unique_for_overwrite<std::byte[]>(extent->length);
   const std::span bytes(buffer.get(), extent->length);
-  const auto got = file->readAt(extent->offset, bytes);
+  const auto got = file.readAt(extent->offset, bytes);
   if (!got) return E_FAIL;
-  return Decoder(bytes.first(*got), header->version, sink).decode(fields);
+  return Decoder(bytes.first(*got), header.version, sink).decode(fields);
 }
 
 }  // namespace
 
-HRESULT readRecord(const Catalogue& catalogue, LONG dataRecord, RecordSink& sink) {
-  return readFields(catalogue, dataRecord, 0, catalogue.recordBytes(), catalogue.fields(), sink);
+Database openDatabase(WideView directory) {
+  constexpr int kReadings = 10;
+  constexpr std::chrono::milliseconds kPause{5};
+  for (int left = kReadings;; --left) {
+    auto catalogue = openCatalogue(directory);
+    auto data = openData(catalogue ? catalogue->dataPath() : joinPath(directory, widen(kDataFile)));
+    if (catalogue && data && catalogue->build() == data->header.build) return {std::move(catalogue), std::move(data)};
+    if (left == 1 && catalogue && !data) return {std::move(catalogue), std::nullopt};
+    if (left == 1 || (!catalogue && !data)) throw CQSCOMError(E_FAIL);
+    std::this_thread::sleep_for(kPause);
+  }
+}
+
+HRESULT readRecord(const Database& database, LONG dataRecord, RecordSink& sink) {
+  const Catalogue& catalogue = *database.catalogue;
+  return readFields(database, dataRecord, 0, catalogue.recordBytes(), catalogue.fields(), sink);
 }
 
 HRESULT readRecord(const Catalogue& catalogue, std::span<const std::byte> dataFile, LONG dataRecord, RecordSink& sink) {
@@ -199,9 +223,9 @@ HRESULT readRecord(const Catalogue& catalogue, std::span<const std::byte> dataFi
   return Decoder(bytes, header.version, sink).decode(catalogue.fields());
 }
 
-HRESULT readField(const Catalogue& catalogue, LONG dataRecord, const Field& field, RecordSink& sink) {
+HRESULT readField(const Database& database, LONG dataRecord, const Field& field, RecordSink& sink) {
   const std::uint64_t size = field.size < 0 ? 0 : static_cast<std::uint64_t>(field.size);
-  return readFields(catalogue, dataRecord, field.offset, encodedBytes(field.kind, size), std::span(&field, 1), sink);
+  return readFields(database, dataRecord, field.offset, encodedBytes(field.kind, size), std::span(&field, 1), sink);
 }
 
 }  // namespace qs::database

@@ -1,13 +1,32 @@
-// Reads a compound's data record and hands its fields, decoded, to a sink; the sink knows what each name is for.
+// Opens a database, reads a compound's data record and hands its fields, decoded, to a sink; the sink knows what each
+// name is for.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <span>
 
 #include "persist/database_catalogue.h"
 
 namespace qs::database {
+
+struct DataFile {
+  InputFile file;
+  Header header;
+};
+
+// A catalogue and the data file of the same build, which stays open: a rebuild does not change what they tell.
+struct Database {
+  std::shared_ptr<const Catalogue> catalogue;
+  std::optional<DataFile> data;  // nothing when the data file cannot be opened or read; then no record can be read
+};
+
+// Opens the database in a directory, for use by this thread and soon. Where one of the files is missing, or where they
+// are not of the same build, the database is being replaced: waits a few milliseconds and looks again, ten times at
+// most. Raises CQSCOMError(E_FAIL) when they still differ, when there is no index file, and as openCatalogue.
+Database openDatabase(WideView directory);
 
 // A UNIFAC group and how often it occurs.
 struct GroupCount {
@@ -46,14 +65,14 @@ class RecordSink {
 // Reads a whole record: one field after the other, each taking what its encoding takes. A number or an equation that
 // the end of the file cuts off is not delivered, nor is anything after it; a text or a group is delivered as far as it
 // goes unless nothing of it is there. A record beyond the end of the file is thus S_OK with nothing delivered. E_FAIL
-// when the data file cannot be opened or read or the record not positioned, when a text reaches kTextLimit wide
+// when the data file cannot be read or the record not positioned, when a text reaches kTextLimit wide
 // characters, or when a field other than a number has a negative size; fields before that one have then been delivered.
-HRESULT readRecord(const Catalogue& catalogue, LONG dataRecord, RecordSink& sink);
+HRESULT readRecord(const Database& database, LONG dataRecord, RecordSink& sink);
 
 // The same from a data file in memory.
 HRESULT readRecord(const Catalogue& catalogue, std::span<const std::byte> dataFile, LONG dataRecord, RecordSink& sink);
 
 // Reads one field of a record, found by its offset. Results as above.
-HRESULT readField(const Catalogue& catalogue, LONG dataRecord, const Field& field, RecordSink& sink);
+HRESULT readField(const Database& database, LONG dataRecord, const Field& field, RecordSink& sink);
 
 }  // namespace qs::database

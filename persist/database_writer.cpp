@@ -3,12 +3,11 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <fstream>
+#include <cstring>
 #include <limits>
 #include <set>
 #include <stdexcept>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "persist/database_format.h"
@@ -77,7 +76,7 @@ void checkText(const CompoundData& compound, std::string_view field, std::string
   if (!std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; })) {
     refuse(compound, field, "a character is not printable ASCII");
   }
-  if (text.ends_with(' ')) refuse(compound, field, "a blank at the end would be lost");
+  if (text.ends_with(' ')) refuse(compound, field, "a blank at the end");
 }
 
 void checkReal(const CompoundData& compound, std::string_view field, double value) {
@@ -230,6 +229,7 @@ void writeHeader(ByteWriter& out, std::size_t fields, std::size_t compounds) {
   out.longInteger(kRecordLength);
   out.longInteger(static_cast<std::int32_t>(fields));
   out.longInteger(static_cast<std::int32_t>(compounds));
+  out.text(kMark, kMark.size(), '\0');
   out.endRecord();
 }
 
@@ -294,64 +294,14 @@ void writeDataRecord(ByteWriter& out, const Layout& layout, const CompoundData& 
   out.endRecord();
 }
 
-std::runtime_error fileError(const std::filesystem::path& path, std::string_view what) {
-  const std::u8string text = path.u8string();
-  return std::runtime_error(std::string(text.begin(), text.end()).append(": ").append(what));
+// FNV-1a of both files, whose headers hold no build identifier yet.
+std::uint64_t checksum(const DatabaseFiles& files) {
+  std::uint64_t sum = 14695981039346656037u;
+  for (const auto* file : {&files.index, &files.data}) {
+    for (const std::byte byte : *file) sum = (sum ^ std::to_integer<std::uint64_t>(byte)) * 1099511628211u;
+  }
+  return sum;
 }
-
-// A file written beside the one that it is to replace. Unless it is kept in the end, all is put back as it was.
-class StagedFile {
- public:
-  StagedFile(std::filesystem::path target, std::span<const std::byte> content)
-      : target_(std::move(target)), new_(beside(".new")), old_(beside(".old")) {
-    std::ofstream file(new_, std::ios::binary | std::ios::trunc);
-    file.write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
-    file.close();
-    if (file.fail()) {
-      undo();
-      throw fileError(target_, "cannot be written");
-    }
-  }
-  StagedFile(const StagedFile&) = delete;
-  StagedFile& operator=(const StagedFile&) = delete;
-  ~StagedFile() { undo(); }
-
-  void replaceTarget() {
-    std::error_code error;
-    if (std::filesystem::is_regular_file(target_, error)) {
-      std::filesystem::rename(target_, old_, error);
-      if (error) throw fileError(target_, "cannot be replaced");
-      movedAside_ = true;
-    }
-    std::filesystem::rename(new_, target_, error);
-    if (error) throw fileError(target_, "cannot be replaced");
-    inPlace_ = true;
-  }
-
-  void keep() noexcept {
-    std::error_code ignored;
-    std::filesystem::remove(old_, ignored);
-    movedAside_ = inPlace_ = false;
-  }
-
- private:
-  std::filesystem::path beside(const char* suffix) const {
-    std::filesystem::path path = target_;
-    path += suffix;
-    return path;
-  }
-
-  void undo() noexcept {
-    std::error_code ignored;
-    if (inPlace_) std::filesystem::remove(target_, ignored);
-    if (movedAside_) std::filesystem::rename(old_, target_, ignored);
-    std::filesystem::remove(new_, ignored);
-  }
-
-  const std::filesystem::path target_, new_, old_;
-  bool movedAside_ = false;
-  bool inPlace_ = false;
-};
 
 }  // namespace
 
@@ -395,20 +345,10 @@ DatabaseFiles encodeDatabase(std::span<const CompoundData> compounds) {
       index.text(synonym, kSynonymLength, '\0');
     }
   }
-  return {index.take(), data.take()};
-}
-
-void saveDatabase(const DatabaseFiles& files, const std::filesystem::path& directory) {
-  std::error_code error;
-  std::filesystem::create_directories(directory, error);
-  if (!std::filesystem::is_directory(directory, error))
-    throw fileError(directory, "is no directory and cannot become one");
-  StagedFile data(directory / kDataFile, files.data);
-  StagedFile index(directory / kIndexFile, files.index);
-  data.replaceTarget();
-  index.replaceTarget();
-  data.keep();
-  index.keep();
+  DatabaseFiles files{index.take(), data.take()};
+  const std::uint64_t build = checksum(files);
+  for (auto* file : {&files.index, &files.data}) std::memcpy(file->data() + kBuildOffset, &build, sizeof build);
+  return files;
 }
 
 }  // namespace qs::database

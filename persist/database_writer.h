@@ -1,10 +1,9 @@
 // Makes the two files of a pure-component database (docs/database.md) from compounds in memory. Tools, tests and
-// benchmarks use it; the server itself never writes.
+// benchmarks use it.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <map>
 #include <optional>
 #include <span>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "com/interfaces.h"
+#include "persist/database_files.h"
 #include "props/key_table.h"
 
 namespace qs::database {
@@ -45,18 +45,9 @@ struct CompoundData {
   std::map<Key, Correlation> correlations;
 };
 
-struct DatabaseFiles {
-  std::vector<std::byte> index;  // purecmp1.idx
-  std::vector<std::byte> data;   // purecmp1.dat
-};
-
 // The bytes of both files; the compounds may come in any order. Throws std::invalid_argument, naming compound and
 // field, for anything that the files cannot hold or that readers would take for something else.
 DatabaseFiles encodeDatabase(std::span<const CompoundData> compounds);
-
-// Puts both files into a directory, which is made when it is not there, in place of those that it has. Throws
-// std::runtime_error, naming the file; the directory's files are then as they were.
-void saveDatabase(const DatabaseFiles& files, const std::filesystem::path& directory);
 
 // A compound as messages name it.
 std::string describe(const CompoundData& compound);

@@ -14,11 +14,12 @@ class CollectionQueryTest : public CollectionTest {
   // Four compounds, not in the order of their numbers; the number 5 stands twice.
   void SetUp() override {
     CollectionTest::SetUp();
-    database_.write("purecmp1.idx",
-                    indexFile({fieldDefinition("PName", 20, "String"), fieldDefinition("CASN", 12, "String"),
-                               fieldDefinition("PPDSID", 4, "Long Integer"), fieldDefinition("MW", 8, "Double")},
-                              {indexRecord(9, 0), indexRecord(5, 1), indexRecord(7, 2), indexRecord(5, 3)},
-                              {synonymRecord(5, "Spirit"), synonymRecord(5, "Solvent"), synonymRecord(9, "SOLVENT")}));
+    database_.write(
+        "purecmp1.idx",
+        indexFile({fieldDefinition("PName", 20, "String"), fieldDefinition("CASN", 12, "String"),
+                   fieldDefinition("PPDSID", 4, "Long Integer"), fieldDefinition("MW", 8, "Double")},
+                  {indexRecord(9, 0), indexRecord(5, 1), indexRecord(7, 2), indexRecord(5, 3)},
+                  {synonymRecord(5, "Spirit"), synonymRecord(5, "Solvent"), synonymRecord(9, "SOLVENT  ")}));
     Bytes data = header(2.0, 78, 4, 4).zerosTo(78);
     data.append(dataRecord("Methanol", "67-56-1", 12, 32.04));
     data.append(dataRecord("Ethanol", "64-17-5", 120, 46.07));

@@ -17,7 +17,7 @@ FieldBytes number(std::string_view name, double value) {
   return {fieldDefinition(name, 8, "Double"), Bytes().real(value)};
 }
 FieldBytes text(std::string_view name, std::string_view value) {
-  return {fieldDefinition(name, 20, "String"), Bytes().text(value, 20)};
+  return {fieldDefinition(name, 20, "String"), Bytes().text(value, 20, '\0')};
 }
 FieldBytes shortInteger(std::string_view name, int value) {
   return {fieldDefinition(name, 2, "Short Integer"), Bytes().int16(value)};
@@ -73,12 +73,12 @@ class CompoundDatabase : public CompoundTest {
 };
 
 TEST_F(CompoundDatabase, IdentityFieldsGoWhereTheirNamesSay) {
-  fill({text("PName", "Seven"), text("CName", "heptanoid"), text("Formula", "X7"), text("CASN", "7-7-7"),
+  fill({text("PName", "Seven"), text("CName", "heptanoid"), text("Formula", "X7  "), text("CASN", "7-7-7"),
         text("Else", "dropped"), shortInteger("Family", 9), shortInteger("NonCondensable", 1),
         shortInteger("SubComp", 3), longInteger("PPkg", 11), longInteger("DIPPRID", 12), longInteger("DDBID", 13),
         longInteger("PPDSID", 14), longInteger("CMAID", 15), longInteger("Else", 16), groups("UNIFAC", {1, 3, -2, 7}),
         groups("Other", {99, 98})});
-  EXPECT_EQ(identityOf(compound), "Seven heptanoid X7 7-7-7 ; 7 11 12 13 14 15; 9 1;; 1 -2; 3 7");
+  EXPECT_EQ(identityOf(compound), "Seven heptanoid X7   7-7-7 ; 7 11 12 13 14 15; 9 1;; 1 -2; 3 7");
 }
 
 TEST_F(CompoundDatabase, NumbersAndEquationsAreKeptUnderTheirNames) {

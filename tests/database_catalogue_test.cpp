@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "com/error.h"
+#include "persist/database_record.h"
 #include "tests/support/database_builder.h"
 
 namespace qs::database {
@@ -126,12 +127,12 @@ TEST(DatabaseCatalogue, SectionsStartAtMultiplesOfTheRecordLength) {
     std::string synonym;
     HRESULT result;
     std::string expected;
-  } cases[] = {{100, "dihydrogen oxide  ", S_OK, "dihydrogen oxide"},
+  } cases[] = {{100, "dihydrogen oxide  ", S_OK, "dihydrogen oxide  "},
                {100, std::string("ice\0water", 9), S_OK, "ice"},
                {1027, std::string(1023, 'b'), S_OK, std::string(1023, 'b')},
                {1028, std::string(1024, 'b'), E_FAIL, ""},
-               {9000, "short", E_FAIL, ""},
-               {9000, std::string("short\0", 6), S_OK, "short"}};
+               {9000, std::string(8996, ' '), E_FAIL, ""},
+               {9000, "short", S_OK, "short"}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.recordLength);
     Bytes file = header(1.0, static_cast<std::int64_t>(c.recordLength), 1, 1).zerosTo(c.recordLength);
@@ -211,7 +212,7 @@ WideString fieldNameIn(const TemporaryDirectory& directory) {
 }
 
 HRESULT opening(WideView directory) {
-  return raisedBy([&] { openCatalogue(directory); });
+  return raisedBy([&] { openDatabase(directory); });
 }
 
 TEST(DatabaseCatalogue, OpensADirectoryOrFails) {

@@ -49,7 +49,7 @@ const std::vector<Part>& allKinds() {
       {fieldDefinition("TC", 8, "Double"), Bytes().real(647.096), {{8, "TC=647.096 "}}},
       {fieldDefinition("CASN", 4, "String"),
        Bytes().text("7-7", 4),
-       {{1, "CASN=7 "}, {2, "CASN=7- "}, {3, "CASN=7-7 "}}},
+       {{1, "CASN=7 "}, {2, "CASN=7- "}, {3, "CASN=7-7 "}, {4, "CASN=7-7  "}}},
       {fieldDefinition("UNIFAC", 2, "Group"),
        Bytes().int16(16).int16(1).int16(-1).int16(-32768),
        {{4, "UNIFAC=16*1 "}, {8, "UNIFAC=16*1 -1*-32768 "}}},
@@ -119,7 +119,7 @@ TEST(DatabaseRecord, LyingSizes) {
     std::int32_t size;
     HRESULT result;
     std::string delivered;
-  } cases[] = {{"String", 8, S_OK, "X=abcd Y=5 "},
+  } cases[] = {{"String", 8, S_OK, "X=abcd     Y=5 "},
                {"String", 0, S_OK, "X= Y=1684234849 "},
                {"String", kMost, S_OK, "X=abcd    \x05 "},
                {"String", -1, E_FAIL, ""},
@@ -144,16 +144,16 @@ TEST(DatabaseRecord, LyingSizes) {
   }
 }
 
-TEST(DatabaseRecord, TextEndsAtNulOrBeforeTrailingBlanks) {
+TEST(DatabaseRecord, TextEndsAtNulOrAtItsSize) {
   const std::string longest(1023, 'x');
   const struct {
     std::string text;
     HRESULT result;
     std::string delivered;
-  } cases[] = {{"1,4-dioxane   ", S_OK, "X=1,4-dioxane "},
-               {" leading and  inner ", S_OK, "X= leading and  inner "},
-               {std::string("acetone  \0garbage", 17), S_OK, "X=acetone "},
-               {std::string(12, ' '), S_OK, "X= "},
+  } cases[] = {{"1,4-dioxane   ", S_OK, "X=1,4-dioxane    "},
+               {" leading and  inner ", S_OK, "X= leading and  inner  "},
+               {std::string("acetone  \0garbage", 17), S_OK, "X=acetone   "},
+               {std::string(12, ' '), S_OK, "X=" + std::string(13, ' ')},
                {std::string(12, '\0'), S_OK, "X= "},
                {longest + '\0' + longest, S_OK, "X=" + longest + ' '},
                {longest + ' ', E_FAIL, ""},
@@ -201,37 +201,36 @@ TEST(DatabaseRecord, ShapesOfXAndYInOldFiles) {
 TEST(DatabaseRecord, ReadsFromTheDirectoryWholeOrByField) {
   const TemporaryDirectory directory;
   directory.write(kIndexFile, indexFile(allFields()));
-  const auto catalogue = openCatalogue(directory.name());
   RecordLog whole, byField, none;
-  EXPECT_EQ(readRecord(*catalogue, 1, whole), E_FAIL) << "no data file";
+  EXPECT_EQ(readRecord(openDatabase(directory.name()), 1, whole), E_FAIL) << "no data file";
 
   directory.write(kDataFile, dataFile(Bytes().zerosTo(78).append(allContents())));
-  EXPECT_EQ(readRecord(*catalogue, 1, whole), S_OK);
-  for (const Field& field : catalogue->fields()) EXPECT_EQ(readField(*catalogue, 1, field, byField), S_OK);
+  const Database database = openDatabase(directory.name());
+  EXPECT_EQ(readRecord(database, 1, whole), S_OK);
+  for (const Field& field : database.catalogue->fields()) EXPECT_EQ(readField(database, 1, field, byField), S_OK);
   EXPECT_EQ(whole.text(), expectedOf(allContents().size()));
   EXPECT_EQ(byField.text(), whole.text());
 
-  EXPECT_EQ(readRecord(*catalogue, -1, none), E_FAIL);
+  EXPECT_EQ(readRecord(database, -1, none), E_FAIL);
   const Field negative{0, 0, wide("X"), -1, 0, FieldKind::String};
   const Field farAway{0, 0, wide("X"), 8, ~std::uint64_t{0} - 3, FieldKind::Double};
-  EXPECT_EQ(readField(*catalogue, 1, negative, none), E_FAIL);
-  EXPECT_EQ(readField(*catalogue, 1, farAway, none), S_OK);
+  EXPECT_EQ(readField(database, 1, negative, none), E_FAIL);
+  EXPECT_EQ(readField(database, 1, farAway, none), S_OK);
   EXPECT_EQ(none.text(), "");
 
   // A field alone is found by the declared sizes of those before it.
   directory.write(kIndexFile, indexFile({fieldDefinition("A", 3, "Byte"), fieldDefinition("B", 2, "Short Integer")}));
   directory.write(kDataFile, dataFile(Bytes().integer(1, 1).int16(2).int16(3)));
-  const auto lying = openCatalogue(directory.name());
+  const Database lying = openDatabase(directory.name());
   RecordLog first, second;
-  EXPECT_EQ(readRecord(*lying, 0, first), S_OK);
-  EXPECT_EQ(readField(*lying, 0, lying->fields().at(1), second), S_OK);
+  EXPECT_EQ(readRecord(lying, 0, first), S_OK);
+  EXPECT_EQ(readField(lying, 0, lying.catalogue->fields().at(1), second), S_OK);
   EXPECT_EQ(first.text() + second.text(), "B=2 B=3 ");
 }
 
 TEST(DatabaseRecord, NoticesARewrittenDataFile) {
   const TemporaryDirectory directory;
   directory.write(kIndexFile, indexFile({fieldDefinition("VP", 1, "Equation")}));
-  const auto catalogue = openCatalogue(directory.name());
   const struct {
     double version;
     std::size_t recordLength;
@@ -247,7 +246,7 @@ TEST(DatabaseRecord, NoticesARewrittenDataFile) {
       directory.write(kDataFile, bytes.append(equation(5, {file.coefficient}, COMxr)).zerosTo(300));
       for (int i = 0; i < 3; ++i) {
         RecordLog log;
-        ASSERT_EQ(readRecord(*catalogue, 0, log), S_OK);
+        ASSERT_EQ(readRecord(openDatabase(directory.name()), 0, log), S_OK);
         EXPECT_EQ(log.text(), file.delivered) << pause;
         std::this_thread::sleep_for(std::chrono::milliseconds(pause));
       }

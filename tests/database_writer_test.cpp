@@ -2,12 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <functional>
 #include <limits>
+#include <set>
 #include <stdexcept>
 
 #include "tests/support/database_builder.h"
-#include "tests/support/files.h"
 #include "tests/support/record_log.h"
 
 namespace {
@@ -15,7 +16,6 @@ namespace {
 using namespace qs;
 using namespace qs::database;
 using qs::test::Bytes;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -52,8 +52,11 @@ Correlation enthalpy(tagEquationShapeEnum form = PropCurveVELDB3,
   return {form, std::move(coefficients), 50, 1000};
 }
 
-Bytes headerOf(int fields, int compounds) {
-  return Bytes().real(2.0).zerosTo(18).int32(78).int32(fields).int32(compounds).zerosTo(78);
+// With the build identifier that a file has.
+Bytes headerOf(int fields, int compounds, std::span<const std::byte> file) {
+  Bytes header = Bytes().real(2.0);
+  for (const std::byte byte : file.subspan(8, 8)) header.integer(std::to_integer<int>(byte), 1);
+  return header.zerosTo(18).int32(78).int32(fields).int32(compounds).text("QSB1", 4).zerosTo(78);
 }
 
 TEST(DatabaseWriter, LaysBothFilesOut) {
@@ -79,7 +82,8 @@ TEST(DatabaseWriter, LaysBothFilesOut) {
                 {"SRKVC", "Double", 8},
                 {"LDN", "Equation", 2},
                 {"VP", "Equation", 6}};
-  Bytes index = headerOf(19, 2);
+  const DatabaseFiles files = encodeDatabase(sample());
+  Bytes index = headerOf(19, 2, files.index);
   int number = 0;
   for (const auto& field : fields) index.int32(++number).int32(field.size).text(field.name, 50).text(field.kind, 20);
   // Ordered by number. A record has 200 bytes of text, 20 and 6 of numbers, 8 of groups, 32 of constants, 76 and 108 of
@@ -92,7 +96,7 @@ TEST(DatabaseWriter, LaysBothFilesOut) {
       .int32(300)
       .text(std::string(74, 'x'), 74);
 
-  Bytes data = headerOf(19, 2);
+  Bytes data = headerOf(19, 2, files.index);
   data.text("Sparse", 200, '\0');
   for (int i = 0; i < 5; ++i) data.int32(-32767);
   for (int i = 0; i < 3; ++i) data.int16(-32767);
@@ -108,9 +112,22 @@ TEST(DatabaseWriter, LaysBothFilesOut) {
   data.int16(4).reals({1, 2, 3, 4, 5, 6, 100, 200, 0.5, 9e9}).int16(3).int16(7).reals({2.0, 0.5});
   data.zerosTo(13 * 78);
 
-  const DatabaseFiles files = encodeDatabase(sample());
   EXPECT_EQ(files.index, index.get());
   EXPECT_EQ(files.data, data.get());
+}
+
+TEST(DatabaseWriter, TheBuildIdentifierFollowsFromTheCompounds) {
+  const auto buildOf = [](const std::vector<CompoundData>& compounds) {
+    return readHeader(encodeDatabase(compounds).index).build;
+  };
+  auto compounds = sample();
+  std::set<std::optional<std::uint64_t>> builds = {std::nullopt, buildOf(compounds)};
+  std::ranges::reverse(compounds);
+  EXPECT_TRUE(builds.contains(buildOf(compounds))) << "the same in another order";
+  compounds[0].correlations[Key::VP].tmax += 1;  // in the data file alone
+  EXPECT_TRUE(builds.insert(buildOf(compounds)).second);
+  compounds[0].synonyms = {"other"};  // in the index file alone
+  EXPECT_TRUE(builds.insert(buildOf(compounds)).second);
 }
 
 // Readers derive both from IGH, which a field of their own would undo for compounds that leave it empty.
@@ -206,40 +223,6 @@ TEST(DatabaseWriter, AcceptsTheLargestOfEverything) {
   compounds[0].synonyms.assign(64, std::string(74, 's'));
   compounds[0].unifac.assign(100, {32767, 32767});
   EXPECT_NO_THROW(encodeDatabase(compounds));
-}
-
-DatabaseFiles filesOf(const char* index, const char* data) {
-  const auto bytes = [](std::string_view text) {
-    const auto view = std::as_bytes(std::span(text));
-    return std::vector<std::byte>(view.begin(), view.end());
-  };
-  return {bytes(index), bytes(data)};
-}
-
-TEST(SaveDatabase, MakesTheDirectoryAndReplacesFiles) {
-  const test::TemporaryDirectory temporary;
-  const auto directory = temporary.path() / "new" / "directory";
-  saveDatabase(filesOf("old index, longer", "old data"), directory);
-  saveDatabase(filesOf("index", "data"), directory);
-  EXPECT_EQ(test::readFile(directory / "purecmp1.idx"), "index");
-  EXPECT_EQ(test::readFile(directory / "purecmp1.dat"), "data");
-  EXPECT_THAT(test::namesIn(directory), ElementsAre("purecmp1.dat", "purecmp1.idx"));
-  EXPECT_THROW(saveDatabase(filesOf("index", "data"), directory / "purecmp1.idx"), std::runtime_error);
-}
-
-TEST(SaveDatabase, PutsEverythingBackWhenAFileCannotBeReplaced) {
-  for (const char* blocked : {"purecmp1.idx", "purecmp1.dat"}) {
-    const std::string other = blocked == std::string("purecmp1.idx") ? "purecmp1.dat" : "purecmp1.idx";
-    const test::TemporaryDirectory temporary;
-    std::filesystem::create_directories(temporary.path() / blocked / "inner");
-    test::writeFile(temporary.path() / other, "as it was");
-    EXPECT_THROW(saveDatabase(filesOf("index", "data"), temporary.path()), std::runtime_error);
-    EXPECT_EQ(test::readFile(temporary.path() / other), "as it was");
-    EXPECT_THAT(test::namesIn(temporary.path()), ElementsAre("purecmp1.dat", "purecmp1.idx"));
-    std::filesystem::remove(temporary.path() / other);
-    EXPECT_THROW(saveDatabase(filesOf("index", "data"), temporary.path()), std::runtime_error);
-    EXPECT_THAT(test::namesIn(temporary.path()), ElementsAre(blocked));
-  }
 }
 
 }  // namespace

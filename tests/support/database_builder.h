@@ -73,7 +73,7 @@ inline Bytes indexRecord(std::int64_t compound, std::int64_t dataRecord, std::st
 }
 
 inline Bytes synonymRecord(std::int64_t compound, std::string_view text, std::size_t recordLength = 78) {
-  return Bytes().int32(compound).text(text, recordLength - 4);
+  return Bytes().int32(compound).text(text, recordLength - 4, '\0');
 }
 
 // An index file with records of 78 bytes whose counts are the true ones.

@@ -1,0 +1,325 @@
+// Rebuilding a database that is read, with operations that fail and builds that are killed: readers find the old
+// database or the new one, or fail, and never a mixture.
+#include "persist/database_files.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <iostream>
+#include <thread>
+
+#include "persist/database_writer.h"
+#include "platform/file_faults.h"
+#include "platform/output_file.h"
+#include "tests/support/compounds.h"
+#include "tests/support/database_builder.h"
+#include "tests/support/files.h"
+#include "tests/support/record_log.h"
+
+namespace qs::test {
+namespace {
+
+using database::DatabaseFiles;
+using testing::AnyOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr int kDiskFull = 28;  // on Linux; any error will do
+
+// Lets a range of the file operations fail from now on.
+class Faults {
+ public:
+  Faults(int first, int last, int code = kDiskFull) {
+    count_ = 0, first_ = first, last_ = last, code_ = code;
+    setFileFault([](FileOperation) {
+      const int number = count_++;
+      return number >= first_ && number <= last_ ? code_ : 0;
+    });
+  }
+  Faults(const Faults&) = delete;
+  Faults& operator=(const Faults&) = delete;
+  ~Faults() { setFileFault(nullptr); }
+
+  static bool reached() { return count_ > first_; }
+
+ private:
+  static inline int count_, first_, last_, code_;
+};
+
+constexpr Key kSameKeys[] = {Key::MW, Key::TC, Key::PC, Key::SRKVC};
+
+// A database in which all tells its build and its compound. Every other build has other fields and other compounds.
+DatabaseFiles build(int number, bool marked = true) {
+  const bool odd = number % 2 != 0;
+  std::vector<database::CompoundData> compounds;
+  for (int compound = odd ? 1 : 4; compound <= (odd ? 30 : 20); ++compound) {
+    const double value = 1000.0 * number + compound;
+    auto& data = compounds.emplace_back();
+    data.number = compound;
+    data.name = "build " + std::to_string(number);
+    data.synonyms.assign(odd ? 2 : 1, data.name);
+    for (const Key key : kSameKeys) data.constants[key] = value;
+    if (odd) data.constants[Key::ACEN] = data.constants[Key::ZC] = value;
+    if (odd) data.correlations[Key::VP] = {PropCurvePOLY2, {value, 0, 0}, 1, 2};
+  }
+  DatabaseFiles files = database::encodeDatabase(compounds);
+  for (auto* file : {&files.index, &files.data}) {
+    for (const int offset : {8, 30})
+      if (!marked) std::fill_n(file->begin() + offset, 4, std::byte{});
+  }
+  return files;
+}
+
+constexpr int kFailed = 0, kMixture = -1;
+
+class DatabaseRebuild : public CompoundTest {
+ protected:
+  // The build that a compound is read from.
+  static int buildRead(const ComPtr<IBasicCompound>& compound, const TemporaryDirectory& directory, INT number) {
+    const HRESULT result = query<ICompoundInitFromVelDB>(compound)->Init(Bstr(directory.name()).get(), number);
+    if (result == E_FAIL) return kFailed;
+    const double weight = propertyOf(compound, OLESTR("MW")).value;
+    const int build = static_cast<int>(weight / 1000);
+    for (const Key key : kSameKeys)
+      if (propertyOf(compound, nameOf(key)) != PropertyReading{S_OK, 1000.0 * build + number}) return kMixture;
+    const WideString name = wide("build " + std::to_string(build));
+    BSTR last = nullptr;
+    const INT synonyms = got(compound, &ICompoundID::get_NumberOfSynonymNames);
+    query<ICompoundID>(compound)->get_SynonymName(build % 2, &last);
+    const bool fits = got(compound, &ICompoundID::get_Name) == name && taken(last) == name && synonyms == 1 + build % 2;
+    return result == S_OK && fits ? build : kMixture;
+  }
+  int buildIn(const TemporaryDirectory& directory) {
+    const int first = buildRead(compound, directory, 4);
+    return first == kFailed || first == buildRead(compound, directory, 20) ? first : kMixture;
+  }
+
+  // Puts build 1 into a directory, if any.
+  enum class Old { None, Unmarked, Marked };
+  static void prepare(const TemporaryDirectory& directory, Old old) {
+    if (old != Old::None) database::saveDatabase(build(1, old == Old::Marked), directory.path());
+  }
+  static bool saves(const DatabaseFiles& files, const TemporaryDirectory& directory) {
+    try {
+      database::saveDatabase(files, directory.path());
+      return true;
+    } catch (const std::runtime_error&) {
+      return false;
+    }
+  }
+
+  const ComPtr<IBasicCompound> compound = newCompound();
+};
+
+constexpr auto kFileNames = [] { return ElementsAre("purecmp1.dat", "purecmp1.idx"); };
+
+TEST_F(DatabaseRebuild, MakesTheDirectoryAndReplacesFiles) {
+  const TemporaryDirectory temporary;
+  const auto directory = temporary.path() / "new" / "directory";
+  for (const int number : {1, 2}) database::saveDatabase(build(number), directory);
+  EXPECT_EQ(readFile(directory / "purecmp1.idx").size(), build(2).index.size());
+  EXPECT_THAT(namesIn(directory), kFileNames());
+  EXPECT_THROW(database::saveDatabase(build(1), directory / "purecmp1.idx"), std::runtime_error);
+
+  const auto lock = DirectoryLock::take(directory);
+  try {
+    database::saveDatabase(build(3), directory);
+    ADD_FAILURE() << "two builds at once";
+  } catch (const std::runtime_error& error) {
+    EXPECT_THAT(error.what(), HasSubstr("another build"));
+  }
+}
+
+TEST_F(DatabaseRebuild, PutsEverythingBackWhenAFileCannotBeReplaced) {
+  for (const char* blocked : {"purecmp1.idx", "purecmp1.dat"}) {
+    const std::string other = blocked == std::string("purecmp1.idx") ? "purecmp1.dat" : "purecmp1.idx";
+    const TemporaryDirectory temporary;
+    std::filesystem::create_directories(temporary.path() / blocked / "inner");
+    writeFile(temporary.path() / other, "as it was");
+    EXPECT_FALSE(saves(build(1), temporary));
+    EXPECT_EQ(readFile(temporary.path() / other), "as it was");
+    EXPECT_THAT(namesIn(temporary.path()), kFileNames());
+    std::filesystem::remove(temporary.path() / other);
+    EXPECT_FALSE(saves(build(1), temporary));
+    EXPECT_THAT(namesIn(temporary.path()), ElementsAre(blocked));
+  }
+}
+
+TEST_F(DatabaseRebuild, OneFailureLeavesTheOldDatabaseOrTheNewOne) {
+  for (const Old old : {Old::None, Old::Unmarked, Old::Marked}) {
+    for (int failing = 0;; ++failing) {
+      SCOPED_TRACE(testing::Message() << static_cast<int>(old) << ", operation " << failing);
+      const TemporaryDirectory directory;
+      prepare(directory, old);
+      const auto before = namesIn(directory.path());
+      bool saved = false;
+      {
+        const Faults faults(failing, failing);
+        saved = saves(build(2), directory);
+      }
+      EXPECT_TRUE(saved || namesIn(directory.path()) == before);
+      EXPECT_EQ(buildIn(directory), saved ? 2 : old == Old::None ? kFailed : 1);
+      EXPECT_TRUE(saves(build(3), directory));
+      EXPECT_THAT(namesIn(directory.path()), kFileNames());
+      EXPECT_EQ(buildIn(directory), 3);
+      if (!Faults::reached()) break;
+      ASSERT_LT(failing, 100);
+    }
+  }
+}
+
+// To be killed and to see every further operation fail is the same for the files.
+TEST_F(DatabaseRebuild, TheNextBuildFinishesAKilledOneOrTakesItBack) {
+  for (const Old old : {Old::None, Old::Unmarked, Old::Marked}) {
+    const int before = old == Old::None ? kFailed : 1;
+    for (int last = 0;; ++last) {
+      SCOPED_TRACE(testing::Message() << static_cast<int>(old) << ", killed at operation " << last);
+      const TemporaryDirectory directory;
+      prepare(directory, old);
+      {
+        const Faults faults(last, INT_MAX);
+        saves(build(2), directory);
+      }
+      const bool killed = Faults::reached();
+      EXPECT_THAT(buildIn(directory), AnyOf(before, 2, kFailed));
+      // The next build, which is killed as well, gets further and further.
+      int found = kFailed;
+      for (int next = last % 3; next < 24; next += 3) {
+        const Faults faults(next, INT_MAX);
+        saves(build(4), directory);
+        setFileFault(nullptr);
+        found = buildIn(directory);
+        EXPECT_THAT(found, AnyOf(before, 2, 4, kFailed)) << next;
+      }
+      EXPECT_EQ(found, 4);
+      EXPECT_TRUE(saves(build(3), directory));
+      EXPECT_THAT(namesIn(directory.path()), kFileNames());
+      EXPECT_EQ(buildIn(directory), 3);
+      if (!killed) break;
+      ASSERT_LT(last, 100);
+    }
+  }
+}
+
+TEST_F(DatabaseRebuild, AFailedOperationOfAReadingIsNoWrongValue) {
+  const TemporaryDirectory directory;
+  database::saveDatabase(build(1), directory.path());
+  const auto read = [&] {
+    RecordLog log;
+    const HRESULT result = guarded([&] {
+      const auto opened = database::openDatabase(directory.name());
+      return database::readRecord(opened, opened.catalogue->dataRecordOf(9).value(), log);
+    });
+    return std::pair(result, log.text());
+  };
+  const auto expected = read();
+  ASSERT_THAT(expected.second, HasSubstr("TC=1009 "));
+  // What the thread keeps of the files is not proven yet, then it is.
+  for (const int pause : {0, 50}) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(pause));
+    for (int failing = 0;; ++failing) {
+      for (const int last : {failing, INT_MAX}) {
+        const Faults faults(failing, last);
+        EXPECT_THAT(read(), AnyOf(expected, std::pair(E_FAIL, std::string()))) << failing;
+      }
+      EXPECT_EQ(read(), expected) << failing;
+      if (!Faults::reached()) break;
+      ASSERT_LT(failing, 100);
+    }
+  }
+}
+
+// Signals interrupt system calls where there are signals.
+TEST_F(DatabaseRebuild, InterruptedOperationsAreRepeated) {
+  if (std::filesystem::path::preferred_separator != '/') return;
+  for (int interrupted = 0;; ++interrupted) {
+    const TemporaryDirectory directory;
+    const Faults faults(interrupted, interrupted, EINTR);
+    EXPECT_TRUE(saves(build(1), directory)) << interrupted;
+    EXPECT_EQ(buildIn(directory), 1) << interrupted;
+    EXPECT_THAT(namesIn(directory.path()), kFileNames()) << interrupted;
+    if (!Faults::reached()) break;
+  }
+}
+
+TEST_F(DatabaseRebuild, FilesOfDifferentBuildsAreNotReadTogether) {
+  const DatabaseFiles one = build(1), two = build(2), plain = build(1, false), plainTwo = build(2, false);
+  const std::vector<std::byte> none;
+  const struct {
+    const char* what;
+    const std::vector<std::byte>&index, &data;
+    int build;
+  } cases[] = {{"one build", one.index, one.data, 1},
+               {"no marks", plain.index, plain.data, 1},
+               {"an old index", one.index, two.data, kFailed},
+               {"an old data file", two.index, one.data, kFailed},
+               {"another's index", plain.index, two.data, kFailed},
+               {"another's data file", two.index, plainTwo.data, kFailed},
+               {"no index", none, one.data, kFailed},
+               {"no data file", one.index, none, kFailed}};
+  const TemporaryDirectory directory;
+  const auto put = [&](const char* name, const std::vector<std::byte>& content) {
+    std::filesystem::remove(directory.path() / name);
+    if (!content.empty()) qs::writeFile(directory.path() / name, content);
+  };
+  for (const auto& row : cases) {
+    put("purecmp1.idx", row.index);
+    put("purecmp1.dat", row.data);
+    EXPECT_EQ(buildIn(directory), row.build) << row.what;
+  }
+
+  // The other file comes while the reader waits.
+  for (const bool indexIsLate : {true, false}) {
+    put("purecmp1.idx", indexIsLate ? one.index : two.index);
+    put("purecmp1.dat", indexIsLate ? two.data : none);
+    put("late", indexIsLate ? two.index : two.data);
+    std::thread writer([&] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      if (indexIsLate) setAside(directory.path() / "purecmp1.idx", directory.path() / "old");
+      renameFile(directory.path() / "late", directory.path() / (indexIsLate ? "purecmp1.idx" : "purecmp1.dat"));
+    });
+    EXPECT_EQ(buildIn(directory), 2);
+    writer.join();
+  }
+}
+
+// The variable QS_REBUILDS sets how often the database is replaced, a few times otherwise.
+TEST_F(DatabaseRebuild, RacedByTwoReaders) {
+  const char* wanted = std::getenv("QS_REBUILDS");
+  const int rebuilds = wanted ? std::atoi(wanted) : 5;
+  const TemporaryDirectory directory;
+  database::saveDatabase(build(1), directory.path());
+  std::atomic<bool> done = false;
+  std::atomic<int> reads = 0, failures = 0, mixtures = 0;
+  const auto reader = [&](const ComPtr<IBasicCompound>& own, int latest) {
+    for (INT number = 4; !done; number = number < 20 ? number + 1 : 4) {
+      const int found = buildRead(own, directory, number);
+      ++reads;
+      if (found == kFailed)
+        ++failures;
+      else if (found < latest)
+        ++mixtures;
+      else
+        latest = found;
+    }
+  };
+  const auto first = newCompound(), second = newCompound();
+  std::thread readers[] = {std::thread(reader, std::ref(first), 1), std::thread(reader, std::ref(second), 1)};
+  for (int number = 2; number < 2 + rebuilds; ++number) {
+    EXPECT_TRUE(saves(build(number), directory)) << number;
+    std::this_thread::sleep_for(std::chrono::milliseconds(3));
+  }
+  done = true;
+  for (std::thread& each : readers) each.join();
+  EXPECT_EQ(buildIn(directory), 1 + rebuilds);
+  EXPECT_EQ(mixtures, 0);
+  EXPECT_GT(reads, failures);
+  if (wanted)
+    std::cout << rebuilds << " rebuilds, " << reads << " reads, " << mixtures << " wrong, " << failures << " failed\n";
+}
+
+}  // namespace
+}  // namespace qs::test
