@@ -4,11 +4,13 @@
 namespace qs {
 
 HRESULT COQSCompound::basicFamily(tagCompoundFamilyEnum* value) noexcept {
+  if (!value) return E_POINTER;
   *value = static_cast<tagCompoundFamilyEnum>(content_.identity.family);
   return S_OK;
 }
 
 HRESULT COQSCompound::knownFamily(tagCompoundFamilyEnum* value) noexcept {
+  if (!value) return E_POINTER;
   basicFamily(value);
   return content_.identity.family == kEmptyInteger ? S_FALSE : S_OK;
 }
@@ -22,12 +24,14 @@ HRESULT COQSCompound::get_SubFamily(BSTR* value) noexcept { return giveCopy(cont
 HRESULT COQSCompound::put_SubFamily(BSTR value) noexcept { return takeCopy(content_.identity.subFamily, value); }
 
 HRESULT COQSCompound::get_NonCondensable(VARIANT_BOOL* value) noexcept {
+  if (!value) return E_POINTER;
   if (content_.identity.nonCondensable == kEmptyInteger) return S_FALSE;
   *value = content_.identity.nonCondensable ? VARIANT_TRUE : VARIANT_FALSE;
   return S_OK;
 }
 
 HRESULT COQSCompound::GetNonCondensable(BYTE* value) noexcept {
+  if (!value) return E_POINTER;
   if (content_.identity.nonCondensable == kEmptyInteger) return S_FALSE;
   *value = content_.identity.nonCondensable ? 1 : 0;
   return S_OK;

@@ -17,6 +17,7 @@ enum KnownNumber : INT {
 
 // The value is written even when it is not known.
 HRESULT getInteger(INT field, INT* value) {
+  if (!value) return E_POINTER;
   *value = field;
   return field == kEmptyInteger ? S_FALSE : S_OK;
 }
@@ -96,6 +97,7 @@ HRESULT COQSCompound::put_CMAID(INT value) noexcept { return putInteger(content_
 
 HRESULT COQSCompound::knownVelcorinId(INT* value) noexcept { return getInteger(content_.identity.velcorinId, value); }
 HRESULT COQSCompound::basicVelcorinId(INT* value) noexcept {
+  if (!value) return E_POINTER;
   *value = content_.identity.velcorinId;
   return S_OK;
 }
@@ -108,6 +110,7 @@ HRESULT COQSCompound::put_NumberOfSynonymNames(INT value) noexcept {
 }
 
 HRESULT COQSCompound::get_SynonymName(INT index, BSTR* value) noexcept {
+  if (!value) return E_POINTER;
   if (index < 0 || index >= content_.identity.synonymCount) return S_FALSE;
   const auto position = static_cast<std::size_t>(index);
   // A count that was put may promise more synonyms than were ever given.

@@ -52,6 +52,7 @@ struct Identity {
 // A string field as the interfaces read and write it: a new copy for the caller, and one of the caller's; null for
 // null.
 inline HRESULT giveCopy(const Bstr& field, BSTR* value) noexcept {
+  if (!value) return E_POINTER;
   return guarded([&] {
     *value = Bstr::copyOf(field.get()).release();
     return S_OK;

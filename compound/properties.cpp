@@ -80,11 +80,13 @@ PropertyPtr newPoint(WideView name, double value) {
 }
 
 HRESULT COQSCompound::GetNumbOfProperty(BYTE fixed, INT* count) noexcept {
+  if (!count) return E_POINTER;
   *count = isFixed(fixed) ? kKeyCount : static_cast<INT>(content_.properties.others().size());
   return S_OK;
 }
 
 HRESULT COQSCompound::GetPropertyName(BYTE fixed, INT index, BSTR* name, tagPropTypeEnum* type) noexcept {
+  if (!name || !type) return E_POINTER;
   INT count = 0;
   GetNumbOfProperty(fixed, &count);
   if (index < 0 || index >= count) return S_FALSE;
@@ -108,10 +110,12 @@ HRESULT COQSCompound::GetPropertyName(BYTE fixed, INT index, BSTR* name, tagProp
 
 HRESULT COQSCompound::GetPropertyValue(BSTR name, double temperature, double pressure, tagExtrapolationEnum method,
                                        LONG* dependencies, double* value) noexcept {
+  if (!dependencies || !value) return E_POINTER;
   return valueOf(content_.properties.find(viewOf(name)).property, temperature, pressure, method, dependencies, value);
 }
 
 HRESULT COQSCompound::GetPropertyType(BSTR name, tagPropTypeEnum* type) noexcept {
+  if (!type) return E_POINTER;
   const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
   *type = entry.property ? kindOf(*entry.property) : VoidProp;
   // Among the other names an entry without an object counts as a void property.
@@ -122,6 +126,7 @@ HRESULT COQSCompound::GetPropertyType(BSTR name, tagPropTypeEnum* type) noexcept
 HRESULT COQSCompound::GetEquationProperty(BSTR name, tagEquationShapeEnum* shape, BSTR* form, double* tMin,
                                           double* tMax, double* pMin, double* pMax, INT* parameterCount,
                                           IRealArrayDisp** parameters) noexcept {
+  if (!shape || !form || !tMin || !tMax || !pMin || !pMax || !parameterCount || !parameters) return E_POINTER;
   return guarded([&] {
     const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
     if (!entry.present) return S_FALSE;
@@ -156,6 +161,7 @@ HRESULT COQSCompound::GetEquationProperty(BSTR name, tagEquationShapeEnum* shape
 }
 
 HRESULT COQSCompound::GetCOMProperty(BSTR name, BSTR* className, IPCProperty** component) noexcept {
+  if (!className || !component) return E_POINTER;
   return guarded([&] {
     const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
     if (!entry.present) return S_FALSE;
@@ -169,11 +175,13 @@ HRESULT COQSCompound::GetCOMProperty(BSTR name, BSTR* className, IPCProperty** c
 }
 
 HRESULT COQSCompound::GetNumbOfCommonProperty(INT* count) noexcept {
+  if (!count) return E_POINTER;
   *count = static_cast<INT>(std::size(kIdentityFields));
   return S_OK;
 }
 
 HRESULT COQSCompound::GetCommonPropertyName(INT index, BSTR* name, tagPropTypeEnum* type) noexcept {
+  if (!name || !type) return E_POINTER;
   if (index < 0 || static_cast<std::size_t>(index) >= std::size(kIdentityFields)) return S_FALSE;
   return guarded([&] {
     *name = Bstr(kIdentityFields[index]).release();
@@ -217,6 +225,7 @@ HRESULT COQSCompound::ErasePropFromMap(BSTR name, BYTE fixed) noexcept {
 }
 
 HRESULT COQSCompound::FindProperty(BSTR name, BYTE* found, BYTE* fixed) noexcept {
+  if (!found || !fixed) return E_POINTER;
   const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
   *found = entry.property ? 1 : 0;
   *fixed = entry.fixed ? 1 : 0;
@@ -224,6 +233,7 @@ HRESULT COQSCompound::FindProperty(BSTR name, BYTE* found, BYTE* fixed) noexcept
 }
 
 HRESULT COQSCompound::GetEquationInfo(tagEquationShapeEnum shape, BSTR* form, INT* parameterCount) noexcept {
+  if (!form || !parameterCount) return E_POINTER;
   return guarded([&] {
     const EquationForm* found = findForm(LONG{shape});
     if (!found) return S_FALSE;
@@ -241,6 +251,7 @@ HRESULT COQSCompound::SetVoidProperty(BSTR name, BYTE fixed) noexcept {
 }
 
 HRESULT COQSCompound::GetPropertyLoader(BSTR name, BSTR* loader) noexcept {
+  if (!loader) return E_POINTER;
   const CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
   return property && property->Loader ? giveCopy(property->Loader, loader) : S_FALSE;
 }
@@ -253,6 +264,7 @@ HRESULT COQSCompound::SetPropertyLoader(BSTR name, BSTR loader) noexcept {
 HRESULT COQSCompound::GetEquationPropertyXYShape(BSTR name, tagXYShapeEnum* xShape, tagXYShapeEnum* yShape,
                                                  double* xNorm, double* yNorm, double* xPow, double* yPow, double* a,
                                                  double* b) noexcept {
+  if (!xShape || !yShape || !xNorm || !yNorm || !xPow || !yPow || !a || !b) return E_POINTER;
   const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
   if (!entry.present) return S_FALSE;
   if (!isEquation(entry.property)) {

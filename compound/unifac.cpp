@@ -26,6 +26,7 @@ HRESULT fill(INT groupCount, IIntegerArrayDisp* source, INT& count, std::vector<
 }  // namespace
 
 HRESULT COQSCompound::get_UNIFAC1NumberOfGroups(INT* value) noexcept {
+  if (!value) return E_POINTER;
   *value = content_.identity.groupCount;
   return content_.identity.groupCount == kEmptyInteger ? S_FALSE : S_OK;
 }
@@ -36,6 +37,7 @@ HRESULT COQSCompound::put_UNIFAC1NumberOfGroups(INT value) noexcept {
 }
 
 HRESULT COQSCompound::get_UNIFAC1Groups(IDispatch** types, IDispatch** counts) noexcept {
+  if (!types || !counts) return E_POINTER;
   return guarded([&] {
     // Copies: the host makes the arrays, and may put other groups meanwhile.
     const INT groupCount = content_.identity.groupCount;

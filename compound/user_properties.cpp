@@ -13,6 +13,7 @@ HRESULT COQSCompound::SetUserProperty(BSTR name, BSTR classId, IDispatch* compon
 }
 
 HRESULT COQSCompound::GetUserProperty(BSTR name, IDispatch** component) noexcept {
+  if (!component) return E_POINTER;
   const auto found = content_.userProperties.find(viewOf(name));
   if (found == content_.userProperties.end()) return S_FALSE;
   *component = ComPtr(found->second.component).release();
@@ -20,6 +21,7 @@ HRESULT COQSCompound::GetUserProperty(BSTR name, IDispatch** component) noexcept
 }
 
 HRESULT COQSCompound::GetUserPropertyClassID(BSTR name, BSTR* classId) noexcept {
+  if (!classId) return E_POINTER;
   const auto found = content_.userProperties.find(viewOf(name));
   return found == content_.userProperties.end() ? S_FALSE : giveCopy(found->second.classId, classId);
 }
@@ -32,11 +34,13 @@ HRESULT COQSCompound::DeleteUserProperty(BSTR name) noexcept {
 }
 
 HRESULT COQSCompound::GetNumbOfUserProperty(INT* count) noexcept {
+  if (!count) return E_POINTER;
   *count = static_cast<INT>(content_.userProperties.size());
   return S_OK;
 }
 
 HRESULT COQSCompound::GetUserPropertyI(INT index, BSTR* name, BSTR* classId, IDispatch** component) noexcept {
+  if (!name || !classId || !component) return E_POINTER;
   if (index < 0 || static_cast<std::size_t>(index) >= content_.userProperties.size()) return S_FALSE;
   return guarded([&] {
     const auto& [key, property] = *std::next(content_.userProperties.begin(), index);

@@ -46,10 +46,12 @@ HRESULT COQSCompound::standardValues(Key first, Key second, double* firstValue, 
 }
 
 HRESULT COQSCompound::get_ViscosityThetas(double* thetaA, double* thetaB) noexcept {
+  if (!thetaA || !thetaB) return E_POINTER;
   return standardValues(Key::THETAA, Key::THETAB, thetaA, thetaB);
 }
 
 HRESULT COQSCompound::get_UNIQUAC1Parameters(double* r, double* q) noexcept {
+  if (!r || !q) return E_POINTER;
   return standardValues(Key::UNIQUACR, Key::UNIQUACQ, r, q);
 }
 

@@ -13,6 +13,7 @@ constexpr std::size_t kExpectedLength = 32 * 1024;
 HRESULT COQSCompound::StoreAsXML(BSTR* text) noexcept { return StoreAsXMLEx(xmlDefaultForm, text); }
 
 HRESULT COQSCompound::StoreAsXMLEx(INT form, BSTR* text) noexcept {
+  if (!text) return E_POINTER;
   return guarded([&] {
     XmlText xml(XmlForm(form), kExpectedLength);
     writeCompound(xml, content_);

@@ -184,5 +184,22 @@ TEST_F(CompoundGroups, RefuseArraysThatDoNotFit) {
   expectGroups(S_OK, INT_MAX, {}, {});
 }
 
+TEST_F(CompoundIdentity, GivesNothingNowhere) {
+  const auto refuse = [this](auto... getters) { (refusesNull(compound, getters), ...); };
+  refuse(&ICompoundID::get_Name, &ICompoundID::get_NumberOfSynonymNames, &ICompoundID::get_SynonymName,
+         &ICompoundID::get_PPAttribute, &ICompoundID::get_CASN, &ICompoundID::get_VelcorinID,
+         &ICompoundFamily::get_Family, &ICompoundFamily::get_SubFamily, &ICompoundFamily::get_NonCondensable,
+         &IBasicCompound::get_VelcorinID, &IBasicCompound::get_Family, &IBasicCompound::GetNonCondensable,
+         &ICompoundUNIFAC1::get_UNIFAC1NumberOfGroups, &ICompoundUNIFAC1::get_UNIFAC1Groups);
+  refuse(&ICompoundProp::GetNumbOfProperty, &ICompoundProp::GetPropertyName, &ICompoundProp::GetPropertyValue,
+         &ICompoundProp::GetPropertyType, &ICompoundProp::GetEquationProperty, &ICompoundProp::GetCOMProperty,
+         &ICompoundProp::GetNumbOfCommonProperty, &ICompoundProp::GetCommonPropertyName,
+         &ICompoundPropPut::FindProperty, &ICompoundPropPut::GetEquationInfo, &ICompoundPropPut::GetPropertyLoader,
+         &ICompEqnXYShape::GetEquationPropertyXYShape, &IUserProperty::GetUserProperty,
+         &IUserProperty::GetUserPropertyClassID, &IUserProperty::GetNumbOfUserProperty,
+         &IUserProperty::GetUserPropertyI, &IXMLStore::StoreAsXML, &IXMLStoreEx::StoreAsXMLEx,
+         &ICompoundViscosity::get_ViscosityThetas, &ICompoundUNIQUAC1::get_UNIQUAC1Parameters);
+}
+
 }  // namespace
 }  // namespace qs::test

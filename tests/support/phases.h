@@ -109,12 +109,6 @@ struct CallingBack : Object {
   std::function<void()> onRelease;
 };
 
-// A method that gives something refuses to give it nowhere.
-template <class I, class J, class... Parameters>
-void refusesNull(const ComPtr<J>& object, HRESULT (STDMETHODCALLTYPE I::*method)(Parameters...)) {
-  EXPECT_EQ((query<I>(object).get()->*method)(Parameters{}...), E_POINTER);
-}
-
 using Reals = std::vector<double>;
 inline constexpr double kUnset = -32767.0;
 
