@@ -40,17 +40,11 @@ PropertyPtr named(PropertyPtr property, WideView name, tagPropTypeEnum kind) {
 }
 
 // The first elements of an array, `most` at the most.
-std::vector<double> elementsOf(IRealArrayDisp* array, LONG most) {
-  std::vector<double> values;
-  if (!array) return values;
+std::vector<double> firstElementsOf(IRealArrayDisp* array, LONG most) {
+  if (!array) return {};
   LONG size = 0;
   check(array->get_Size(&size));
-  for (LONG i = 0; i < std::min(size, most); ++i) {
-    double value = kEmptyValue;
-    check(array->get_IthValue(i, &value));
-    values.push_back(value);
-  }
-  return values;
+  return elementsOf<double>(array, std::min(size, most));
 }
 
 std::vector<double> coefficientsOf(const CQSAbstractProp& equation) {
@@ -203,7 +197,7 @@ HRESULT COQSCompound::SetEquationProperty(BSTR name, BYTE fixed, tagEquationShap
   return guarded([&] {
     const EquationForm* form = findForm(LONG{shape});
     if (!form) return E_FAIL;
-    const std::vector<double> coefficients = elementsOf(parameters, form->coefficients);
+    const std::vector<double> coefficients = firstElementsOf(parameters, form->coefficients);
     PropertyPtr equation = newEquation(viewOf(name), {shape, tMin, tMax, pMin, pMax, coefficients});
     return content_.properties.AddPropertyToMap(viewOf(name), isFixed(fixed), equation);
   });

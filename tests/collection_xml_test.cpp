@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "collection/collection.h"
+#include "tests/support/claiming_array.h"
 #include "tests/support/xml_compounds.h"
 
 namespace qs::test {
@@ -159,7 +160,7 @@ TEST_F(CollectionXml, TheExactFormGivesEverythingBack) {
   auto offsets = reals({values[0], values[1], values[2], values[3], values[4]});
   collection->PutOffsetS(offsets.release());
   // An offset of each compound is all that is needed.
-  EndlessArray endless;
+  ClaimingReals endless(1000);
   endless.AddRef();
   collection->PutOffsetH(&endless);
   textOf(collection, xmlExactForm);

@@ -1,4 +1,4 @@
-// An array of a host that states a size and gives only some of its elements, each 0.
+// An array of a host that states a size and gives only some of its elements, each 0, or throws.
 #pragma once
 
 #include <climits>
@@ -11,7 +11,8 @@ template <class I, class T>
 class ClaimingArray final : public HostObject<I> {
  public:
   explicit ClaimingArray(LONG given, LONG stated = INT_MAX) : given_(given), stated_(stated) {}
-  STDMETHODIMP get_IthValue(LONG index, T* value) noexcept override {
+  STDMETHODIMP get_IthValue(LONG index, T* value) override {
+    if (throws) throw 1;
     ++reads;
     if (index >= given_) return E_BOUNDS;
     *value = 0;
@@ -26,6 +27,7 @@ class ClaimingArray final : public HostObject<I> {
   STDMETHODIMP Copy(I*) noexcept override { return E_NOTIMPL; }
 
   int reads = 0;
+  bool throws = false;
 
  private:
   LONG given_, stated_;

@@ -37,28 +37,6 @@ class HostObject : public I {
 // Whether an exception passes from one module to another; in a 32-bit process on Windows it ends the process.
 inline constexpr bool kExceptionsPass = sizeof(void*) == 8 || !std::is_same_v<OLECHAR, wchar_t>;
 
-// An array that says it has more elements than there are, and answers 1 for each, or throws.
-class EndlessArray final : public HostObject<IRealArrayDisp> {
- public:
-  STDMETHODIMP get_Size(LONG* size) override {
-    *size = 0x7FFFFFFF;
-    return S_OK;
-  }
-  STDMETHODIMP put_Size(LONG) override { return E_NOTIMPL; }
-  STDMETHODIMP get_IthValue(LONG, double* value) override {
-    ++reads;
-    if (throws) throw 1;
-    *value = 1.0;
-    // A test that asks for all ends at last.
-    return reads > 1000 ? E_BOUNDS : S_OK;
-  }
-  STDMETHODIMP put_IthValue(LONG, double) override { return E_NOTIMPL; }
-  STDMETHODIMP Copy(IRealArrayDisp*) override { return E_NOTIMPL; }
-
-  int reads = 0;
-  bool throws = false;
-};
-
 // An external property of which a test writes the value alone.
 class HostProperty : public HostObject<IPCProperty> {
  public:
