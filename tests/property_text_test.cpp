@@ -67,10 +67,11 @@ TEST(PropertyText, ComponentStoresClassNameAndContent) {
   property.SetCOMObject(&fake);
   EXPECT_EQ(stored(property), "ClassName(Vendor.Cp) ComContent(k=1)");
   fake.result = E_FAIL;
-  EXPECT_EQ(stored(property), "ClassName(Vendor.Cp) ComContent()");
+  EXPECT_THROW(stored(property), CQSCOMError);
+  fake.result = S_OK;
 
   recall(property, "ComContent(x) ClassName(Other.Cp)");
-  EXPECT_EQ(stored(property), "ClassName(Other.Cp) ComContent()");
+  EXPECT_EQ(stored(property), "ClassName(Other.Cp) ComContent(k=1)");
   BSTR name = nullptr;
   recall(property, "ClassName()");
   EXPECT_EQ(property.GetCOMClassName(&name), S_OK);

@@ -42,7 +42,10 @@ class HostProperty : public HostObject<IPCProperty> {
  public:
   STDMETHODIMP GetClassID(BSTR*) noexcept override { return E_NOTIMPL; }
   STDMETHODIMP GetClassName(BSTR*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP Store(BSTR*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Store(BSTR* text) noexcept override {
+    *text = nullptr;
+    return S_OK;
+  }
   STDMETHODIMP Recall(BSTR) noexcept override { return E_NOTIMPL; }
   STDMETHODIMP Copy(IPCProperty*) noexcept override { return E_NOTIMPL; }
   STDMETHODIMP GetMethod(BSTR*) noexcept override { return E_NOTIMPL; }
