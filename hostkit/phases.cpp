@@ -34,7 +34,8 @@ HRESULT PropertyRegistry::RegisterProperty(BSTR name, LONG* number) noexcept {
 }
 
 HRESULT PhaseActivator::Act(IBasicPhase* phase) noexcept {
-  return phase ? phase->put_PhaseStatus(xpsActivePhase) : E_INVALIDARG;
+  if (!phase) return E_INVALIDARG;
+  return guarded([&] { return phase->put_PhaseStatus(xpsActivePhase); });
 }
 
 }  // namespace qs::hostkit

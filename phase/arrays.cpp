@@ -26,12 +26,13 @@ HRESULT lendArray(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp** lent) n
   *lent = stored.get();
   if (!stored) return S_FALSE;
   double first = kUnset;
-  return FAILED(stored->get_IthValue(0, &first)) || first == kUnset ? S_FALSE : S_OK;
+  const HRESULT got = guarded([&] { return stored->get_IthValue(0, &first); });
+  return FAILED(got) || first == kUnset ? S_FALSE : S_OK;
 }
 
 HRESULT takeValues(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp* array) noexcept {
   if (!array) return S_FALSE;
-  return stored ? stored->Copy(array) : E_FAIL;
+  return stored ? guarded([&] { return stored->Copy(array); }) : E_FAIL;
 }
 
 }  // namespace
