@@ -1,12 +1,14 @@
 #include "tools/compound_source.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <map>
+#include <new>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
@@ -420,7 +422,9 @@ Value parse(const std::string& text, const std::string& file) {
 }
 
 std::string readText(const std::filesystem::path& path, const std::string& file) {
+  errno = 0;
   std::ifstream stream(path, std::ios::binary);
+  if (!stream && errno == ENOMEM) throw std::bad_alloc();
   if (!stream) fail(file, "cannot be opened");
   std::string text{std::istreambuf_iterator<char>(stream), {}};
   if (stream.bad()) fail(file, "cannot be read");

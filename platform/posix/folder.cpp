@@ -4,12 +4,14 @@
 
 #include <cerrno>
 #include <memory>
+#include <new>
 
 namespace qs {
 
 std::optional<std::vector<WideString>> namesIn(const WideString& folder) {
   const auto close = [](DIR* stream) { ::closedir(stream); };
   const std::unique_ptr<DIR, decltype(close)> stream(::opendir(narrow(folder).c_str()), close);
+  if (!stream && errno == ENOMEM) throw std::bad_alloc();
   if (!stream) return std::nullopt;
   std::vector<WideString> names;
   for (;;) {
