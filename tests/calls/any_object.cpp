@@ -1,0 +1,52 @@
+#include "tests/calls/any_object.h"
+
+namespace qs::test {
+
+#define INTERFACE(I)                          \
+  template <>                                 \
+  class AnyFace<I> final : public BaseOf<I> { \
+   public:                                    \
+    using BaseOf<I>::BaseOf;
+#define MEMBER(I, name, parameters, arguments) \
+  STDMETHODIMP name parameters override { return this->react arguments; }
+#define INTERFACE_END(I) \
+  }                      \
+  ;
+#include "members.def"
+#undef INTERFACE_END
+#undef MEMBER
+#undef INTERFACE
+
+#define MEMBER(I, name, parameters, arguments)
+#define INTERFACE_END(I)
+
+ComPtr<IUnknown> AnyObject::create(Values& values) {
+  class Object final : public AnyObject {
+   public:
+    explicit Object(Values& values) : AnyObject(values) {}
+    HRESULT query(REFIID iid, void** out) override {
+      IUnknown* face = nullptr;
+      if (IsEqualGUID(iid, __uuidof(IUnknown)) || IsEqualGUID(iid, __uuidof(IDispatch))) face = &first_;
+#define INTERFACE(I) \
+  if (IsEqualGUID(iid, __uuidof(I))) face = &I##_;
+#include "members.def"
+#undef INTERFACE
+      *out = face;
+      if (!face) return E_NOINTERFACE;
+      addReference();
+      return S_OK;
+    }
+
+   private:
+    AnyFace<IBasicCompound> first_{*this};
+#define INTERFACE(I) AnyFace<I> I##_{*this};
+#include "members.def"
+#undef INTERFACE
+  };
+  ComPtr<IUnknown> made;
+  (new Object(values))->query(__uuidof(IUnknown), reinterpret_cast<void**>(made.out()));
+  made->Release();
+  return made;
+}
+
+}  // namespace qs::test
