@@ -1,17 +1,18 @@
 // Runs a fuzz target without libFuzzer: on every file named, or else on the target's seeds and on a fixed number of
-// pseudo-random mutations of them, the same at every run.
+// pseudo-random mutations of them, the same at every run. `--write-seeds DIRECTORY` writes the seeds for libFuzzer.
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <random>
+#include <string_view>
 
 #include "fuzz/fuzz_target.h"
 
 namespace {
 
-constexpr int kMutations = 20000;
+constexpr int kMutations = 5000;
 constexpr std::size_t kLargestInput = 1 << 16;
 
 void runOn(const std::string& input) {
@@ -67,6 +68,11 @@ class Mutator {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc == 3 && std::string_view(argv[1]) == "--write-seeds") {
+    for (int number = 0; const std::string& seed : qs::fuzzSeeds())
+      std::ofstream(argv[2] + ("/seed-" + std::to_string(number++)), std::ios::binary) << seed;
+    return EXIT_SUCCESS;
+  }
   for (int i = 1; i < argc; ++i) {
     std::ifstream file(argv[i], std::ios::binary);
     if (!file) {

@@ -2,21 +2,13 @@
 // element that starts, then tags and values in turn, all divided by tabs; any other first character and the name of one
 // that ends. Whatever was built must be written in both forms, and the exact form must come back the same.
 #include <algorithm>
-#include <cstdlib>
 #include <string_view>
 
-#include "com/bstr.h"
-#include "com/com_ptr.h"
-#include "com/interfaces.h"
+#include "fuzz/exact_form.h"
 #include "fuzz/fuzz_target.h"
-#include "hostkit/module_loader.h"
 
 namespace qs {
 namespace {
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
 
 // Takes off what stands before the first divider, and the divider.
 std::string_view cut(std::string_view& text, char divider) {
@@ -27,17 +19,6 @@ std::string_view cut(std::string_view& text, char divider) {
 }
 
 Bstr bstr(std::string_view text) { return Bstr(widen(text)); }
-
-void load() {
-  static host::LoadedModule& containers = *new host::LoadedModule("qscontainers");
-  static host::LoadedModule& hostKit = *new host::LoadedModule("qshostkit");
-  static const bool registered = containers.registerClass(__uuidof(::COQSCompound)) == S_OK &&
-                                 containers.registerClass(__uuidof(::COQSCompoundCollection)) == S_OK &&
-                                 hostKit.registerClass(__uuidof(::HostRealArray)) == S_OK &&
-                                 hostKit.registerClass(__uuidof(::AttributeSet)) == S_OK &&
-                                 hostKit.registerClass(__uuidof(::XMLParser)) == S_OK;
-  require(registered);
-}
 
 void send(XMLParserClient& client, std::string_view line) {
   const bool starts = line.starts_with('+');
@@ -52,24 +33,12 @@ void send(XMLParserClient& client, std::string_view line) {
   require(SUCCEEDED(client.StartElement(name.get(), attributes.get())));
 }
 
-Bstr exactText(IUnknown* object) {
-  Bstr text;
-  const HRESULT hr = ComPtr<IXMLStoreEx>::from(object)->StoreAsXMLEx(xmlExactForm, text.out());
-  require(hr == S_OK || hr == E_INVALIDARG);
-  return text;
-}
-
 void sendAll(REFCLSID clsid, std::string_view events) {
   const auto client = host::createInstance<XMLParserClient>(clsid);
   while (!events.empty()) send(*client.get(), cut(events, '\n'));
   Bstr text;
   require(ComPtr<IXMLStore>::from(client.get())->StoreAsXML(text.out()) == S_OK);
-  const Bstr exact = exactText(client.get());
-  if (!exact) return;
-  const auto again = host::createInstance<IDispatch>(clsid);
-  const auto parser = host::createInstance<IXMLParser>(__uuidof(::XMLParser));
-  require(parser->ParseText(exact.get(), again.get()) == S_OK);
-  require(exactText(again.get()).view() == exact.view());
+  requireExactForm(client.get(), clsid);
 }
 
 }  // namespace
@@ -106,7 +75,7 @@ std::vector<std::string> fuzzSeeds() {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace qs;
-  load();
+  test::registerClasses();
   const std::string_view events(reinterpret_cast<const char*>(data), size);
   sendAll(__uuidof(::COQSCompound), events);
   sendAll(__uuidof(::COQSCompoundCollection), events);
