@@ -41,6 +41,12 @@ flex flex
 bison bison
 xz xz-utils
 '
+# What ./test deep needs besides.
+needed_for_deep='
+/usr/bin/clang++-14 clang-14
+/usr/lib/llvm-14/bin/llvm-cov llvm-14
+/usr/lib/llvm-14/lib/clang/14.0.6/lib/linux/libclang_rt.fuzzer-x86_64.a libclang-rt-14-dev
+'
 
 missing_packages() {
   local what package
