@@ -1,5 +1,4 @@
 // Interaction-parameter models by name.
-#include <ranges>
 #include <utility>
 
 #include "collection/collection.h"
@@ -89,11 +88,11 @@ HRESULT COQSCompoundCollection::AddLastCompoundLoadIPs(IDispatch* compound, BSTR
       if (SUCCEEDED(loaded)) continue;
       // From the own list to the view. A model may have moved the entry, or taken it out itself.
       bool parentLost = false;
-      for (const Lengthened& entry : std::views::reverse(lists)) {
-        COQSCompoundCollection& list = implementation(entry.list);
-        const bool lost = list.count() > entry.before && list.takeOut(last.get(), entry.position);
+      for (auto entry = lists.rbegin(); entry != lists.rend(); ++entry) {
+        COQSCompoundCollection& list = implementation(entry->list);
+        const bool lost = list.count() > entry->before && list.takeOut(last.get(), entry->position);
         if (std::exchange(parentLost, lost) && list.isView())
-          for (LONG& position : *list.state_.positions) position -= position > entry.position ? 1 : 0;
+          for (LONG& position : *list.state_.positions) position -= position > entry->position ? 1 : 0;
       }
       return loaded;
     }
