@@ -36,8 +36,8 @@ constexpr const char* kTexts[] = {
     "{2AB3CA21-4AD0-49C3-97E1-846ADD11538D}",
     "{071B69C1-B6AF-4B88-A43D-C50C3A86E1FE}",
     "<Compound VERSION='2' Name='a&amp;&#x20AC;'><Synonyms NUMB='1'><Synonym NAME='s'/></Synonyms></Compound>",
-    "<Compound VERSION='2'><Synonyms NUMB='2'><Synonym NAME='a'/><Synonym/></Synonyms><FixedProperty NAME='LDN' "
-    "TYPE='COMProp' CLASSNAME='x'><PropertyContent CONTENT='ClassName(x) ComContent(y)'/></FixedProperty></Compound>",
+    ("<Compound VERSION='2'><Synonyms NUMB='2'><Synonym NAME='a'/><Synonym/></Synonyms><FixedProperty NAME='LDN' "
+     "TYPE='COMProp' CLASSNAME='x'><PropertyContent CONTENT='ClassName(x) ComContent(y)'/></FixedProperty></Compound>"),
     "<CompoundCollection VERSION='2'><Compound VERSION='2' Name='n'/><EmptySlot/></CompoundCollection>"};
 constexpr double kNumbers[] = {0, 1, 2, 3, -1, 4, 8, 63, 64, 300, 101.325, -32767, 1000, 1e300, 1e-300, 0.5};
 
@@ -140,7 +140,7 @@ class Sequence final : public Values {
       WideString raw;
       for (std::size_t length = which - 224; length > 0; --length) {
         const unsigned low = byte();
-        raw += static_cast<OLECHAR>(low | (low < 0x20 ? byte() << 8 : 0));
+        raw += static_cast<OLECHAR>(low | (low < 0x20 ? byte() * 256u : 0u));
       }
       return Bstr(raw);
     }
