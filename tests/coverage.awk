@@ -1,11 +1,12 @@
 # From lcov records: the share of lines that ran of each of the product's folders, and the lines that did not. Fails below 95 %.
 /^SF:/ {
-  file = substr($0, 4)
-  sub(root, "", file)
+  ours = match($0, /(com|compound|collection|phase|persist|props|hostkit|platform\/posix)\/[^\/]*$/) &&
+         substr($0, RSTART - 1, 1) == "/"
+  file = substr($0, RSTART)
   folder = file
   sub(/\/[^\/]*$/, "", folder)
 }
-/^DA:/ && folder ~ /^(com|compound|collection|phase|persist|props|hostkit|platform\/posix)$/ {
+/^DA:/ && ours {
   split(substr($0, 4), line, ",")
   key = file ":" line[1]
   if (!(key in runs)) {

@@ -17,18 +17,18 @@ fuzz() {
     -artifact_prefix="build/log/$1-" -print_final_stats=1 >"build/log/$1.fuzz.log" 2>&1 || touch "build/log/$1.failed"
 }
 
+# covered PROGRAM ARGUMENT...: the lines that it runs are counted in build/coverage.
+covered() {
+  LLVM_PROFILE_FILE="build/coverage/%m-%p.profraw" "build/native-coverage/bin/$1" "${@:2}" >>build/log/covered.log 2>&1
+}
+
 # seed: libFuzzer starts from what plain_main.cpp starts from.
 seed() {
   local target
   for target in "${targets[@]}"; do
     mkdir -p "$corpora/$target"
-    "build/native-coverage/bin/$target" --write-seeds "$corpora/$target"
+    covered "$target" --write-seeds "$corpora/$target"
   done
-}
-
-# covered PROGRAM ARGUMENT...: the lines that it runs are counted in build/coverage.
-covered() {
-  LLVM_PROFILE_FILE="build/coverage/%m-%p.profraw" "build/native-coverage/bin/$1" "${@:2}" >>build/log/covered.log 2>&1
 }
 
 # coverage: the lines of the product's folders that the tests, the scenarios and the corpora reach; 95 % are enough.
@@ -46,7 +46,7 @@ coverage() {
   "$llvm/llvm-profdata" merge -sparse build/coverage/*.profraw -o build/coverage/all.profdata
   "$llvm/llvm-cov" export -format=lcov -instr-profile build/coverage/all.profdata "$bin/libqscontainers.so" \
     -object "$bin/libqshostkit.so" -object "$bin/libqsplatform.so" -object "$bin/qs_tests" >build/coverage/all.lcov
-  awk -v root="$PWD/" -f tests/coverage.awk build/coverage/all.lcov
+  awk -f tests/coverage.awk build/coverage/all.lcov
 }
 
 # beside NAME COMMAND...: a check that runs while others do; `settle NAME` waits for it and counts it.
