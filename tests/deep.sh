@@ -62,13 +62,13 @@ settle() {
 fuzz_all() { for target in "${targets[@]}"; do fuzz "$target"; done; }
 
 build native qs_soak qs_tests qs_failures
-beside soak build/native/bin/qs_soak 600 1
+beside soak build/native/bin/qs_soak 600 1 512
 build native-coverage qs_tests qs_failures "${targets[@]}"
 seed
 build native-fuzz "${targets[@]}"
 beside fuzzing fuzz_all
 build native-tsan qs_soak
-beside threads build/native-tsan/bin/qs_soak 60 4
+beside threads build/native-tsan/bin/qs_soak 60 4 16384
 build native-asan qs_failures
 run_tests failures-asan build/native-asan/bin/qs_failures
 tail -n 1 build/log/failures-asan.log
