@@ -68,6 +68,7 @@ seed
 build native-fuzz "${targets[@]}"
 beside fuzzing fuzz_all
 build native-tsan qs_soak
+# The sanitizer's own memory grows with what it has seen.
 beside threads build/native-tsan/bin/qs_soak 60 4 16384
 build native-asan qs_failures
 run_tests failures-asan build/native-asan/bin/qs_failures

@@ -1,6 +1,5 @@
 // qs_soak SECONDS THREADS KIB: every scenario again and again, in threads that each own their objects and share one
-// database. Fails when an object is left, or when memory has grown by more than KIB in the
-// second half of the time.
+// database. Fails when an object is left, or when memory has grown by more than KIB in the second half of the time.
 #include <unistd.h>
 
 #include <atomic>
