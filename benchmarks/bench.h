@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "com/com_ptr.h"
-#include "com/interfaces.h"
+#include "interfaces/interfaces.h"
 
 namespace qs::bench {
 

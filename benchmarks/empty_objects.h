@@ -1,7 +1,7 @@
 // Objects of which every method returns at once and nothing else: what a call through their interface costs.
 #pragma once
 
-#include "com/interfaces.h"
+#include "interfaces/interfaces.h"
 
 namespace qs::bench {
 

@@ -8,8 +8,8 @@
 #include "benchmarks/lines.h"
 #include "com/bstr.h"
 #include "com/error.h"
-#include "com/interfaces.h"
 #include "hostkit/module_loader.h"
+#include "interfaces/interfaces.h"
 
 namespace qs::bench {
 namespace {

@@ -32,8 +32,10 @@ else()
   install(TARGETS qs_host qs_com qs_platform qs_interfaces EXPORT qscontainers COMPONENT programs)
   install(EXPORT qscontainers NAMESPACE qscontainers:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/qscontainers
           FILE qscontainers-config.cmake COMPONENT common)
-  install(DIRECTORY com platform DESTINATION ${include} COMPONENT common FILES_MATCHING PATTERN "*.h"
-          PATTERN windows EXCLUDE)
+  install(DIRECTORY com interfaces platform DESTINATION ${include} COMPONENT common FILES_MATCHING PATTERN "*.h"
+          PATTERN "*_windows.h" EXCLUDE)
+  # Hosts made for 1.0 include it as com/interfaces.h.
+  install(FILES interfaces/interfaces.h DESTINATION ${include}/com COMPONENT common)
   install(FILES hostkit/module_loader.h DESTINATION ${include}/hostkit COMPONENT common)
 endif()
 

@@ -1,5 +1,5 @@
-# The C++ header and the type library, made from module/qscontainers.idl.
-#   qs_interfaces     what code that includes com/interfaces.h links
+# The C++ header and the type library, made from interfaces/qscontainers.idl.
+#   qs_interfaces     what code that includes interfaces/interfaces.h links
 #   QS_TYPE_LIBRARY   the type library's path
 find_program(QS_WIDL NAMES x86_64-w64-mingw32-widl widl REQUIRED DOC "IDL compiler (Debian: mingw-w64-tools)")
 find_path(QS_WIDL_INCLUDE oaidl.idl NO_CMAKE_FIND_ROOT_PATH REQUIRED
@@ -8,7 +8,7 @@ find_path(QS_WIDL_LIBRARY stdole2.tlb NO_CMAKE_FIND_ROOT_PATH REQUIRED
           PATHS /usr/lib /usr/lib/${CMAKE_HOST_SYSTEM_PROCESSOR}-linux-gnu
           PATH_SUFFIXES wine/x86_64-windows wine/i386-windows DOC "Imported type library (Debian: libwine)")
 
-set(QS_IDL ${CMAKE_SOURCE_DIR}/module/qscontainers.idl)
+set(QS_IDL ${CMAKE_SOURCE_DIR}/interfaces/qscontainers.idl)
 set(QS_GENERATED ${CMAKE_BINARY_DIR}/generated)
 set(QS_HEADER ${QS_GENERATED}/qscontainers.h)
 set(QS_TYPE_LIBRARY ${QS_GENERATED}/qscontainers.tlb)
@@ -28,10 +28,6 @@ add_custom_target(qs_generated DEPENDS ${QS_HEADER} ${QS_TYPE_LIBRARY})
 
 add_library(qs_interfaces INTERFACE)
 add_dependencies(qs_interfaces qs_generated)
-target_include_directories(qs_interfaces INTERFACE $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}>)
+target_link_libraries(qs_interfaces INTERFACE qs_platform)
 target_include_directories(qs_interfaces SYSTEM INTERFACE $<BUILD_INTERFACE:${QS_GENERATED}>
                            $<INSTALL_INTERFACE:include/qscontainers>)
-if(NOT WIN32)
-  target_include_directories(qs_interfaces SYSTEM INTERFACE $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/platform/posix>
-                             $<INSTALL_INTERFACE:include/qscontainers/platform/posix>)
-endif()

@@ -11,9 +11,9 @@
 #include <optional>
 #include <vector>
 
+#include "automation/coclass.h"
 #include "collection/component_registry.h"
 #include "collection/compound_slots.h"
-#include "com/coclass.h"
 
 namespace qs {
 

@@ -6,8 +6,8 @@
 
 #include "com/bstr.h"
 #include "com/com_ptr.h"
-#include "com/interfaces.h"
 #include "com/query.h"
+#include "interfaces/interfaces.h"
 
 namespace qs {
 

@@ -6,9 +6,9 @@
 #include <string>
 #include <type_traits>
 
-#include "com/number_text.h"
 #include "com/query.h"
 #include "compound/compound.h"
+#include "platform/number_text.h"
 #include "props/key_table.h"
 #include "props/property.h"
 

@@ -5,7 +5,7 @@
 
 #include "com/bstr.h"
 #include "com/com_ptr.h"
-#include "com/interfaces.h"
+#include "interfaces/interfaces.h"
 
 namespace qs {
 

@@ -4,8 +4,8 @@
 
 #include "collection/collection.h"
 #include "com/host_arrays.h"
-#include "com/number_text.h"
 #include "persist/database_record.h"
+#include "platform/number_text.h"
 
 namespace qs {
 namespace {

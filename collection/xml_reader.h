@@ -2,7 +2,7 @@
 #pragma once
 
 #include "collection/collection.h"
-#include "persist/xml_events.h"
+#include "xml/events.h"
 
 namespace qs {
 

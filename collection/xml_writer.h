@@ -2,7 +2,7 @@
 #pragma once
 
 #include "collection/collection.h"
-#include "persist/xml_text.h"
+#include "xml/text.h"
 
 namespace qs {
 

@@ -1,7 +1,6 @@
 // Registration, and the module's own file and lifetime. Compiled into each module.
 #include "com/bstr.h"
 #include "com/com_ptr.h"
-#include "com/dispatch.h"
 #include "com/error.h"
 #include "com/module.h"
 #include "com/module_file.h"
@@ -83,7 +82,7 @@ BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* processEnds) {
     qs::module = instance;
     DisableThreadLibraryCalls(instance);
   } else if (reason == DLL_PROCESS_DETACH && !processEnds) {
-    qs::TypeInfo::releaseAll();
+    qs::releaseKept();
   }
   return TRUE;
 }

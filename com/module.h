@@ -40,4 +40,8 @@ class ClassObject final : public IClassFactory {
 std::span<ClassObject> moduleClasses();
 extern const bool moduleRegistersTypeLibrary;
 
+// Releases what the module keeps from its first use on; called when it is unloaded from a process that goes on (Windows
+// only). automation/ defines it.
+void releaseKept() noexcept;
+
 }  // namespace qs

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "com/coclass.h"
+#include "automation/coclass.h"
 #include "compound/content.h"
 #include "compound/peer.h"
 #include "compound/xml_reader.h"
@@ -13,7 +13,7 @@ namespace qs {
 
 // IBasicCompound answers S_OK for two identity fields even when they are not known, while ICompoundID and
 // ICompoundFamily answer S_FALSE for the same fields under the same names. Each of the three keeps its own version.
-class BasicCompoundFace : public Dual<IBasicCompound> {
+class BasicCompoundImpl : public Dual<IBasicCompound> {
  public:
   STDMETHODIMP get_VelcorinID(INT* value) noexcept final { return basicVelcorinId(value); }
   STDMETHODIMP get_Family(tagCompoundFamilyEnum* value) noexcept final { return basicFamily(value); }
@@ -23,7 +23,7 @@ class BasicCompoundFace : public Dual<IBasicCompound> {
   virtual HRESULT basicFamily(tagCompoundFamilyEnum* value) noexcept = 0;
 };
 
-class CompoundIDFace : public Dual<ICompoundID> {
+class CompoundIDImpl : public Dual<ICompoundID> {
  public:
   STDMETHODIMP get_VelcorinID(INT* value) noexcept final { return knownVelcorinId(value); }
 
@@ -31,7 +31,7 @@ class CompoundIDFace : public Dual<ICompoundID> {
   virtual HRESULT knownVelcorinId(INT* value) noexcept = 0;
 };
 
-class CompoundFamilyFace : public Dual<ICompoundFamily> {
+class CompoundFamilyImpl : public Dual<ICompoundFamily> {
  public:
   STDMETHODIMP get_Family(tagCompoundFamilyEnum* value) noexcept final { return knownFamily(value); }
 
@@ -40,9 +40,9 @@ class CompoundFamilyFace : public Dual<ICompoundFamily> {
 };
 
 class COQSCompound final
-    : public Coclass<COQSCompound, BasicCompoundFace, ICompoundReferenceStateProperties, ICompoundPR, ICompoundCOSTALD,
+    : public Coclass<COQSCompound, BasicCompoundImpl, ICompoundReferenceStateProperties, ICompoundPR, ICompoundCOSTALD,
                      ICompoundCavett, ICompoundViscosity, ICompoundChaoSeader, ICompoundChienNull, ICompoundVirial,
-                     ICompoundPRSV, ICompoundSRK, ICompoundWilson, CompoundIDFace, CompoundFamilyFace, ICompoundUNIFAC1,
+                     ICompoundPRSV, ICompoundSRK, ICompoundWilson, CompoundIDImpl, CompoundFamilyImpl, ICompoundUNIFAC1,
                      ICompoundUNIQUAC1, ICompoundSolidProperties, ICompoundIDPut, ICompoundFamilyPut,
                      ICompoundUNIFAC1Put, ICompoundInitFromVelDB, ICompoundProp, ICompoundPropPut, ICompoundCopy,
                      XMLParserClient, IXMLStore, IUserProperty, ICompEqnXYShape, IXMLStoreEx, ICompoundPeer> {

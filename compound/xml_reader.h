@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "compound/content.h"
-#include "persist/xml_events.h"
+#include "xml/events.h"
 
 namespace qs {
 

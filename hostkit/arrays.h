@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "com/coclass.h"
+#include "automation/coclass.h"
 
 namespace qs::hostkit {
 

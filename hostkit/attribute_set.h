@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "automation/coclass.h"
 #include "com/bstr.h"
-#include "com/coclass.h"
 
 namespace qs::hostkit {
 

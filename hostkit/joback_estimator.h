@@ -8,7 +8,7 @@
 //   Tb = 198.2 + b                      in K, where the compound has no normal boiling point of its own
 #pragma once
 
-#include "com/coclass.h"
+#include "automation/coclass.h"
 
 namespace qs::hostkit {
 

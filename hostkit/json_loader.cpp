@@ -7,9 +7,9 @@
 
 #include "com/bstr.h"
 #include "com/host_arrays.h"
-#include "com/number_text.h"
 #include "platform/folder.h"
 #include "platform/input_file.h"
+#include "platform/number_text.h"
 
 namespace qs::hostkit {
 namespace {
@@ -127,7 +127,7 @@ std::vector<CompoundData> readFolder(const WideString& folder) {
   std::vector<CompoundData> compounds;
   for (const WideString& name : *names)
     if (name.size() > kExtension.size() && name.ends_with(kExtension))
-      std::ranges::move(tools::readCompoundSource(joinPath(folder, name)), std::back_inserter(compounds));
+      std::ranges::move(bank::readCompoundSource(joinPath(folder, name)), std::back_inserter(compounds));
   return compounds;
 }
 

@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "com/coclass.h"
-#include "tools/compound_source.h"
+#include "automation/coclass.h"
+#include "bank/json_source.h"
 
 namespace qs::hostkit {
 

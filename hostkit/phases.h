@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "com/coclass.h"
+#include "automation/coclass.h"
 #include "platform/text.h"
 
 namespace qs::hostkit {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "com/xml_character.h"
 #include "platform/input_file.h"
+#include "xml/character.h"
 
 namespace qs::hostkit {
 namespace {

@@ -44,7 +44,7 @@ class EventFeed {
 
 // Parse a text, of which a declared encoding says nothing, or a file's bytes in whatever encoding they declare, until
 // its end or the feed's first failure; false for what is no well-formed document. Document types are refused where the
-// parser tells of them: a few lines can stand for gigabytes. xml_parser_expat.cpp and xml_parser_sax.cpp implement
+// parser tells of them: a few lines can stand for gigabytes. xml_parser_posix.cpp and xml_parser_windows.cpp implement
 // them. Throw CQSCOMError when there is no parser, and E_OUTOFMEMORY when it runs out of memory.
 bool parseXml(WideView text, EventFeed& feed);
 bool parseXml(std::span<const std::byte> bytes, EventFeed& feed);

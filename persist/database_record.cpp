@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "com/error.h"
-#include "com/interfaces.h"
+#include "interfaces/interfaces.h"
 #include "persist/byte_cursor.h"
 #include "platform/per_thread.h"
 

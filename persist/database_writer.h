@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "com/interfaces.h"
+#include "interfaces/interfaces.h"
 #include "persist/database_files.h"
 #include "props/key_table.h"
 

@@ -1,7 +1,7 @@
 // The derivatives that a phase keeps.
 #include <algorithm>
 
-#include "com/script_values.h"
+#include "automation/script_values.h"
 #include "phase/phase.h"
 
 namespace qs {

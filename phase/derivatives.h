@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "com/com_ptr.h"
-#include "com/interfaces.h"
+#include "interfaces/interfaces.h"
 #include "phase/state.h"
 
 namespace qs {

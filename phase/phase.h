@@ -8,7 +8,7 @@
 
 #include <map>
 
-#include "com/coclass.h"
+#include "automation/coclass.h"
 #include "com/variant.h"
 #include "phase/derivatives.h"
 #include "phase/state.h"

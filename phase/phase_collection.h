@@ -8,7 +8,7 @@
 
 #include <vector>
 
-#include "com/coclass.h"
+#include "automation/coclass.h"
 #include "com/com_ptr.h"
 #include "phase/state.h"
 

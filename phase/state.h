@@ -4,7 +4,7 @@
 #include <array>
 
 #include "com/com_ptr.h"
-#include "com/interfaces.h"
+#include "interfaces/interfaces.h"
 #include "platform/text.h"
 
 namespace qs {

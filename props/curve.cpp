@@ -9,7 +9,7 @@
 #include <string>
 #include <tuple>
 
-#include "com/number_text.h"
+#include "platform/number_text.h"
 #include "props/forms.h"
 #include "props/property_text.h"
 #include "props/transform.h"

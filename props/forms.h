@@ -5,7 +5,7 @@
 #include <array>
 #include <cstddef>
 
-#include "com/interfaces.h"
+#include "interfaces/interfaces.h"
 #include "platform/text.h"
 
 namespace qs {

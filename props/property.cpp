@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "com/number_text.h"
+#include "platform/number_text.h"
 #include "props/property_text.h"
 
 namespace qs {

@@ -13,10 +13,6 @@ namespace qs {
 // delimited: an occurrence within a longer word counts.
 std::optional<WideView> ReadKeyValue(WideView key, WideView text);
 
-// Converts a value, blank or malformed text giving 0. Text of 80 bytes or more leaves the target as it was.
-void convertValue(WideView text, double* target);
-void convertValue(WideView text, LONG* target);
-
 // A new string of 8-bit text.
 inline Bstr bstrOf(std::string_view text) { return Bstr(widen(text)); }
 

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "com/interfaces.h"
+#include "interfaces/interfaces.h"
 #include "props/property.h"
 
 namespace qs {

@@ -1,6 +1,6 @@
 # From lcov records: the share of lines that ran of each of the product's folders, and the lines that did not. Fails below 95 %.
 /^SF:/ {
-  ours = match($0, /(com|compound|collection|phase|persist|props|hostkit|platform\/posix)\/[^\/]*$/) &&
+  ours = match($0, /(com|automation|xml|bank|compound|collection|phase|persist|props|hostkit|platform)\/[^\/]*$/) &&
          substr($0, RSTART - 1, 1) == "/"
   file = substr($0, RSTART)
   folder = file

@@ -68,7 +68,7 @@ stop_prefix() { wineserver -k && wineserver -w; }
 nothing_left() {
   stop_prefix
   wine reg query "HKCR\\CLSID" >/dev/null || return 1
-  ! grep -inE "COQS|QsHostKit|qscontainers|$(grep -oP 'uuid\(\K[0-9A-F-]+' module/qscontainers.idl | paste -sd '|')" \
+  ! grep -inE "COQS|QsHostKit|qscontainers|$(grep -oP 'uuid\(\K[0-9A-F-]+' interfaces/qscontainers.idl | paste -sd '|')" \
     "$WINEPREFIX"/{system,user}.reg
 }
 
@@ -138,7 +138,7 @@ other_bitness() {
 }
 
 other_type_library() {
-  sed 's/version(1.0)/version(2.0)/' module/qscontainers.idl >build/unpacked/other.idl &&
+  sed 's/version(1.0)/version(2.0)/' interfaces/qscontainers.idl >build/unpacked/other.idl &&
     x86_64-w64-mingw32-widl -I/usr/include/wine/wine/windows -L"$(dirname "$(find /usr/lib -name stdole2.tlb | head -1)")" \
       --win$bits -t -o build/unpacked/other.tlb build/unpacked/other.idl &&
     regsvr && set_value "$library\\1.0\\409\\win$bits" "$(windows_path "$PWD/build/unpacked/other.tlb")" &&

@@ -10,7 +10,7 @@
 #include "com/bstr.h"
 #include "com/com_ptr.h"
 #include "com/error.h"
-#include "com/interfaces.h"
+#include "interfaces/interfaces.h"
 #include "platform/text.h"
 
 namespace qs::test {

@@ -7,8 +7,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "bank/json_source.h"
 #include "persist/database_writer.h"
-#include "tools/compound_source.h"
 
 namespace qs::tools {
 namespace {
@@ -20,7 +20,7 @@ struct BuildOptions {
 std::filesystem::path pathOf(const std::string& utf8) { return std::u8string(utf8.begin(), utf8.end()); }
 
 database::DatabaseFiles encode(const BuildOptions& options, std::size_t& count) {
-  const auto compounds = readCompoundSource(pathOf(options.source));
+  const auto compounds = bank::readCompoundSource(pathOf(options.source));
   count = compounds.size();
   try {
     return database::encodeDatabase(compounds);

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "com/interfaces.h"
+#include "interfaces/interfaces.h"
 
 namespace qs::tools {
 

@@ -14,9 +14,9 @@
 
 #include "com/bstr.h"
 #include "com/com_ptr.h"
-#include "com/interfaces.h"
 #include "examples/flash/raoult.h"
 #include "hostkit/module_loader.h"
+#include "interfaces/interfaces.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "com/com_ptr.h"
-#include "com/interfaces.h"
+#include "interfaces/interfaces.h"
 
 namespace flash {
 

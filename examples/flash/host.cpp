@@ -13,8 +13,8 @@
 
 #include "com/bstr.h"
 #include "com/com_ptr.h"
-#include "com/interfaces.h"
 #include "examples/flash/flash.h"
+#include "interfaces/interfaces.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 
 namespace qs::test {
 
-#define INTERFACE(I)                          \
-  template <>                                 \
-  class AnyFace<I> final : public BaseOf<I> { \
-   public:                                    \
+#define INTERFACE(I)                               \
+  template <>                                      \
+  class AnyInterface<I> final : public BaseOf<I> { \
+   public:                                         \
     using BaseOf<I>::BaseOf;
 #define MEMBER(I, name, parameters, arguments) \
   STDMETHODIMP name parameters override { return this->react arguments; }
@@ -38,8 +38,8 @@ ComPtr<IUnknown> AnyObject::create(Values& values) {
     }
 
    private:
-    AnyFace<IBasicCompound> first_{*this};
-#define INTERFACE(I) AnyFace<I> I##_{*this};
+    AnyInterface<IBasicCompound> first_{*this};
+#define INTERFACE(I) AnyInterface<I> I##_{*this};
 #include "members.def"
 #undef INTERFACE
   };

@@ -8,7 +8,7 @@
 namespace qs::test {
 
 template <class I>
-class AnyFace;
+class AnyInterface;
 
 class AnyObject {
  public:
@@ -33,11 +33,11 @@ class AnyObject {
   ULONG references_ = 1;
 };
 
-// The members that AnyFace<I> does not get from members.def.
+// The members that AnyInterface<I> does not get from members.def.
 template <class I>
-class FaceBase : public I {
+class InterfaceBase : public I {
  public:
-  explicit FaceBase(AnyObject& object) : object_(object) {}
+  explicit InterfaceBase(AnyObject& object) : object_(object) {}
   STDMETHODIMP QueryInterface(REFIID iid, void** out) override { return object_.query(iid, out); }
   STDMETHODIMP_(ULONG) AddRef() override { return object_.addReference(); }
   STDMETHODIMP_(ULONG) Release() override { return object_.release(); }
@@ -72,9 +72,9 @@ class FaceBase : public I {
 };
 template <class I>
 requires std::is_base_of_v<IDispatch, I>
-class DispatchBase : public FaceBase<I> {
+class DispatchBase : public InterfaceBase<I> {
  public:
-  using FaceBase<I>::FaceBase;
+  using InterfaceBase<I>::InterfaceBase;
   STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
   STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
   STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
@@ -87,7 +87,7 @@ using BaseOf = typename decltype([] {
   if constexpr (std::is_base_of_v<IDispatch, I>)
     return std::type_identity<DispatchBase<I>>();
   else
-    return std::type_identity<FaceBase<I>>();
+    return std::type_identity<InterfaceBase<I>>();
 }())::type;
 
 }  // namespace qs::test

@@ -4,8 +4,8 @@
 #include <span>
 
 #include "com/bstr.h"
-#include "com/interfaces.h"
 #include "com/variant.h"
+#include "interfaces/interfaces.h"
 
 namespace qs::test {
 

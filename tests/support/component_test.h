@@ -5,8 +5,8 @@
 
 #include "com/bstr.h"
 #include "com/com_ptr.h"
-#include "com/interfaces.h"
 #include "hostkit/module_loader.h"
+#include "interfaces/interfaces.h"
 
 namespace qs::test {
 

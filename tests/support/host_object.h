@@ -6,7 +6,7 @@
 
 #include <type_traits>
 
-#include "com/interfaces.h"
+#include "interfaces/interfaces.h"
 
 namespace qs::test {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "com/interfaces.h"
+#include "interfaces/interfaces.h"
 
 namespace qs::test {
 

@@ -1,0 +1,189 @@
+#include "automation/script_values.h"
+
+#include <limits>
+#include <optional>
+#include <vector>
+
+#include "com/host_arrays.h"
+#include "com/variant.h"
+#include "platform/text.h"
+
+namespace qs {
+namespace {
+
+[[noreturn]] void refuse() { throw CQSCOMError(DISP_E_TYPEMISMATCH); }
+
+// The elements of an array; of a matrix column by column.
+struct Numbers {
+  LONG rows = 0;
+  LONG columns = 1;
+  std::vector<double> elements;
+};
+
+// The elements of a safe array, locked for as long as this lives: reading them may call the script.
+class LockedArray {
+ public:
+  explicit LockedArray(SAFEARRAY* array) : array_(array) { check(SafeArrayAccessData(array_, &data_)); }
+  LockedArray(const LockedArray&) = delete;
+  LockedArray& operator=(const LockedArray&) = delete;
+  ~LockedArray() { SafeArrayUnaccessData(array_); }
+
+  // Of a dimension, which count from 1.
+  LONG extent(UINT dimension) const {
+    const ULONG extent = array_->rgsabound[array_->cDims - dimension].cElements;
+    if (extent > static_cast<ULONG>(std::numeric_limits<LONG>::max())) refuse();
+    return static_cast<LONG>(extent);
+  }
+  void* element(std::size_t position) const { return static_cast<std::byte*>(data_) + position * array_->cbElements; }
+
+ private:
+  SAFEARRAY* array_;
+  void* data_ = nullptr;
+};
+
+Numbers elementsOf(SAFEARRAY* array, VARTYPE type, UINT dimensions) {
+  if (!array || SafeArrayGetDim(array) != dimensions) refuse();
+  if (valueSize(type) == 0 || array->cbElements != valueSize(type)) refuse();
+  const LockedArray locked(array);
+  Numbers numbers{locked.extent(1), dimensions == 2 ? locked.extent(2) : 1, {}};
+  const auto count = static_cast<std::size_t>(numbers.rows) * static_cast<std::size_t>(numbers.columns);
+  VARIANT element;
+  VariantInit(&element);
+  element.vt = static_cast<VARTYPE>(VT_BYREF | type);
+  for (std::size_t i = 0; i < count; ++i) {
+    element.byref = locked.element(i);
+    numbers.elements.push_back(numberFrom(element));
+  }
+  return numbers;
+}
+
+// A property of a script's object; none when it has none of that name.
+std::optional<Variant> readMember(IDispatch* object, WideString name) {
+  LPOLESTR names[] = {name.data()};
+  DISPID id = 0;
+  if (FAILED(object->GetIDsOfNames(IID{}, names, 1, LOCALE_USER_DEFAULT, &id))) return {};
+  DISPPARAMS none{};
+  VARIANT value;
+  VariantInit(&value);
+  const HRESULT hr =
+      object->Invoke(id, IID{}, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, &value, nullptr, nullptr);
+  if (FAILED(hr)) return {};
+  return Variant::adopt(value);
+}
+
+std::optional<Numbers> elementsOf(IDispatch* object, UINT dimensions) {
+  const auto length = readMember(object, OLESTR("length"));
+  if (!length) return {};
+  if (dimensions != 1) refuse();
+  const double size = numberFrom(length->get());
+  if (!(size >= 0 && size <= std::numeric_limits<LONG>::max())) refuse();
+  Numbers numbers;
+  while (numbers.rows < size) {
+    const auto element = readMember(object, widen(std::to_string(numbers.rows)));
+    if (!element) refuse();
+    numbers.elements.push_back(numberFrom(element->get()));
+    ++numbers.rows;
+  }
+  return numbers;
+}
+
+// The object, which may be null, that a variant holds or refers to; none when it has something else.
+std::optional<ComPtr<IUnknown>> objectIn(const VARIANT& given) {
+  const int type = given.vt & ~VT_BYREF;
+  if (type != VT_DISPATCH && type != VT_UNKNOWN) return {};
+  if (!(given.vt & VT_BYREF)) return ComPtr<IUnknown>(given.punkVal);
+  if (!given.byref) refuse();
+  return ComPtr<IUnknown>(*static_cast<IUnknown**>(given.byref));
+}
+
+// The elements of a safe array or of a script's own array; none of what is no array.
+std::optional<Numbers> numbersIn(const VARIANT& given, const std::optional<ComPtr<IUnknown>>& object, UINT dimensions) {
+  if (given.vt & VT_ARRAY) {
+    if ((given.vt & VT_BYREF) && !given.byref) refuse();
+    SAFEARRAY* array = given.vt & VT_BYREF ? *static_cast<SAFEARRAY**>(given.byref) : given.parray;
+    return elementsOf(array, static_cast<VARTYPE>(given.vt & ~(VT_ARRAY | VT_BYREF)), dimensions);
+  }
+  const auto scripted = object ? ComPtr<IDispatch>::from(object->get()) : ComPtr<IDispatch>();
+  return scripted ? elementsOf(scripted.get(), dimensions) : std::nullopt;
+}
+
+// An object of the host's class for the elements.
+ComPtr<IDispatch> arrayObject(REFIID iid, const Numbers& numbers) {
+  if (IsEqualGUID(iid, __uuidof(IRealArrayDisp)) || IsEqualGUID(iid, __uuidof(IDispatch)))
+    return ComPtr<IDispatch>(newRealArray(numbers.elements).get());
+  if (IsEqualGUID(iid, __uuidof(IRealMatrixDisp)))
+    return ComPtr<IDispatch>(newRealMatrix(numbers.rows, numbers.columns, numbers.elements).get());
+  if (!IsEqualGUID(iid, __uuidof(IIntegerArrayDisp))) refuse();
+  std::vector<LONG> integers;
+  for (const double element : numbers.elements) {
+    if (!(element > -2147483649.0 && element < 2147483648.0)) refuse();
+    integers.push_back(static_cast<LONG>(element));
+    if (integers.back() != element) refuse();
+  }
+  return ComPtr<IDispatch>(newIntegerArray(integers).get());
+}
+
+}  // namespace
+
+const VARIANT& behind(const VARIANT& given) {
+  return given.vt == (VT_BYREF | VT_VARIANT) && given.pvarVal ? *given.pvarVal : given;
+}
+
+std::size_t valueSize(VARTYPE type) {
+  switch (type) {
+    case VT_I1:
+    case VT_UI1:
+      return 1;
+    case VT_I2:
+    case VT_UI2:
+    case VT_BOOL:
+      return 2;
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+    case VT_R4:
+      return 4;
+    case VT_I8:
+    case VT_UI8:
+    case VT_R8:
+    case VT_CY:
+    case VT_DATE:
+      return 8;
+    case VT_DECIMAL:
+      return sizeof(DECIMAL);
+    case VT_BSTR:
+    case VT_DISPATCH:
+    case VT_UNKNOWN:
+      return sizeof(void*);
+    case VT_VARIANT:
+      return sizeof(VARIANT);
+    default:
+      return 0;
+  }
+}
+
+double numberFrom(const VARIANT& value) {
+  VARIANT number;
+  VariantInit(&number);
+  const HRESULT hr = VariantChangeType(&number, const_cast<VARIANT*>(&value), 0, VT_R8);
+  if (FAILED(hr)) throw CQSCOMError(hr == DISP_E_OVERFLOW || hr == E_OUTOFMEMORY ? hr : DISP_E_TYPEMISMATCH);
+  return number.dblVal;
+}
+
+void interfaceFrom(const VARIANT& value, REFIID iid, void** out) {
+  *out = nullptr;
+  const VARIANT& given = behind(value);
+  if (given.vt == VT_EMPTY || given.vt == VT_NULL) return;
+  const auto object = objectIn(given);
+  if (object && !object->get()) return;
+  // A script's array has IDispatch too, and is none of the arrays that are wanted.
+  const bool any = IsEqualGUID(iid, __uuidof(IDispatch));
+  if (object && !any && SUCCEEDED(object->get()->QueryInterface(iid, out))) return;
+  if (const auto numbers = numbersIn(given, object, IsEqualGUID(iid, __uuidof(IRealMatrixDisp)) ? 2 : 1))
+    check(arrayObject(iid, *numbers)->QueryInterface(iid, out));
+  else if (!object || !any || FAILED(object->get()->QueryInterface(iid, out)))
+    refuse();
+}
+
+}  // namespace qs

@@ -1,0 +1,75 @@
+#include "platform/input_file.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/file_calls_windows.h"
+
+namespace qs {
+namespace {
+
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+const std::intptr_t kNoHandle = reinterpret_cast<std::intptr_t>(INVALID_HANDLE_VALUE);
+
+HANDLE asHandle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
+
+std::uint64_t join(DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; }
+
+}  // namespace
+
+std::optional<InputFile> InputFile::open(const WideString& path) {
+  if (!mayHappen(FileOperation::Open)) return std::nullopt;
+  const HANDLE handle =
+      CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) return std::nullopt;
+  BY_HANDLE_FILE_INFORMATION info;
+  if (!mayHappen(FileOperation::Examine) || GetFileType(handle) != FILE_TYPE_DISK ||
+      !GetFileInformationByHandle(handle, &info)) {
+    CloseHandle(handle);
+    return std::nullopt;
+  }
+  const FileStamp stamp{
+      join(info.nFileSizeHigh, info.nFileSizeLow),
+      static_cast<std::int64_t>(join(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime)),
+      join(info.nFileIndexHigh, info.nFileIndexLow)};
+  return InputFile(reinterpret_cast<std::intptr_t>(handle), stamp);
+}
+
+InputFile::InputFile(InputFile&& other) noexcept
+    : handle_(std::exchange(other.handle_, kNoHandle)), stamp_(other.stamp_) {}
+
+InputFile::~InputFile() {
+  if (handle_ != kNoHandle) CloseHandle(asHandle(handle_));
+}
+
+std::optional<std::size_t> InputFile::readAt(std::uint64_t offset, std::span<std::byte> buffer) const {
+  if (offset >= stamp_.size) return 0;
+  constexpr std::size_t kMost = std::size_t{1} << 30;
+  std::size_t done = 0;
+  while (done < buffer.size()) {
+    OVERLAPPED at{};
+    at.Offset = static_cast<DWORD>(offset + done);
+    at.OffsetHigh = static_cast<DWORD>((offset + done) >> 32);
+    const auto wanted = static_cast<DWORD>(std::min(buffer.size() - done, kMost));
+    DWORD got = 0;
+    if (!mayHappen(FileOperation::Read)) return std::nullopt;
+    if (!ReadFile(asHandle(handle_), buffer.data() + done, wanted, &got, &at) && GetLastError() != ERROR_HANDLE_EOF)
+      return std::nullopt;
+    if (got == 0) break;
+    done += got;
+  }
+  return done;
+}
+
+std::optional<FileStamp> stampOf(const WideString& path) {
+  // Only an open handle tells a file's identity.
+  const auto file = InputFile::open(path);
+  if (!file) return std::nullopt;
+  return file->stamp();
+}
+
+WideString joinPath(WideView directory, WideView name) {
+  return WideString(directory).append(1, OLESTR('\\')).append(name);
+}
+
+}  // namespace qs

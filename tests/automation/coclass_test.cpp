@@ -1,0 +1,125 @@
+// Identity, reference counts, aggregation and class objects, on the classes that hosts create.
+#include "automation/coclass.h"
+
+#include <vector>
+
+#include "tests/support/component_test.h"
+
+namespace qs::test {
+namespace {
+
+template <class... Interfaces>
+std::vector<const IID*> idsOf() {
+  return {&__uuidof(Interfaces)...};
+}
+const auto kCompoundInterfaces =
+    idsOf<IBasicCompound, ICompoundReferenceStateProperties, ICompoundPR, ICompoundCOSTALD, ICompoundCavett,
+          ICompoundViscosity, ICompoundChaoSeader, ICompoundChienNull, ICompoundVirial, ICompoundPRSV, ICompoundSRK,
+          ICompoundWilson, ICompoundID, ICompoundFamily, ICompoundUNIFAC1, ICompoundUNIQUAC1, ICompoundSolidProperties,
+          ICompoundIDPut, ICompoundFamilyPut, ICompoundUNIFAC1Put, ICompoundInitFromVelDB, ICompoundProp,
+          ICompoundPropPut, ICompoundCopy, XMLParserClient, IXMLStore, IUserProperty, ICompEqnXYShape, IXMLStoreEx>();
+
+ComPtr<IUnknown> queryFor(IUnknown* object, REFIID iid) {
+  ComPtr<IUnknown> found;
+  object->QueryInterface(iid, reinterpret_cast<void**>(found.out()));
+  return found;
+}
+
+// An object that contains another and hands out its interfaces as its own.
+class Outer final : public IUnknown {
+ public:
+  explicit Outer(REFCLSID clsid) {
+    EXPECT_EQ(
+        CoCreateInstance(clsid, this, CLSCTX_INPROC_SERVER, __uuidof(IUnknown), reinterpret_cast<void**>(inner.out())),
+        S_OK);
+  }
+  STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
+    if (!IsEqualGUID(iid, __uuidof(IUnknown))) return inner->QueryInterface(iid, out);
+    *out = static_cast<IUnknown*>(this);
+    AddRef();
+    return S_OK;
+  }
+  STDMETHODIMP_(ULONG) AddRef() noexcept override { return ++references; }
+  STDMETHODIMP_(ULONG) Release() noexcept override { return --references; }
+
+  ComPtr<IUnknown> inner;
+  ULONG references = 1;
+};
+
+using CoclassTest = ComponentTest;
+
+TEST_F(CoclassTest, EveryInterfaceAnswersFromEveryOther) {
+  const auto compound = create<IUnknown>(__uuidof(::COQSCompound));
+  for (std::size_t from = 0; from < kCompoundInterfaces.size(); ++from) {
+    const auto start = queryFor(compound.get(), *kCompoundInterfaces[from]);
+    ASSERT_TRUE(start) << from;
+    EXPECT_EQ(queryFor(start.get(), __uuidof(IUnknown)).get(), compound.get()) << from;
+    for (const IID* to : kCompoundInterfaces)
+      EXPECT_EQ(queryFor(start.get(), *to).get(), queryFor(compound.get(), *to).get()) << from;
+    EXPECT_EQ(referencesOf(start.get()), 2u) << "one count for all";
+  }
+  EXPECT_EQ(queryFor(compound.get(), __uuidof(IDispatch)).get(),
+            queryFor(compound.get(), __uuidof(IBasicCompound)).get())
+      << "the default interface";
+
+  void* out = &out;
+  EXPECT_EQ(compound->QueryInterface(__uuidof(IRealArrayDisp), &out), E_NOINTERFACE);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(compound->QueryInterface(__uuidof(IUnknown), nullptr), E_POINTER);
+}
+
+TEST_F(CoclassTest, AnInnerObjectIsPartOfItsOuter) {
+  for (const CLSID* clsid : {&__uuidof(::COQSCompound), &__uuidof(::COQSPhase), &__uuidof(::COQSPhaseCollection),
+                             &__uuidof(::HostRealMatrix)}) {
+    Outer outer(*clsid);
+    EXPECT_EQ(outer.references, 1u) << "creation keeps no reference to the outer object";
+    {
+      const auto face = ComPtr<IDispatch>::from(&outer);
+      ASSERT_TRUE(face);
+      EXPECT_EQ(outer.references, 2u);
+      EXPECT_EQ(referencesOf(outer.inner.get()), 1u) << "interfaces count on the outer object";
+      EXPECT_EQ(queryFor(face.get(), __uuidof(IUnknown)).get(), &outer);
+      EXPECT_NE(queryFor(outer.inner.get(), __uuidof(IUnknown)).get(), &outer);
+    }
+    EXPECT_EQ(outer.references, 1u);
+  }
+  Outer outer(__uuidof(::COQSCompound));
+  for (const IID* iid : kCompoundInterfaces)
+    EXPECT_EQ(queryFor(queryFor(&outer, *iid).get(), __uuidof(IUnknown)).get(), &outer);
+}
+
+TEST_F(CoclassTest, FailedCreationLeavesNothing) {
+  const CLSID &compound = __uuidof(::COQSCompound), &array = __uuidof(::HostRealArray);
+  ComPtr<IClassFactory> factory;
+  const auto get = [&](REFCLSID clsid, REFIID iid) {
+    return containers().getClassObject(clsid, iid, reinterpret_cast<void**>(factory.out()));
+  };
+  EXPECT_EQ(get(compound, __uuidof(IDispatch)), E_NOINTERFACE);
+  EXPECT_EQ(get(array, __uuidof(IClassFactory)), CLASS_E_CLASSNOTAVAILABLE);
+  EXPECT_EQ(containers().getClassObject(compound, __uuidof(IClassFactory), nullptr), E_POINTER);
+
+  ASSERT_EQ(get(compound, __uuidof(IClassFactory)), S_OK);
+  void* out = &out;
+  EXPECT_EQ(factory->CreateInstance(nullptr, __uuidof(IClassFactory), &out), E_NOINTERFACE);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(factory->CreateInstance(nullptr, __uuidof(IUnknown), nullptr), E_POINTER);
+  Outer outer(__uuidof(::HostRealMatrix));
+  EXPECT_EQ(factory->CreateInstance(&outer, __uuidof(IBasicCompound), &out), CLASS_E_NOAGGREGATION);
+  EXPECT_EQ(containers().canUnloadNow(), S_OK) << "a class object alone keeps no module";
+}
+
+TEST_F(CoclassTest, ObjectsAndServerLocksKeepTheModuleLoaded) {
+  ComPtr<IClassFactory> factory;
+  containers().getClassObject(__uuidof(::COQSCompound), __uuidof(IClassFactory),
+                              reinterpret_cast<void**>(factory.out()));
+  {
+    const auto compound = create<IBasicCompound>(__uuidof(::COQSCompound));
+    EXPECT_EQ(containers().canUnloadNow(), S_FALSE);
+    EXPECT_EQ(factory->LockServer(TRUE), S_OK);
+  }
+  EXPECT_EQ(containers().canUnloadNow(), S_FALSE);
+  EXPECT_EQ(factory->LockServer(FALSE), S_OK);
+}
+
+}  // namespace
+}  // namespace qs::test

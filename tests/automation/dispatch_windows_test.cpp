@@ -1,0 +1,126 @@
+// Late binding through the type library, as scripts use it.
+#include "automation/dispatch.h"
+
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include "tests/support/compounds.h"
+#include "tests/support/files.h"
+#include "tests/support/late_call.h"
+
+namespace qs::test {
+namespace {
+
+using LateBinding = CompoundTest;
+
+// A member of an interface of the compound, as compiled hosts know it.
+struct Member {
+  std::string face, kind, name;
+  DISPID id;
+};
+struct Members {
+  std::vector<Member> all;
+  std::map<std::string, IID> interfaces;
+};
+Members membersOfTheCompound() {
+  Members members;
+  std::ifstream file(kSourceFolder / "tests/interfaces.txt");
+  for (std::string line; std::getline(file, line);) {
+    std::istringstream words(line);
+    std::string object;
+    Member member;
+    words >> object >> member.face >> member.kind;
+    if (object != "COQSCompound") continue;
+    if (words >> member.name >> member.id) members.all.push_back(member);
+    if (member.kind.starts_with('{')) IIDFromString(widen(member.kind).c_str(), &members.interfaces[member.face]);
+  }
+  EXPECT_EQ(members.interfaces.size(), 29u);
+  return members;
+}
+
+TEST_F(LateBinding, OnlyTheseGettersStandInTwoInterfaces) {
+  // The system answers alike for all of them but VelcorinID and Family, whose result codes differ.
+  const std::set<std::string> expected = {
+      "IGH",         "IGS",          "IGCP",    "IGHF25",    "IGSF25",     "CavettParameter",
+      "COSTALDACEN", "COSTALDVCHAR", "SRKACEN", "SubFamily", "VelcorinID", "Family"};
+  std::set<std::pair<std::string, std::string>> seen;
+  std::set<std::string> shared;
+  for (const Member& member : membersOfTheCompound().all)
+    if (!seen.emplace(member.kind, member.name).second) shared.insert(member.name);
+  EXPECT_EQ(shared, expected);
+}
+
+TEST_F(LateBinding, TheDefaultInterfaceKnowsTheNamesOfAll) {
+  const auto compound = newCompound();
+  const Members members = membersOfTheCompound();
+  std::map<std::string, DISPID> own;
+  for (const Member& member : members.all)
+    if (member.face == "IBasicCompound") own[member.name] = member.id;
+  std::map<DISPID, std::string> nameOfId;
+  for (const Member& member : members.all) {
+    SCOPED_TRACE(member.face + "::" + member.name);
+    ComPtr<IDispatch> early;
+    ASSERT_EQ(compound->QueryInterface(members.interfaces.at(member.face), reinterpret_cast<void**>(early.out())),
+              S_OK);
+    DISPID id = 0, again = 0, ownId = 0;
+    ASSERT_EQ(idOf(compound.get(), widen(member.name), &id), S_OK);
+    ASSERT_EQ(idOf(newCompound().get(), widen(member.name), &again), S_OK);
+    EXPECT_EQ(id, again) << "the same for every object";
+    if (own.contains(member.name))
+      EXPECT_EQ(id, own.at(member.name));
+    else
+      EXPECT_GE(id, 0x40000000);
+    EXPECT_EQ(nameOfId.try_emplace(id, member.name).first->second, member.name) << "no identifier stands for two names";
+    ASSERT_EQ(idOf(early.get(), widen(member.name), &ownId), S_OK);
+    EXPECT_EQ(ownId, member.face == "IBasicCompound" ? id : member.id) << "through the interface itself";
+  }
+  DISPID id = 0;
+  EXPECT_EQ(idOf(compound.get(), L"NoSuchMember", &id), DISP_E_UNKNOWNNAME);
+  EXPECT_EQ(idOf(compound.get(), L"chemicalformula", &id), S_OK) << "names match regardless of case";
+}
+
+TEST_F(LateBinding, RefusesWhatDoesNotExist) {
+  const auto compound = newCompound();
+  DISPPARAMS none{};
+  LateValue result;
+  for (const DISPID id : {DISPID{0x1000}, DISPID{0x40000000 - 1}, DISPID{0x7fffffff}, DISPID{-1}})
+    EXPECT_EQ(compound->Invoke(id, IID_NULL, 0, DISPATCH_PROPERTYGET, &none, &result.variant, nullptr, nullptr),
+              DISP_E_MEMBERNOTFOUND)
+        << id;
+  EXPECT_TRUE(FAILED(callByName(compound.get(), L"ChemicalFormula", DISPATCH_METHOD, result)))
+      << "a property is no method";
+  EXPECT_TRUE(FAILED(compound->Invoke(1, IID_NULL, 0, DISPATCH_PROPERTYGET, nullptr, nullptr, nullptr, nullptr)));
+  ComPtr<ITypeInfo> info;
+  EXPECT_EQ(compound->GetTypeInfo(1, 0, info.out()), DISP_E_BADINDEX);
+  EXPECT_FALSE(info);
+  EXPECT_TRUE(FAILED(compound->GetIDsOfNames(IID_NULL, nullptr, 1, 0, nullptr)));
+}
+
+TEST_F(LateBinding, TheRegistryOfTheHostKitAnswersByName) {
+  const auto registry = create<IDispatch>(__uuidof(::PropertyRegistry));
+  LateValue result;
+  for (const int number : {1, 2, 1}) {
+    EXPECT_EQ(callByName(registry.get(), L"RegisterProperty", DISPATCH_METHOD, result, number == 1 ? L"a" : L"b"),
+              S_OK);
+    EXPECT_EQ(V_I4(&result.variant), number);
+  }
+  EXPECT_EQ(callByName(registry.get(), L"GetPropertyName", DISPATCH_METHOD, result, 2), S_OK);
+  EXPECT_EQ(viewOf(V_BSTR(&result.variant)), L"b");
+  ComPtr<ITypeInfo> info;
+  EXPECT_EQ(registry->GetTypeInfo(0, 0, info.out()), S_OK);
+}
+
+TEST_F(LateBinding, ArraysAnswerByPosition) {
+  const auto array = create<IRealArrayDisp>(__uuidof(::HostRealArray));
+  LateValue result;
+  EXPECT_EQ(callByName(array.get(), L"Size", DISPATCH_PROPERTYPUT, result, 2), S_OK);
+  EXPECT_EQ(callByName(array.get(), L"IthValue", DISPATCH_PROPERTYPUT, result, 1, 2.5), S_OK);
+  EXPECT_EQ(callByName(array.get(), L"IthValue", DISPATCH_PROPERTYGET, result, 1), S_OK);
+  EXPECT_EQ(V_R8(&result.variant), 2.5);
+  EXPECT_EQ(callByName(array.get(), L"IthValue", DISPATCH_PROPERTYGET, result, 2), E_BOUNDS);
+}
+
+}  // namespace
+}  // namespace qs::test

@@ -1,0 +1,602 @@
+// The registries of loaders and estimators, and what loading and estimating do to compounds.
+#include <algorithm>
+#include <functional>
+#include <sstream>
+
+#include "tests/support/claiming_array.h"
+#include "tests/support/collections.h"
+
+namespace qs::test {
+namespace {
+
+// Both registries have the same methods under their own names.
+#define QS_REGISTRY(Kind, type)                                    \
+  struct Kind##Registry {                                          \
+    using Interface = type;                                        \
+    static constexpr auto add = &type::Add##Kind;                  \
+    static constexpr auto addDefault = &type::SetDefault##Kind;    \
+    static constexpr auto remove = &type::Remove##Kind;            \
+    static constexpr auto get = &type::Get##Kind;                  \
+    static constexpr auto getDefault = &type::GetDefault##Kind;    \
+    static constexpr auto count = &type::GetNumOf##Kind##s;        \
+    static constexpr auto getAt = &type::Get##Kind##I;             \
+    static constexpr auto makeDefault = &type::SetAsDefault##Kind; \
+  };
+QS_REGISTRY(Loader, ILoadCompoundProp)
+QS_REGISTRY(Estimator, IPureEstimatorHandler)
+#undef QS_REGISTRY
+
+template <class R>
+class CollectionRegistryTest : public CollectionTest {
+ protected:
+  template <class... Parameters, class... Arguments>
+  HRESULT call(HRESULT (STDMETHODCALLTYPE R::Interface::*method)(Parameters...), Arguments... arguments) {
+    return (query<typename R::Interface>(collection_).get()->*method)(arguments...);
+  }
+  HRESULT add(BSTR name, IDispatch* object) { return call(R::add, name, class_.get(), path_.get(), object); }
+  HRESULT addDefault(BSTR name, BSTR className, IDispatch* object) {
+    return call(R::addDefault, name, className, path_.get(), object);
+  }
+
+  INT count() { return got(collection_, R::count); }
+
+  // The names in their order.
+  std::string names() {
+    std::string list;
+    for (INT i = 0;; ++i) {
+      BSTR name = nullptr;
+      ComPtr<IDispatch> object;
+      if (call(R::getAt, i, &name, object.out()) != S_OK) return list;
+      list += narrow(taken(name)) + " ";
+    }
+  }
+
+  // "(null)" when there is none.
+  std::string defaultName() {
+    BSTR name = nullptr;
+    ComPtr<IDispatch> object;
+    const HRESULT result = call(R::getDefault, &name, object.out());
+    EXPECT_EQ(result == S_OK, static_cast<bool>(object));
+    return narrow(taken(name));
+  }
+
+  HostObject<IDispatch> component_;
+  ComPtr<ICompoundCollection> collection_ = newCollection();
+  const Bstr zeta_{WideView(OLESTR("Zeta"))}, alpha_{WideView(OLESTR("Alpha"))}, class_{WideView(OLESTR("Class"))},
+      path_{WideView(OLESTR("path"))};
+};
+using Registries = testing::Types<LoaderRegistry, EstimatorRegistry>;
+TYPED_TEST_SUITE(CollectionRegistryTest, Registries);
+
+TYPED_TEST(CollectionRegistryTest, KnowsComponentsByNameAndADefault) {
+  enum Call { Add, AddDefault, Remove, MakeDefault };
+  const BSTR none = nullptr, zeta = this->zeta_.get(), alpha = this->alpha_.get();
+  const struct {
+    Call call;
+    BSTR name;
+    HRESULT result;
+    std::string names;
+    const char* defaultName;
+  } steps[] = {
+      {Remove, zeta, S_FALSE, "", "(null)"},
+      {Add, none, S_FALSE, "", "(null)"},
+      {Add, zeta, S_OK, "Zeta ", "(null)"},
+      {Add, zeta, S_FALSE, "Zeta ", "(null)"},
+      {MakeDefault, alpha, S_FALSE, "Zeta ", "(null)"},
+      {AddDefault, alpha, S_OK, "Alpha Zeta ", "Alpha"},
+      {AddDefault, zeta, S_FALSE, "Alpha Zeta ", "Alpha"},
+      {MakeDefault, zeta, S_OK, "Alpha Zeta ", "Zeta"},
+      {MakeDefault, none, S_FALSE, "Alpha Zeta ", "Zeta"},
+      {Remove, none, S_FALSE, "Alpha Zeta ", "Zeta"},
+      {Remove, alpha, S_OK, "Zeta ", "Zeta"},
+      {Remove, zeta, S_OK, "", "(null)"},
+      {Add, zeta, S_OK, "Zeta ", "(null)"},  // no default by its name alone
+  };
+  const auto parent = this->collection_;
+  for (const bool throughViews : {false, true}) {
+    this->collection_ = throughViews ? this->viewOf(this->viewOf(parent, {}), {}) : parent;
+    for (const auto& step : steps) {
+      SCOPED_TRACE(testing::Message() << throughViews << ", step " << &step - steps);
+      const HRESULT result = step.call == Add ? this->add(step.name, &this->component_)
+                             : step.call == AddDefault
+                                 ? this->addDefault(step.name, this->class_.get(), &this->component_)
+                             : step.call == Remove ? this->call(TypeParam::remove, step.name)
+                                                   : this->call(TypeParam::makeDefault, step.name);
+      EXPECT_EQ(result, step.result);
+      EXPECT_EQ(this->names(), step.names);
+      EXPECT_EQ(this->defaultName(), step.defaultName);
+      const auto number = static_cast<ULONG>(std::ranges::count(step.names, ' '));
+      EXPECT_EQ(this->component_.references, 1 + number);
+      EXPECT_EQ(this->count(), throughViews ? 0 : number) << "a view's own are none";
+    }
+    EXPECT_EQ(parent->Reset(), S_OK);
+    EXPECT_EQ(this->names(), "");
+  }
+}
+
+TYPED_TEST(CollectionRegistryTest, GivesComponentsOut) {
+  using R = TypeParam;
+  const BSTR zeta = this->zeta_.get(), path = this->path_.get();
+  ASSERT_EQ(this->add(zeta, &this->component_), S_OK);
+  EXPECT_EQ(this->add(path, nullptr), S_FALSE);
+  ComPtr<IDispatch> object;
+  EXPECT_EQ(this->call(R::get, zeta, object.out()), S_OK);
+  EXPECT_EQ(object.get(), &this->component_);
+  for (const BSTR unknown : {BSTR(), path}) {
+    EXPECT_EQ(this->call(R::get, unknown, object.out()), S_FALSE);
+    EXPECT_EQ(object.get(), nullptr);
+  }
+  for (const INT index : {-1, 1, 2147483647}) {
+    BSTR name = nullptr;
+    EXPECT_EQ(this->call(R::getAt, index, &name, object.out()), S_FALSE) << index;
+    EXPECT_EQ(name, nullptr);
+  }
+  // Without a class name there is a record, but nothing behind it.
+  EXPECT_EQ(this->call(R::add, path, nullptr, nullptr, &this->component_), S_FALSE);
+  EXPECT_EQ(this->names(), "Zeta path ");
+  EXPECT_EQ(this->call(R::get, path, object.out()), S_FALSE);
+}
+
+TYPED_TEST(CollectionRegistryTest, CreatesADefaultFromItsClass) {
+  const Bstr array(OLESTR("{5E58EFBA-3C34-11D2-B8CA-00A0C986F9F7}"));
+  const Bstr nobody(OLESTR("{00000000-1111-2222-3333-444444444444}"));
+  const BSTR zeta = this->zeta_.get();
+  EXPECT_EQ(this->addDefault(zeta, nullptr, nullptr), S_FALSE);
+  EXPECT_EQ(this->addDefault(zeta, nobody.get(), nullptr), REGDB_E_CLASSNOTREG);
+  EXPECT_EQ(this->addDefault(zeta, this->path_.get(), nullptr), CO_E_CLASSSTRING);
+  EXPECT_EQ(this->count(), 0);
+  EXPECT_EQ(this->addDefault(zeta, array.get(), nullptr), S_OK);
+  EXPECT_EQ(this->defaultName(), "Zeta");
+  ComPtr<IDispatch> object;
+  EXPECT_EQ(this->call(TypeParam::get, zeta, object.out()), S_OK);
+  EXPECT_TRUE(ComPtr<IRealArrayDisp>::from(object.get()));
+}
+
+// A component behind a property: 2 T.
+struct DoubledTemperature : HostProperty {
+  STDMETHODIMP GetProperty(double T, double, tagExtrapolationEnum, LONG* dependencies,
+                           double* value) noexcept override {
+    *dependencies = 1;
+    *value = 2.0 * T;
+    return S_OK;
+  }
+};
+
+// What the loader below has: a property of each kind.
+constexpr double kNone = -32767.0;
+struct Property {
+  WideView name;
+  tagPropTypeEnum type;
+  double number = kNone;
+  const OLECHAR* text = nullptr;
+};
+constexpr Property kProperties[] = {
+    {OLESTR("TC"), PointProp, 513.9},
+    {OLESTR("MW"), PointProp},  // which it does not have after all
+    {OLESTR("Own"), PointProp, 7.0},
+    {OLESTR("Family"), PointPropLong, 4.0},
+    {OLESTR("PPDSID"), PointPropLong, 120.0},
+    {OLESTR("CMAID"), PointPropLong, 1e10},  // too large for one
+    {OLESTR("Name"), PointPropBSTR, kNone, OLESTR("Ethanol")},
+    {OLESTR("CASN"), PointPropBSTR, kNone, OLESTR("64-17-5")},
+    {OLESTR("DDBID"), PointPropBSTR, kNone, OLESTR("11")},
+    {OLESTR("Remark"), PointPropBSTR, kNone, OLESTR("none")},
+    {OLESTR("VP"), EquationProp},
+    {OLESTR("HVP"), COMProp},
+    {OLESTR("VELUNIFACSubGr"), MultiPointPropLong},
+    {OLESTR("VELUNIFACNoGr"), MultiPointPropLong},
+    {OLESTR("UNIQUAC1Parameters"), MultiPointPropReal},
+    {OLESTR("Texts"), MultiPointPropBSTR},
+    {OLESTR("Void"), VoidProp},
+};
+
+// A loader that knows one compound, as CASN 64-17-5 or by its name Spirit.
+class FakeLoader : public HostObject<ILoad> {
+ public:
+  int calls = 0;
+  int failingCall = 0;  // counted from 1
+  std::function<void()> onCall;
+  WideString path;
+  HRESULT identification = E_NOTIMPL;
+  IDispatch* groups = nullptr;  // lent, in place of its own
+  bool endless = false;         // one property again and again
+  DoubledTemperature component;
+
+  STDMETHODIMP Get_SupportedPropList(INT, BSTR*, tagPropTypeEnum*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Get_DBIdentification(BSTR*) noexcept override { return identification; }
+  STDMETHODIMP Get_AllCompounds(BSTR, INT, BSTR*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Set_Path(BSTR newPath) noexcept override {
+    if (fails()) return E_BOUNDS;
+    path = WideString(viewOf(newPath));
+    return S_OK;
+  }
+  STDMETHODIMP Get_Prop(BSTR key, BSTR id, INT index, BSTR* name, tagPropTypeEnum* type) noexcept override {
+    if (fails()) return E_BOUNDS;
+    if (endless) index = 0;
+    if (!knows(key, id) || static_cast<std::size_t>(index) >= std::size(kProperties)) return S_FALSE;
+    *name = Bstr(kProperties[index].name).release();
+    *type = kProperties[index].type;
+    return S_OK;
+  }
+  STDMETHODIMP Get_PropType(BSTR key, BSTR id, BSTR name, tagPropTypeEnum* type) noexcept override {
+    if (fails()) return E_BOUNDS;
+    const Property* property = find(name);
+    if (!knows(key, id) || !property) return S_FALSE;
+    *type = property->type;
+    return S_OK;
+  }
+  STDMETHODIMP Get_PropSingleVal(BSTR, BSTR, BSTR name, double* number, BSTR* text) noexcept override {
+    if (fails()) return E_BOUNDS;
+    const Property* property = find(name);
+    if (property->number == kNone && !property->text) return S_FALSE;
+    *number = property->number;
+    if (property->text) *text = Bstr(property->text).release();
+    return S_OK;
+  }
+  // exp(A + B / T), with the temperature halved first: xnorm 2 in COMxr.
+  STDMETHODIMP Get_PropEquation(BSTR, BSTR, BSTR, tagEquationShapeEnum* shape, double* tMin, double* tMax, double* pMin,
+                                double* pMax, IRealArrayDisp** coefficients, tagXYShapeEnum* xShape,
+                                tagXYShapeEnum* yShape, double* xNorm, double* yNorm, double* xPow, double* yPow,
+                                double* a, double* b) noexcept override {
+    if (fails()) return E_BOUNDS;
+    *shape = PropCurveDIPPR101;
+    *tMin = *pMin = 1.0;
+    *tMax = *pMax = 1000.0;
+    *coefficients = CompoundTest::reals({10.0, -1500.0, 0.0, 0.0, 1.0}).release();
+    *xShape = COMxr;
+    *yShape = COMx;
+    *xNorm = 2.0;
+    *yNorm = *xPow = *yPow = 1.0;
+    *a = *b = kNone;
+    return S_OK;
+  }
+  STDMETHODIMP Get_PropCOM(BSTR, BSTR, BSTR, BSTR* className, IPCProperty** property) noexcept override {
+    if (fails()) return E_BOUNDS;
+    *className = Bstr(OLESTR("Doubled")).release();
+    component.AddRef();
+    *property = &component;
+    return S_OK;
+  }
+  STDMETHODIMP Get_PropMultiVal(BSTR, BSTR, BSTR name, IDispatch** values) noexcept override {
+    if (fails()) return E_BOUNDS;
+    if (viewOf(name) == OLESTR("UNIQUAC1Parameters"))
+      *values = CompoundTest::reals({2.1, 1.9}).release();
+    else if (groups)
+      *values = ComPtr(groups).release();
+    else
+      *values =
+          (viewOf(name) == OLESTR("VELUNIFACNoGr") ? CompoundTest::integers({1, 2}) : CompoundTest::integers({14, 15}))
+              .release();
+    return S_OK;
+  }
+  STDMETHODIMP Get_AllSynonyms(BSTR key, BSTR id, INT index, BSTR* synonym) noexcept override {
+    if (fails()) return E_BOUNDS;
+    if (!knows(key, id) || index > 1) return S_FALSE;
+    *synonym = Bstr(index == 0 ? OLESTR("Spirit") : OLESTR("Alcohol")).release();
+    return S_OK;
+  }
+
+ private:
+  bool fails() {
+    // A copy: what is called may replace it.
+    if (const auto deed = onCall) deed();
+    return ++calls == failingCall;
+  }
+  static const Property* find(BSTR name) {
+    const auto* found = std::ranges::find(kProperties, viewOf(name), &Property::name);
+    return found == std::end(kProperties) ? nullptr : found;
+  }
+  static bool knows(BSTR key, BSTR id) {
+    return (viewOf(key) == OLESTR("CASN") && viewOf(id) == OLESTR("64-17-5")) ||
+           (viewOf(key) == OLESTR("Name") && viewOf(id) == OLESTR("Spirit"));
+  }
+};
+
+// Estimates every property as a number of its own choice.
+struct FakeEstimator : HostObject<IPurePropEstimator> {
+  STDMETHODIMP Get_SupportedPropList(INT, BSTR*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP Set_Path(BSTR) noexcept override { return S_FALSE; }
+  STDMETHODIMP Estimate(IDispatch* compound, BSTR, double* out) noexcept override {
+    seen = compound;
+    *out = value;
+    return result;
+  }
+  HRESULT result = S_OK;
+  double value = 512.0;
+  IDispatch* seen = nullptr;
+};
+
+class CollectionLoadingTest : public CollectionTest {
+ protected:
+  void SetUp() override {
+    CollectionTest::SetUp();
+    const auto id = query<ICompoundIDPut>(compound_);
+    id->put_Name(Bstr(OLESTR("before")).get());
+    id->put_CASN(cas_.get());
+    query<ICompoundPropPut>(compound_)->SetPointProperty(Bstr(OLESTR("MW")).get(), 1, 46.0);
+    query<ICompoundPropPut>(compound_)->SetPointProperty(Bstr(OLESTR("TC")).get(), 1, 1.0);
+    ASSERT_EQ(collection_->AddCompound(compound_.get()), S_OK);
+    ASSERT_EQ(loaders_->SetDefaultLoader(name_.get(), name_.get(), Bstr(OLESTR("folder")).get(), &loader_), S_OK);
+    ASSERT_EQ(loaders_->AddLoader(none_.get(), name_.get(), nullptr, &noLoader_), S_OK);
+  }
+  // All that the loader may change, as one text: properties with their loaders at 300 K, then the identity.
+  static std::string stateOf(const ComPtr<IBasicCompound>& compound) {
+    std::ostringstream state;
+    for (const OLECHAR* name :
+         {OLESTR("TC"), OLESTR("Own"), OLESTR("VP"), OLESTR("HVP"), OLESTR("UNIQUACR"), OLESTR("UNIQUACQ")}) {
+      BSTR loader = nullptr;
+      query<ICompoundPropPut>(compound)->GetPropertyLoader(Bstr(name).get(), &loader);
+      state << narrow(name) << ' ' << propertyOf(compound, name).value << ' ' << narrow(taken(loader)) << ", ";
+    }
+    return state.str() + identityOf(compound);
+  }
+  static constexpr const char* kLoaded =
+      "TC 513.9 Fake, Own 7 Fake, VP 1 Fake, HVP 600 Fake, UNIQUACR 2.1 Fake, UNIQUACQ 1.9 Fake, "
+      "Ethanol (null) (null) 64-17-5 ; -32767 -32767 -32767 11 120 -32767; 4 0; Spirit Alcohol; 14 15; 1 2";
+
+  // The index that the compound's XML form tells.
+  static std::string indexOf(const ComPtr<IBasicCompound>& compound) {
+    const std::string text = narrow(got(compound, &IXMLStore::StoreAsXML)), mark = "CompIdx = \"";
+    const std::size_t start = text.find(mark) + mark.size();
+    return text.substr(start, text.find('"', start) - start);
+  }
+
+  static ComPtr<IBasicCompound> at(const ComPtr<ICompoundCollection>& collection, INT index) {
+    ComPtr<IBasicCompound> compound;
+    EXPECT_EQ(collection->GetBasicCompound(index, compound.out()), S_OK);
+    return compound;
+  }
+  HRESULT loadOne(INT index = 0) { return loaders_->LoadOneCompound(index, name_.get(), casField_.get(), nullptr, 1); }
+
+  FakeLoader loader_;
+  HostObject<IDispatch> noLoader_;
+  const Bstr name_{WideView(OLESTR("Fake"))}, none_{WideView(OLESTR("None"))}, cas_{WideView(OLESTR("64-17-5"))},
+      casField_{WideView(OLESTR("CASN"))}, nameField_{WideView(OLESTR("Name"))}, spirit_{WideView(OLESTR("Spirit"))};
+  ComPtr<IBasicCompound> compound_ = newCompound();
+  ComPtr<ICompoundCollection> collection_ = newCollection();
+  ComPtr<ILoadCompoundProp> loaders_ = query<ILoadCompoundProp>(collection_);
+};
+
+TEST_F(CollectionLoadingTest, FillsACompoundWithEveryKindOfProperty) {
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(loadOne(), S_OK);
+    EXPECT_EQ(stateOf(compound_), kLoaded);
+  }
+  EXPECT_EQ(propertyOf(compound_, OLESTR("MW")).value, 46.0) << "what the loader lacks keeps its value";
+  EXPECT_EQ(loader_.path, OLESTR("folder"));
+}
+
+TEST_F(CollectionLoadingTest, FillsOrAddsWhatALoaderKnows) {
+  const std::string before = stateOf(compound_);
+  const Bstr unknown(OLESTR("1-1-1"));
+  const BSTR fake = name_.get(), none = none_.get(), cas = casField_.get();
+  const struct {
+    BSTR loader, field, id;
+    HRESULT result;
+  } rows[] = {{fake, cas, unknown.get(), S_FALSE},       {fake, cas, spirit_.get(), S_FALSE},
+              {fake, nullptr, cas_.get(), S_FALSE},      {fake, unknown.get(), cas_.get(), S_FALSE},
+              {unknown.get(), cas, cas_.get(), S_FALSE}, {nullptr, cas, cas_.get(), S_FALSE},
+              {none, cas, cas_.get(), E_NOINTERFACE},    {fake, nameField_.get(), spirit_.get(), S_OK}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(stateOf(compound_), before);
+    EXPECT_EQ(countOf(collection_), 1);
+    EXPECT_EQ(loaders_->LoadOneCompound(0, row.loader, row.field, row.id, 1), row.result) << &row - rows;
+    EXPECT_EQ(collection_->AddCompoundFromLoader(row.field, row.id, row.loader, 1), row.result) << &row - rows;
+  }
+  EXPECT_EQ(stateOf(compound_), kLoaded);
+  EXPECT_EQ(stateOf(at(collection_, 1)), kLoaded);
+  EXPECT_EQ(collection_->AddCompoundFromLoader(cas, nullptr, fake, 1), S_FALSE);
+  ASSERT_EQ(collection_->put_NumberOfCompounds(3), S_OK);
+  for (const INT index : {-1, 2, 3}) EXPECT_EQ(loadOne(index), S_FALSE) << index;
+  for (const BSTR field : {unknown.get(), BSTR()})
+    EXPECT_EQ(loaders_->LoadOneCompound(0, fake, field, nullptr, 1), S_FALSE) << "no field of its own";
+  EXPECT_EQ(loaders_->LoadOneProperty(0, nullptr, fake, cas, nullptr, 1), S_FALSE);
+  EXPECT_EQ(loaders_->LoadOneCompound(0, none, cas, nullptr, 0), S_OK) << "the default";
+  ASSERT_EQ(loaders_->RemoveLoader(fake), S_OK);
+  EXPECT_EQ(loaders_->LoadOneCompound(0, none, cas, nullptr, 0), S_FALSE) << "no default";
+}
+
+TEST_F(CollectionLoadingTest, FillsOneProperty) {
+  const struct {
+    const OLECHAR* property;
+    HRESULT result;
+  } rows[] = {{OLESTR("MW"), S_FALSE},       {OLESTR("NBP"), S_FALSE},  {OLESTR("Remark"), S_FALSE},
+              {OLESTR("CMAID"), S_FALSE},    {OLESTR("Void"), S_FALSE}, {OLESTR("VELUNIFACNoGr"), S_OK},
+              {OLESTR("SynonymName"), S_OK}, {OLESTR("DDBID"), S_OK},   {OLESTR("Own"), S_OK}};
+  for (const auto& row : rows)
+    EXPECT_EQ(loaders_->LoadOneProperty(0, Bstr(row.property).get(), name_.get(), casField_.get(), nullptr, 1),
+              row.result)
+        << narrow(row.property);
+  EXPECT_EQ(propertyOf(compound_, OLESTR("TC")).value, 1.0) << "nobody asked for it";
+  EXPECT_EQ(propertyOf(compound_, OLESTR("Own")).value, 7.0);
+  EXPECT_EQ(got(compound_, &ICompoundID::get_NumberOfSynonymNames), 2);
+}
+
+TEST_F(CollectionLoadingTest, FillsAllCompoundsByTheirOwnField) {
+  const auto another = newCompound();
+  ASSERT_EQ(collection_->put_Compound(0, another.get()), S_OK);
+  ASSERT_EQ(collection_->AddCompound(compound_.get()), S_OK);
+  EXPECT_EQ(loaders_->LoadAllCompounds(name_.get(), casField_.get(), 1), S_FALSE) << "the first has no CAS number";
+  EXPECT_EQ(stateOf(compound_), kLoaded);
+  query<ICompoundIDPut>(another)->put_CASN(cas_.get());
+  loader_.onCall = [&] {
+    if (countOf(collection_) < 100) collection_->AddCompound(newCompound().get());
+  };
+  EXPECT_EQ(loaders_->LoadAllCompounds(nullptr, casField_.get(), 0), S_OK) << "those that were there, and no other";
+  EXPECT_EQ(stateOf(another), kLoaded);
+  EXPECT_GT(countOf(collection_), 2);
+}
+
+TEST_F(CollectionLoadingTest, ACompoundKeepsItsIndexAndANewOneHasItsPosition) {
+  FakeEstimator estimator;
+  const auto handler = query<IPureEstimatorHandler>(collection_);
+  ASSERT_EQ(handler->AddEstimator(name_.get(), name_.get(), nullptr, &estimator), S_OK);
+  ASSERT_EQ(query<ICompoundCopy>(compound_)->CopyToThis(77, compound_.get()), S_OK);
+  const Bstr critical(OLESTR("TC"));
+  EXPECT_EQ(loaders_->LoadOneProperty(0, critical.get(), name_.get(), casField_.get(), nullptr, 1), S_OK);
+  EXPECT_EQ(loadOne(), S_OK);
+  EXPECT_EQ(handler->EstimateProperty(0, critical.get(), name_.get(), 1), S_OK);
+  EXPECT_EQ(indexOf(compound_), "77");
+  const auto view = viewOf(collection_, {});
+  for (const auto& list : {collection_, view})
+    EXPECT_EQ(list->AddCompoundFromLoader(casField_.get(), cas_.get(), name_.get(), 1), S_OK);
+  EXPECT_EQ(indexOf(at(collection_, 1)) + indexOf(at(view, 0)), "12");
+  EXPECT_EQ(handler->RemoveEstimator(name_.get()), S_OK);
+}
+
+TEST_F(CollectionLoadingTest, ALoaderThatStatesMoreThanItHasIsAnError) {
+  const std::string before = stateOf(compound_);
+  const Bstr groups(OLESTR("VELUNIFACSubGr"));
+  const struct {
+    LONG given, stated;
+    HRESULT result;
+    int reads;
+  } claims[] = {{5, 2147483647, E_OUTOFMEMORY, 0}, {5, 1 << 24, E_BOUNDS, 6}, {5, -1, S_FALSE, 0}, {2, 2, S_OK, 2}};
+  for (const auto& claim : claims) {
+    EXPECT_EQ(stateOf(compound_), before);
+    ClaimingIntegers array(claim.given, claim.stated);
+    loader_.groups = &array;
+    EXPECT_EQ(loaders_->LoadOneProperty(0, groups.get(), name_.get(), casField_.get(), nullptr, 1), claim.result)
+        << claim.stated;
+    EXPECT_EQ(array.reads, claim.reads) << claim.stated;
+  }
+  loader_.endless = true;
+  EXPECT_EQ(loadOne(), E_FAIL);
+}
+
+TEST_F(CollectionLoadingTest, AFailureOfTheLoaderLeavesTheCompoundAsItWas) {
+  ASSERT_EQ(loadOne(), S_OK);
+  const int all = loader_.calls;
+  ASSERT_GT(all, 25);
+  const auto fresh = newCompound();
+  query<ICompoundIDPut>(fresh)->put_CASN(cas_.get());
+  ASSERT_EQ(collection_->put_Compound(0, fresh.get()), S_OK);
+  const std::string empty = stateOf(fresh);
+  for (loader_.failingCall = 1; loader_.failingCall <= all; ++loader_.failingCall) {
+    SCOPED_TRACE(loader_.failingCall);
+    loader_.calls = 0;
+    EXPECT_EQ(loadOne(), E_BOUNDS);
+    EXPECT_EQ(stateOf(fresh), empty);
+    loader_.calls = 0;
+    EXPECT_EQ(collection_->AddCompoundFromLoader(casField_.get(), cas_.get(), name_.get(), 1), E_BOUNDS);
+    EXPECT_EQ(countOf(collection_), 1);
+    EXPECT_EQ(loader_.component.references, 2u) << "the component of the first compound alone";
+  }
+}
+
+TEST_F(CollectionLoadingTest, ALoaderMayCallBack) {
+  const std::function<void()> deeds[] = {
+      [&] { collection_->Reset(); },
+      [&] { loaders_->RemoveLoader(name_.get()); },
+      [&] { collection_->put_Compound(0, nullptr); },
+      [&] { collection_->AddCompound(newCompound().get()); },
+      [&] { loaders_->LoadAllCompounds(name_.get(), casField_.get(), 1); },
+      [&] { query<ICompoundPropPut>(compound_)->ErasePropFromMap(Bstr(OLESTR("TC")).get(), 1); },
+  };
+  for (const auto& deed : deeds) {
+    for (const int call : {1, 2, 10, 20}) {
+      collection_->Reset();
+      ASSERT_EQ(collection_->AddCompound(compound_.get()), S_OK);
+      ASSERT_EQ(loaders_->AddLoader(name_.get(), name_.get(), Bstr(OLESTR("p")).get(), &loader_), S_OK);
+      loader_.calls = 0;
+      loader_.onCall = [&, call] {
+        if (loader_.calls != call) return;
+        loader_.onCall = {};
+        deed();
+      };
+      EXPECT_EQ(loadOne(), S_OK) << call;
+      loader_.onCall = {};
+      EXPECT_EQ(stateOf(compound_), kLoaded);
+    }
+  }
+}
+
+TEST_F(CollectionLoadingTest, AViewLoadsThroughItsParent) {
+  ASSERT_EQ(collection_->put_NumberOfCompounds(3), S_OK);
+  const auto view = viewOf(collection_, {2, 0});
+  const auto viewLoaders = query<ILoadCompoundProp>(view);
+  const Bstr critical(OLESTR("TC"));
+  EXPECT_EQ(viewLoaders->LoadOneProperty(1, critical.get(), name_.get(), casField_.get(), nullptr, 1), S_OK);
+  EXPECT_EQ(propertyOf(compound_, OLESTR("TC")).value, 513.9);
+  for (const INT index : {-1, 0, 2})
+    EXPECT_EQ(viewLoaders->LoadOneCompound(index, name_.get(), casField_.get(), cas_.get(), 1), S_FALSE) << index;
+  EXPECT_EQ(viewLoaders->LoadAllCompounds(name_.get(), casField_.get(), 1), S_FALSE) << "one is an empty slot";
+  EXPECT_EQ(stateOf(compound_), kLoaded);
+  EXPECT_EQ(view->AddCompoundFromLoader(casField_.get(), cas_.get(), name_.get(), 1), S_OK);
+  EXPECT_EQ(countOf(collection_), 4);
+  EXPECT_EQ(stateOf(at(view, 2)), kLoaded);
+}
+
+// A compound of another implementation, which takes numbers and does not remember where they come from.
+struct ForgetfulCompound : HostObject<ICompoundPropPut> {
+  ForgetfulCompound() {
+    CoCreateInstance(__uuidof(::COQSCompound), this, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
+                     reinterpret_cast<void**>(inner.out()));
+  }
+  STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
+    return IsEqualGUID(iid, __uuidof(IBasicCompound)) ? inner->QueryInterface(iid, out)
+                                                      : HostObject::QueryInterface(iid, out);
+  }
+  STDMETHODIMP SetPointProperty(BSTR, BYTE, double) noexcept override { return S_OK; }
+  STDMETHODIMP SetEquationProperty(BSTR, BYTE, tagEquationShapeEnum, double, double, double, double,
+                                   IRealArrayDisp*) noexcept override {
+    return E_NOTIMPL;
+  }
+  STDMETHODIMP SetCOMProperty(BSTR, BYTE, BSTR, IPCProperty*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP ErasePropFromMap(BSTR, BYTE) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP FindProperty(BSTR, BYTE*, BYTE*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetEquationInfo(tagEquationShapeEnum, BSTR*, INT*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP SetVoidProperty(BSTR, BYTE) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP GetPropertyLoader(BSTR, BSTR*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP SetPropertyLoader(BSTR, BSTR) noexcept override { return E_OUTOFMEMORY; }
+
+  ComPtr<IUnknown> inner;
+};
+
+TEST_F(CollectionLoadingTest, FailuresOfWhatIsRememberedAreAnswered) {
+  loader_.identification = E_OUTOFMEMORY;
+  EXPECT_EQ(loaders_->AddLoader(cas_.get(), cas_.get(), nullptr, &loader_), E_OUTOFMEMORY);
+  EXPECT_EQ(loaders_->SetDefaultLoader(cas_.get(), cas_.get(), nullptr, &loader_), E_OUTOFMEMORY);
+  EXPECT_EQ(got(loaders_, &ILoadCompoundProp::GetNumOfLoaders), 2);
+  FakeEstimator estimator;
+  ForgetfulCompound compound;
+  const auto handler = query<IPureEstimatorHandler>(collection_);
+  ASSERT_EQ(handler->AddEstimator(name_.get(), name_.get(), nullptr, &estimator), S_OK);
+  ASSERT_EQ(collection_->put_Compound(0, &compound), S_OK);
+  EXPECT_EQ(handler->EstimateProperty(0, cas_.get(), name_.get(), 1), E_OUTOFMEMORY);
+  collection_->Reset();
+}
+
+TEST_F(CollectionLoadingTest, StoresWhatAnEstimatorAnswers) {
+  FakeEstimator estimator;
+  const auto handler = query<IPureEstimatorHandler>(collection_);
+  const Bstr critical(OLESTR("TC")), own(OLESTR("Guess"));
+  EXPECT_EQ(handler->EstimateProperty(0, critical.get(), name_.get(), 0), S_FALSE) << "no default yet";
+  ASSERT_EQ(handler->SetDefaultEstimator(name_.get(), name_.get(), cas_.get(), &estimator), S_OK);
+  ASSERT_EQ(handler->AddEstimator(none_.get(), name_.get(), nullptr, &noLoader_), S_OK);
+  EXPECT_EQ(handler->EstimateProperty(0, critical.get(), none_.get(), 1), E_NOINTERFACE);
+  EXPECT_EQ(handler->EstimateProperty(0, critical.get(), cas_.get(), 1), S_FALSE);
+  EXPECT_EQ(handler->EstimateProperty(1, critical.get(), name_.get(), 1), S_FALSE);
+  EXPECT_EQ(handler->EstimateProperty(0, nullptr, name_.get(), 1), S_FALSE);
+  const std::pair<HRESULT, double> nothing[] = {{S_FALSE, 3.0}, {E_BOUNDS, 3.0}, {S_OK, kEmpty}};
+  for (const auto& [result, value] : nothing) {
+    estimator.result = result;
+    estimator.value = value;
+    EXPECT_EQ(handler->EstimateProperty(0, critical.get(), name_.get(), 1), result == S_OK ? S_FALSE : result);
+    EXPECT_EQ(propertyOf(compound_, OLESTR("TC")).value, 1.0);
+  }
+  estimator.value = 512.0;
+  EXPECT_EQ(handler->EstimateProperty(0, critical.get(), nullptr, 0), S_OK);
+  EXPECT_EQ(estimator.seen, compound_.get());
+  EXPECT_EQ(propertyOf(compound_, OLESTR("TC")).value, 512.0);
+  BSTR source = nullptr;
+  EXPECT_EQ(query<ICompoundPropPut>(compound_)->GetPropertyLoader(critical.get(), &source), S_OK);
+  EXPECT_EQ(taken(source), OLESTR("Fake"));
+  const auto view = viewOf(collection_, {0});
+  EXPECT_EQ(query<IPureEstimatorHandler>(view)->EstimateProperty(0, own.get(), name_.get(), 1), S_OK);
+  EXPECT_EQ(propertyOf(compound_, OLESTR("Guess")).value, 512.0);
+  EXPECT_EQ(handler->RemoveEstimator(name_.get()), S_OK);
+}
+
+}  // namespace
+}  // namespace qs::test

@@ -1,0 +1,90 @@
+#include "xml/text.h"
+
+#include <climits>
+#include <utility>
+
+#include "platform/number_text.h"
+#include "xml/character.h"
+
+namespace qs {
+namespace {
+
+// The reference that stands for a character within an attribute value; empty for one that stands for itself. Blanks
+// other than the space are written as references because parsers turn them into spaces.
+constexpr WideView referenceOf(OLECHAR c) {
+  switch (c) {
+    case OLESTR('&'):
+      return OLESTR("&amp;");
+    case OLESTR('<'):
+      return OLESTR("&lt;");
+    case OLESTR('>'):
+      return OLESTR("&gt;");
+    case OLESTR('"'):
+      return OLESTR("&quot;");
+    case OLESTR('\t'):
+      return OLESTR("&#9;");
+    case OLESTR('\n'):
+      return OLESTR("&#10;");
+    case OLESTR('\r'):
+      return OLESTR("&#13;");
+    default:
+      return {};
+  }
+}
+
+}  // namespace
+
+XmlForm::XmlForm(INT flags) : flags_(flags) {
+  if ((flags & ~INT{xmlExactForm}) != 0) throw CQSCOMError(E_INVALIDARG);
+}
+
+void XmlText::expect(std::size_t length) {
+  constexpr std::size_t kLongest = UINT_MAX / sizeof(OLECHAR) - 64;  // of any string
+  if (length <= capacity_ || length > kLongest) return;
+  Bstr room = Bstr::adopt(SysAllocStringLen(nullptr, static_cast<UINT>(length)));
+  if (!room) return;
+  std::copy_n(room_.get(), length_, room.get());
+  room_ = std::move(room);
+  capacity_ = length;
+}
+
+void XmlText::grow(std::size_t count) {
+  expect(2 * (length_ + count));
+  if (capacity_ - length_ < count) expect(length_ + count);
+  if (capacity_ - length_ < count) throw CQSCOMError(E_OUTOFMEMORY);
+}
+
+Bstr XmlText::take() {
+  BSTR text = room_.release();
+  capacity_ = 0;
+  const auto length = static_cast<UINT>(std::exchange(length_, 0));
+  const bool resized = SysReAllocStringLen(&text, nullptr, length) != 0;
+  Bstr result = Bstr::adopt(text);
+  if (!resized) throw CQSCOMError(E_OUTOFMEMORY);
+  return result;
+}
+
+XmlText& XmlText::operator<<(INT number) {
+  char digits[kNumberLength];
+  append(digits, static_cast<std::size_t>(writeInteger(digits, number) - digits));
+  return *this;
+}
+
+XmlText& XmlText::operator<<(double number) {
+  char digits[kExactNumberLength];
+  const char* end = form_.exactNumbers() ? writeExactDouble(digits, number) : writeDouble(digits, number);
+  append(digits, static_cast<std::size_t>(end - digits));
+  return *this;
+}
+
+XmlText& XmlText::value(WideView text) {
+  if (!form_.escaped()) return *this << text;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const WideView reference = referenceOf(text[i]);
+    if (reference.empty() && !isXmlCharacter(text, i)) throw CQSCOMError(E_INVALIDARG);
+    *this << (reference.empty() ? text.substr(i, 1) : reference);
+  }
+  return *this;
+}
+
+}  // namespace qs

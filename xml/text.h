@@ -1,0 +1,68 @@
+// XML text in the making: fragments, values and numbers appended to one growing string.
+#pragma once
+
+#include <algorithm>
+
+#include "com/bstr.h"
+#include "interfaces/interfaces.h"
+
+namespace qs {
+
+// What a text keeps, by the sum of tagXMLFormEnum values. The default form rounds numbers to six digits, writes strings
+// as they are, and leaves some data out; any other form leaves nothing out.
+class XmlForm {
+ public:
+  // Throws CQSCOMError(E_INVALIDARG) for a number that is no sum of the values.
+  explicit XmlForm(INT flags);
+
+  INT flags() const { return flags_; }
+  bool exactNumbers() const { return (flags_ & xmlExactNumbers) != 0; }
+  bool escaped() const { return (flags_ & xmlEscaped) != 0; }
+  bool complete() const { return flags_ != xmlDefaultForm; }
+
+ private:
+  INT flags_;
+};
+
+// Grows within the string that it becomes, so that a long text is neither copied in the end nor held twice.
+class XmlText {
+ public:
+  XmlText(XmlForm form, std::size_t expectedLength) : form_(form) { expect(expectedLength); }
+
+  const XmlForm& form() const { return form_; }
+  std::size_t length() const { return length_; }
+
+  // Makes room for a text of a length, when there is so much.
+  void expect(std::size_t length);
+
+  // The text; nothing is left of it here. Throws CQSCOMError(E_OUTOFMEMORY), as all that follow do.
+  Bstr take();
+
+  // Markup, as it is.
+  XmlText& operator<<(WideView fragment) {
+    append(fragment.data(), fragment.size());
+    return *this;
+  }
+  XmlText& operator<<(INT number);
+  XmlText& operator<<(double number);
+
+  // Text within an attribute value. In the escaped form markup characters, tabs and line ends are written as
+  // references, and a character that XML cannot hold throws CQSCOMError(E_INVALIDARG).
+  XmlText& value(WideView text);
+
+ private:
+  template <class Character>
+  void append(const Character* characters, std::size_t count) {
+    if (count > capacity_ - length_) grow(count);
+    std::copy_n(characters, count, room_.get() + length_);
+    length_ += count;
+  }
+  void grow(std::size_t count);
+
+  XmlForm form_;
+  Bstr room_;
+  std::size_t capacity_ = 0;
+  std::size_t length_ = 0;
+};
+
+}  // namespace qs
