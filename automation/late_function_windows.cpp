@@ -6,6 +6,7 @@
 #include "automation/script_values.h"
 #include "com/com_ptr.h"
 #include "com/error.h"
+#include "com/variant.h"
 
 namespace qs {
 namespace {
@@ -14,25 +15,6 @@ constexpr LONG kEmpty = -32767;
 // Stand where a function may write a small value that cannot be -32767: no function writes these.
 constexpr BYTE kUnwrittenByte = 0xEE;
 constexpr VARIANT_BOOL kUnwrittenBool = 0x7EEE;
-
-class Variant {
- public:
-  Variant() = default;
-  Variant(const Variant&) = delete;
-  Variant& operator=(const Variant&) = delete;
-  ~Variant() {
-    if (ownsMemory()) VariantClear(&value_);
-  }
-
-  VARIANT* get() { return &value_; }
-  VARIANT* operator->() { return &value_; }
-
- private:
-  // Numbers do not, nor what is referred to.
-  bool ownsMemory() const { return V_VT(&value_) >= VT_BSTR && !(V_VT(&value_) & VT_BYREF); }
-
-  VARIANT value_{};
-};
 
 bool isMissing(const VARIANT* given) {
   return !given || (V_VT(given) == VT_ERROR && V_ERROR(given) == DISP_E_PARAMNOTFOUND);
@@ -177,9 +159,9 @@ class LateCall {
     for (std::size_t i = 0; i < count(); ++i) prepare(i);
     Variant answer;
     const HRESULT called = DispCallFunc(object, static_cast<ULONG_PTR>(function_.slot_), CC_STDCALL, VT_ERROR,
-                                        static_cast<UINT>(count()), types_.data(), passed_.data(), answer.get());
+                                        static_cast<UINT>(count()), types_.data(), passed_.data(), answer.address());
     if (FAILED(called)) return called;
-    const HRESULT result = V_ERROR(answer.get());
+    const HRESULT result = V_ERROR(answer.address());
     if (FAILED(result)) {
       if (call_.exception) {
         *call_.exception = EXCEPINFO{};
@@ -230,25 +212,25 @@ class LateCall {
 
   void prepare(std::size_t i) {
     const LateFunction::Parameter& wanted = parameter(i);
-    passed_[i] = arguments_[i].get();
+    passed_[i] = arguments_[i].address();
     types_[i] = wanted.type;
     if (wanted.out) {
       const VARTYPE variable = variableType(given_[i]);
       converting(i, [&] {
         if (variable != VT_EMPTY && !takes(variable, wanted.type)) throw CQSCOMError(DISP_E_TYPEMISMATCH);
       });
-      setEmpty(storage_[i].get(), wanted.type);
+      setEmpty(storage_[i].address(), wanted.type);
       types_[i] = static_cast<VARTYPE>(VT_BYREF | wanted.type);
-      V_VT(arguments_[i].get()) = types_[i];
-      V_BYREF(arguments_[i].get()) = &storage_[i]->llVal;
+      V_VT(arguments_[i].address()) = types_[i];
+      V_BYREF(arguments_[i].address()) = &storage_[i].address()->llVal;
       if (wanted.type == VT_VARIANT) {
-        VariantInit(storage_[i].get());
-        V_BYREF(arguments_[i].get()) = storage_[i].get();
+        VariantInit(storage_[i].address());
+        V_BYREF(arguments_[i].address()) = storage_[i].address();
       }
       return;
     }
     if (isMissing(given_[i])) throw CQSCOMError(DISP_E_PARAMNOTOPTIONAL);
-    VARIANT* argument = arguments_[i].get();
+    VARIANT* argument = arguments_[i].address();
     const VARIANT& given = behind(*given_[i]);
     if (V_VT(&given) == wanted.type && (wanted.type == VT_R8 || wanted.type == VT_I4)) {
       *argument = given;
@@ -272,20 +254,20 @@ class LateCall {
     std::array<VARIANT*, kMost> returned;
     std::size_t returnedCount = 0;
     for (std::size_t i = 0; i < count(); ++i)
-      if (parameter(i).result) returned[returnedCount++] = storage_[i].get();
+      if (parameter(i).result) returned[returnedCount++] = storage_[i].address();
     for (std::size_t i = 0; i < count(); ++i)
       if (parameter(i).out) {
-        settleUnwritten(storage_[i].get());
+        settleUnwritten(storage_[i].address());
         const VARTYPE variable = variableType(given_[i]);
         if (variable != VT_EMPTY && variable != VT_VARIANT)
-          converting(i, [&] { convert(storage_[i].get(), variable); });
+          converting(i, [&] { convert(storage_[i].address(), variable); });
       }
     for (std::size_t i = 0; i < count(); ++i) {
       if (!parameter(i).out || parameter(i).result) continue;
       if (isMissing(given_[i]))
-        returned[returnedCount++] = storage_[i].get();
+        returned[returnedCount++] = storage_[i].address();
       else
-        store(storage_[i].get(), given_[i]);
+        store(storage_[i].address(), given_[i]);
     }
     if (!call_.result) return;
     VariantInit(call_.result);
@@ -348,10 +330,10 @@ HRESULT LateFunction::call(IDispatch* object, const Invocation& call) const noex
     DISPPARAMS first{given.rgvarg + further, nullptr, own, 0};
     DISPPARAMS rest{given.rgvarg, given.rgdispidNamedArgs, further, given.cNamedArgs};
     Variant holder;
-    const Invocation get{call.member, DISPATCH_PROPERTYGET, &first, holder.get(), call.exception, nullptr};
+    const Invocation get{call.member, DISPATCH_PROPERTYGET, &first, holder.address(), call.exception, nullptr};
     if (const HRESULT hr = LateCall(*this, get).run(object); FAILED(hr)) return hr;
-    if (!V_DISPATCH(holder.get())) return DISP_E_MEMBERNOTFOUND;
-    return V_DISPATCH(holder.get())
+    if (!V_DISPATCH(holder.address())) return DISP_E_MEMBERNOTFOUND;
+    return V_DISPATCH(holder.address())
         ->Invoke(DISPID_VALUE, IID_NULL, LOCALE_USER_DEFAULT, call.flags, &rest, call.result, call.exception,
                  call.argumentError);
   });

@@ -5,8 +5,10 @@
 #include <vector>
 
 #include "com/host_arrays.h"
+#include "com/locked_array.h"
 #include "com/variant.h"
 #include "platform/text.h"
+#include "platform/variant_size.h"
 
 namespace qs {
 namespace {
@@ -20,32 +22,17 @@ struct Numbers {
   std::vector<double> elements;
 };
 
-// The elements of a safe array, locked for as long as this lives: reading them may call the script.
-class LockedArray {
- public:
-  explicit LockedArray(SAFEARRAY* array) : array_(array) { check(SafeArrayAccessData(array_, &data_)); }
-  LockedArray(const LockedArray&) = delete;
-  LockedArray& operator=(const LockedArray&) = delete;
-  ~LockedArray() { SafeArrayUnaccessData(array_); }
-
-  // Of a dimension, which count from 1.
-  LONG extent(UINT dimension) const {
-    const ULONG extent = array_->rgsabound[array_->cDims - dimension].cElements;
-    if (extent > static_cast<ULONG>(std::numeric_limits<LONG>::max())) refuse();
-    return static_cast<LONG>(extent);
-  }
-  void* element(std::size_t position) const { return static_cast<std::byte*>(data_) + position * array_->cbElements; }
-
- private:
-  SAFEARRAY* array_;
-  void* data_ = nullptr;
-};
+LONG countOf(const LockedArray& array, UINT dimension) {
+  const ULONG count = array.extent(dimension);
+  if (count > static_cast<ULONG>(std::numeric_limits<LONG>::max())) refuse();
+  return static_cast<LONG>(count);
+}
 
 Numbers elementsOf(SAFEARRAY* array, VARTYPE type, UINT dimensions) {
   if (!array || SafeArrayGetDim(array) != dimensions) refuse();
   if (valueSize(type) == 0 || array->cbElements != valueSize(type)) refuse();
   const LockedArray locked(array);
-  Numbers numbers{locked.extent(1), dimensions == 2 ? locked.extent(2) : 1, {}};
+  Numbers numbers{countOf(locked, 1), dimensions == 2 ? countOf(locked, 2) : 1, {}};
   const auto count = static_cast<std::size_t>(numbers.rows) * static_cast<std::size_t>(numbers.columns);
   VARIANT element;
   VariantInit(&element);
@@ -63,12 +50,11 @@ std::optional<Variant> readMember(IDispatch* object, WideString name) {
   DISPID id = 0;
   if (FAILED(object->GetIDsOfNames(IID{}, names, 1, LOCALE_USER_DEFAULT, &id))) return {};
   DISPPARAMS none{};
-  VARIANT value;
-  VariantInit(&value);
+  Variant value;
   const HRESULT hr =
-      object->Invoke(id, IID{}, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, &value, nullptr, nullptr);
+      object->Invoke(id, IID{}, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, value.address(), nullptr, nullptr);
   if (FAILED(hr)) return {};
-  return Variant::adopt(value);
+  return value;
 }
 
 std::optional<Numbers> elementsOf(IDispatch* object, UINT dimensions) {
@@ -131,27 +117,6 @@ const VARIANT& behind(const VARIANT& given) {
 
 std::size_t valueSize(VARTYPE type) {
   switch (type) {
-    case VT_I1:
-    case VT_UI1:
-      return 1;
-    case VT_I2:
-    case VT_UI2:
-    case VT_BOOL:
-      return 2;
-    case VT_I4:
-    case VT_UI4:
-    case VT_INT:
-    case VT_UINT:
-    case VT_R4:
-      return 4;
-    case VT_I8:
-    case VT_UI8:
-    case VT_R8:
-    case VT_CY:
-    case VT_DATE:
-      return 8;
-    case VT_DECIMAL:
-      return sizeof(DECIMAL);
     case VT_BSTR:
     case VT_DISPATCH:
     case VT_UNKNOWN:
@@ -159,16 +124,15 @@ std::size_t valueSize(VARTYPE type) {
     case VT_VARIANT:
       return sizeof(VARIANT);
     default:
-      return 0;
+      return numberSize(type);
   }
 }
 
 double numberFrom(const VARIANT& value) {
-  VARIANT number;
-  VariantInit(&number);
-  const HRESULT hr = VariantChangeType(&number, const_cast<VARIANT*>(&value), 0, VT_R8);
+  Variant number;
+  const HRESULT hr = VariantChangeType(number.address(), const_cast<VARIANT*>(&value), 0, VT_R8);
   if (FAILED(hr)) throw CQSCOMError(hr == DISP_E_OVERFLOW || hr == E_OUTOFMEMORY ? hr : DISP_E_TYPEMISMATCH);
-  return number.dblVal;
+  return number.get().dblVal;
 }
 
 void interfaceFrom(const VARIANT& value, REFIID iid, void** out) {

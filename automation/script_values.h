@@ -27,7 +27,7 @@ void interfaceFrom(const VARIANT& value, REFIID iid, void** out);
 template <class I>
 ComPtr<I> interfaceFrom(const VARIANT& value) {
   ComPtr<I> result;
-  interfaceFrom(value, __uuidof(I), reinterpret_cast<void**>(result.out()));
+  interfaceFrom(value, __uuidof(I), result.outAny());
   return result;
 }
 

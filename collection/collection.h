@@ -157,7 +157,7 @@ class COQSCompoundCollection final
   template <class I, class... Parameters, class... Arguments>
   HRESULT forward(HRESULT (STDMETHODCALLTYPE I::*method)(Parameters...), Arguments... arguments) const {
     ComPtr<I> parent;
-    const HRESULT queried = state_.parent->QueryInterface(__uuidof(I), reinterpret_cast<void**>(parent.out()));
+    const HRESULT queried = parent.query(state_.parent.get());
     return FAILED(queried) ? queried : (parent.get()->*method)(arguments...);
   }
 

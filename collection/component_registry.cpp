@@ -46,7 +46,7 @@ HRESULT ComponentRegistry::addDefault(BSTR name, BSTR className, BSTR path, IDis
   if (!component) {
     CLSID clsid;
     check(CLSIDFromString(className, &clsid));
-    check(CoCreateInstance(clsid, nullptr, CLSCTX_ALL, __uuidof(IDispatch), reinterpret_cast<void**>(created.out())));
+    check(created.create(clsid, CLSCTX_ALL));
   }
   Bstr newDefault = Bstr::copyOf(name);
   const HRESULT result = add(name, className, path, created.get());
@@ -81,7 +81,7 @@ HRESULT ComponentRegistry::getDefault(BSTR* name, IDispatch** component) const {
   *component = nullptr;
   const CQSLoader* record = findDefault();
   if (!record) return S_FALSE;
-  *name = Bstr::copyOf(record->Name.get()).release();
+  *name = Bstr(record->Name).release();
   *component = ComPtr(record->object).release();
   return S_OK;
 }
@@ -91,7 +91,7 @@ HRESULT ComponentRegistry::getAt(INT index, BSTR* name, IDispatch** component) c
   *component = nullptr;
   if (static_cast<UINT>(index) >= records_.size()) return S_FALSE;
   const CQSLoader& record = std::next(records_.begin(), index)->second;
-  *name = Bstr::copyOf(record.Name.get()).release();
+  *name = Bstr(record.Name).release();
   *component = ComPtr(record.object).release();
   return S_OK;
 }

@@ -61,8 +61,8 @@ class ComponentRegistry {
     const CQSLoader* record = named ? find(name) : findDefault();
     if (!record || !record->object) return S_FALSE;
     const ComPtr<IDispatch> object = record->object;
-    const Bstr path = Bstr::copyOf(record->Path.get());
-    foundName = Bstr::copyOf(record->Name.get());
+    const Bstr path = record->Path;
+    foundName = record->Name;
     found = required<I>(object.get());
     const HRESULT told = path ? found->Set_Path(path.get()) : S_OK;
     return FAILED(told) ? told : S_OK;

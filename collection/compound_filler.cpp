@@ -127,11 +127,7 @@ HRESULT storePoint(IUnknown* compound, BSTR name, double value, BSTR source) {
   return result;
 }
 
-ComPtr<IBasicCompound> newCompound() {
-  ComPtr<IBasicCompound> compound;
-  check(COQSCompound::create(nullptr, __uuidof(IBasicCompound), reinterpret_cast<void**>(compound.out())));
-  return compound;
-}
+ComPtr<IBasicCompound> newCompound() { return COQSCompound::make<IBasicCompound>(); }
 
 void copyCompound(IBasicCompound* from, IBasicCompound* to, INT index) {
   check(required<ICompoundCopy>(to)->CopyToThis(index, from));

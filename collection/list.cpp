@@ -10,7 +10,7 @@ namespace {
 // The interface under which a list keeps a compound.
 HRESULT queryCompound(IDispatch* object, ComPtr<IBasicCompound>& compound) {
   if (!object) return E_INVALIDARG;
-  const HRESULT queried = object->QueryInterface(__uuidof(IBasicCompound), reinterpret_cast<void**>(compound.out()));
+  const HRESULT queried = compound.query(object);
   return SUCCEEDED(queried) && !compound ? E_FAIL : queried;
 }
 

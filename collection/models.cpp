@@ -23,8 +23,7 @@ HRESULT COQSCompoundCollection::put_InteractionParameters(BSTR model, IDispatch*
   if (!parameters) return E_INVALIDARG;
   return guarded([&] {
     ComPtr<IInteractionParameters> queried;
-    const HRESULT result =
-        parameters->QueryInterface(__uuidof(IInteractionParameters), reinterpret_cast<void**>(queried.out()));
+    const HRESULT result = queried.query(parameters);
     if (FAILED(result)) return result;
     if (!queried) return E_FAIL;
     state_.models[WideString(modelName(model))].parameters = std::move(queried);
@@ -49,7 +48,7 @@ HRESULT COQSCompoundCollection::CompCollnIPInfo(INT model, INT* number, BSTR* na
     if (model < 0 || model >= *number) return S_FALSE;
     const auto& [key, entry] = *std::next(state_.models.begin(), model);
     Bstr nameCopy(key);
-    *pane = Bstr::copyOf(entry.pane.get()).release();
+    *pane = Bstr(entry.pane).release();
     *name = nameCopy.release();
     return S_OK;
   });

@@ -99,8 +99,7 @@ COQSCompoundCollection::Positions COQSCompoundCollection::checkedPositions(IInte
 
 ComPtr<ICompoundCollection> COQSCompoundCollection::newView(std::shared_ptr<Positions> positions) {
   if (state_.depth == kDeepestView) throw CQSCOMError(E_FAIL);
-  ComPtr<ICompoundCollection> view;
-  check(create(nullptr, __uuidof(ICompoundCollection), reinterpret_cast<void**>(view.out())));
+  auto view = make<ICompoundCollection>();
   State& state = implementation(view).state_;
   state.parent = ComPtr<ICompoundCollection>(this);
   state.depth = state_.depth + 1;

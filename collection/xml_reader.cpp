@@ -92,7 +92,7 @@ HRESULT COQSCompoundCollection::XmlReader::finish() {
 }
 
 HRESULT COQSCompoundCollection::XmlReader::startCompound(const XmlAttributes&) {
-  check(COQSCompound::create(nullptr, __uuidof(IBasicCompound), reinterpret_cast<void**>(compound_.out())));
+  compound_ = COQSCompound::make<IBasicCompound>();
   receiver_ = ComPtr<XMLParserClient>::from(compound_.get());
   span_.open(OLESTR("Compound"));
   return S_OK;
@@ -122,7 +122,7 @@ HRESULT COQSCompoundCollection::XmlReader::startModel(const XmlAttributes& attri
       parameters = found->second.parameters;
   if (!parameters) return S_FALSE;
   receiver_ = ComPtr<XMLParserClient>::from(parameters.get());
-  state_.models.insert_or_assign(name, Model{std::move(parameters), Bstr::copyOf(model_.pane.get())});
+  state_.models.insert_or_assign(name, Model{std::move(parameters), model_.pane});
   return receiver_ ? S_OK : S_FALSE;
 }
 

@@ -109,7 +109,7 @@ void COQSCompoundCollection::XmlWriter::stored(IUnknown* object) {
     check(exact->StoreAsXMLEx(text_.form().flags(), text.out()));
   } else {
     ComPtr<IXMLStore> store;
-    check(object->QueryInterface(__uuidof(IXMLStore), reinterpret_cast<void**>(store.out())));
+    check(store.query(object));
     check(store->StoreAsXML(text.out()));
   }
   text_ << text.view();

@@ -1,4 +1,5 @@
-// An owned length-prefixed string, and the ways between it and views. A null string and an empty one differ.
+// An owned length-prefixed string, and the ways between it and views. A null string and an empty one differ. What makes
+// or copies a string throws CQSCOMError(E_OUTOFMEMORY).
 #pragma once
 
 #include <utility>
@@ -19,8 +20,9 @@ class Bstr {
     if (length == text.size()) text_ = SysAllocStringLen(text.data(), length);
     if (!text_) throw CQSCOMError(E_OUTOFMEMORY);
   }
+  Bstr(const Bstr& other) : Bstr(copyOf(other.text_)) {}
   Bstr(Bstr&& other) noexcept : text_(other.release()) {}
-  Bstr& operator=(Bstr&& other) noexcept {
+  Bstr& operator=(Bstr other) noexcept {
     std::swap(text_, other.text_);
     return *this;
   }

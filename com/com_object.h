@@ -5,6 +5,7 @@
 #include <array>
 #include <type_traits>
 
+#include "com/com_ptr.h"
 #include "com/error.h"
 #include "com/module_lock.h"
 
@@ -34,6 +35,14 @@ class ComObject : public Impls... {
       object->inner_.Release();
       return hr;
     });
+  }
+
+  // A new object that is not aggregated. Throws CQSCOMError.
+  template <class I>
+  static ComPtr<I> make() {
+    ComPtr<I> object;
+    check(create(nullptr, __uuidof(I), object.outAny()));
+    return object;
   }
 
   STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept final { return outer_->QueryInterface(iid, out); }

@@ -26,10 +26,18 @@ class ComPtr {
     if (pointer_) pointer_->AddRef();
   }
 
+  // Queries an object for the interface: its result, or E_NOINTERFACE for no object.
+  HRESULT query(IUnknown* object) { return object ? object->QueryInterface(__uuidof(I), outAny()) : E_NOINTERFACE; }
+
+  // Creates an object of a class, with the result of CoCreateInstance.
+  HRESULT create(REFCLSID clsid, DWORD context = CLSCTX_INPROC_SERVER) {
+    return CoCreateInstance(clsid, nullptr, context, __uuidof(I), outAny());
+  }
+
   // The interface of an object, empty when the object is null or lacks it.
   static ComPtr from(IUnknown* object) {
     ComPtr result;
-    if (object) object->QueryInterface(__uuidof(I), reinterpret_cast<void**>(&result.pointer_));
+    result.query(object);
     return result;
   }
 
@@ -45,6 +53,8 @@ class ComPtr {
     *this = ComPtr();
     return &pointer_;
   }
+  // The same for a function that returns any interface, as QueryInterface does.
+  void** outAny() { return reinterpret_cast<void**>(out()); }
 
  private:
   I* pointer_ = nullptr;

@@ -8,15 +8,14 @@ namespace {
 template <class Array>
 ComPtr<Array> newObject(REFCLSID clsid) {
   ComPtr<IDispatch> created;
-  check(CoCreateInstance(clsid, nullptr, CLSCTX_ALL, __uuidof(IDispatch), reinterpret_cast<void**>(created.out())));
+  check(created.create(clsid, CLSCTX_ALL));
   return required<Array>(created.get());
 }
 
 template <class Array, class T>
 ComPtr<Array> newArray(REFCLSID clsid, std::span<const T> values) {
   auto array = newObject<Array>(clsid);
-  check(array->put_Size(static_cast<LONG>(values.size())));
-  for (std::size_t i = 0; i < values.size(); ++i) check(array->put_IthValue(static_cast<LONG>(i), values[i]));
+  setElements(array.get(), values);
   return array;
 }
 

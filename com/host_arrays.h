@@ -1,6 +1,7 @@
-// Array objects of a host: made from values by the host's own classes, and read.
+// Array objects of a host: read, filled, and made from values by the host's own classes.
 #pragma once
 
+#include <algorithm>
 #include <span>
 #include <vector>
 
@@ -38,6 +39,26 @@ std::vector<T> elementsOf(Array* array) {
   LONG size = 0;
   check(array->get_Size(&size));
   return elementsOf<T>(array, size);
+}
+// No more than `most` of them.
+template <class T, class Array>
+std::vector<T> firstElementsOf(Array* array, LONG most) {
+  LONG size = 0;
+  check(array->get_Size(&size));
+  return elementsOf<T>(array, std::min(size, most));
+}
+
+// Gives an array its size and elements: those of `values`, or `value` for all. Throws CQSCOMError with the result of a
+// failed call.
+template <class Array, class T>
+void setElements(Array* array, std::span<const T> values) {
+  check(array->put_Size(static_cast<LONG>(values.size())));
+  for (std::size_t i = 0; i < values.size(); ++i) check(array->put_IthValue(static_cast<LONG>(i), values[i]));
+}
+template <class Array, class T>
+void setElements(Array* array, LONG size, T value) {
+  check(array->put_Size(size));
+  for (LONG i = 0; i < size; ++i) check(array->put_IthValue(i, value));
 }
 
 // A new array with the values given. Throws CQSCOMError with the result of the class object or the call that failed, as

@@ -12,7 +12,7 @@ template <class I>
 ComPtr<I> required(IUnknown* object) {
   if (!object) throw CQSCOMError(E_FAIL);
   ComPtr<I> found;
-  check(object->QueryInterface(__uuidof(I), reinterpret_cast<void**>(found.out())));
+  check(found.query(object));
   if (!found) throw CQSCOMError(E_FAIL);
   return found;
 }
@@ -21,8 +21,7 @@ ComPtr<I> required(IUnknown* object) {
 template <class I>
 ComPtr<I> implemented(IUnknown* object) {
   ComPtr<I> found;
-  const HRESULT queried =
-      object ? object->QueryInterface(__uuidof(I), reinterpret_cast<void**>(found.out())) : E_NOINTERFACE;
+  const HRESULT queried = found.query(object);
   if (queried != E_NOINTERFACE) check(queried);
   return found;
 }

@@ -10,7 +10,7 @@ namespace qs {
 
 class Variant {
  public:
-  Variant() { VariantInit(&value_); }
+  Variant() = default;
   explicit Variant(LONG value) : Variant() {
     value_.vt = VT_I4;
     value_.lVal = value;
@@ -28,7 +28,9 @@ class Variant {
     std::swap(value_, other.value_);
     return *this;
   }
-  ~Variant() { VariantClear(&value_); }
+  ~Variant() {
+    if (ownsMemory()) VariantClear(&value_);
+  }
 
   // Takes over a variant that a function returned.
   static Variant adopt(const VARIANT& value) {
@@ -52,16 +54,21 @@ class Variant {
   }
 
   const VARIANT& get() const { return value_; }
+  // For functions that take or fill a variant in place.
+  VARIANT* address() { return &value_; }
 
   // Gives the content up to the caller.
   VARIANT release() {
     VARIANT result = value_;
-    VariantInit(&value_);
+    value_ = VARIANT{};
     return result;
   }
 
  private:
-  VARIANT value_;
+  // Numbers do not, nor what is referred to.
+  bool ownsMemory() const { return value_.vt >= VT_BSTR && !(value_.vt & VT_BYREF); }
+
+  VARIANT value_{};
 };
 
 }  // namespace qs

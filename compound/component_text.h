@@ -26,9 +26,7 @@ template <class I>
 ComPtr<I> newComponent(BSTR className) {
   ComPtr<I> component;
   CLSID clsid;
-  if (className && succeeded(CLSIDFromString(className, &clsid)))
-    succeeded(
-        CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(I), reinterpret_cast<void**>(component.out())));
+  if (className && succeeded(CLSIDFromString(className, &clsid))) succeeded(component.create(clsid));
   return component;
 }
 

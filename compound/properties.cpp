@@ -39,14 +39,6 @@ PropertyPtr named(PropertyPtr property, WideView name, tagPropTypeEnum kind) {
   return property;
 }
 
-// The first elements of an array, `most` at the most.
-std::vector<double> firstElementsOf(IRealArrayDisp* array, LONG most) {
-  if (!array) return {};
-  LONG size = 0;
-  check(array->get_Size(&size));
-  return elementsOf<double>(array, std::min(size, most));
-}
-
 std::vector<double> coefficientsOf(const CQSAbstractProp& equation) {
   LONG count = 0;
   equation.GetNumbOfParameters(&count);
@@ -197,7 +189,8 @@ HRESULT COQSCompound::SetEquationProperty(BSTR name, BYTE fixed, tagEquationShap
   return guarded([&] {
     const EquationForm* form = findForm(LONG{shape});
     if (!form) return E_FAIL;
-    const std::vector<double> coefficients = firstElementsOf(parameters, form->coefficients);
+    const std::vector<double> coefficients =
+        parameters ? firstElementsOf<double>(parameters, form->coefficients) : std::vector<double>();
     PropertyPtr equation = newEquation(viewOf(name), {shape, tMin, tMax, pMin, pMax, coefficients});
     return content_.properties.AddPropertyToMap(viewOf(name), isFixed(fixed), equation);
   });

@@ -85,9 +85,7 @@ constexpr LONG kMost = 1000;
 std::vector<LONG> groupsOf(IDispatch* array) {
   const auto integers = ComPtr<IIntegerArrayDisp>::from(array);
   if (!integers) throw CQSCOMError(E_NOINTERFACE);
-  LONG size = 0;
-  check(integers->get_Size(&size));
-  return elementsOf<LONG>(integers.get(), std::min(size, kMost + 1));
+  return firstElementsOf<LONG>(integers.get(), kMost + 1);
 }
 
 // The sums over a compound's groups; nothing when it has none or the method does not apply.

@@ -23,7 +23,7 @@ LoadedModule::~LoadedModule() {
 
 HRESULT LoadedModule::registerClass(REFCLSID clsid) {
   ComPtr<IUnknown> classObject;
-  const HRESULT found = getClassObject(clsid, __uuidof(IUnknown), reinterpret_cast<void**>(classObject.out()));
+  const HRESULT found = getClassObject(clsid, __uuidof(IUnknown), classObject.outAny());
   if (FAILED(found)) return found;
   DWORD cookie = 0;
   const HRESULT hr = CoRegisterClassObject(clsid, classObject.get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie);

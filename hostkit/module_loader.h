@@ -36,7 +36,7 @@ class LoadedModule {
 template <class I>
 ComPtr<I> createInstance(REFCLSID clsid) {
   ComPtr<I> instance;
-  CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(I), reinterpret_cast<void**>(instance.out()));
+  instance.create(clsid);
   return instance;
 }
 

@@ -77,8 +77,7 @@ HRESULT EventFeed::hand(Call&& call) {
 AttributeSet& EventFeed::attributes() {
   if (!collecting_) {
     const bool mine = attributes_ && (attributes_->AddRef(), attributes_->Release()) == 1;
-    if (!mine)
-      check(AttributeSet::create(nullptr, __uuidof(TaggedAttributes), reinterpret_cast<void**>(attributes_.out())));
+    if (!mine) attributes_ = AttributeSet::make<TaggedAttributes>();
     static_cast<AttributeSet*>(attributes_.get())->clear();
     collecting_ = true;
   }

@@ -91,7 +91,7 @@ Bstr inItsEncoding(WideView text) {
 
 bool parse(const VARIANT& source, EventFeed& feed) {
   ComPtr<ISAXXMLReader> reader;
-  check(CoCreateInstance(kReaderClass, nullptr, CLSCTX_INPROC_SERVER, kReader, reinterpret_cast<void**>(reader.out())));
+  check(CoCreateInstance(kReaderClass, nullptr, CLSCTX_INPROC_SERVER, kReader, reader.outAny()));
   Handler handler(feed);
   check(reader->putContentHandler(&handler));
   VARIANT lexical;

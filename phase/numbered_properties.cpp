@@ -177,12 +177,10 @@ void COQSPhase::copyFurtherProperties(IUnknown* source) {
   for (INT i = kStandardCount; i < count; ++i) {
     LONG number = kUnset;
     check(numbers->get_IthValue(i, &number));
-    VARIANT value;
-    VariantInit(&value);
-    const HRESULT hr = container->GetPropertyValue(number, &value);
-    Variant owned = Variant::adopt(value);
+    Variant value;
+    const HRESULT hr = container->GetPropertyValue(number, value.address());
     check(hr);
-    if (hr == S_OK && accepts(number)) add(number, std::move(owned));
+    if (hr == S_OK && accepts(number)) add(number, std::move(value));
   }
 }
 

@@ -12,14 +12,13 @@ namespace {
 
 ComPtr<IRealArrayDisp> newArray(IClassFactory* factory) {
   ComPtr<IDispatch> created;
-  check(factory->CreateInstance(nullptr, __uuidof(IDispatch), reinterpret_cast<void**>(created.out())));
+  check(factory->CreateInstance(nullptr, __uuidof(IDispatch), created.outAny()));
   return required<IRealArrayDisp>(created.get());
 }
 
 void makeUnset(IRealArrayDisp* array, INT size) {
   if (!array) throw CQSCOMError(E_FAIL);
-  check(array->put_Size(size));
-  for (INT i = 0; i < size; ++i) check(array->put_IthValue(i, kUnset));
+  setElements(array, size, kUnset);
 }
 
 // Makes the first element unset, which tells whether the array is set; an empty one has none.
@@ -63,8 +62,7 @@ COQSPhase::~COQSPhase() {
 HRESULT COQSPhase::finalConstruct() noexcept {
   const HRESULT hr = guarded([&] {
     ComPtr<IClassFactory> factory;
-    check(CoGetClassObject(__uuidof(HostRealArray), CLSCTX_ALL, nullptr, __uuidof(IClassFactory),
-                           reinterpret_cast<void**>(factory.out())));
+    check(CoGetClassObject(__uuidof(HostRealArray), CLSCTX_ALL, nullptr, __uuidof(IClassFactory), factory.outAny()));
     if (!factory) return E_FAIL;
 #define PHASE_ARRAY(name) state_.name = newArray(factory.get());
 #include "phase/properties.def"
@@ -110,7 +108,10 @@ HRESULT COQSPhase::get_Compounds(IDispatch** compounds) noexcept {
   if (!compounds) return E_POINTER;
   *compounds = nullptr;
   if (!compounds_) return S_FALSE;
-  return compounds_->QueryInterface(__uuidof(IDispatch), reinterpret_cast<void**>(compounds));
+  ComPtr<IDispatch> dispatch;
+  const HRESULT queried = dispatch.query(compounds_.get());
+  *compounds = dispatch.release();
+  return queried;
 }
 
 HRESULT COQSPhase::GetCompounds(ICompoundCollection** compounds) noexcept {

@@ -35,14 +35,13 @@ HRESULT COQSPhaseCollection::forEachPhase(Action&& action) {
 
 void COQSPhaseCollection::makePhases(IDispatch* compounds, const Layout& layout, Phases& phases) {
   ComPtr<IClassFactory> factory;
-  check(CoGetClassObject(__uuidof(::COQSPhase), CLSCTX_ALL, nullptr, __uuidof(IClassFactory),
-                         reinterpret_cast<void**>(factory.out())));
+  check(CoGetClassObject(__uuidof(::COQSPhase), CLSCTX_ALL, nullptr, __uuidof(IClassFactory), factory.outAny()));
   if (!factory) throw CQSCOMError(E_FAIL);
   const auto registry = registry_;
   const auto feedSection = static_cast<std::size_t>(layout.feedSection);
   for (std::size_t slot = 0; slot < phases.size(); ++slot) {
     ComPtr<IBasicPhase>& phase = phases[slot];
-    check(factory->CreateInstance(nullptr, __uuidof(IBasicPhase), reinterpret_cast<void**>(phase.out())));
+    check(factory->CreateInstance(nullptr, __uuidof(IBasicPhase), phase.outAny()));
     if (!phase) throw CQSCOMError(E_FAIL);
     if (registry) check(required<IRegisterableObject>(phase.get())->RegisterProperties(registry.get()));
     check(phase->Finalize(compounds));

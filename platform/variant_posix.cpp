@@ -10,38 +10,12 @@
 #include <string>
 
 #include "platform/com_types.h"
+#include "platform/variant_size.h"
 
 namespace {
 
-// The bytes of a number or a boolean; 0 for other types.
-std::size_t numberSize(VARTYPE type) noexcept {
-  switch (type) {
-    case VT_I1:
-    case VT_UI1:
-      return 1;
-    case VT_I2:
-    case VT_UI2:
-    case VT_BOOL:
-      return 2;
-    case VT_I4:
-    case VT_UI4:
-    case VT_INT:
-    case VT_UINT:
-    case VT_R4:
-    case VT_ERROR:
-      return 4;
-    case VT_I8:
-    case VT_UI8:
-    case VT_R8:
-    case VT_CY:
-    case VT_DATE:
-      return 8;
-    case VT_DECIMAL:
-      return sizeof(DECIMAL);
-    default:
-      return 0;
-  }
-}
+// The bytes of a value that is copied as it is; 0 for other types.
+std::size_t plainSize(VARTYPE type) noexcept { return type == VT_ERROR ? sizeof(HRESULT) : qs::numberSize(type); }
 
 std::size_t headerSize(UINT dimensions) noexcept {
   return offsetof(SAFEARRAY, rgsabound) + dimensions * sizeof(SAFEARRAYBOUND);
@@ -204,7 +178,7 @@ HRESULT VariantCopy(VARIANT* destination, const VARIANT* source) noexcept {
       if (!copy.bstrVal) return E_OUTOFMEMORY;
     } else if (copy.vt == VT_DISPATCH || copy.vt == VT_UNKNOWN) {
       if (copy.punkVal) copy.punkVal->AddRef();
-    } else if (copy.vt > VT_NULL && numberSize(copy.vt) == 0) {
+    } else if (copy.vt > VT_NULL && plainSize(copy.vt) == 0) {
       return DISP_E_BADVARTYPE;
     }
   }
@@ -227,7 +201,7 @@ HRESULT VariantCopyInd(VARIANT* destination, VARIANT* source) noexcept {
   if (type == VT_DECIMAL) {
     std::memcpy(static_cast<void*>(&referred), source->byref, sizeof(DECIMAL));
   } else {
-    const std::size_t size = numberSize(type);
+    const std::size_t size = plainSize(type);
     std::memcpy(&referred.llVal, source->byref, size ? size : sizeof(void*));
   }
   referred.vt = type;
@@ -247,7 +221,7 @@ HRESULT VariantChangeType(VARIANT* destination, VARIANT* source, USHORT, VARTYPE
 }
 
 SAFEARRAY* SafeArrayCreate(VARTYPE type, UINT dimensions, SAFEARRAYBOUND* bounds) noexcept {
-  const std::size_t element = type == VT_VARIANT ? sizeof(VARIANT) : numberSize(type);
+  const std::size_t element = type == VT_VARIANT ? sizeof(VARIANT) : plainSize(type);
   if (!element || !bounds || dimensions == 0 || dimensions > UINT16_MAX) return nullptr;
   const auto size = dataSize(element, bounds, dimensions);
   if (!size) return nullptr;

@@ -33,11 +33,10 @@ GetClassObject load(const std::string& module, Report& report) {
 bool canBeCreated(GetClassObject getClassObject, REFCLSID clsid) {
   ComPtr<IUnknown> classObject, object;
   DWORD cookie = 0;
-  return SUCCEEDED(getClassObject(clsid, __uuidof(IUnknown), reinterpret_cast<void**>(classObject.out()))) &&
+  return SUCCEEDED(getClassObject(clsid, __uuidof(IUnknown), classObject.outAny())) &&
          SUCCEEDED(
              CoRegisterClassObject(clsid, classObject.get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie)) &&
-         SUCCEEDED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
-                                    reinterpret_cast<void**>(object.out())));
+         SUCCEEDED(object.create(clsid));
 }
 
 }  // namespace

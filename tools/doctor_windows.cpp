@@ -145,7 +145,7 @@ std::string faultOf(const fs::path& file, int bits, const CLSID& clsid) {
   const auto entry = reinterpret_cast<decltype(&DllGetClassObject)>(
       reinterpret_cast<void*>(GetProcAddress(module, "DllGetClassObject")));
   ComPtr<IUnknown> classObject;
-  const HRESULT hr = entry ? entry(clsid, __uuidof(IUnknown), reinterpret_cast<void**>(classObject.out())) : E_NOTIMPL;
+  const HRESULT hr = entry ? entry(clsid, __uuidof(IUnknown), classObject.outAny()) : E_NOTIMPL;
   return FAILED(hr) ? "this file does not have the class, " + codeText(hr) : std::string();
 }
 
@@ -177,8 +177,7 @@ void examineClass(const NeededClass& needed, Report& report) {
   }
   if (report.faults != 0) return;  // which explain a failure
   ComPtr<IUnknown> object;
-  const HRESULT hr = CoCreateInstance(*needed.clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
-                                      reinterpret_cast<void**>(object.out()));
+  const HRESULT hr = object.create(*needed.clsid);
   if (FAILED(hr))
     report.complain(name + ": cannot be created, " + codeText(hr), registrationOf(needed.module, kOwnBits));
 }
