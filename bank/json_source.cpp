@@ -83,6 +83,11 @@ T convert(const Value& value, const std::string& where) {
     if (large ? !std::in_range<T>(*large) : !std::in_range<T>(*whole))
       fail(where, "out of the range of 32-bit integers");
     return static_cast<T>(large ? static_cast<std::int64_t>(*large) : *whole);
+  } else if constexpr (std::is_same_v<T, tagCompoundFamilyEnum>) {
+    const auto name = convert<std::string>(value, where);
+    const auto* known = std::ranges::find(kFamilies, name, &std::pair<std::string_view, T>::first);
+    if (known == std::end(kFamilies)) fail(where, "no family \"" + name + '"');
+    return known->second;
   } else {
     if (const auto* found = value.as<T>()) return *found;
     if constexpr (std::is_same_v<T, double>) {
@@ -147,8 +152,12 @@ class Members {
   }
 
   // Leaves the target as it is when there is no such member.
-  template <class T, class Target>
-  void read(const char* name, Target& target) {
+  template <class T>
+  void read(const char* name, T& target) {
+    if (const Value* value = find(name)) target = convert<T>(*value, where(name));
+  }
+  template <class T>
+  void read(const char* name, std::optional<T>& target) {
     if (const Value* value = find(name)) target = convert<T>(*value, where(name));
   }
 
@@ -186,7 +195,7 @@ class SourceReader {
       Members source(value, root_.where("sources, " + name));
       for (const char* member : {"title", "authors", "licence"}) source.get<std::string>(member);
       std::string changes;
-      source.read<std::string>("changes", changes);
+      source.read("changes", changes);
       source.finish();
       sources_.insert(name);
     }
@@ -222,17 +231,8 @@ class SourceReader {
       }
     }
     members.find("number");
-    members.find("name");
-    members.read<std::string>("iupac_name", compound.iupacName);
-    members.read<std::string>("formula", compound.formula);
-    members.read<std::string>("cas", compound.cas);
-    readFamily(members, compound);
-    members.read<bool>("non_condensable", compound.nonCondensable);
-    members.read<std::int32_t>("dippr_id", compound.dipprId);
-    members.read<std::int32_t>("ddb_id", compound.ddbId);
-    members.read<std::int32_t>("ppds_id", compound.ppdsId);
-    members.read<std::int32_t>("cma_id", compound.cmaId);
-    members.read<std::int32_t>("pp_attribute", compound.ppAttribute);
+#define BANK_FIELD(key, field, record_name, member) members.read(member, compound.field);
+#include "props/identity.def"
     if (const Value* synonyms = members.find("synonyms")) {
       compound.synonyms = convertList<std::string>(*synonyms, members.where("synonyms"));
     }
@@ -243,16 +243,6 @@ class SourceReader {
                [&](Key key, Members& item) { compound.correlations[key] = readCorrelation(item); });
     members.finish();
     return compound;
-  }
-
-  static void readFamily(Members& members, CompoundData& compound) {
-    const Value* value = members.find("family");
-    if (!value) return;
-    const std::string where = members.where("family");
-    const auto name = convert<std::string>(*value, where);
-    const auto* known = std::ranges::find(kFamilies, name, &std::pair<std::string_view, tagCompoundFamilyEnum>::first);
-    if (known == std::end(kFamilies)) fail(where, "no family \"" + name + '"');
-    compound.family = known->second;
   }
 
   static void readGroups(Members& members, CompoundData& compound) {
@@ -276,7 +266,7 @@ class SourceReader {
       checkUnit(key, item.get<std::string>("unit"), item.where());
       checkSource(item.get<std::string>("source"), item.where());
       std::string note;
-      item.read<std::string>("note", note);
+      item.read("note", note);
       read(key, item);
       item.finish();
     }
@@ -291,12 +281,12 @@ class SourceReader {
     correlation.coefficients = convertList<double>(item.need("coefficients"), item.where("coefficients"));
     correlation.tmin = item.get<double>("tmin");
     correlation.tmax = item.get<double>("tmax");
-    item.read<double>("pmin", correlation.pmin);
-    item.read<double>("pmax", correlation.pmax);
+    item.read("pmin", correlation.pmin);
+    item.read("pmax", correlation.pmax);
     readTransformation(item, "xshape", correlation.xShape);
     readTransformation(item, "yshape", correlation.yShape);
-    item.read<double>("xpow", correlation.xPower);
-    item.read<double>("ypow", correlation.yPower);
+    item.read("xpow", correlation.xPower);
+    item.read("ypow", correlation.yPower);
     return correlation;
   }
 

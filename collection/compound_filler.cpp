@@ -22,7 +22,7 @@ bool found(HRESULT result) {
 }
 
 // How an identity field is read and written as text.
-struct IdentityField {
+struct IdentityAccess {
   WideView name;
   Bstr (*read)(IUnknown* compound);
   void (*write)(IUnknown* compound, BSTR text);
@@ -42,7 +42,7 @@ struct Accessor<HRESULT (STDMETHODCALLTYPE I::*)(BSTR)> {
 };
 
 template <auto Get, auto Put>
-constexpr IdentityField field(WideView name) {
+constexpr IdentityAccess accessTo(WideView name) {
   using Reader = Accessor<decltype(Get)>;
   using Writer = Accessor<decltype(Put)>;
   using Value = typename Writer::Value;
@@ -75,24 +75,14 @@ constexpr IdentityField field(WideView name) {
   }
 }
 
-constexpr IdentityField kIdentityFields[] = {
-    field<&ICompoundID::get_Name, &ICompoundIDPut::put_Name>(OLESTR("Name")),
-    field<&ICompoundID::get_PPAttribute, &ICompoundIDPut::put_PPAttribute>(OLESTR("PPAttribute")),
-    field<&ICompoundID::get_CASN, &ICompoundIDPut::put_CASN>(OLESTR("CASN")),
-    field<&ICompoundID::get_IUPACName, &ICompoundIDPut::put_IUPACName>(OLESTR("IUPACName")),
-    field<&ICompoundID::get_VelcorinID, &ICompoundIDPut::put_VelcorinID>(OLESTR("VelcorinID")),
-    field<&ICompoundID::get_PPDSID, &ICompoundIDPut::put_PPDSID>(OLESTR("PPDSID")),
-    field<&ICompoundID::get_DDBID, &ICompoundIDPut::put_DDBID>(OLESTR("DDBID")),
-    field<&ICompoundID::get_DIPPRID, &ICompoundIDPut::put_DIPPRID>(OLESTR("DIPPRID")),
-    field<&ICompoundID::get_CMAID, &ICompoundIDPut::put_CMAID>(OLESTR("CMAID")),
-    field<&ICompoundID::get_ChemicalFormula, &ICompoundIDPut::put_ChemicalFormula>(OLESTR("ChemicalFormula")),
-    field<&ICompoundFamily::get_Family, &ICompoundFamilyPut::put_Family>(OLESTR("Family")),
-    field<&ICompoundFamily::get_SubFamily, &ICompoundFamilyPut::put_SubFamily>(OLESTR("SubFamily")),
-    field<&ICompoundFamily::get_NonCondensable, &ICompoundFamilyPut::put_NonCondensable>(OLESTR("NonCondensable")),
+constexpr IdentityAccess kIdentityFields[] = {
+#define IDENTITY_FIELD(key, field, interface_name, attribute) \
+  accessTo<&interface_name::get_##key, &interface_name##Put::put_##key>(OLESTR(#key)),
+#include "props/identity.def"
 };
 
-const IdentityField* findIdentityField(WideView name) {
-  const auto* entry = std::ranges::find(kIdentityFields, name, &IdentityField::name);
+const IdentityAccess* findIdentityField(WideView name) {
+  const auto* entry = std::ranges::find(kIdentityFields, name, &IdentityAccess::name);
   return entry == std::end(kIdentityFields) ? nullptr : entry;
 }
 
@@ -115,7 +105,7 @@ BYTE isFixed(BSTR name) { return findKey(viewOf(name)) ? 1 : 0; }
 }  // namespace
 
 Bstr identityText(IUnknown* compound, WideView fieldName) {
-  const IdentityField* entry = findIdentityField(fieldName);
+  const IdentityAccess* entry = findIdentityField(fieldName);
   return entry ? entry->read(compound) : Bstr();
 }
 
@@ -191,7 +181,7 @@ bool CompoundFiller::fillSingleValue(BSTR name, tagPropTypeEnum type) {
   double number = kEmptyValue;
   Bstr text;
   if (!found(source_.loader->Get_PropSingleVal(source_.searchKey, source_.id, name, &number, text.out()))) return false;
-  const IdentityField* identity = findIdentityField(viewOf(name));
+  const IdentityAccess* identity = findIdentityField(viewOf(name));
   if (type != PointPropBSTR) {
     if (number == kEmptyValue) return false;
     if (!identity) return storeNumber(name, number);

@@ -64,42 +64,31 @@ class COQSCompound final
   STDMETHODIMP get_ViscosityThetas(double* thetaA, double* thetaB) noexcept override;
   STDMETHODIMP get_UNIQUAC1Parameters(double* r, double* q) noexcept override;
 
+  // Identity fields without rules of their own.
+#define IDENTITY_TEXT(key, field, interface_name, attribute)                                                 \
+  STDMETHODIMP get_##key(BSTR* value) noexcept override { return giveCopy(content_.identity.field, value); } \
+  STDMETHODIMP put_##key(BSTR value) noexcept override { return takeCopy(content_.identity.field, value); }
+#define IDENTITY_INTEGER(key, field, interface_name, attribute)                                                \
+  STDMETHODIMP get_##key(INT* value) noexcept override { return giveInteger(content_.identity.field, value); } \
+  STDMETHODIMP put_##key(INT value) noexcept override { return takeInteger(content_.identity.field, value); }
+#include "props/identity.def"
+
   // identity.cpp
-  STDMETHODIMP get_Name(BSTR* value) noexcept override;
   STDMETHODIMP get_NumberOfSynonymNames(INT* value) noexcept override;
   STDMETHODIMP get_SynonymName(INT index, BSTR* value) noexcept override;
-  STDMETHODIMP get_PPAttribute(INT* value) noexcept override;
-  STDMETHODIMP get_CASN(BSTR* value) noexcept override;
-  STDMETHODIMP get_IUPACName(BSTR* value) noexcept override;
-  STDMETHODIMP get_PPDSID(INT* value) noexcept override;
-  STDMETHODIMP get_DDBID(INT* value) noexcept override;
-  STDMETHODIMP get_DIPPRID(INT* value) noexcept override;
-  STDMETHODIMP get_CMAID(INT* value) noexcept override;
-  STDMETHODIMP get_ChemicalFormula(BSTR* value) noexcept override;
+  STDMETHODIMP put_NumberOfSynonymNames(INT value) noexcept override;
+  STDMETHODIMP put_SynonymName(INT index, BSTR value) noexcept override;
+  STDMETHODIMP put_VelcorinID(INT value) noexcept override;
   STDMETHODIMP IsWater() noexcept override;
   STDMETHODIMP IsDEG() noexcept override;
   STDMETHODIMP IsTEG() noexcept override;
   STDMETHODIMP IsEG() noexcept override;
   STDMETHODIMP IsMethanol() noexcept override;
-  STDMETHODIMP put_Name(BSTR value) noexcept override;
-  STDMETHODIMP put_NumberOfSynonymNames(INT value) noexcept override;
-  STDMETHODIMP put_SynonymName(INT index, BSTR value) noexcept override;
-  STDMETHODIMP put_PPAttribute(INT value) noexcept override;
-  STDMETHODIMP put_CASN(BSTR value) noexcept override;
-  STDMETHODIMP put_IUPACName(BSTR value) noexcept override;
-  STDMETHODIMP put_VelcorinID(INT value) noexcept override;
-  STDMETHODIMP put_PPDSID(INT value) noexcept override;
-  STDMETHODIMP put_DDBID(INT value) noexcept override;
-  STDMETHODIMP put_DIPPRID(INT value) noexcept override;
-  STDMETHODIMP put_CMAID(INT value) noexcept override;
-  STDMETHODIMP put_ChemicalFormula(BSTR value) noexcept override;
 
   // family.cpp
-  STDMETHODIMP get_SubFamily(BSTR* value) noexcept override;
   STDMETHODIMP get_NonCondensable(VARIANT_BOOL* value) noexcept override;
   STDMETHODIMP GetNonCondensable(BYTE* value) noexcept override;
   STDMETHODIMP put_Family(tagCompoundFamilyEnum value) noexcept override;
-  STDMETHODIMP put_SubFamily(BSTR value) noexcept override;
   STDMETHODIMP put_NonCondensable(VARIANT_BOOL value) noexcept override;
 
   // unifac.cpp

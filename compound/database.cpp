@@ -7,6 +7,28 @@
 #include "props/forms.h"
 
 namespace qs {
+namespace {
+
+// The identity field that a field of a data record fills.
+template <class T>
+struct IdentityPlace {
+  WideView name;
+  T Identity::*field;
+};
+constexpr IdentityPlace<Bstr> kTexts[] = {
+#define BANK_TEXT(key, field, record_name, size, member) {OLESTR(record_name), &Identity::field},
+#include "props/identity.def"
+};
+constexpr IdentityPlace<INT> kLongIntegers[] = {
+#define BANK_LONG(key, field, record_name, member) {OLESTR(record_name), &Identity::field},
+#include "props/identity.def"
+};
+constexpr IdentityPlace<INT> kShortIntegers[] = {
+#define BANK_SHORT(key, field, type, record_name, member) {OLESTR(record_name), &Identity::field},
+#include "props/identity.def"
+};
+
+}  // namespace
 
 // Puts each field of a data record where its name belongs; names that a compound has no place for are passed over.
 class RecordReceiver final : public database::RecordSink {
@@ -14,37 +36,13 @@ class RecordReceiver final : public database::RecordSink {
   explicit RecordReceiver(CompoundContent& content) : content_(content) {}
 
   void shortInteger(const database::Field& field, std::int16_t value) override {
-    if (field.name == OLESTR("NonCondensable"))
-      content_.identity.nonCondensable = value;
-    else if (field.name == OLESTR("Family"))
-      content_.identity.family = value;
+    put(kShortIntegers, field.name, value);
   }
-
-  void longInteger(const database::Field& field, std::int32_t value) override {
-    if (field.name == OLESTR("PPkg"))
-      content_.identity.ppAttribute = value;
-    else if (field.name == OLESTR("DIPPRID"))
-      content_.identity.dipprId = value;
-    else if (field.name == OLESTR("DDBID"))
-      content_.identity.ddbId = value;
-    else if (field.name == OLESTR("PPDSID"))
-      content_.identity.ppdsId = value;
-    else if (field.name == OLESTR("CMAID"))
-      content_.identity.cmaId = value;
-  }
+  void longInteger(const database::Field& field, std::int32_t value) override { put(kLongIntegers, field.name, value); }
 
   void number(const database::Field& field, double value) override { store(field.name, newPoint(field.name, value)); }
 
-  void text(const database::Field& field, WideView value) override {
-    if (field.name == OLESTR("PName"))
-      content_.identity.name = Bstr(value);
-    else if (field.name == OLESTR("CName"))
-      content_.identity.iupacName = Bstr(value);
-    else if (field.name == OLESTR("Formula"))
-      content_.identity.chemicalFormula = Bstr(value);
-    else if (field.name == OLESTR("CASN"))
-      content_.identity.casNumber = Bstr(value);
-  }
+  void text(const database::Field& field, WideView value) override { put(kTexts, field.name, value); }
 
   void groups(const database::Field& field, std::span<const database::GroupCount> values) override {
     if (field.name != OLESTR("UNIFAC")) return;
@@ -74,6 +72,12 @@ class RecordReceiver final : public database::RecordSink {
   }
 
  private:
+  template <class T, std::size_t size, class Value>
+  void put(const IdentityPlace<T> (&places)[size], WideView name, Value value) {
+    for (const IdentityPlace<T>& place : places)
+      if (place.name == name) content_.identity.*place.field = T(value);
+  }
+
   void store(WideView name, PropertyPtr property) {
     content_.properties.AddPropertyToMap(name, findKey(name).has_value(), property);
   }

@@ -20,9 +20,6 @@ HRESULT COQSCompound::put_Family(tagCompoundFamilyEnum value) noexcept {
   return S_OK;
 }
 
-HRESULT COQSCompound::get_SubFamily(BSTR* value) noexcept { return giveCopy(content_.identity.subFamily, value); }
-HRESULT COQSCompound::put_SubFamily(BSTR value) noexcept { return takeCopy(content_.identity.subFamily, value); }
-
 HRESULT COQSCompound::get_NonCondensable(VARIANT_BOOL* value) noexcept {
   if (!value) return E_POINTER;
   if (content_.identity.nonCondensable == kEmptyInteger) return S_FALSE;

@@ -15,18 +15,6 @@ enum KnownNumber : INT {
   kDiethyleneGlycol = 511
 };
 
-// The value is written even when it is not known.
-HRESULT getInteger(INT field, INT* value) {
-  if (!value) return E_POINTER;
-  *value = field;
-  return field == kEmptyInteger ? S_FALSE : S_OK;
-}
-
-HRESULT putInteger(INT& field, INT value) {
-  field = value;
-  return S_OK;
-}
-
 HRESULT sameNumber(INT field, KnownNumber number) { return field == number ? S_OK : S_FALSE; }
 
 std::vector<Bstr> copyOf(const std::vector<Bstr>& strings) {
@@ -39,25 +27,18 @@ std::vector<Bstr> copyOf(const std::vector<Bstr>& strings) {
 }  // namespace
 
 Identity Identity::copy() const {
-  return {.name = Bstr::copyOf(name.get()),
-          .casNumber = Bstr::copyOf(casNumber.get()),
-          .iupacName = Bstr::copyOf(iupacName.get()),
-          .chemicalFormula = Bstr::copyOf(chemicalFormula.get()),
-          .subFamily = Bstr::copyOf(subFamily.get()),
-          .synonymCount = synonymCount,
-          .synonyms = copyOf(synonyms),
-          .ppAttribute = ppAttribute,
-          .velcorinId = velcorinId,
-          .ppdsId = ppdsId,
-          .ddbId = ddbId,
-          .dipprId = dipprId,
-          .cmaId = cmaId,
-          .compoundIndex = compoundIndex,
-          .family = family,
-          .nonCondensable = nonCondensable,
-          .groupCount = groupCount,
-          .groupTypes = groupTypes,
-          .groupCounts = groupCounts};
+  Identity copy;
+#define IDENTITY_TEXT(key, field, interface_name, attribute) copy.field = Bstr::copyOf(field.get());
+#define IDENTITY_INTEGER(key, field, interface_name, attribute) copy.field = field;
+#define IDENTITY_RULED IDENTITY_INTEGER
+#include "props/identity.def"
+  copy.synonymCount = synonymCount;
+  copy.synonyms = copyOf(synonyms);
+  copy.compoundIndex = compoundIndex;
+  copy.groupCount = groupCount;
+  copy.groupTypes = groupTypes;
+  copy.groupCounts = groupCounts;
+  return copy;
 }
 
 HRESULT Identity::putSynonym(INT index, BSTR value) {
@@ -70,32 +51,8 @@ HRESULT Identity::putSynonym(INT index, BSTR value) {
   return S_OK;
 }
 
-HRESULT COQSCompound::get_Name(BSTR* value) noexcept { return giveCopy(content_.identity.name, value); }
-HRESULT COQSCompound::get_CASN(BSTR* value) noexcept { return giveCopy(content_.identity.casNumber, value); }
-HRESULT COQSCompound::get_IUPACName(BSTR* value) noexcept { return giveCopy(content_.identity.iupacName, value); }
-HRESULT COQSCompound::get_ChemicalFormula(BSTR* value) noexcept {
-  return giveCopy(content_.identity.chemicalFormula, value);
-}
-HRESULT COQSCompound::put_Name(BSTR value) noexcept { return takeCopy(content_.identity.name, value); }
-HRESULT COQSCompound::put_CASN(BSTR value) noexcept { return takeCopy(content_.identity.casNumber, value); }
-HRESULT COQSCompound::put_IUPACName(BSTR value) noexcept { return takeCopy(content_.identity.iupacName, value); }
-HRESULT COQSCompound::put_ChemicalFormula(BSTR value) noexcept {
-  return takeCopy(content_.identity.chemicalFormula, value);
-}
-
-HRESULT COQSCompound::get_PPAttribute(INT* value) noexcept { return getInteger(content_.identity.ppAttribute, value); }
-HRESULT COQSCompound::get_PPDSID(INT* value) noexcept { return getInteger(content_.identity.ppdsId, value); }
-HRESULT COQSCompound::get_DDBID(INT* value) noexcept { return getInteger(content_.identity.ddbId, value); }
-HRESULT COQSCompound::get_DIPPRID(INT* value) noexcept { return getInteger(content_.identity.dipprId, value); }
-HRESULT COQSCompound::get_CMAID(INT* value) noexcept { return getInteger(content_.identity.cmaId, value); }
-HRESULT COQSCompound::put_PPAttribute(INT value) noexcept { return putInteger(content_.identity.ppAttribute, value); }
-HRESULT COQSCompound::put_VelcorinID(INT value) noexcept { return putInteger(content_.identity.velcorinId, value); }
-HRESULT COQSCompound::put_PPDSID(INT value) noexcept { return putInteger(content_.identity.ppdsId, value); }
-HRESULT COQSCompound::put_DDBID(INT value) noexcept { return putInteger(content_.identity.ddbId, value); }
-HRESULT COQSCompound::put_DIPPRID(INT value) noexcept { return putInteger(content_.identity.dipprId, value); }
-HRESULT COQSCompound::put_CMAID(INT value) noexcept { return putInteger(content_.identity.cmaId, value); }
-
-HRESULT COQSCompound::knownVelcorinId(INT* value) noexcept { return getInteger(content_.identity.velcorinId, value); }
+HRESULT COQSCompound::put_VelcorinID(INT value) noexcept { return takeInteger(content_.identity.velcorinId, value); }
+HRESULT COQSCompound::knownVelcorinId(INT* value) noexcept { return giveInteger(content_.identity.velcorinId, value); }
 HRESULT COQSCompound::basicVelcorinId(INT* value) noexcept {
   if (!value) return E_POINTER;
   *value = content_.identity.velcorinId;
@@ -103,10 +60,10 @@ HRESULT COQSCompound::basicVelcorinId(INT* value) noexcept {
 }
 
 HRESULT COQSCompound::get_NumberOfSynonymNames(INT* value) noexcept {
-  return getInteger(content_.identity.synonymCount, value);
+  return giveInteger(content_.identity.synonymCount, value);
 }
 HRESULT COQSCompound::put_NumberOfSynonymNames(INT value) noexcept {
-  return putInteger(content_.identity.synonymCount, value);
+  return takeInteger(content_.identity.synonymCount, value);
 }
 
 HRESULT COQSCompound::get_SynonymName(INT index, BSTR* value) noexcept {

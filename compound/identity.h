@@ -14,28 +14,17 @@ inline constexpr std::size_t kMostSynonyms = 64;
 
 struct Identity {
   // Null strings were never set.
-  Bstr name;
-  Bstr casNumber;
-  Bstr iupacName;
-  Bstr chemicalFormula;
-  Bstr subFamily;
+#define IDENTITY_TEXT(key, field, interface_name, attribute) Bstr field;
+#define IDENTITY_INTEGER(key, field, interface_name, attribute) INT field = kEmptyInteger;
+#define IDENTITY_RULED IDENTITY_INTEGER
+#include "props/identity.def"
 
   // The count is what callers set and read; a synonym below it that was never set is null.
   INT synonymCount = kEmptyInteger;
   std::vector<Bstr> synonyms;
 
-  INT ppAttribute = kEmptyInteger;
-  INT velcorinId = kEmptyInteger;  // number in the system's own data bank
-  INT ppdsId = kEmptyInteger;
-  INT ddbId = kEmptyInteger;
-  INT dipprId = kEmptyInteger;
-  INT cmaId = kEmptyInteger;
-
   // Position in the host's list of compounds; -32767 until the compound was loaded or copied.
   INT compoundIndex = kEmptyInteger;
-
-  INT family = kEmptyInteger;  // tagCompoundFamilyEnum
-  INT nonCondensable = kEmptyInteger;
 
   // UNIFAC groups: type numbers and how often each occurs.
   INT groupCount = kEmptyInteger;
@@ -63,6 +52,17 @@ inline HRESULT takeCopy(Bstr& field, BSTR value) noexcept {
     field = Bstr::copyOf(value);
     return S_OK;
   });
+}
+
+// An integer field likewise; the value is written even when it is not known, which is S_FALSE.
+inline HRESULT giveInteger(INT field, INT* value) noexcept {
+  if (!value) return E_POINTER;
+  *value = field;
+  return field == kEmptyInteger ? S_FALSE : S_OK;
+}
+inline HRESULT takeInteger(INT& field, INT value) noexcept {
+  field = value;
+  return S_OK;
 }
 
 }  // namespace qs

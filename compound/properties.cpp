@@ -1,11 +1,13 @@
 // Properties by name and by position: reading, storing, and the transformations of equations.
 #include <algorithm>
+#include <array>
 
 #include "com/host_arrays.h"
 #include "compound/compound.h"
 #include "compound/new_property.h"
 #include "props/curve.h"
 #include "props/forms.h"
+#include "props/identity_fields.h"
 
 namespace qs {
 namespace {
@@ -13,16 +15,28 @@ namespace {
 // The fixed map is chosen by 1, the other map by any other value.
 constexpr bool isFixed(BYTE flag) { return flag == 1; }
 
-constexpr WideView kIdentityFields[] = {
-    OLESTR("Name"),           OLESTR("NumberOfSynonymNames"),
-    OLESTR("SynonymName"),    OLESTR("PPAttribute"),
-    OLESTR("CASN"),           OLESTR("IUPACName"),
-    OLESTR("VelcorinID"),     OLESTR("PPDSID"),
-    OLESTR("DDBID"),          OLESTR("DIPPRID"),
-    OLESTR("CMAID"),          OLESTR("ChemicalFormula"),
-    OLESTR("Family"),         OLESTR("SubFamily"),
-    OLESTR("NonCondensable"),
-};
+// The order in which hosts know the identity fields.
+constexpr auto kCommonNames = std::to_array<WideView>({
+    nameOf(IdentityField::Name),
+    OLESTR("NumberOfSynonymNames"),
+    OLESTR("SynonymName"),
+    nameOf(IdentityField::PPAttribute),
+    nameOf(IdentityField::CASN),
+    nameOf(IdentityField::IUPACName),
+    nameOf(IdentityField::VelcorinID),
+    nameOf(IdentityField::PPDSID),
+    nameOf(IdentityField::DDBID),
+    nameOf(IdentityField::DIPPRID),
+    nameOf(IdentityField::CMAID),
+    nameOf(IdentityField::ChemicalFormula),
+    nameOf(IdentityField::Family),
+    nameOf(IdentityField::SubFamily),
+    nameOf(IdentityField::NonCondensable),
+});
+static_assert(kCommonNames.size() == kIdentityNames.size() + 2 &&
+                  std::ranges::all_of(kIdentityNames,
+                                      [](WideView name) { return std::ranges::count(kCommonNames, name) == 1; }),
+              "every field once");
 
 tagPropTypeEnum kindOf(const CQSAbstractProp& property) {
   LONG type = VoidProp;
@@ -162,15 +176,15 @@ HRESULT COQSCompound::GetCOMProperty(BSTR name, BSTR* className, IPCProperty** c
 
 HRESULT COQSCompound::GetNumbOfCommonProperty(INT* count) noexcept {
   if (!count) return E_POINTER;
-  *count = static_cast<INT>(std::size(kIdentityFields));
+  *count = static_cast<INT>(kCommonNames.size());
   return S_OK;
 }
 
 HRESULT COQSCompound::GetCommonPropertyName(INT index, BSTR* name, tagPropTypeEnum* type) noexcept {
   if (!name || !type) return E_POINTER;
-  if (index < 0 || static_cast<std::size_t>(index) >= std::size(kIdentityFields)) return S_FALSE;
+  if (index < 0 || static_cast<std::size_t>(index) >= kCommonNames.size()) return S_FALSE;
   return guarded([&] {
-    *name = Bstr(kIdentityFields[index]).release();
+    *name = Bstr(kCommonNames[static_cast<std::size_t>(index)]).release();
     // Of the integer fields too: hosts rely on it.
     *type = PointPropBSTR;
     return S_OK;

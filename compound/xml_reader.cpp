@@ -105,19 +105,9 @@ HRESULT XmlReader::skip(WideView name) {
 HRESULT XmlReader::startCompound(const XmlAttributes& attributes) {
   attributes.read(XmlTag(OLESTR("VERSION")), version_);
   attributes.read(XmlTag(OLESTR("CompIdx")), content_.identity.compoundIndex);
-  attributes.read(XmlTag(OLESTR("Name")), content_.identity.name);
-  attributes.read(XmlTag(OLESTR("Formula")), content_.identity.chemicalFormula);
-  attributes.read(XmlTag(OLESTR("FamilyArribute")), content_.identity.family);
-  attributes.read(XmlTag(OLESTR("SubFamily")), content_.identity.subFamily);
-  attributes.read(XmlTag(OLESTR("NonCondensable")), content_.identity.nonCondensable);
-  attributes.read(XmlTag(OLESTR("PPAttribute")), content_.identity.ppAttribute);
-  attributes.read(XmlTag(OLESTR("VelcorinID")), content_.identity.velcorinId);
-  attributes.read(XmlTag(OLESTR("CASN")), content_.identity.casNumber);
-  attributes.read(XmlTag(OLESTR("IUPACName")), content_.identity.iupacName);
-  attributes.read(XmlTag(OLESTR("PPDSID")), content_.identity.ppdsId);
-  attributes.read(XmlTag(OLESTR("DDBID")), content_.identity.ddbId);
-  attributes.read(XmlTag(OLESTR("DIPPRID")), content_.identity.dipprId);
-  attributes.read(XmlTag(OLESTR("CMAID")), content_.identity.cmaId);
+#define IDENTITY_FIELD(key, field, interface_name, attribute) \
+  attributes.read(XmlTag(OLESTR(attribute)), content_.identity.field);
+#include "props/identity.def"
   return S_OK;
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "compound/component_text.h"
+#include "props/identity_fields.h"
 
 namespace qs {
 namespace {
@@ -33,6 +34,8 @@ static_assert(std::all_of(kKeysByName.begin(), kKeysByName.end(),
                           }),
               "every key once");
 
+constexpr bool isInDefaultForm(IdentityField field) { return field != IdentityField::SubFamily; }
+
 class Writer {
  public:
   explicit Writer(XmlText& text) : text_(text), complete_(text.form().complete()) {}
@@ -45,9 +48,11 @@ class Writer {
   void closeCompound() { text_ << OLESTR("   </Compound> \n"); }
 
  private:
-  // A line with an attribute of the Compound element. A complete text leaves out a string that is null.
+  // A line with an attribute of the Compound element, behind the value of the attribute before it. A complete text
+  // leaves out a string that is null.
   void attribute(WideView name, const Bstr& value);
-  void attribute(WideView name, INT value, WideView end = OLESTR("\" \n"));
+  void attribute(WideView name, INT value);
+  void nextAttribute(WideView name) { text_ << OLESTR("\" \n            ") << name << OLESTR(" = \""); }
 
   void emptySlot(Key key);
   // The element named `element` of a property under a name.
@@ -74,30 +79,21 @@ class Writer {
 
 void Writer::attribute(WideView name, const Bstr& value) {
   if (complete_ && !value) return;
-  text_ << OLESTR("            ") << name << OLESTR(" = \"");
-  text_.value(value.view()) << OLESTR("\" \n");
+  nextAttribute(name);
+  text_.value(value.view());
 }
 
-void Writer::attribute(WideView name, INT value, WideView end) {
-  text_ << OLESTR("            ") << name << OLESTR(" = \"") << value << end;
+void Writer::attribute(WideView name, INT value) {
+  nextAttribute(name);
+  text_ << value;
 }
 
 void Writer::openCompound(const Identity& identity) {
-  text_ << OLESTR("   <Compound VERSION = \"2\" CompIdx = \"") << identity.compoundIndex << OLESTR("\" \n");
-  attribute(OLESTR("Name"), identity.name);
-  attribute(OLESTR("Formula"), identity.chemicalFormula);
-  // Spelled so in every text that was ever written.
-  attribute(OLESTR("FamilyArribute"), identity.family);
-  if (complete_) attribute(OLESTR("SubFamily"), identity.subFamily);
-  attribute(OLESTR("NonCondensable"), identity.nonCondensable);
-  attribute(OLESTR("PPAttribute"), identity.ppAttribute);
-  attribute(OLESTR("VelcorinID"), identity.velcorinId);
-  attribute(OLESTR("CASN"), identity.casNumber);
-  attribute(OLESTR("IUPACName"), identity.iupacName);
-  attribute(OLESTR("PPDSID"), identity.ppdsId);
-  attribute(OLESTR("DDBID"), identity.ddbId);
-  attribute(OLESTR("DIPPRID"), identity.dipprId);
-  attribute(OLESTR("CMAID"), identity.cmaId, OLESTR("\"> \n"));
+  text_ << OLESTR("   <Compound VERSION = \"2\" CompIdx = \"") << identity.compoundIndex;
+#define IDENTITY_FIELD(key, field, interface_name, name) \
+  if (complete_ || isInDefaultForm(IdentityField::key)) attribute(OLESTR(name), identity.field);
+#include "props/identity.def"
+  text_ << OLESTR("\"> \n");
 }
 
 void Writer::synonyms(const Identity& identity) {

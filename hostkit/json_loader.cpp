@@ -1,9 +1,11 @@
 #include "hostkit/json_loader.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <optional>
 #include <string>
+#include <type_traits>
 
 #include "com/bstr.h"
 #include "com/host_arrays.h"
@@ -21,7 +23,7 @@ constexpr double kEmpty = -32767.0;
 constexpr WideView kExtension = OLESTR(".json");
 
 // An identity field: its text, or null when it is not known.
-struct IdentityField {
+struct IdentityText {
   WideView name;
   tagPropTypeEnum type;
   Bstr (*text)(const CompoundData& compound);
@@ -35,25 +37,40 @@ Bstr shown(std::optional<std::int32_t> number) {
   return Bstr(digits);
 }
 
-template <auto Member>
-Bstr member(const CompoundData& compound) {
-  return shown(compound.*Member);
+template <auto field>
+constexpr IdentityText textOf(WideView name) {
+  constexpr bool isText = std::is_same_v<decltype(field), std::string CompoundData::*>;
+  return {name, isText ? PointPropBSTR : PointPropLong,
+          [](const CompoundData& compound) { return shown(compound.*field); }};
 }
 
-constexpr IdentityField kIdentityFields[] = {
-    {OLESTR("Name"), PointPropBSTR, member<&CompoundData::name>},
-    {OLESTR("IUPACName"), PointPropBSTR, member<&CompoundData::iupacName>},
-    {OLESTR("CASN"), PointPropBSTR, member<&CompoundData::cas>},
-    {OLESTR("ChemicalFormula"), PointPropBSTR, member<&CompoundData::formula>},
-    {OLESTR("VelcorinID"), PointPropLong, member<&CompoundData::number>},
-    {OLESTR("PPDSID"), PointPropLong, member<&CompoundData::ppdsId>},
-    {OLESTR("DDBID"), PointPropLong, member<&CompoundData::ddbId>},
-    {OLESTR("DIPPRID"), PointPropLong, member<&CompoundData::dipprId>},
-    {OLESTR("CMAID"), PointPropLong, member<&CompoundData::cmaId>},
-    {OLESTR("PPAttribute"), PointPropLong, member<&CompoundData::ppAttribute>},
-    {OLESTR("Family"), PointPropLong, member<&CompoundData::family>},
-    {OLESTR("NonCondensable"), PointPropLong, member<&CompoundData::nonCondensable>},
-};
+namespace identity {
+#define BANK_FIELD(key, field, record_name, member) \
+  constexpr IdentityText key = textOf<&CompoundData::field>(OLESTR(#key));
+#include "props/identity.def"
+constexpr IdentityText VelcorinID = textOf<&CompoundData::number>(OLESTR("VelcorinID"));
+}  // namespace identity
+
+// In the order in which they are listed.
+constexpr auto kIdentityFields = std::to_array<IdentityText>({
+    identity::Name,
+    identity::IUPACName,
+    identity::CASN,
+    identity::ChemicalFormula,
+    identity::VelcorinID,
+    identity::PPDSID,
+    identity::DDBID,
+    identity::DIPPRID,
+    identity::CMAID,
+    identity::PPAttribute,
+    identity::Family,
+    identity::NonCondensable,
+});
+constexpr bool isListed(const IdentityText& field) {
+  return std::ranges::count(kIdentityFields, field.name, &IdentityText::name) == 1;
+}
+#define BANK_FIELD(key, field, record_name, member) static_assert(isListed(identity::key));
+#include "props/identity.def"
 
 // The UNIFAC groups as two lists.
 struct GroupList {

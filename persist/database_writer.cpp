@@ -34,30 +34,30 @@ struct TextField {
   std::string CompoundData::*value;
 };
 constexpr TextField kTextFields[] = {
-    {"PName", 50, &CompoundData::name},
-    {"CName", 100, &CompoundData::iupacName},
-    {"Formula", 30, &CompoundData::formula},
-    {"CASN", 20, &CompoundData::cas},
+#define BANK_TEXT(key, field, record_name, size, member) {record_name, size, &CompoundData::field},
+#include "props/identity.def"
 };
-static_assert(kTextFields[0].size <= kIndexNameLength && kTextFields[3].size <= kIndexIdentifierLength);
 
 struct LongField {
   std::string_view name;
   std::optional<std::int32_t> CompoundData::*value;
 };
 constexpr LongField kLongFields[] = {
-    {"DIPPRID", &CompoundData::dipprId}, {"DDBID", &CompoundData::ddbId},      {"PPDSID", &CompoundData::ppdsId},
-    {"CMAID", &CompoundData::cmaId},     {"PPkg", &CompoundData::ppAttribute},
+#define BANK_LONG(key, field, record_name, member) {record_name, &CompoundData::field},
+#include "props/identity.def"
 };
 
 struct ShortField {
   std::string_view name;
   std::int16_t (*value)(const CompoundData&);
 };
+template <auto field>
+std::int16_t shortValue(const CompoundData& compound) {
+  return compound.*field ? static_cast<std::int16_t>(*(compound.*field)) : kEmptyShort;
+}
 constexpr ShortField kShortFields[] = {
-    {"Family", [](const CompoundData& c) { return c.family ? static_cast<std::int16_t>(*c.family) : kEmptyShort; }},
-    {"NonCondensable",
-     [](const CompoundData& c) { return c.nonCondensable ? std::int16_t{*c.nonCondensable} : kEmptyShort; }},
+#define BANK_SHORT(key, field, type, record_name, member) {record_name, &shortValue<&CompoundData::field>},
+#include "props/identity.def"
     {"SubComp", [](const CompoundData&) { return kEmptyShort; }},
 };
 constexpr std::string_view kGroupField = "UNIFAC";

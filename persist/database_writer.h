@@ -35,10 +35,10 @@ struct UnifacGroup {
 // One compound; what is left out is not known. Text is printable ASCII.
 struct CompoundData {
   std::int32_t number = 0;  // from 1 on, unique in a database
-  std::string name, iupacName, formula, cas;
-  std::optional<tagCompoundFamilyEnum> family;
-  std::optional<bool> nonCondensable;
-  std::optional<std::int32_t> dipprId, ddbId, ppdsId, cmaId, ppAttribute;
+#define BANK_TEXT(key, field, record_name, size, member) std::string field;
+#define BANK_LONG(key, field, record_name, member) std::optional<std::int32_t> field;
+#define BANK_SHORT(key, field, type, record_name, member) std::optional<type> field;
+#include "props/identity.def"
   std::vector<UnifacGroup> unifac;
   std::vector<std::string> synonyms;
   std::map<Key, double> constants;  // units of docs/units.md
