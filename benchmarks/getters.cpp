@@ -85,7 +85,7 @@ ComPtr<IBasicCompound> compoundWith(tagEquationShapeEnum shape, const Coefficien
   for (std::size_t i = 0; i < coefficients.size(); ++i) {
     parameters->put_IthValue(static_cast<LONG>(i), coefficients[i]);
   }
-  const auto compound = newCompound();
+  auto compound = newCompound();
   const Bstr name(OLESTR("TC"));
   ComPtr<ICompoundPropPut>::from(compound.get())
       ->SetEquationProperty(name.get(), 1, shape, 1.0, 2000.0, 1e-5, 1e15, parameters.get());

@@ -1,9 +1,8 @@
 // COQSPhaseCollection, all phases of one calculation in slots: the feed section (an overall phase and the feeds, or one
 // phase that is both), the equilibrium phases, and one phase of the user's own.
 //
-// A host may replace equilibrium phases by its own, and what it passes may call back: no loop keeps more than the phase
-// that it is calling. Slots that a failed call left empty are passed over. Positions outside answer E_FAIL, null
-// out-parameters E_POINTER.
+// A host may replace equilibrium phases by its own, and its objects may call back: a loop holds only the phase that it
+// is calling. Slots that a failed call left empty are skipped. A position outside returns E_FAIL.
 #pragma once
 
 #include <vector>
@@ -53,14 +52,14 @@ class COQSPhaseCollection final
 
   bool isEquilibriumIndex(INT index) const { return index >= 0 && index < layout_.equilibrium; }
   ComPtr<IBasicPhase>& equilibriumPhase(INT index) {
-    return phases_[static_cast<std::size_t>(layout_.feedSection + index)];
+    return phases_[static_cast<std::size_t>(layout_.feedSection) + static_cast<std::size_t>(index)];
   }
   // Makes the phases of a layout one by one; those made before a failure stay in `phases`.
   void makePhases(IDispatch* compounds, const Layout& layout, Phases& phases);
   // The slot of the phase that LocatePhase finds for any type but the overall phase's. Throws CQSCOMError.
   std::size_t slotOf(tagPhaseTypeEnum type, INT index);
-  // Calls an action with each phase in the order of the slots and answers its last result, S_OK for none; a failure
-  // ends the walk.
+  // Calls an action with each phase in the order of the slots, up to the first failure. Returns the last result, S_OK
+  // when there is no phase.
   template <class Action>
   HRESULT forEachPhase(Action&& action);
 
@@ -70,7 +69,7 @@ class COQSPhaseCollection final
   ComPtr<IBasicPhase> overall_;
   Layout layout_;
   INT equilibriumCount_ = 0;
-  // Progress of a calculation: kept, and begun anew by a reset.
+  // Progress of a calculation; a reset starts it again.
   INT iteration_ = kUnset;
   double residual_ = 0;
 };

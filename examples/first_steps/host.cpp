@@ -85,7 +85,7 @@ void fill(const ComPtr<ICompoundCollection>& compounds, const std::string& direc
   }
 }
 
-// Prints the table; answers the equilibrium ratios.
+// Prints the table; returns the equilibrium ratios.
 Reals tabulate(const ComPtr<ICompoundCollection>& compounds) {
   Reals ratios;
   for (INT i = 0; i < 3; ++i) {
@@ -119,7 +119,7 @@ void store(const ComPtr<IPhaseCollection>& phases, tagPhaseTypeEnum type, double
 }
 
 ComPtr<IPhaseCollection> flashed(const ComPtr<ICompoundCollection>& compounds, const Reals& ratios) {
-  const auto phases = create<IPhaseCollection>(__uuidof(COQSPhaseCollection));
+  auto phases = create<IPhaseCollection>(__uuidof(COQSPhaseCollection));
   const auto registry = create<IEnumeratedPropertyRegistry>(__uuidof(PropertyRegistry));
   must(ComPtr<IRegisterableObject>::from(phases.get())->RegisterProperties(registry.get()), "RegisterProperties");
   must(phases->Finalize(compounds.get(), 2, 1), "Finalize");
