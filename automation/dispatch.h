@@ -1,5 +1,5 @@
-// Late binding from the type library. dispatch_windows.cpp implements it; elsewhere there is no type library and
-// dispatch_posix.cpp answers E_NOTIMPL.
+// Late binding from the type library. dispatch_windows.cpp implements it. Elsewhere there is no type library, and
+// dispatch_posix.cpp returns E_NOTIMPL.
 #pragma once
 
 #include <atomic>
@@ -17,7 +17,7 @@ class TypeInfo {
  public:
   constexpr explicit TypeInfo(const IID& iid) : iid_(iid) {}
 
-  // The information, lent: not add-referenced. On failure the result of loading the type library.
+  // The information, without a reference of its own. On failure the result of loading the type library.
   HRESULT get(ITypeInfo** info) noexcept;
 
   // Releases what all type information of this module holds.
@@ -44,28 +44,28 @@ struct Invocation {
   UINT* argumentError;
 };
 
-// What IDispatch tells of one interface's type.
+// The type information of one interface, as IDispatch returns it.
 HRESULT typeInfoCount(TypeInfo& type, UINT* count) noexcept;
 HRESULT typeInfoOf(TypeInfo& type, UINT index, ITypeInfo** info) noexcept;
 
 class LateFunction;
 
-// The names that an interface answers for late-bound callers: its own, under their documented DISPIDs. The default
-// interface of a class also answers for those of the class's other dual interfaces in their order, under DISPIDs from
-// kFirstSharedId on, which stay the same for as long as the module is loaded. A name with a getter in one interface and
-// a setter in another is one member, and what a name of the default interface lacks is looked up in the others.
+// The names that late-bound callers can use on an interface: its own, under their documented DISPIDs. The default
+// interface of a class also has the names of the class's other dual interfaces in their order, under DISPIDs from
+// kFirstSharedId on, which stay the same as long as the module is loaded. A name with a getter in one interface and a
+// setter in another is one member. What a name of the default interface lacks is looked up in the others.
 class SharedNames {
  public:
   static constexpr DISPID kFirstSharedId = 0x40000000;
 
-  // `types` are those of the dual interfaces, that which answers first; lent.
+  // `types` are those of the dual interfaces, the interface that is called first; not owned.
   explicit SharedNames(std::span<TypeInfo* const> types) : types_(types) {}
   ~SharedNames();
 
   HRESULT idsOfNames(const NameQuery& query) noexcept;
 
-  // Calls the function that is meant, of the first interface that has it; `interfaceAt` returns the object's interface
-  // of a position in `types`.
+  // Calls the function that the call means, of the first interface that has it; `interfaceAt` returns the object's
+  // interface of a position in `types`.
   template <class InterfaceAt>
   HRESULT invoke(const Invocation& call, InterfaceAt&& interfaceAt) noexcept {
     Target target;

@@ -1,16 +1,17 @@
-// A function of an interface as late-bound callers use it: its arguments are converted, and what it gives back comes
-// back (Windows only; it calls through the type library).
+// A function of an interface as late-bound callers use it: converts the arguments, calls, and returns the outputs
+// (Windows only; it calls through the type library).
 //
-// An out-parameter fills the variable that the caller gives for it by reference: a variant with its own type, a number,
-// a boolean or a text by conversion, where DISP_E_OVERFLOW answers a number that does not fit and no variable is
-// changed. A variable that takes no such value is DISP_E_TYPEMISMATCH, before the call. A value given in an output's
-// place is passed over. Out-parameters left out at the end are returned: a single one as the result, several as an
-// array in their order, after the return value where there is one. What the function leaves unwritten reads as the
-// empty value -32767 (a string as null, an object as none). A function that returns nothing else answers True for S_OK
-// and False for S_FALSE; a failure raises the caller's exception with its result code.
+// An out-parameter fills the variable that the caller gives for it by reference. A variant gets the output's own type;
+// a number, a boolean or a text is converted. The result is DISP_E_OVERFLOW for a number that does not fit, and then no
+// variable is changed; DISP_E_TYPEMISMATCH, before the call, for a variable that cannot take the value. A value given
+// in an output's place is ignored. Out-parameters omitted at the end are returned: one as the result, several as an
+// array in their order, after the return value where there is one. What the function does not write reads as the empty
+// value -32767 (a string as null, an object as none). A function without outputs returns True for S_OK and False for
+// S_FALSE. A failure raises the caller's exception with its result code.
 //
-// Arguments are converted as VariantChangeType does, but for a byte True is 1, and arrays become the host's array
-// objects. Arguments beyond those of a property that gives an object go to that object's default member.
+// Arguments are converted as VariantChangeType does, with two exceptions: True as a byte is 1, and arrays become the
+// host's array objects. Arguments beyond those of a property that returns an object go to that object's default
+// member.
 #pragma once
 
 #include <vector>
@@ -25,24 +26,25 @@ class LateFunction {
   // system's interfaces do not have.
   LateFunction(ITypeInfo& type, const FUNCDESC& function);
 
-  // Whether a call with the flags of IDispatch::Invoke means it. A put of an object is also one by reference.
+  // Whether a call with the flags of IDispatch::Invoke means this function. A put of an object is also one by
+  // reference.
   bool answers(WORD flags) const;
 
-  // Whether the caller gives the value of a put, as it must, under its own name.
+  // Whether the caller gives the value of a put under its own name, as it must.
   static bool isPut(const DISPPARAMS& given) {
     return given.cNamedArgs >= 1 && given.cArgs >= 1 && given.rgdispidNamedArgs[0] == DISPID_PROPERTYPUT;
   }
 
-  // The places that arguments have in it.
+  // The number of arguments that it takes.
   std::size_t inputs() const { return inputs_; }
 
-  // How many arguments a caller gives, by position, for which it has no place.
+  // How many arguments a caller gives by position beyond those that it takes.
   UINT argumentsBeyond(const DISPPARAMS& given) const;
 
-  // Whether it is a getter of an object whose default member such arguments are for.
+  // Whether it is a getter of an object whose default member takes those arguments.
   bool leadsToObject(const DISPPARAMS& given) const;
 
-  // Raises nothing. `object` points to the interface.
+  // `object` points to the interface.
   HRESULT call(IDispatch* object, const Invocation& call) const noexcept;
 
  private:

@@ -1,6 +1,6 @@
-// What scripts pass, as the types that the system works with: numbers of any type or as text, by value or by reference,
-// and arrays of them in place of array objects. Functions that fail throw CQSCOMError: DISP_E_OVERFLOW for a number
-// that is too large, DISP_E_TYPEMISMATCH for a value that does not convert, or the result of the host's array class.
+// Converts what scripts pass: numbers of any type or as text, by value or by reference, and arrays of them in place of
+// array objects. Functions that fail throw CQSCOMError: DISP_E_OVERFLOW for a number that is too large,
+// DISP_E_TYPEMISMATCH for a value that does not convert, or the result of the host's array class.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace qs {
 
-// What a caller's variant holds, behind any reference to another variant.
+// A caller's variant, or the variant that it refers to.
 const VARIANT& behind(const VARIANT& given);
 
 // The bytes of a number, a boolean, a text, an object or a variant; 0 for other types.
@@ -18,10 +18,10 @@ std::size_t valueSize(VARTYPE type);
 // As VariantChangeType reads it.
 double numberFrom(const VARIANT& value);
 
-// The interface of an object that has it; null for no object, VT_EMPTY or VT_NULL. Where the interface is that of an
-// array or a matrix, an array of one dimension or of two becomes a new object of the host's class, and so does a
-// script's own array, an object with `length` and members named by number. Where any object will do (IDispatch) such
-// arrays become one of reals.
+// The interface of the object in a variant; null for no object, VT_EMPTY or VT_NULL. Where the interface is that of an
+// array or a matrix, a safe array of one or two dimensions becomes a new object of the host's class. So does a script's
+// own array, which is an object with `length` and members named by number. Where any object will do (IDispatch), such
+// arrays become arrays of reals.
 void interfaceFrom(const VARIANT& value, REFIID iid, void** out);
 
 template <class I>

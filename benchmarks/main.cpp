@@ -174,7 +174,7 @@ ComPtr<IPhaseCollection> newPhaseCollection() { return newObject<IPhaseCollectio
 }  // namespace qs::bench
 
 int main(int argc, char** argv) {
-  // What Google Benchmark is told unless the caller says otherwise: the later option wins.
+  // Defaults for Google Benchmark; the caller's options come later and win.
   std::vector<std::string> arguments = {argv[0], "--benchmark_repetitions=15", "--benchmark_min_time=0.05",
                                         "--benchmark_enable_random_interleaving=true"};
   arguments.insert(arguments.end(), argv + 1, argv + argc);

@@ -37,7 +37,7 @@ Bstr textOf(IUnknown* object) {
 class Pieces {
  public:
   explicit Pieces(WideView text) {
-    // Numbers stand behind a bracket, a comma or a quotation mark.
+    // Numbers follow a bracket, a comma or a quotation mark.
     const std::string bytes = narrow(text);
     std::size_t start = 0;
     for (std::size_t i = 1; i < bytes.size(); ++i) {

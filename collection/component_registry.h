@@ -17,15 +17,15 @@ struct CQSLoader {
   Bstr Name;
   Bstr ClassName;
   Bstr Path;
-  Bstr Description;  // of a loader: what it says its data are
+  Bstr Description;  // of a loader: its own description of its data
 
   // Sets name, class name and object; S_FALSE, and no change, when one of them is null.
   HRESULT init(BSTR name, BSTR className, IDispatch* component);
 };
 
-// Names are compared by code unit. Null and unknown names answer S_FALSE and change nothing; the out-parameters are
-// then null. What is returned is the caller's. The methods raise std::bad_alloc and CQSCOMError and have changed
-// nothing then.
+// Names are compared by code unit. For null and unknown names the result is S_FALSE, nothing changes and the
+// out-parameters are null. The caller owns what is returned. The methods throw std::bad_alloc and CQSCOMError, and then
+// have changed nothing.
 class ComponentRegistry {
  public:
   using Records = std::map<WideString, CQSLoader, std::less<>>;  // by name
@@ -42,7 +42,7 @@ class ComponentRegistry {
   // identifier - is created; a failure to do so is returned.
   HRESULT addDefault(BSTR name, BSTR className, BSTR path, IDispatch* component);
 
-  // A record as it was written down, which may lack its component. S_FALSE when it has no name or the name is taken.
+  // Adds a record from a text, which may lack its component. S_FALSE when it has no name or the name is taken.
   HRESULT restore(CQSLoader record);
 
   // Removing the default leaves no default.
@@ -54,8 +54,8 @@ class ComponentRegistry {
   // By position in name order, compared as an unsigned number.
   HRESULT getAt(INT index, BSTR* name, IDispatch** component) const;
 
-  // The component of a name, or the default one, ready for use: its interface I, told the path that it has, and its
-  // name. S_FALSE when there is none; its own failure about the path. Throws CQSCOMError when it lacks the interface.
+  // The component of a name, or the default one, and its name: its interface I, after Set_Path with its path. S_FALSE
+  // when there is none; the failure of Set_Path. Throws CQSCOMError when the component lacks the interface.
   template <class I>
   HRESULT choose(BSTR name, bool named, Bstr& foundName, ComPtr<I>& found) const {
     const CQSLoader* record = named ? find(name) : findDefault();

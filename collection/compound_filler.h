@@ -1,4 +1,4 @@
-// Fills a compound with what a loader has about it, through public interfaces on both sides.
+// Fills a compound from a loader, through public interfaces on both sides.
 #pragma once
 
 #include <functional>
@@ -13,10 +13,11 @@ namespace qs {
 // its value is not known.
 Bstr identityText(IUnknown* compound, WideView field);
 
-// The loader knows the compound by the text `id` in the field `searchKey`; strings and pointers are lent. Properties
-// are stored under their names, those with the name of an identity field there, and remember the loader. What the
-// loader answers S_FALSE for, and what a compound has no place for, is passed over. Throws CQSCOMError with the failure
-// of any call, and E_FAIL for a loader whose list of properties does not end; the compound is then partly filled.
+// The loader finds the compound by the text `id` in the field `searchKey`; the filler owns none of its strings and
+// pointers. A property is stored under its name, with the loader's name; one with the name of an identity field goes
+// there. What the loader returns S_FALSE for, and what a compound has no place for, is skipped. Throws CQSCOMError with
+// the failure of any call, and E_FAIL for a loader whose list of properties does not end; the compound is then partly
+// filled.
 class CompoundFiller {
  public:
   struct Source {
@@ -46,8 +47,8 @@ class CompoundFiller {
   IBasicCompound* const compound_;
 };
 
-// Stores a number under a fixed key or another name, with the name of the component that it comes from. The result is
-// that of SetPointProperty; throws CQSCOMError.
+// Stores a number under a fixed key or another name, with the name of the component that it comes from. Returns the
+// result of SetPointProperty. Throws CQSCOMError.
 HRESULT storePoint(IUnknown* compound, BSTR name, double value, BSTR source);
 
 ComPtr<IBasicCompound> newCompound();
@@ -58,8 +59,8 @@ void copyCompound(IBasicCompound* from, IBasicCompound* to, INT index);
 // Whether the compound can be copied: it is one of this module.
 bool isCopyable(IBasicCompound* compound);
 
-// Runs `change` on a copy of a compound, which takes it over, but for the index, when that answers S_OK; nothing has
-// changed otherwise. Throws CQSCOMError: E_NOINTERFACE for a compound that cannot be copied.
+// Runs `change` on a copy of a compound. When that returns S_OK the compound becomes like the copy, but for the index;
+// otherwise nothing has changed. Throws CQSCOMError: E_NOINTERFACE for a compound that cannot be copied.
 HRESULT changeAsCopy(IBasicCompound* compound, const std::function<HRESULT(IBasicCompound*)>& change);
 
 }  // namespace qs

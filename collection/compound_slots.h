@@ -1,5 +1,5 @@
-// The compounds of a collection's own list, by position. Every release of a compound may call back into the collection:
-// it happens when the list already shows the change.
+// The compounds of a collection's own list, by position. A release of a compound may call back into the collection, so
+// it comes after the list has changed.
 #pragma once
 
 #include <algorithm>
@@ -22,7 +22,7 @@ void moveEntry(std::vector<T>& entries, INT from, INT before) {
     std::rotate(entry, entry + 1, target);
 }
 
-// Gives memory back once a list uses little of what it has; growing stays amortised.
+// Frees memory once a list uses little of it; growing stays amortised.
 template <class T>
 void trim(std::vector<T>& entries) {
   constexpr std::size_t kSmall = 64;
@@ -46,7 +46,7 @@ class CompoundSlots {
   INT occupied() const { return occupied_; }
   bool holds(INT index) const { return index >= 0 && index < size(); }
 
-  // Lent; null for an empty slot and for a position outside.
+  // Without a reference of its own; null for an empty slot and for a position outside.
   IBasicCompound* at(INT index) const { return holds(index) ? slots_[static_cast<std::size_t>(index)] : nullptr; }
 
   void append(ComPtr<IBasicCompound> compound);
@@ -57,7 +57,7 @@ class CompoundSlots {
 
  private:
   std::vector<IBasicCompound*> slots_;
-  INT occupied_ = 0;  // slots with a compound; without any, slots go without being looked at
+  INT occupied_ = 0;  // slots with a compound; when there are none, slots are dropped without a look
 };
 
 }  // namespace qs

@@ -7,7 +7,7 @@
 
 namespace qs {
 
-// An error that carries the result code which the interface method answers.
+// An error that carries the result code which the interface method returns.
 class CQSCOMError {
  public:
   explicit CQSCOMError(HRESULT result) : result_(result) {}
@@ -18,10 +18,10 @@ class CQSCOMError {
 };
 
 // Turns the exception in flight into a result code: CQSCOMError gives its own, std::bad_alloc E_OUTOFMEMORY, all else
-// E_FAIL. To be called from a catch block only.
+// E_FAIL. Call it from a catch block only.
 HRESULT resultOfException() noexcept;
 
-// Runs the body of an interface method and answers its result, or that of the exception which ended it.
+// Runs the body of an interface method and returns its result, or that of the exception which ended it.
 template <class Body>
 HRESULT guarded(Body&& body) noexcept try {
   return std::forward<Body>(body)();
@@ -29,12 +29,12 @@ HRESULT guarded(Body&& body) noexcept try {
   return resultOfException();
 }
 
-// Raises a failing result; success codes pass.
+// Throws CQSCOMError for a failing result.
 inline void check(HRESULT result) {
   if (FAILED(result)) throw CQSCOMError(result);
 }
 
-// Whether a call succeeded whose failure is an answer like others. A lack of memory is none, and is raised.
+// Whether a call succeeded that may fail. Throws CQSCOMError(E_OUTOFMEMORY) when it failed for want of memory.
 inline bool succeeded(HRESULT result) {
   if (result == E_OUTOFMEMORY) throw CQSCOMError(result);
   return SUCCEEDED(result);

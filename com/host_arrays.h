@@ -11,7 +11,7 @@
 
 namespace qs {
 
-// The most that is taken of a host's list or array, and made for a number that a host states.
+// The most elements that are read from a host's list or array, or made for a number that a host states.
 inline constexpr LONG kMostElements = 1 << 24;
 
 // Checks a number of elements that a host states. Throws CQSCOMError: E_FAIL for a negative one, E_OUTOFMEMORY for one
@@ -21,8 +21,8 @@ inline void checkCount(LONG count) {
   if (count > kMostElements) throw CQSCOMError(E_OUTOFMEMORY);
 }
 
-// The elements of an array. Its size is a mere claim: memory is taken for what was read. Throws CQSCOMError with the
-// result of a failed call, or as checkCount.
+// The elements of an array. Memory is taken for what was read, since a host may state any size. Throws CQSCOMError with
+// the result of a failed call, or as checkCount.
 template <class T, class Array>
 std::vector<T> elementsOf(Array* array, LONG size) {
   checkCount(size);

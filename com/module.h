@@ -1,4 +1,4 @@
-// What a module brings to the component server frame: its creatable classes.
+// The creatable classes of a module, and what the module does when it is unloaded.
 #pragma once
 
 #include <span>

@@ -1,4 +1,4 @@
-// Interfaces of what a host passes or makes.
+// Interfaces of objects that a host passes or makes.
 #pragma once
 
 #include "com/com_ptr.h"
@@ -6,8 +6,8 @@
 
 namespace qs {
 
-// The interface of an object. Throws CQSCOMError: E_FAIL for no object and for a query that succeeds without one, else
-// the result of the failed query.
+// The interface of an object. Throws CQSCOMError: E_FAIL for no object and for a query that succeeds without a pointer,
+// else the result of the failed query.
 template <class I>
 ComPtr<I> required(IUnknown* object) {
   if (!object) throw CQSCOMError(E_FAIL);
@@ -17,7 +17,7 @@ ComPtr<I> required(IUnknown* object) {
   return found;
 }
 
-// The same of an object that may be none or lack the interface: empty then.
+// The same of an object that may be null or lack the interface: then it is empty.
 template <class I>
 ComPtr<I> implemented(IUnknown* object) {
   ComPtr<I> found;

@@ -2,9 +2,9 @@
 //
 //   KEY = s 'default value' { CHILD ... val NAME = s 'named value' ... }
 //
-// A key may follow NoRemove (it stays when the class is unregistered) or ForceRemove (it goes with all that it holds,
-// and does so before it is made anew). Names and values may stand in single quotes, where two quotes mean one. %NAME%
-// inside either is replaced.
+// NoRemove before a key keeps it when the class is unregistered. ForceRemove removes it with all that it holds, also
+// before it is made again. Names and values may be in single quotes, where two quotes mean one. %NAME% inside either is
+// replaced.
 #pragma once
 
 #include <optional>
@@ -25,7 +25,7 @@ struct RegistryKey {
   std::vector<RegistryKey> children;
 };
 
-// What stands for %NAME%; an unknown name has no replacement.
+// The replacements for %NAME%; an unknown name has none.
 using Replacements = std::vector<std::pair<WideView, WideString>>;
 
 // The top keys of a script. Throws CQSCOMError(E_FAIL) when the text is malformed or names an unknown replacement.

@@ -41,7 +41,7 @@ class Elements {
     values_[static_cast<std::size_t>(index)] = value;
     return S_OK;
   }
-  // Takes the size and the elements of an array with get_Size and get_IthValue, or nothing when any call on it fails.
+  // Copies size and elements of an array with get_Size and get_IthValue. Changes nothing when a call on it fails.
   template <class Source>
   HRESULT copy(Source* source) noexcept {
     if (!source) return E_INVALIDARG;
@@ -49,7 +49,7 @@ class Elements {
       LONG size = 0;
       check(source->get_Size(&size));
       if (size < 0) return E_INVALIDARG;
-      // The size is a mere claim: memory is taken for what was read.
+      // Memory is taken for what was read, since a host may state any size.
       std::vector<T> values;
       for (LONG i = 0; i < size; ++i) {
         T value{};

@@ -20,8 +20,7 @@ class AttributeSet final : public Coclass<AttributeSet, TaggedAttributes> {
   STDMETHODIMP GetByIndex(INT index, BSTR* tag, BSTR* value) noexcept override;
   STDMETHODIMP Size(INT* count) noexcept override;
 
-  // Arrays of strings, or of variants that hold strings, on Windows; elsewhere there are no arrays in variants, and the
-  // answer is E_NOTIMPL.
+  // Arrays of strings, or of variants that hold strings. E_NOTIMPL on Linux, where variants hold no such arrays.
   STDMETHODIMP AddMultiple(VARIANT attributes) noexcept override;
   STDMETHODIMP GetMultiple(VARIANT* attributes) noexcept override;
 

@@ -12,13 +12,12 @@
 
 namespace qs::hostkit {
 
-// The groups come from the compound's UNIFAC groups, which do not tell where rings are: compounds with a ring other
-// than one of benzene, with a group that has no counterpart, or without groups are S_FALSE. PC is in kPa, VC in
-// m3/kmol.
+// The groups come from the compound's UNIFAC groups, which do not show rings. The result is S_FALSE for a compound with
+// a ring other than benzene's, with a group that has no counterpart, or without groups. PC is in kPa, VC in m3/kmol.
 class JobackEstimator final : public Coclass<JobackEstimator, IPurePropEstimator> {
  public:
   STDMETHODIMP Get_SupportedPropList(INT index, BSTR* name) noexcept override;
-  // The contributions are built in: any path will do.
+  // The contributions are built in; the path is ignored.
   STDMETHODIMP Set_Path(BSTR path) noexcept override;
   STDMETHODIMP Estimate(IDispatch* compound, BSTR property, double* value) noexcept override;
 };

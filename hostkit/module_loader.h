@@ -1,5 +1,5 @@
-// Loads a component module from beside the program and makes its classes creatable in this process without
-// installation, as a C++ host, a test or a benchmark wants it.
+// Loads a component module from the program's folder and makes its classes creatable in this process without
+// installation, for C++ hosts, tests and benchmarks.
 #pragma once
 
 #include <string>
@@ -12,12 +12,12 @@ namespace qs::host {
 
 class LoadedModule {
  public:
-  // `name` is that of the module without prefix and ending, as "qscontainers". Throws std::runtime_error when the file
+  // `name` is the module's, without prefix and ending, as "qscontainers". Throws std::runtime_error when the file
   // or one of its entry points is missing. The file stays loaded until the process ends.
   explicit LoadedModule(const std::string& name);
   LoadedModule(const LoadedModule&) = delete;
   LoadedModule& operator=(const LoadedModule&) = delete;
-  // Ends what registerClass began.
+  // Ends the registrations of registerClass.
   ~LoadedModule();
 
   HRESULT getClassObject(REFCLSID clsid, REFIID iid, void** out) const { return getClassObject_(clsid, iid, out); }

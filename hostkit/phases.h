@@ -1,5 +1,5 @@
-// What phases expect of a host: numbers for the names of their properties, and something to do to every phase. Both
-// classes are for hosts to start from.
+// Two components that hosts bring for phases: a registry that numbers the names of properties, and an actor that is
+// applied to every phase. Hosts may start from them.
 #pragma once
 
 #include <vector>
@@ -13,7 +13,7 @@ namespace qs::hostkit {
 class PropertyRegistry final : public Coclass<PropertyRegistry, IEnumeratedPropertyRegistry> {
  public:
   STDMETHODIMP GetNumberOfProperties(LONG* count) noexcept override;
-  // A new string; S_FALSE and null for a number that was not given.
+  // A new string; S_FALSE and null for a number that no name has.
   STDMETHODIMP GetPropertyName(LONG number, BSTR* name) noexcept override;
   STDMETHODIMP RegisterProperty(BSTR name, LONG* number) noexcept override;
 
@@ -21,7 +21,7 @@ class PropertyRegistry final : public Coclass<PropertyRegistry, IEnumeratedPrope
   std::vector<WideString> names_;
 };
 
-// Makes every phase that it is applied to an active one.
+// Makes each phase an active one.
 class PhaseActivator final : public Coclass<PhaseActivator, IPhaseCollectionActor> {
  public:
   STDMETHODIMP Act(IBasicPhase* phase) noexcept override;

@@ -5,7 +5,7 @@
 
 namespace qs::host {
 
-// A library by its name without prefix and ending, first looked for beside the program; null when it cannot be loaded.
+// Loads a library by its name without prefix and ending, first from the program's folder; null when that fails.
 void* openSharedLibrary(const std::string& name);
 
 // The address of an exported function, null when there is none.

@@ -22,7 +22,7 @@ bool holdsCharactersAlone(WideView text) {
   return true;
 }
 
-// Whether a document type stands in front of the first element.
+// Whether there is a document type before the first element.
 bool hasDocumentType(WideView text) {
   for (;;) {
     text = withoutBlanks(text);
@@ -130,7 +130,7 @@ HRESULT EventFeed::instruction(WideView target, WideView text) noexcept {
 
 HRESULT XmlParser::ParseText(BSTR text, IDispatch* client) noexcept {
   return guarded([&] {
-    // Some parsers tell the encoding by the first character.
+    // Some parsers take the encoding from the first character.
     WideView document = viewOf(text);
     if (document.starts_with(OLECHAR{0xFEFF})) document.remove_prefix(1);
     document = withoutBlanks(document);

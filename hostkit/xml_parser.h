@@ -1,4 +1,4 @@
-// Feeds the events of an XML text or file to any XMLParserClient, in the order of the text.
+// Parses an XML text or file and calls an XMLParserClient for each event, in the order of the text.
 #pragma once
 
 #include <span>
@@ -8,14 +8,14 @@
 
 namespace qs::hostkit {
 
-// Hands events on to a client. After the first call that fails nothing more is handed on.
+// Passes events to a client, up to the first call that fails.
 class EventFeed {
  public:
   explicit EventFeed(XMLParserClient& client) : client_(client) {}
 
   // The first failure of the client, or of the memory for an event; otherwise S_OK.
   HRESULT result() const { return result_; }
-  // Whether that was the client's.
+  // Whether the client failed.
   bool isRefused() const { return refused_; }
 
   // An attribute of the element that starts next.
@@ -42,16 +42,16 @@ class EventFeed {
   bool refused_ = false;
 };
 
-// Parse a text, of which a declared encoding says nothing, or a file's bytes in whatever encoding they declare, until
-// its end or the feed's first failure; false for what is no well-formed document. Document types are refused where the
-// parser tells of them: a few lines can stand for gigabytes. xml_parser_posix.cpp and xml_parser_windows.cpp implement
-// them. Throw CQSCOMError when there is no parser, and E_OUTOFMEMORY when it runs out of memory.
+// Parse a text, whose declared encoding is ignored, or a file's bytes in the encoding that they declare, up to the end
+// or the feed's first failure. False for a document that is not well-formed. Document types are refused where the
+// parser reports them, because a few lines can expand to gigabytes. Throw CQSCOMError when there is no parser, and
+// E_OUTOFMEMORY when it runs out of memory. Implemented in xml_parser_posix.cpp and xml_parser_windows.cpp.
 bool parseXml(WideView text, EventFeed& feed);
 bool parseXml(std::span<const std::byte> bytes, EventFeed& feed);
 
-// Results: what the client fails with; after Error of the client, E_FAIL for what is no well-formed document, and
-// E_OUTOFMEMORY. Without a word to the client, E_FAIL for a file that cannot be read, and E_INVALIDARG for a client
-// that is none and for a text that is null, holds what XML cannot hold, or has a document type.
+// Returns the client's failure. Calls the client's Error and returns E_FAIL for a document that is not well-formed, and
+// E_OUTOFMEMORY. Without any call to the client: E_FAIL for a file that cannot be read, E_INVALIDARG for an object that
+// is no client, and for a text that is null, has characters that XML forbids, or has a document type.
 class XmlParser final : public Coclass<XmlParser, IXMLParser> {
  public:
   STDMETHODIMP ParseText(BSTR text, IDispatch* client) noexcept override;

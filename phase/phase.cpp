@@ -21,7 +21,7 @@ void makeUnset(IRealArrayDisp* array, INT size) {
   setElements(array, size, kUnset);
 }
 
-// Makes the first element unset, which tells whether the array is set; an empty one has none.
+// Makes the first element unset: that element says whether the array is set.
 void makeFirstUnset(IRealArrayDisp* array) {
   if (!array) throw CQSCOMError(E_FAIL);
   LONG size = 0;

@@ -2,8 +2,8 @@
 // fugacities, further values by number, and derivatives. The phase stores what a host calculates and calculates
 // nothing.
 //
-// Getters of values that are not set copy the marker -32767 out and answer S_FALSE; a null out-parameter answers
-// E_POINTER. The three arrays are the host's own objects; they are there until the phase ends.
+// A getter of a value that is not set writes -32767 and returns S_FALSE. The three arrays are the host's own objects,
+// which the phase keeps until it ends.
 #pragma once
 
 #include <map>
@@ -15,14 +15,14 @@
 
 namespace qs {
 
-// GetPropertyValue read a property that was removed; it answers the value kept.
+// The result of GetPropertyValue for a property that was removed; the value is the one kept.
 inline constexpr HRESULT kRemovedProperty = 0x000406DC;
 
 class COQSPhase final : public Coclass<COQSPhase, IBasicPhase, IUserPhaseType, IEnumeratedPropertyContainer,
                                        IRegisterableObject, IDerivativeProp> {
  public:
   ~COQSPhase();
-  // Makes the arrays; E_FAIL when the host brings no class for them.
+  // Creates the arrays; E_FAIL when the host has no class for them.
   HRESULT finalConstruct() noexcept;
 
 #define PHASE_ENUMERATION(name, type)                                                         \
@@ -53,8 +53,8 @@ class COQSPhase final : public Coclass<COQSPhase, IBasicPhase, IUserPhaseType, I
   STDMETHODIMP GetLnFugacityCoeff(IRealArrayDisp** lent) noexcept override;
 
   // phase.cpp
-  // Binds the collection, reads its number of compounds, sizes the arrays; what a failure did not reach is as before. A
-  // phase whose arrays could not be sized has no compounds.
+  // Keeps the collection, reads its number of compounds and sizes the arrays. After a failure the steps not reached
+  // have changed nothing, and a phase whose arrays could not be sized has no compounds.
   STDMETHODIMP Finalize(IDispatch* compounds) noexcept override;
   STDMETHODIMP get_NumberOfCompounds(INT* count) noexcept override;
   STDMETHODIMP get_Compounds(IDispatch** compounds) noexcept override;
@@ -91,9 +91,9 @@ class COQSPhase final : public Coclass<COQSPhase, IBasicPhase, IUserPhaseType, I
   STDMETHODIMP GetArrayDerivative(INT index, IRealArrayDisp** array) noexcept override;
   STDMETHODIMP PutMatrixDerivative(INT index, IRealMatrixDisp* matrix) noexcept override;
   STDMETHODIMP GetMatrixDerivative(INT index, IRealMatrixDisp** matrix) noexcept override;
-  // Takes a number in any form that VariantChangeType reads, an object with the array or matrix interface, or an array
-  // of numbers, which becomes an object; DISP_E_TYPEMISMATCH for what does not fit the derivative's shape. Gives a
-  // double or an object.
+  // Put takes a number in any form that VariantChangeType reads, an object with the array or matrix interface, or an
+  // array of numbers, which becomes an object; DISP_E_TYPEMISMATCH for what does not fit the derivative's shape. Get
+  // returns a double or an object.
   STDMETHODIMP PutVariantDerivative(INT index, VARIANT value) noexcept override;
   STDMETHODIMP GetVariantDerivative(INT index, VARIANT* value) noexcept override;
   STDMETHODIMP GetResultValueType(INT index, tagResultTypeEnum* propertyShape,

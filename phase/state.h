@@ -1,4 +1,4 @@
-// What a phase holds under its property names. A value that nobody gave is -32767.
+// The values of a phase by property name. A value that is not set is -32767.
 #pragma once
 
 #include <array>
@@ -45,7 +45,7 @@ inline constexpr WideView kRegisteredNames[] = {
 inline constexpr std::size_t kRegisteredCount = std::size(kRegisteredNames);
 static_assert(kRegisteredCount == 32);
 
-// The number that a host gave to each registered name.
+// The number that the host has assigned to each registered name.
 struct RegisteredNumbers : std::array<LONG, kRegisteredCount> {
   constexpr RegisteredNumbers() { fill(kUnset); }
 };

@@ -6,7 +6,7 @@
 
 namespace qs {
 
-// To be asked before each call; false when it is to fail, with the last error set.
+// Call it before each call of the system; false when that is to fail, with the last error set.
 inline bool mayHappen(FileOperation operation) {
   const int fault = faultOf(operation);
   if (fault != 0) SetLastError(static_cast<DWORD>(fault));

@@ -10,8 +10,8 @@
 
 namespace qs {
 
-// Differs whenever a file was written or replaced: size in bytes, modification time in the system's finest unit, and
-// the number by which the file system knows the file.
+// Changes whenever a file is written or replaced: size in bytes, modification time in the system's finest unit, and the
+// file system's number of the file.
 struct FileStamp {
   std::uint64_t size = 0;
   std::int64_t modified = 0;
@@ -22,7 +22,7 @@ struct FileStamp {
 
 class InputFile {
  public:
-  // Opens a regular file for reading; other readers and writers stay free to use it. Nothing when it cannot be opened.
+  // Opens a regular file for reading, shared with other readers and writers. Nothing when it cannot be opened.
   static std::optional<InputFile> open(const WideString& path);
 
   InputFile(InputFile&& other) noexcept;
@@ -31,7 +31,7 @@ class InputFile {
 
   const FileStamp& stamp() const { return stamp_; }
 
-  // Reads as much of `buffer` as the file holds from `offset` on; the number of bytes read, nothing on a read error.
+  // Fills `buffer` from `offset` on, as far as the file goes. Returns the number of bytes; nothing on a read error.
   std::optional<std::size_t> readAt(std::uint64_t offset, std::span<std::byte> buffer) const;
 
  private:

@@ -62,7 +62,7 @@ std::optional<std::size_t> InputFile::readAt(std::uint64_t offset, std::span<std
 }
 
 std::optional<FileStamp> stampOf(const WideString& path) {
-  // Only an open handle tells a file's identity.
+  // Only an open handle has the file's identity.
   const auto file = InputFile::open(path);
   if (!file) return std::nullopt;
   return file->stamp();

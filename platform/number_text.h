@@ -1,4 +1,4 @@
-// The one place that writes numbers as text and reads them back, the same in every locale and on every target.
+// Writes numbers as text and reads them back, the same in every locale and on every target. No other code does so.
 #pragma once
 
 #include <algorithm>
@@ -16,12 +16,12 @@ inline constexpr int kNumberLength = 16;
 // Room for any double with as many digits as give it back exactly.
 inline constexpr int kExactNumberLength = 32;
 
-// Write into kNumberLength characters, without a terminator, and answer the end of what they wrote.
+// Write into kNumberLength characters, without a terminator, and return the end of what they wrote.
 char* writeDouble(char* out, double value);
 char* writeInteger(char* out, std::int32_t value);
 
-// Writes into kExactNumberLength characters the shortest text from which readExactDouble gives back every bit. The bits
-// of a NaN other than the usual one follow it as in "nan:8000000000001".
+// Writes into kExactNumberLength characters the shortest text from which readExactDouble restores every bit. A NaN
+// other than the usual one is followed by its bits, as in "nan:8000000000001".
 char* writeExactDouble(char* out, double value);
 
 // Appends digits to narrow or wide text.
@@ -47,17 +47,17 @@ void appendInteger(Text& text, std::int32_t value) {
 }
 
 // Reads as atof does in the C locale: leading blanks, a sign, a decimal or hexadecimal number, "inf" or "nan", and the
-// bits that writeExactDouble gives a NaN; what follows is ignored. Too large a number reads as infinity, text without a
-// number as 0.
+// bits of a NaN as writeExactDouble writes them; what follows is ignored. A number that is too large reads as infinity,
+// text without a number as 0.
 double readDouble(std::string_view text);
 
-// Likewise, and keeps every bit. A function of 32-bit x86 that returns a double makes signalling NaNs quiet.
+// The same, with every bit: on 32-bit x86 a function that returns a double makes signalling NaNs quiet.
 void readExactDouble(std::string_view text, double* value);
 
-// Reads as atoi does; too large a number reads as the nearest 32-bit integer.
+// Reads as atoi does; a number that is too large reads as the nearest 32-bit integer.
 std::int32_t readInteger(std::string_view text);
 
-// The same of wide text. Text of 80 bytes or more leaves the target as it was.
+// Read a number from wide text. Text of 80 bytes or more leaves the target as it was.
 void convertValue(WideView text, double* target);
 void convertValue(WideView text, LONG* target);
 

@@ -1,5 +1,5 @@
-// An object for each thread that asks for it, destroyed when the thread ends or with the PerThread. In place of
-// thread_local objects with destructors, whose memory the mingw runtime gives back before it destroys them.
+// An object for each thread that uses it, destroyed when the thread ends or with the PerThread. It replaces
+// thread_local objects with destructors, whose memory the mingw runtime frees before it destroys them.
 #pragma once
 
 #include <cstdint>
@@ -20,13 +20,13 @@ class ThreadSlot {
   ~ThreadSlot();
 
   Value* get() const;                      // null for a thread that has set none
-  void set(std::unique_ptr<Value> value);  // to be called once per thread; throws std::bad_alloc
+  void set(std::unique_ptr<Value> value);  // once per thread; throws std::bad_alloc
 
  private:
   std::uint32_t key_;
 };
 
-// To be kept as a static object within a function.
+// Make it a static object within a function.
 template <class T>
 class PerThread {
  public:

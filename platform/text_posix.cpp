@@ -4,7 +4,8 @@
 namespace qs {
 namespace {
 
-// The code point that starts `text` and its length in bytes; a byte that starts no valid sequence stands for itself.
+// The code point that starts `text` and its length in bytes; a byte that starts no valid sequence is a character of its
+// own.
 std::pair<char32_t, std::size_t> decode(std::string_view text) {
   const auto byte = [text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const unsigned char first = byte(0);

@@ -1,4 +1,4 @@
-// The program's command line, which Windows does not hand to main in UTF-8.
+// The program's command line; Windows does not pass it to main in UTF-8.
 #pragma once
 
 #include <string>

@@ -9,7 +9,7 @@ class App;
 
 namespace qs::tools {
 
-// Adds the command, which reports what it made to `out` and throws std::exception on failure.
+// Adds the command. It reports what it made to `out` and throws std::exception on failure.
 void addBuildCommand(CLI::App& app, std::ostream& out);
 
 }  // namespace qs::tools

@@ -1,5 +1,5 @@
-// What `qsdb doctor` finds out about the installation. The examination differs between the operating systems, hence
-// doctor_windows.cpp and doctor_posix.cpp.
+// What `qsdb doctor` finds about the installation. Each operating system has its own examination: doctor_windows.cpp
+// and doctor_posix.cpp.
 #pragma once
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 
 namespace qs::tools {
 
-// A class that hosts need, and the module that brings it; first those that others need to be created.
+// A class that hosts need and its module; first the classes that others need to be created.
 struct NeededClass {
   const char* name;
   const CLSID* clsid;
@@ -26,13 +26,13 @@ inline const NeededClass kNeededClasses[] = {
     {"COQSPhaseCollection", &__uuidof(::COQSPhaseCollection), "qscontainers"},
 };
 
-// What was found, line by line, and what to do about the faults among it; all in UTF-8.
+// The findings, line by line, and what to do about the faults; in UTF-8.
 struct Report {
   std::vector<std::string> lines, remedies;
   int faults = 0;
 
   void tell(std::string line) { lines.push_back("   " + std::move(line)); }
-  // A remedy of several faults stands once.
+  // A remedy for several faults is listed once.
   void complain(const std::string& fault, const std::string& remedy) {
     lines.push_back("!  " + fault);
     ++faults;

@@ -1,4 +1,4 @@
-// The command line of qsdb, apart from the process that it runs in.
+// The command line of qsdb, separate from its process.
 #pragma once
 
 #include <iosfwd>
@@ -7,8 +7,8 @@
 
 namespace qs::tools {
 
-// Runs qsdb with arguments in UTF-8, without the program's name. Answers the process's exit code: 0 when all is done;
-// otherwise `err` tells why.
+// Runs qsdb with arguments in UTF-8, without the program's name. Returns the process's exit code: 0 for success;
+// otherwise `err` has the reason.
 int runQsdb(std::vector<std::string> arguments, std::ostream& out, std::ostream& err);
 
 }  // namespace qs::tools

@@ -9,7 +9,7 @@
 
 namespace {
 
-// The class of that name, as the manifests or the registry tell.
+// The class of that name, from the manifests or the registry.
 HRESULT create(const wchar_t* program, IBasicCompound** compound) {
   CLSID clsid;
   const HRESULT known = CLSIDFromProgID(program, &clsid);

@@ -154,7 +154,7 @@ struct DECIMAL {
   ULONGLONG Lo64;
 };
 
-// An array of one or more dimensions, the first of which varies fastest; its bounds stand in reverse order.
+// An array of one or more dimensions, the first of which varies fastest; its bounds are in reverse order.
 constexpr USHORT FADF_VARIANT = 0x800;
 struct SAFEARRAYBOUND {
   ULONG cElements;
@@ -262,7 +262,7 @@ HRESULT SafeArrayAccessData(SAFEARRAY* array, void** data) noexcept;
 HRESULT SafeArrayUnaccessData(SAFEARRAY* array) noexcept;
 
 // Class objects of this process. There is no registry of installed modules: a host loads a module, asks its
-// DllGetClassObject and registers what it gets. CoGetClassObject answers REGDB_E_CLASSNOTREG for the rest.
+// DllGetClassObject and registers what it gets. CoGetClassObject returns REGDB_E_CLASSNOTREG for the rest.
 HRESULT CoRegisterClassObject(REFCLSID clsid, IUnknown* classObject, DWORD context, DWORD flags,
                               DWORD* cookie) noexcept;
 HRESULT CoRevokeClassObject(DWORD cookie) noexcept;
