@@ -20,7 +20,7 @@ namespace {
 std::mutex loadedMutex;
 TypeInfo* lastLoaded = nullptr;
 
-// Case is folded for the letters that names in a type library are made of.
+// In upper case, for the letters that names in a type library have.
 std::wstring folded(std::wstring_view name) {
   std::wstring result(name);
   for (wchar_t& c : result)
@@ -28,7 +28,7 @@ std::wstring folded(std::wstring_view name) {
   return result;
 }
 
-// The names of a function and of its parameters, at most so many in all, folded.
+// The names of a function and of its parameters, at most `most` in all, folded.
 std::vector<std::wstring> namesOf(ITypeInfo& type, MEMBERID member, std::size_t most) {
   std::vector<BSTR> names(most);
   UINT count = 0;
@@ -52,7 +52,7 @@ HRESULT TypeInfo::get(ITypeInfo** info) noexcept {
     ComPtr<ITypeLib> library;
     check(LoadTypeLibEx(moduleFile().c_str(), REGKIND_NONE, library.out()));
     if (FAILED(library->GetTypeInfoOfGuid(iid_, info))) {
-      // What is no part of the system's own library may be described by a second one of the module.
+      // Interfaces that the system's own library lacks are in a second one of the module.
       check(LoadTypeLibEx((moduleFile() + L"\\2").c_str(), REGKIND_NONE, library.out()));
       check(library->GetTypeInfoOfGuid(iid_, info));
     }
@@ -113,7 +113,7 @@ struct SharedNames::Table {
   std::map<DISPID, std::size_t> byId;
   std::vector<Member> members;
 
-  // The one of a name, which is folded.
+  // The member of a folded name.
   Member& member(const std::wstring& name, std::size_t position, DISPID documented) {
     const auto [found, inserted] = byName.try_emplace(name, members.size());
     if (inserted) {
@@ -138,7 +138,7 @@ struct SharedNames::Table {
       FUNCDESC* description = nullptr;
       check(type->GetFuncDesc(i, &description));
       const HRESULT added = guarded([&] {
-        // What a late-bound caller must not use, as what is lent without a reference.
+        // Late-bound callers must not use these, because they return objects without a reference.
         if (description->wFuncFlags & FUNCFLAG_FRESTRICTED) return S_OK;
         Function function{position, LateFunction(*type.get(), *description), {}};
         std::vector<std::wstring> names = namesOf(*type.get(), description->memid, 1 + function.function.inputs());
@@ -197,7 +197,7 @@ HRESULT SharedNames::find(const Invocation& call, Target& target) noexcept {
     if (member == names.byId.end()) return DISP_E_MEMBERNOTFOUND;
     const std::vector<Table::Function>& functions = names.members[member->second].functions;
     auto found = std::ranges::find_if(functions, [&](const auto& entry) { return entry.function.answers(call.flags); });
-    // A put of more arguments than the property has is one of the object that the property gives.
+    // A put of more arguments than the property takes goes to the object that the property returns.
     const bool puts = call.flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF);
     if (puts && call.parameters && LateFunction::isPut(*call.parameters) &&
         (found == functions.end() || found->function.argumentsBeyond(*call.parameters))) {

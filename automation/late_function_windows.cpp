@@ -12,7 +12,7 @@ namespace qs {
 namespace {
 
 constexpr LONG kEmpty = -32767;
-// Stand where a function may write a small value that cannot be -32767: no function writes these.
+// Mark outputs too small for -32767 as not written: no function writes these values.
 constexpr BYTE kUnwrittenByte = 0xEE;
 constexpr VARIANT_BOOL kUnwrittenBool = 0x7EEE;
 
@@ -22,7 +22,7 @@ bool isMissing(const VARIANT* given) {
 
 bool isObject(VARTYPE type) { return type == VT_DISPATCH || type == VT_UNKNOWN; }
 
-// The type of the variable that a caller gives for an output, VT_VARIANT among them; VT_EMPTY for what is no reference.
+// The type of the variable that a caller gives for an output, VT_VARIANT among them; VT_EMPTY when it is no reference.
 VARTYPE variableType(const VARIANT* given) {
   return given && (V_VT(given) & VT_BYREF) && V_BYREF(given) ? static_cast<VARTYPE>(V_VT(given) & ~VT_BYREF)
                                                              : VARTYPE{VT_EMPTY};
@@ -34,7 +34,7 @@ bool takes(VARTYPE variable, VARTYPE output) {
   return valueSize(variable) && (output == VT_VARIANT || isObject(variable) == isObject(output));
 }
 
-// Converts a value in place. As VariantChangeType, but for a byte True is 1.
+// Converts a value in place as VariantChangeType does, but True as a byte is 1.
 void convert(VARIANT* value, VARTYPE type) {
   if (V_VT(value) == type) return;
   if (isObject(type) && isObject(V_VT(value)) && !V_UNKNOWN(value)) {
@@ -45,7 +45,7 @@ void convert(VARIANT* value, VARTYPE type) {
     V_BOOL(value) = V_BOOL(value) ? 1 : 0;
     V_VT(value) = VT_I2;
   }
-  // Between integers of 32 bits a negative number may pass as a large one.
+  // VariantChangeType may take a negative 32-bit integer for a large one.
   if ((type == VT_UI4 || type == VT_UINT) && V_VT(value) == VT_I4) {
     V_R8(value) = V_I4(value);
     V_VT(value) = VT_R8;
@@ -179,7 +179,7 @@ class LateCall {
   std::size_t count() const { return function_.parameters_.size(); }
   const LateFunction::Parameter& parameter(std::size_t i) const { return function_.parameters_[i]; }
 
-  // Which of the caller's arguments stands for which parameter. They come last first, named ones in front.
+  // Finds the caller's argument for each parameter. Arguments come last first, named ones in front.
   void place() {
     const DISPPARAMS& given = *call_.parameters;
     if (given.cNamedArgs > given.cArgs) throw CQSCOMError(DISP_E_BADPARAMCOUNT);
@@ -198,7 +198,7 @@ class LateCall {
     }
   }
 
-  // Throws the failure of an argument's conversion and tells the caller which argument it was.
+  // Throws the failure of an argument's conversion and sets the number of that argument for the caller.
   template <class Conversion>
   void converting(std::size_t i, Conversion&& conversion) {
     const HRESULT hr = guarded([&] {
@@ -249,7 +249,7 @@ class LateCall {
     });
   }
 
-  // Puts every output where the caller wants it, once all of them fit there.
+  // Stores all outputs where the caller wants them, after all of them were converted.
   void giveBack(HRESULT result) {
     std::array<VARIANT*, kMost> returned;
     std::size_t returnedCount = 0;
@@ -281,7 +281,7 @@ class LateCall {
     }
   }
 
-  // A reference receives the output; any other argument in its place was not meant to.
+  // A reference receives the output; any other argument in its place is ignored.
   static void store(VARIANT* output, VARIANT* given) {
     const VARTYPE variable = variableType(given);
     if (variable == VT_EMPTY) return;
@@ -291,7 +291,7 @@ class LateCall {
     } else if (variable == VT_DECIMAL) {
       *V_DECIMALREF(given) = V_DECIMAL(output);
     } else {
-      // The output goes to the caller, and what the variable held goes with the storage.
+      // Swaps output and variable, so that the storage frees what the variable held.
       std::byte old[sizeof(double)];
       const std::size_t size = valueSize(variable);
       std::memcpy(old, V_BYREF(given), size);
@@ -324,7 +324,7 @@ HRESULT LateFunction::call(IDispatch* object, const Invocation& call) const noex
     const DISPPARAMS& given = *call.parameters;
     if (!leadsToObject(given)) return LateCall(*this, call).run(object);
 
-    // The arguments come last first: those of the property stand at the end.
+    // The arguments come last first: those of the property are at the end.
     const auto own = static_cast<UINT>(inputs_);
     const UINT further = given.cArgs - own;
     DISPPARAMS first{given.rgvarg + further, nullptr, own, 0};

@@ -44,7 +44,7 @@ Numbers elementsOf(SAFEARRAY* array, VARTYPE type, UINT dimensions) {
   return numbers;
 }
 
-// A property of a script's object; none when it has none of that name.
+// A property of a script's object; nothing when there is none of that name.
 std::optional<Variant> readMember(IDispatch* object, WideString name) {
   LPOLESTR names[] = {name.data()};
   DISPID id = 0;
@@ -73,7 +73,7 @@ std::optional<Numbers> elementsOf(IDispatch* object, UINT dimensions) {
   return numbers;
 }
 
-// The object, which may be null, that a variant holds or refers to; none when it has something else.
+// The object, perhaps null, that a variant holds or refers to; nothing for other types.
 std::optional<ComPtr<IUnknown>> objectIn(const VARIANT& given) {
   const int type = given.vt & ~VT_BYREF;
   if (type != VT_DISPATCH && type != VT_UNKNOWN) return {};
@@ -82,7 +82,7 @@ std::optional<ComPtr<IUnknown>> objectIn(const VARIANT& given) {
   return ComPtr<IUnknown>(*static_cast<IUnknown**>(given.byref));
 }
 
-// The elements of a safe array or of a script's own array; none of what is no array.
+// The elements of a safe array or of a script's own array; nothing for other values.
 std::optional<Numbers> numbersIn(const VARIANT& given, const std::optional<ComPtr<IUnknown>>& object, UINT dimensions) {
   if (given.vt & VT_ARRAY) {
     if ((given.vt & VT_BYREF) && !given.byref) refuse();
@@ -141,7 +141,7 @@ void interfaceFrom(const VARIANT& value, REFIID iid, void** out) {
   if (given.vt == VT_EMPTY || given.vt == VT_NULL) return;
   const auto object = objectIn(given);
   if (object && !object->get()) return;
-  // A script's array has IDispatch too, and is none of the arrays that are wanted.
+  // A script's array has IDispatch too, but is not a host's array.
   const bool any = IsEqualGUID(iid, __uuidof(IDispatch));
   if (object && !any && SUCCEEDED(object->get()->QueryInterface(iid, out))) return;
   if (const auto numbers = numbersIn(given, object, IsEqualGUID(iid, __uuidof(IRealMatrixDisp)) ? 2 : 1))

@@ -5,7 +5,7 @@
 namespace qs {
 namespace {
 
-// What a loader says its data are; null when it says nothing, or does not have the method. Throws CQSCOMError.
+// A loader's description of its data; null when it has none or lacks the method. Throws CQSCOMError.
 Bstr identificationOf(IDispatch* component) {
   Bstr text;
   if (const auto loader = implemented<ILoad>(component))
@@ -57,7 +57,7 @@ HRESULT ComponentRegistry::addDefault(BSTR name, BSTR className, BSTR path, IDis
 HRESULT ComponentRegistry::remove(BSTR name) {
   if (!find(name)) return S_FALSE;
   if (default_ && default_.view() == viewOf(name)) default_ = Bstr();
-  // The component is released when the table no longer shows it.
+  // The component is released after it has left the table.
   const auto removed = records_.extract(records_.find(viewOf(name)));
   return S_OK;
 }

@@ -22,14 +22,14 @@ HRESULT give(IBasicCompound* compound, I** out) {
   return S_OK;
 }
 
-// Null when it has none. Throws CQSCOMError when it cannot be told.
+// Null when it has none. Throws CQSCOMError when that fails.
 Bstr nameOf(IUnknown* compound) {
   Bstr name;
   if (const auto identity = implemented<ICompoundID>(compound)) check(identity->get_Name(name.out()));
   return name;
 }
 
-// The offsets are handed out and taken over without a reference being added.
+// The offsets are returned and kept without adding a reference.
 HRESULT lend(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp** out) {
   if (!out) return E_POINTER;
   *out = stored.get();
@@ -123,7 +123,7 @@ HRESULT COQSCompoundCollection::addToParent(IDispatch* compound) {
     const Bstr other = nameOf(candidate.get());
     if (name && other && name.view() == other.view()) break;
   }
-  // Room first: once the compound is in the parent nothing may fail.
+  // Memory first: once the compound is in the parent nothing may fail.
   if (positions->size() == positions->capacity()) positions->reserve(2 * positions->size() + 1);
   if (found == number) {
     const HRESULT added = parent->AddCompound(compound);
@@ -136,9 +136,9 @@ HRESULT COQSCompoundCollection::addToParent(IDispatch* compound) {
 }
 
 HRESULT COQSCompoundCollection::Reset() noexcept {
-  // Released in the end, when calls back find the collection as new.
+  // Released last, so that calls back find the collection as new.
   State old = std::exchange(state_, State());
-  // A parent that goes with this view gives up its own parent first, so that a chain of views goes one by one.
+  // A parent that ends with this view releases its own parent first, so that a chain of views ends one by one.
   for (ComPtr<ICompoundCollection> parent = std::move(old.parent); parent;) {
     COQSCompoundCollection& view = implementation(parent);
     const bool last = !view.isAggregated() && (parent->AddRef(), parent->Release()) == 1;

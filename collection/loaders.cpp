@@ -15,7 +15,7 @@ HRESULT COQSCompoundCollection::load(INT index, BSTR loader, BSTR searchKey, BST
   const Bstr known = id ? Bstr::copyOf(id) : identityText(compound.get(), viewOf(searchKey));
   if (!known) return S_FALSE;
 
-  // The compound itself is not touched before the loader is through.
+  // The compound itself changes only after the loader has finished.
   return changeAsCopy(compound.get(), [&](IBasicCompound* copy) {
     CompoundFiller filler({component.get(), name.get(), searchKey, known.get()}, copy);
     return fill(filler);
@@ -43,7 +43,7 @@ HRESULT COQSCompoundCollection::LoadOneProperty(INT index, BSTR property, BSTR l
 
 HRESULT COQSCompoundCollection::LoadAllCompounds(BSTR loader, BSTR searchKey, BYTE useLoader) noexcept {
   HRESULT all = S_OK;
-  // A loader may add compounds meanwhile.
+  // A loader may add compounds during the call.
   const INT number = count();
   for (INT i = 0; i < number; ++i) {
     const HRESULT one = LoadOneCompound(i, loader, searchKey, nullptr, useLoader);
@@ -59,7 +59,7 @@ HRESULT COQSCompoundCollection::AddCompoundFromLoader(BSTR searchKey, BSTR id, B
     if (isView()) {
       const auto parent = state_.parent;
       const auto positions = state_.positions;
-      // Room first: once the compound is in the parent nothing may fail.
+      // Memory first: once the compound is in the parent nothing may fail.
       if (positions->size() == positions->capacity()) positions->reserve(2 * positions->size() + 1);
       const HRESULT added = parent->AddCompoundFromLoader(searchKey, id, loader, useLoader);
       if (added != S_OK) return added;

@@ -56,11 +56,11 @@ HRESULT COQSCompoundCollection::CompCollnIPInfo(INT model, INT* number, BSTR* na
 
 HRESULT COQSCompoundCollection::AddLastCompoundLoadIPs(IDispatch* compound, BSTR directory) noexcept {
   return guarded([&] {
-    // The models as they are now, whatever their calls do.
+    // A copy, since their calls may change the models.
     std::vector<ComPtr<IInteractionParameters>> models;
     for (const auto& [name, model] : state_.models) models.push_back(model.parameters);
 
-    // What adding may lengthen: this collection and, behind a view, its parents.
+    // What adding may lengthen: this collection and, for a view, its parents.
     struct Lengthened {
       ComPtr<ICompoundCollection> list;
       INT before;

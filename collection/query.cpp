@@ -23,7 +23,7 @@ bool sameName(WideView a, WideView b) {
   return std::ranges::equal(withoutTrailingBlanks(a), withoutTrailingBlanks(b), {}, lowerCase, lowerCase);
 }
 
-// Compares one field of a record with a text: a text by its characters, a number by what the text reads as.
+// Compares one field of a record with a text: a text by its characters, a number by the number in the text.
 class FieldMatch final : public database::RecordSink {
  public:
   FieldMatch(WideView text, bool anyCase) : text_(text), narrow_(narrow(text)), anyCase_(anyCase) {}
@@ -68,7 +68,7 @@ std::vector<LONG> matchingCompounds(const database::Database& database, WideView
   std::set<LONG> seen;
   for (std::size_t i = 0; i < catalogue.indexRecordCount(); ++i) {
     const database::IndexRecord record = catalogue.indexRecord(i);
-    // A number that stands twice is the compound of its first record.
+    // A number that occurs twice is the compound of its first record.
     if (!seen.insert(record.compound).second) continue;
     bool matches = synonyms && hasSynonym(catalogue, record.compound, text);
     if (!matches && field != catalogue.fields().end()) {

@@ -36,8 +36,8 @@ constexpr Contribution kEster{3, 0.0481, 0.0005, 82.0, 81.10};
 constexpr Contribution kNH2{3, 0.0243, 0.0109, 38.0, 73.23};
 constexpr Contribution kNH{2, 0.0295, 0.0077, 35.0, 50.17};
 
-// A UNIFAC sub-group: how many bonds it has to others, how many carbon atoms of a benzene ring it brings, and what it
-// is made of. Ring carbons bind to their ring besides.
+// A UNIFAC sub-group: its bonds to other groups, its carbon atoms in a benzene ring, and its Joback groups. Ring
+// carbons also bind to their ring.
 struct SubGroup {
   LONG number;
   int bonds;
@@ -81,7 +81,7 @@ constexpr SubGroup kSubGroups[] = {
 // More groups, and more of one kind, than any molecule has.
 constexpr LONG kMost = 1000;
 
-// The elements of a compound's array, one more than the most where it states to have more.
+// The elements of a compound's array, up to one more than the most.
 std::vector<LONG> groupsOf(IDispatch* array) {
   const auto integers = ComPtr<IIntegerArrayDisp>::from(array);
   if (!integers) throw CQSCOMError(E_NOINTERFACE);

@@ -22,7 +22,7 @@ struct Parsing {
   }
 };
 
-// A conversion may run out of memory within a handler, where nothing may be thrown.
+// A conversion may run out of memory in a handler, which must not throw.
 template <class Event>
 void handle(void* user, Event&& event) {
   Parsing& parsing = Parsing::from(user);
@@ -56,7 +56,7 @@ void onDocumentType(void* user, const XML_Char*, const XML_Char*, const XML_Char
   Parsing::from(user).stopUnless(E_FAIL);
 }
 
-// `encoding` overrules what the document declares; null for that.
+// `encoding` overrides the declared one; null uses that.
 bool parse(std::string_view bytes, const XML_Char* encoding, EventFeed& feed) {
   const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate(encoding), XML_ParserFree);
   if (!parser) throw CQSCOMError(E_OUTOFMEMORY);

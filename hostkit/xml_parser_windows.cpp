@@ -79,7 +79,7 @@ class Handler final : public ISAXContentHandler, public ISAXLexicalHandler {
   EventFeed& feed_;
 };
 
-// A text whose declaration names the encoding that strings have: the reader would believe any other.
+// The text with UTF-16 as its declared encoding, because the reader would use any other.
 Bstr inItsEncoding(WideView text) {
   if (!text.starts_with(OLESTR("<?xml")) || text.find_first_of(OLESTR(" \t\r\n")) != 5) return Bstr(text);
   const WideView declaration = text.substr(0, text.find(OLESTR("?>")));

@@ -56,7 +56,7 @@ INT COQSPhase::indexOf(LONG property, LONG derivative) const noexcept {
 }
 
 HRESULT COQSPhase::ClearDerivativesProps() noexcept {
-  // Releasing the objects of a host may lead back here: the phase must be without records by then.
+  // Releasing a host's objects may call back; by then the phase must have no records.
   DerivativeRecords().swap(derivatives_);
   return S_OK;
 }

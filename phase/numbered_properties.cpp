@@ -1,4 +1,4 @@
-// Properties by the numbers that a host gave them: the standard ones, and further ones added at run time.
+// Properties by the numbers that a host has assigned: the standard ones, and further ones added at run time.
 #include <algorithm>
 #include <type_traits>
 #include <vector>
@@ -15,7 +15,7 @@ using Getter = HRESULT (STDMETHODCALLTYPE COQSPhase::*)(T*) noexcept;
 template <class T>
 using Setter = HRESULT (STDMETHODCALLTYPE COQSPhase::*)(T) noexcept;
 
-// Enumerations travel as 32-bit integers, the flag as a real, arrays as objects.
+// Enumerations are passed as 32-bit integers, the flag as a real, arrays as objects.
 template <class T>
 HRESULT getVariant(COQSPhase& phase, Getter<T> getter, VARIANT* value) {
   T got{};

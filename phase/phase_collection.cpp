@@ -235,7 +235,7 @@ HRESULT COQSPhaseCollection::RegisterProperties(IDispatch* registry) noexcept {
 
 HRESULT COQSPhaseCollection::ReplaceEquilibriumPhase(INT index, IDispatch* phase) noexcept {
   if (!isEquilibriumIndex(index) || !phase) return E_FAIL;
-  // Releasing a phase or querying the new one may lead back here and change the slots.
+  // Releasing a phase or querying the new one may call back and change the slots.
   equilibriumPhase(index) = ComPtr<IBasicPhase>();
   auto replacement = ComPtr<IBasicPhase>::from(phase);
   if (!replacement || !isEquilibriumIndex(index)) return E_FAIL;

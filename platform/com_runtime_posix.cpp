@@ -25,7 +25,7 @@ struct ClassObjects {
   DWORD lastCookie = 0;
 };
 
-// Never destroyed: a host may revoke its classes as late as it likes.
+// Never destroyed: a host may revoke its classes at any time.
 ClassObjects& classObjects() {
   static auto& table = *new ClassObjects;
   return table;

@@ -22,8 +22,8 @@ bool writeAll(HANDLE file, std::span<const std::byte> content) {
   return true;
 }
 
-// Others may have a file open without leave to rename or remove it, for a moment: search services, virus scanners, and
-// a reader may hold a file that has been removed.
+// For a moment others may hold a file open that cannot be renamed or removed then: search services, virus scanners, and
+// readers of a file that was removed.
 template <class Call>
 bool insist(FileOperation operation, Call&& call) {
   constexpr DWORD kPause = 10;  // ms

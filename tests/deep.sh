@@ -49,19 +49,9 @@ coverage() {
   awk -f tests/coverage.awk build/coverage/all.lcov
 }
 
-# beside NAME COMMAND...: a check that runs while others do; `settle NAME` waits for it and counts it.
-declare -A running
-beside() {
-  "${@:2}" >"build/log/$1.log" 2>&1 &
-  running[$1]=$!
-}
-settle() {
-  wait "${running[$1]}" && count "$1" 1 0 0 || count "$1" 0 1 0
-  tail -n 3 "build/log/$1.log"
-}
 fuzz_all() { for target in "${targets[@]}"; do fuzz "$target"; done; }
 
-build native qs_soak qs_tests qs_failures
+build native all
 beside soak build/native/bin/qs_soak 600 1 512
 build native-coverage qs_tests qs_failures "${targets[@]}"
 seed
@@ -89,4 +79,6 @@ for target in "${targets[@]}"; do
 done
 check "lines that are reached" coverage
 cat build/log/lines-that-are-reached.log
+rm -f build/lint-passed
+check "lint with the analyzer" tools/tidy
 settle soak

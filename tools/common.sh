@@ -31,6 +31,7 @@ wine wine
 /usr/include/CLI/CLI.hpp libcli11-dev
 /usr/include/expat.h libexpat1-dev
 /usr/include/benchmark/benchmark.h libbenchmark-dev
+clang-tidy clang-tidy
 /usr/share/i18n/locales/de_DE locales
 '
 # What tools/wine32 needs besides.
