@@ -4,8 +4,8 @@
 #include <iterator>
 
 #include "com/host_arrays.h"
-#include "compound/component_text.h"
 #include "compound/compound.h"
+#include "compound/new_component.h"
 
 namespace qs {
 namespace {

@@ -9,13 +9,7 @@ const char moduleTag = 0;
 
 }  // namespace
 
-CompoundContent CompoundContent::copy() const {
-  CompoundContent result{identity.copy(), properties.copy(), {}};
-  for (const auto& [name, property] : userProperties)
-    result.userProperties.emplace(name, UserProperty{Bstr::copyOf(property.classId.get()), property.component,
-                                                     Bstr::copyOf(property.content.get())});
-  return result;
-}
+CompoundContent CompoundContent::copy() const { return {identity, properties.copy(), userProperties}; }
 
 // Components may put others in their places while they are released.
 COQSCompound::~COQSCompound() {

@@ -2,7 +2,6 @@
 #include <algorithm>
 
 #include "compound/compound.h"
-#include "compound/new_property.h"
 #include "persist/database_record.h"
 #include "props/forms.h"
 

@@ -17,29 +17,7 @@ enum KnownNumber : INT {
 
 HRESULT sameNumber(INT field, KnownNumber number) { return field == number ? S_OK : S_FALSE; }
 
-std::vector<Bstr> copyOf(const std::vector<Bstr>& strings) {
-  std::vector<Bstr> copies;
-  copies.reserve(strings.size());
-  for (const Bstr& string : strings) copies.push_back(Bstr::copyOf(string.get()));
-  return copies;
-}
-
 }  // namespace
-
-Identity Identity::copy() const {
-  Identity copy;
-#define IDENTITY_TEXT(key, field, interface_name, attribute) copy.field = Bstr::copyOf(field.get());
-#define IDENTITY_INTEGER(key, field, interface_name, attribute) copy.field = field;
-#define IDENTITY_RULED IDENTITY_INTEGER
-#include "props/identity.def"
-  copy.synonymCount = synonymCount;
-  copy.synonyms = copyOf(synonyms);
-  copy.compoundIndex = compoundIndex;
-  copy.groupCount = groupCount;
-  copy.groupTypes = groupTypes;
-  copy.groupCounts = groupCounts;
-  return copy;
-}
 
 HRESULT Identity::putSynonym(INT index, BSTR value) {
   if (index < 0 || index > synonymCount || static_cast<std::size_t>(index) >= kMostSynonyms) return S_FALSE;

@@ -31,8 +31,6 @@ struct Identity {
   std::vector<LONG> groupTypes;
   std::vector<LONG> groupCounts;
 
-  Identity copy() const;
-
   // Replaces the synonym at a position, or appends one at the position of the count. S_FALSE, and no change, for any
   // other position and for one past the most that a compound keeps.
   HRESULT putSynonym(INT index, BSTR value);

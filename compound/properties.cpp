@@ -4,8 +4,6 @@
 
 #include "com/host_arrays.h"
 #include "compound/compound.h"
-#include "compound/new_property.h"
-#include "props/curve.h"
 #include "props/forms.h"
 #include "props/identity_fields.h"
 
@@ -46,13 +44,6 @@ tagPropTypeEnum kindOf(const CQSAbstractProp& property) {
 
 bool isEquation(const CQSAbstractProp* property) { return property && kindOf(*property) == EquationProp; }
 
-// A new object of a kind under a name.
-PropertyPtr named(PropertyPtr property, WideView name, tagPropTypeEnum kind) {
-  property->Name = Bstr(name);
-  property->SetType(kind);
-  return property;
-}
-
 std::vector<double> coefficientsOf(const CQSAbstractProp& equation) {
   LONG count = 0;
   equation.GetNumbOfParameters(&count);
@@ -62,22 +53,6 @@ std::vector<double> coefficientsOf(const CQSAbstractProp& equation) {
 }
 
 }  // namespace
-
-PropertyPtr newEquation(WideView name, const EquationData& data) {
-  CQSAbstractProp* created = nullptr;
-  check(CreateEquationProp(data.shape, &created));
-  PropertyPtr equation = named(PropertyPtr(created), name, EquationProp);
-  equation->SetTRange(data.tMin, data.tMax);
-  equation->SetPRange(data.pMin, data.pMax);
-  check(equation->SetParameters(data.coefficients.data(), static_cast<LONG>(data.coefficients.size())));
-  return equation;
-}
-
-PropertyPtr newPoint(WideView name, double value) {
-  PropertyPtr point = named(std::make_unique<CQSPointProp>(), name, PointProp);
-  point->SetValue(value);
-  return point;
-}
 
 HRESULT COQSCompound::GetNumbOfProperty(BYTE fixed, INT* count) noexcept {
   if (!count) return E_POINTER;
@@ -212,9 +187,7 @@ HRESULT COQSCompound::SetEquationProperty(BSTR name, BYTE fixed, tagEquationShap
 
 HRESULT COQSCompound::SetCOMProperty(BSTR name, BYTE fixed, BSTR className, IPCProperty* component) noexcept {
   return guarded([&] {
-    PropertyPtr property = named(std::make_unique<CQSCOMProp>(), viewOf(name), COMProp);
-    property->SetCOMClassName(className);
-    property->SetCOMObject(component);
+    PropertyPtr property = newComponentProperty(viewOf(name), className, component);
     // A name that the fixed map refuses is not reported.
     content_.properties.AddPropertyToMap(viewOf(name), isFixed(fixed), property);
     return S_OK;
@@ -246,7 +219,7 @@ HRESULT COQSCompound::GetEquationInfo(tagEquationShapeEnum shape, BSTR* form, IN
 
 HRESULT COQSCompound::SetVoidProperty(BSTR name, BYTE fixed) noexcept {
   return guarded([&] {
-    PropertyPtr property = named(std::make_unique<CQSVoidProp>(), viewOf(name), VoidProp);
+    PropertyPtr property = newVoid(viewOf(name));
     return content_.properties.AddPropertyToMap(viewOf(name), isFixed(fixed), property);
   });
 }

@@ -2,48 +2,7 @@
 
 #include <algorithm>
 
-#include "props/curve.h"
-
 namespace qs {
-namespace {
-
-PropertyPtr emptyLike(const CQSAbstractProp& source, LONG type) {
-  switch (type) {
-    case PointProp:
-      return std::make_unique<CQSPointProp>();
-    case COMProp:
-      return std::make_unique<CQSCOMProp>();
-    case EquationProp: {
-      LONG shape = 0;
-      source.GetShape(&shape);
-      CQSAbstractProp* equation = nullptr;
-      check(CreateEquationProp(shape, &equation));
-      return PropertyPtr(equation);
-    }
-    default:
-      return std::make_unique<CQSVoidProp>();
-  }
-}
-
-}  // namespace
-
-PropertyPtr duplicate(const CQSAbstractProp& source) {
-  LONG type = 0;
-  source.GetType(&type);
-  PropertyPtr copy = emptyLike(source, type);
-  copy->SetType(type);
-  copy->Copy(&source);
-  copy->Loader = Bstr::copyOf(source.Loader.get());
-  if (type == COMProp) {
-    Bstr className;
-    ComPtr<IPCProperty> component;
-    if (source.GetCOMClassName(className.out()) == S_OK) copy->SetCOMClassName(className.get());
-    if (source.GetCOMObject(component.out()) == S_OK) copy->SetCOMObject(component.get());
-    static_cast<CQSCOMProp&>(*copy).keepContent(
-        Bstr::copyOf(static_cast<const CQSCOMProp&>(source).keptContent().get()));
-  }
-  return copy;
-}
 
 PropertyTable::Entry PropertyTable::find(WideView name) const {
   if (const auto key = findKey(name)) return {true, true, (*this)[*key]};

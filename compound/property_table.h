@@ -4,17 +4,11 @@
 #include <array>
 #include <functional>
 #include <map>
-#include <memory>
 
 #include "props/key_table.h"
-#include "props/property.h"
+#include "props/new_property.h"
 
 namespace qs {
-
-using PropertyPtr = std::unique_ptr<CQSAbstractProp>;
-
-// A new object with the name, loader, kind, content and external component of another.
-PropertyPtr duplicate(const CQSAbstractProp& source);
 
 class PropertyTable {
  public:

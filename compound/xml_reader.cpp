@@ -5,9 +5,7 @@
 #include <iterator>
 #include <utility>
 
-#include "compound/component_text.h"
-#include "compound/new_property.h"
-#include "props/curve.h"
+#include "compound/new_component.h"
 #include "props/property_text.h"
 
 namespace qs {
@@ -20,22 +18,9 @@ constexpr XmlTag kValue{OLESTR("VALUE")};
 
 HRESULT resultOf(bool complete) { return complete ? S_OK : S_FALSE; }
 
-// Null for a number that is no shape.
-PropertyPtr newEquationOf(INT shape) {
-  CQSAbstractProp* equation = nullptr;
-  return succeeded(CreateEquationProp(shape, &equation)) ? PropertyPtr(equation) : nullptr;
-}
-
-template <class Property>
-PropertyPtr newProperty(tagPropTypeEnum kind) {
-  auto property = std::make_unique<Property>();
-  property->SetType(kind);
-  return property;
-}
-
 // Sets class name and component of a property from its text; false when the component cannot be had.
 bool recallComponent(CQSAbstractProp& property, const Bstr& className, WideView text) {
-  const ComponentText parts = readComponentText(OLESTR("ClassName"), text);
+  const ComponentText parts = readComponent(kClassName, text);
   const Bstr storedName = parts.className ? Bstr(*parts.className) : Bstr();
   property.SetCOMClassName(storedName ? storedName.get() : className.get());
   const auto component = newComponent<IPCProperty>(className ? className.get() : storedName.get());
@@ -167,15 +152,15 @@ HRESULT XmlReader::startProperty(const XmlAttributes& attributes) {
     return S_OK;
   }
   if (type.view() == OLESTR("VoidProp")) {
-    pending.property = newProperty<CQSVoidProp>(VoidProp);
+    pending.property = newProperty(VoidProp);
   } else if (type.view() == OLESTR("PointProp")) {
-    pending.property = newProperty<CQSPointProp>(PointProp);
+    pending.property = newProperty(PointProp);
   } else if (type.view() == OLESTR("EquationProp")) {
     INT shape = kEmptyInteger;
     attributes.read(XmlTag(OLESTR("EQUATIONSHAPE")), shape);
-    pending.property = newEquationOf(shape);
+    pending.property = newProperty(EquationProp, shape);
   } else if (type.view() == OLESTR("COMProp")) {
-    pending.property = newProperty<CQSCOMProp>(COMProp);
+    pending.property = newProperty(COMProp);
     attributes.read(XmlTag(OLESTR("CLASSNAME")), pending.className);
   }
   if (!pending.property) return S_FALSE;
@@ -206,7 +191,7 @@ HRESULT XmlReader::addUserProperty(const XmlAttributes& attributes) {
   Bstr name;
   Bstr content;
   if (!attributes.read(kName, name) || !attributes.read(kContent, content)) return S_FALSE;
-  const ComponentText parts = readComponentText(OLESTR("ClassID"), content.view());
+  const ComponentText parts = readComponent(kClassId, content.view());
   UserProperty property;
   if (parts.className) property.classId = Bstr(*parts.className);
   property.component = newComponent<IDispatch>(property.classId.get());
@@ -237,7 +222,7 @@ HRESULT XmlReader::startEquation(const XmlAttributes& attributes) {
   Pending pending{.name = {}, .fixed = true, .property = nullptr, .className = {}, .loader = {}};
   INT shape = kEmptyInteger;
   if (!attributes.read(kName, pending.name) || !attributes.read(XmlTag(OLESTR("ID")), shape)) return S_FALSE;
-  pending.property = newEquationOf(shape);
+  pending.property = newProperty(EquationProp, shape);
   if (!pending.property) return S_FALSE;
 
   CQSAbstractProp& equation = *pending.property;

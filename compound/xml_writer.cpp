@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "compound/component_text.h"
 #include "props/identity_fields.h"
+#include "props/property_text.h"
 
 namespace qs {
 namespace {
@@ -64,14 +64,7 @@ class Writer {
   void closeProperty(WideView element) { text_ << OLESTR("      </") << element << OLESTR(">\n"); }
   void className(const CQSAbstractProp& component);
   void content(const CQSAbstractProp& property, LONG kind);
-  void equation(const CQSAbstractProp& equation);
-  void component(const CQSAbstractProp& component);
   void componentText(WideView key, const Bstr& className, const Bstr& content);
-
-  template <class T>
-  void item(WideView key, T value) {
-    text_ << key << value << OLESTR(")");
-  }
 
   XmlText& text_;
   const bool complete_;
@@ -200,77 +193,29 @@ void Writer::content(const CQSAbstractProp& property, LONG kind) {
       LONG dependencies = 0;
       double value = kEmptyValue;
       property.GetValue(0.0, 0.0, eNoExtrapolation, &dependencies, &value);
-      item(OLESTR("Value("), value);
+      appendItem(text_, kPointValue, value);
       break;
     }
     case EquationProp:
-      equation(property);
+      appendEquation(text_, property);
       break;
-    case COMProp:
-      component(property);
+    case COMProp: {
+      // From here on the property may be gone.
+      const CQSCOMProp::Stored stored = static_cast<const CQSCOMProp&>(property).stored();
+      componentText(kClassName, stored.className, stored.content);
       break;
+    }
     default:
-      text_ << OLESTR("Void");
+      text_ << kVoidText;
   }
-}
-
-void Writer::equation(const CQSAbstractProp& equation) {
-  double first = kEmptyValue;
-  double second = kEmptyValue;
-  const auto pair = [&](WideView firstKey, WideView secondKey) {
-    item(firstKey, first);
-    item(secondKey, second);
-  };
-  equation.GetTRange(&first, &second);
-  pair(OLESTR("Tmin("), OLESTR(" Tmax("));
-  equation.GetPRange(&first, &second);
-  pair(OLESTR(" Pmin("), OLESTR(" Pmax("));
-
-  LONG count = 0;
-  equation.GetNumbOfParameters(&count);
-  item(OLESTR(" nParams("), INT{count});
-  text_ << OLESTR(" Values(");
-  for (LONG i = 0; i < count; ++i) {
-    if (i > 0) text_ << OLESTR(",");
-    double coefficient = kEmptyValue;
-    equation.GetParameter(i, &coefficient);
-    text_ << coefficient;
-  }
-  text_ << OLESTR(")");
-
-  LONG xShape = 0;
-  LONG yShape = 0;
-  equation.GetXYShape(&xShape, &yShape);
-  item(OLESTR(" Xshape("), INT{xShape});
-  item(OLESTR(" Yshape("), INT{yShape});
-  equation.GetXYNorm(&first, &second);
-  pair(OLESTR(" Xnorm("), OLESTR(" Ynorm("));
-  equation.GetXYPow(&first, &second);
-  pair(OLESTR(" Xpow("), OLESTR(" Ypow("));
-  equation.GetAB(&first, &second);
-  pair(OLESTR(" A("), OLESTR(" B("));
-}
-
-void Writer::component(const CQSAbstractProp& component) {
-  Bstr name;
-  ComPtr<IPCProperty> object;
-  component.GetCOMClassName(name.out());
-  component.GetCOMObject(object.out());
-  Bstr content = Bstr::copyOf(static_cast<const CQSCOMProp&>(component).keptContent().get());
-  // From here on the property may be gone: its component may put another in its place.
-  if (object) check(object->Store(content.out()));
-  componentText(OLESTR("ClassName("), name, content);
 }
 
 // A complete text leaves out a class name that is null.
 void Writer::componentText(WideView key, const Bstr& className, const Bstr& content) {
-  if (className || !complete_) {
-    if (complete_ && !isReadable(className.view())) throw CQSCOMError(E_INVALIDARG);
-    text_ << key;
-    text_.value(className.view()) << OLESTR(") ");
-  }
-  text_ << OLESTR("ComContent(");
-  text_.value(content.view()) << OLESTR(")");
+  ComponentText text{className.view(), content.view()};
+  if (complete_ && !isReadable(className.view())) throw CQSCOMError(E_INVALIDARG);
+  if (complete_ && !className) text.className.reset();
+  appendComponent(text_, key, text);
 }
 
 void Writer::userProperties(const UserProperties& properties) {
@@ -282,7 +227,7 @@ void Writer::userProperties(const UserProperties& properties) {
     if (const auto store = ComPtr<ICOMUserProp>::from(component.get())) check(store->Store(content.out()));
     text_ << OLESTR("      <UserProperty NAME=\"");
     text_.value(name) << OLESTR("\"   CONTENT = \"");
-    componentText(OLESTR("ClassID("), classId, content);
+    componentText(kClassId, classId, content);
     text_ << OLESTR("\"> \n      </UserProperty>\n");
     next = properties.upper_bound(name);
   }

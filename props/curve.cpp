@@ -32,58 +32,48 @@ class CurveBase : public CQSAbstractProp {
   HRESULT SetParameters(const double* values, LONG n) override;
   HRESULT SetParameter(LONG i, double v) override;
 
-  HRESULT GetTRange(double* tmin, double* tmax) const override { return give(Tmin, tmin), give(Tmax, tmax); }
-  HRESULT GetPRange(double* pmin, double* pmax) const override { return give(Pmin, pmin), give(Pmax, pmax); }
-  HRESULT GetXYShape(LONG* xshape, LONG* yshape) const override { return give(XShape, xshape), give(YShape, yshape); }
-  HRESULT GetXYNorm(double* xnorm, double* ynorm) const override { return give(XNorm, xnorm), give(YNorm, ynorm); }
-  HRESULT GetXYPow(double* xpow, double* ypow) const override { return give(XPow, xpow), give(YPow, ypow); }
-  HRESULT GetAB(double* a, double* b) const override { return give(A, a), give(B, b); }
-  HRESULT SetTRange(double tmin, double tmax) override { return give(tmin, &Tmin), give(tmax, &Tmax); }
-  HRESULT SetPRange(double pmin, double pmax) override { return give(pmin, &Pmin), give(pmax, &Pmax); }
-  HRESULT SetXYShape(LONG xshape, LONG yshape) override { return give(xshape, &XShape), give(yshape, &YShape); }
-  HRESULT SetXYNorm(double xnorm, double ynorm) override { return give(xnorm, &XNorm), give(ynorm, &YNorm); }
-  HRESULT SetXYPow(double xpow, double ypow) override { return give(xpow, &XPow), give(ypow, &YPow); }
-  HRESULT SetAB(double a, double b) override { return give(a, &A), give(b, &B); }
+  HRESULT GetTRange(double* tmin, double* tmax) const override { return give(tMin_, tmin), give(tMax_, tmax); }
+  HRESULT GetPRange(double* pmin, double* pmax) const override { return give(pMin_, pmin), give(pMax_, pmax); }
+  HRESULT GetXYShape(LONG* xshape, LONG* yshape) const override { return give(xShape_, xshape), give(yShape_, yshape); }
+  HRESULT GetXYNorm(double* xnorm, double* ynorm) const override { return give(xNorm_, xnorm), give(yNorm_, ynorm); }
+  HRESULT GetXYPow(double* xpow, double* ypow) const override { return give(xPow_, xpow), give(yPow_, ypow); }
+  HRESULT GetAB(double* a, double* b) const override { return give(a_, a), give(b_, b); }
+  HRESULT SetTRange(double tmin, double tmax) override { return give(tmin, &tMin_), give(tmax, &tMax_); }
+  HRESULT SetPRange(double pmin, double pmax) override { return give(pmin, &pMin_), give(pmax, &pMax_); }
+  HRESULT SetXYShape(LONG xshape, LONG yshape) override { return give(xshape, &xShape_), give(yshape, &yShape_); }
+  HRESULT SetXYNorm(double xnorm, double ynorm) override { return give(xnorm, &xNorm_), give(ynorm, &yNorm_); }
+  HRESULT SetXYPow(double xpow, double ypow) override { return give(xpow, &xPow_), give(ypow, &yPow_); }
+  HRESULT SetAB(double a, double b) override { return give(a, &a_), give(b, &b_); }
 
  protected:
   // `parameters` is the array that the derived class owns.
-  CurveBase(const EquationForm& form, std::span<double> parameters) : form_(form), Parameters(parameters) {}
+  CurveBase(const EquationForm& form, std::span<double> parameters) : form_(form), parameters_(parameters) {}
 
   // False when the transformation fails. The usual cases are settled here; the rest works on a copy, so that the value
   // can stay in a register.
   bool transformX(double P, double& x) const {
-    if (XShape == COMx && XPow == 1.0) return x != kEmptyValue;
+    if (xShape_ == COMx && xPow_ == 1.0) return x != kEmptyValue;
     double transformed = x;
-    const bool valid = transformForward({XShape, XNorm, XPow, A, B}, P, &transformed);
+    const bool valid = transformForward({xShape_, xNorm_, xPow_, a_, b_}, P, &transformed);
     x = transformed;
     return valid;
   }
   bool transformY(double P, double& y) const {
-    if (YShape == COMx && YPow == 1.0) return y != kEmptyValue;
-    if (YShape == COMlnx && YPow == 1.0) {
+    if (yShape_ == COMx && yPow_ == 1.0) return y != kEmptyValue;
+    if (yShape_ == COMlnx && yPow_ == 1.0) {
       y = std::exp(y);
       return true;
     }
     double transformed = y;
-    const bool valid = transformBack({YShape, YNorm, YPow, A, B}, P, &transformed);
+    const bool valid = transformBack({yShape_, yNorm_, yPow_, a_, b_}, P, &transformed);
     y = transformed;
     return valid;
   }
 
-  double Tmin = 1e-05;
-  double Tmax = 1e+10;
+  double tMin_ = 1e-05;
+  double tMax_ = 1e+10;
 
  private:
-  // An item of the text form.
-  template <class T>
-  struct Item {
-    WideView key;
-    T CurveBase::*field;
-  };
-  static const std::array<Item<double>, 4> kRanges;
-  static const std::array<Item<LONG>, 2> kShapes;
-  static const std::array<Item<double>, 6> kTransformations;
-
   template <class T>
   static HRESULT give(T value, T* out) {
     *out = value;
@@ -92,40 +82,23 @@ class CurveBase : public CQSAbstractProp {
   static HRESULT giveText(WideView text, BSTR* out) { return give(Bstr(text).release(), out); }
 
   bool hasParameter(LONG i) const { return i >= 0 && i < form_.coefficients; }
+  template <class T>
+  void recallPair(const ItemPair<T>& pair, WideView text, bool evenMissing);
   void recallParameters(WideView values, LONG given);
 
   const EquationForm& form_;
-  std::span<double> Parameters;
-  LONG XShape = COMx;
-  LONG YShape = COMx;
-  double XNorm = 1.0;
-  double YNorm = 1.0;
-  double XPow = 1.0;
-  double YPow = 1.0;
-  double A = kEmptyValue;
-  double B = kEmptyValue;
-  double Pmin = 1e-05;
-  double Pmax = 1e+15;
+  std::span<double> parameters_;
+  LONG xShape_ = COMx;
+  LONG yShape_ = COMx;
+  double xNorm_ = 1.0;
+  double yNorm_ = 1.0;
+  double xPow_ = 1.0;
+  double yPow_ = 1.0;
+  double a_ = kEmptyValue;
+  double b_ = kEmptyValue;
+  double pMin_ = 1e-05;
+  double pMax_ = 1e+15;
 };
-
-const std::array<CurveBase::Item<double>, 4> CurveBase::kRanges = {{
-    {OLESTR("Tmin"), &CurveBase::Tmin},
-    {OLESTR("Tmax"), &CurveBase::Tmax},
-    {OLESTR("Pmin"), &CurveBase::Pmin},
-    {OLESTR("Pmax"), &CurveBase::Pmax},
-}};
-const std::array<CurveBase::Item<LONG>, 2> CurveBase::kShapes = {{
-    {OLESTR("Xshape"), &CurveBase::XShape},
-    {OLESTR("Yshape"), &CurveBase::YShape},
-}};
-const std::array<CurveBase::Item<double>, 6> CurveBase::kTransformations = {{
-    {OLESTR("Xnorm"), &CurveBase::XNorm},
-    {OLESTR("Ynorm"), &CurveBase::YNorm},
-    {OLESTR("Xpow"), &CurveBase::XPow},
-    {OLESTR("Ypow"), &CurveBase::YPow},
-    {OLESTR("A"), &CurveBase::A},
-    {OLESTR("B"), &CurveBase::B},
-}};
 
 HRESULT CurveBase::Copy(const CQSAbstractProp* src) {
   if (!isOfType(src, EquationProp)) return S_FALSE;
@@ -134,66 +107,49 @@ HRESULT CurveBase::Copy(const CQSAbstractProp* src) {
   if (shape != form_.shape) return S_FALSE;
 
   Name = Bstr::copyOf(src->Name.get());
-  src->GetTRange(&Tmin, &Tmax);
-  src->GetPRange(&Pmin, &Pmax);
-  for (LONG i = 0; i < form_.coefficients; ++i) src->GetParameter(i, &Parameters[static_cast<std::size_t>(i)]);
-  src->GetXYShape(&XShape, &YShape);
-  src->GetXYPow(&XPow, &YPow);
-  src->GetXYNorm(&XNorm, &YNorm);
-  src->GetAB(&A, &B);
+  src->GetTRange(&tMin_, &tMax_);
+  src->GetPRange(&pMin_, &pMax_);
+  for (LONG i = 0; i < form_.coefficients; ++i) src->GetParameter(i, &parameters_[static_cast<std::size_t>(i)]);
+  src->GetXYShape(&xShape_, &yShape_);
+  src->GetXYPow(&xPow_, &yPow_);
+  src->GetXYNorm(&xNorm_, &yNorm_);
+  src->GetAB(&a_, &b_);
   return S_OK;
 }
 
 HRESULT CurveBase::Store(BSTR* data) const {
-  WideString text;
-  const auto open = [&text](WideView key) {
-    if (!text.empty()) text += OLESTR(' ');
-    text += key;
-    text += OLESTR('(');
-  };
-  const auto close = [&text] { text += OLESTR(')'); };
-  const auto putInteger = [&](WideView key, LONG value) {
-    open(key);
-    appendInteger(text, value);
-    close();
-  };
-  const auto putDouble = [&](const Item<double>& item) {
-    open(item.key);
-    appendDouble(text, this->*item.field);
-    close();
-  };
-
-  for (const auto& item : kRanges) putDouble(item);
-  putInteger(OLESTR("nParams"), form_.coefficients);
-  open(OLESTR("Values"));
-  for (std::size_t i = 0; i < Parameters.size(); ++i) {
-    if (i > 0) text += OLESTR(',');
-    appendDouble(text, Parameters[i]);
-  }
-  close();
-  for (const auto& item : kShapes) putInteger(item.key, this->*item.field);
-  for (const auto& item : kTransformations) putDouble(item);
-  *data = Bstr(text).release();
+  PropertyText text;
+  appendEquation(text, *this);
+  *data = Bstr(text.text()).release();
   return S_OK;
 }
 
+// a_ range that is not there reads as zeros; anything else then stays as it was.
 HRESULT CurveBase::Recall(BSTR data) {
   const WideView text = viewOf(data);
-  for (const auto& item : kRanges)
-    convertValue(ReadKeyValue(item.key, text).value_or(WideView()), &(this->*item.field));
+  for (const auto& pair : kRangeItems) recallPair(pair, text, true);
 
   LONG given = 0;
-  convertValue(ReadKeyValue(OLESTR("nParams"), text).value_or(WideView()), &given);
-  recallParameters(ReadKeyValue(OLESTR("Values"), text).value_or(WideView()), given);
+  convertValue(ReadKeyValue(kCoefficientCount.key(), text).value_or(WideView()), &given);
+  recallParameters(ReadKeyValue(kCoefficients.key(), text).value_or(WideView()), given);
 
-  const auto readPresent = [&](const auto& items) {
-    for (const auto& item : items) {
-      if (const auto value = ReadKeyValue(item.key, text)) convertValue(*value, &(this->*item.field));
-    }
-  };
-  readPresent(kShapes);
-  readPresent(kTransformations);
+  for (const auto& pair : kShapeItems) recallPair(pair, text, false);
+  for (const auto& pair : kTransformationItems) recallPair(pair, text, false);
   return S_OK;
+}
+
+template <class T>
+void CurveBase::recallPair(const ItemPair<T>& pair, WideView text, bool evenMissing) {
+  const auto recall = [&](Opening opening, T& value) {
+    const auto found = ReadKeyValue(opening.key(), text);
+    if (found || evenMissing) convertValue(found.value_or(WideView()), &value);
+  };
+  T first{};
+  T second{};
+  (this->*pair.get)(&first, &second);
+  recall(pair.first, first);
+  recall(pair.second, second);
+  (this->*pair.set)(first, second);
 }
 
 // Reads no more than `given` values, separated by commas, into the coefficients; the others stay.
@@ -210,16 +166,16 @@ void CurveBase::recallParameters(WideView values, LONG given) {
 }
 
 HRESULT CurveBase::GetParameter(LONG i, double* v) const {
-  return hasParameter(i) ? give(Parameters[static_cast<std::size_t>(i)], v) : S_FALSE;
+  return hasParameter(i) ? give(parameters_[static_cast<std::size_t>(i)], v) : S_FALSE;
 }
 
 HRESULT CurveBase::SetParameter(LONG i, double v) {
-  return hasParameter(i) ? give(v, &Parameters[static_cast<std::size_t>(i)]) : S_FALSE;
+  return hasParameter(i) ? give(v, &parameters_[static_cast<std::size_t>(i)]) : S_FALSE;
 }
 
 HRESULT CurveBase::SetParameters(const double* values, LONG n) {
   if (n < form_.coefficients) return E_FAIL;
-  std::copy_n(values, Parameters.size(), Parameters.begin());
+  std::copy_n(values, parameters_.size(), parameters_.begin());
   return S_OK;
 }
 
@@ -297,8 +253,8 @@ class CQSPropCurve final : public CurveBase {
 template <>
 bool CQSPropCurve<form::VELDB5>::evaluate(double P, double& x) const {
   const double T = x;
-  const bool inRange = Tmin <= T && T <= Tmax;
-  if (!inRange) x = T > Tmax ? Tmax : Tmin;
+  const bool inRange = tMin_ <= T && T <= tMax_;
+  if (!inRange) x = T > tMax_ ? tMax_ : tMin_;
   if (!transformX(P, x)) return false;
 
   double exponent = apply(form::VELDB5::value, x);

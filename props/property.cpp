@@ -1,9 +1,6 @@
 // What a kind answers that does not override an operation, and the kinds other than equations.
 #include "props/property.h"
 
-#include <string>
-
-#include "platform/number_text.h"
 #include "props/property_text.h"
 
 namespace qs {
@@ -77,31 +74,30 @@ HRESULT CQSPointProp::Copy(const CQSAbstractProp* src) {
   if (!isOfType(src, PointProp)) return S_FALSE;
   Name = Bstr::copyOf(src->Name.get());
   LONG dependencies = 0;
-  src->GetValue(0.0, 0.0, eNoExtrapolation, &dependencies, &Value);
+  src->GetValue(0.0, 0.0, eNoExtrapolation, &dependencies, &value_);
   return S_OK;
 }
 
 HRESULT CQSPointProp::GetValue(double, double, tagExtrapolationEnum, LONG* pDependencies, double* pVal) const {
   *pDependencies = 0;
-  *pVal = Value;
+  *pVal = value_;
   return S_OK;
 }
 
 HRESULT CQSPointProp::Store(BSTR* data) const {
-  std::string text = "Value(";
-  appendDouble(text, Value);
-  text += ')';
-  *data = bstrOf(text).release();
+  PropertyText text;
+  appendItem(text, kPointValue, value_);
+  *data = Bstr(text.text()).release();
   return S_OK;
 }
 
 HRESULT CQSPointProp::Recall(BSTR data) {
-  convertValue(ReadKeyValue(OLESTR("Value"), viewOf(data)).value_or(WideView()), &Value);
+  convertValue(ReadKeyValue(kPointValue.key(), viewOf(data)).value_or(WideView()), &value_);
   return S_OK;
 }
 
 HRESULT CQSPointProp::SetValue(double v) {
-  Value = v;
+  value_ = v;
   return S_OK;
 }
 
@@ -118,7 +114,7 @@ HRESULT CQSVoidProp::GetValue(double, double, tagExtrapolationEnum, LONG* pDepen
 }
 
 HRESULT CQSVoidProp::Store(BSTR* data) const {
-  *data = Bstr(OLESTR("Void")).release();
+  *data = Bstr(kVoidText).release();
   return S_OK;
 }
 
@@ -127,56 +123,62 @@ HRESULT CQSVoidProp::Recall(BSTR) { return S_OK; }
 HRESULT CQSCOMProp::Copy(const CQSAbstractProp* src) {
   if (!isOfType(src, COMProp)) return S_FALSE;
   Name = Bstr::copyOf(src->Name.get());
-  ClassName = Bstr();
-  Object = ComPtr<IPCProperty>();
-  Content = Bstr();
+  className_ = Bstr();
+  object_ = ComPtr<IPCProperty>();
+  content_ = Bstr();
   return S_OK;
 }
 
 HRESULT CQSCOMProp::GetValue(double T, double P, tagExtrapolationEnum e, LONG* pDependencies, double* pVal) const {
-  if (!Object) {
+  if (!object_) {
     *pVal = kEmptyValue;
     return S_FALSE;
   }
   // The component may put another property in the place of this one.
-  const ComPtr<IPCProperty> object = Object;
+  const ComPtr<IPCProperty> object = object_;
   object->GetProperty(T, P, e, pDependencies, pVal);
   return S_OK;
 }
 
+CQSCOMProp::Stored CQSCOMProp::stored() const {
+  Stored stored{className_, content_};
+  if (const ComPtr<IPCProperty> object = object_) check(object->Store(stored.content.out()));
+  return stored;
+}
+
 HRESULT CQSCOMProp::Store(BSTR* data) const {
-  const std::string className = narrow(ClassName.view());
-  Bstr content = Bstr::copyOf(Content.get());
-  if (const ComPtr<IPCProperty> object = Object) check(object->Store(content.out()));
-  *data = bstrOf("ClassName(" + className + ") ComContent(" + narrow(content.view()) + ")").release();
+  const Stored component = stored();
+  PropertyText text;
+  appendComponent(text, kClassName, {component.className.view(), component.content.view()});
+  *data = Bstr(text.text()).release();
   return S_OK;
 }
 
 HRESULT CQSCOMProp::Recall(BSTR data) {
-  const std::optional<WideView> name = ReadKeyValue(OLESTR("ClassName"), viewOf(data));
-  ClassName = name ? Bstr(*name) : Bstr();
+  const std::optional<WideView> name = ReadKeyValue(kClassName, viewOf(data));
+  className_ = name ? Bstr(*name) : Bstr();
   return S_OK;
 }
 
 HRESULT CQSCOMProp::GetCOMClassName(BSTR* name) const {
-  *name = Bstr::copyOf(ClassName.get()).release();
+  *name = Bstr::copyOf(className_.get()).release();
   return *name ? S_OK : S_FALSE;
 }
 
 HRESULT CQSCOMProp::GetCOMObject(IPCProperty** obj) const {
-  *obj = ComPtr<IPCProperty>(Object).release();
+  *obj = ComPtr<IPCProperty>(object_).release();
   return *obj ? S_OK : S_FALSE;
 }
 
 HRESULT CQSCOMProp::SetCOMClassName(BSTR name) {
-  ClassName = Bstr::copyOf(name);
+  className_ = Bstr::copyOf(name);
   return S_OK;
 }
 
 HRESULT CQSCOMProp::SetCOMObject(IPCProperty* obj) {
   if (!obj) return S_FALSE;
-  Object.release();
-  Object = ComPtr<IPCProperty>(obj);
+  object_.release();
+  object_ = ComPtr<IPCProperty>(obj);
   return S_OK;
 }
 

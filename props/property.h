@@ -65,11 +65,11 @@ class CQSAbstractProp {
 
   // The kind, a tagPropTypeEnum. Whoever creates an object sets it; a new object says VoidProp.
   HRESULT GetType(LONG* type) const {
-    *type = Type;
+    *type = type_;
     return S_OK;
   }
   HRESULT SetType(LONG type) {
-    Type = type;
+    type_ = type;
     return S_OK;
   }
 
@@ -81,10 +81,10 @@ class CQSAbstractProp {
 
  protected:
   // Whether a copy's source, which may be null, is of a kind.
-  static bool isOfType(const CQSAbstractProp* src, tagPropTypeEnum type) { return src && src->Type == type; }
+  static bool isOfType(const CQSAbstractProp* src, tagPropTypeEnum type) { return src && src->type_ == type; }
 
  private:
-  LONG Type = VoidProp;
+  LONG type_ = VoidProp;
 };
 
 // One number, the same at every state; empty until set.
@@ -97,7 +97,7 @@ class CQSPointProp final : public CQSAbstractProp {
   HRESULT SetValue(double v) override;
 
  private:
-  double Value = kEmptyValue;
+  double value_ = kEmptyValue;
 };
 
 // A property that is known to be absent.
@@ -118,7 +118,6 @@ class CQSCOMProp final : public CQSAbstractProp {
   // S_OK whatever the component answers; without a component the empty value, and *pDependencies stays as it was.
   HRESULT GetValue(double T, double P, tagExtrapolationEnum e, LONG* pDependencies, double* pVal) const override;
 
-  // Throws CQSCOMError with what the component fails with.
   HRESULT Store(BSTR* data) const override;
 
   // Reads the class name alone: the owner creates the component and hands it its content.
@@ -132,13 +131,21 @@ class CQSCOMProp final : public CQSAbstractProp {
   HRESULT SetCOMObject(IPCProperty* obj) override;
 
   // What Store writes in the place of a component that is not there; null for none.
-  const Bstr& keptContent() const { return Content; }
-  void keepContent(Bstr content) { Content = std::move(content); }
+  const Bstr& keptContent() const { return content_; }
+  void keepContent(Bstr content) { content_ = std::move(content); }
+
+  // The class name and the content to store, for which the component is asked: it may put another property in the place
+  // of this one. Throws CQSCOMError with what the component fails with.
+  struct Stored {
+    Bstr className;
+    Bstr content;
+  };
+  Stored stored() const;
 
  private:
-  ComPtr<IPCProperty> Object;
-  Bstr ClassName;
-  Bstr Content;
+  ComPtr<IPCProperty> object_;
+  Bstr className_;
+  Bstr content_;
 };
 
 }  // namespace qs

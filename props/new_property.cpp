@@ -1,0 +1,79 @@
+#include "props/new_property.h"
+
+#include "props/curve.h"
+
+namespace qs {
+namespace {
+
+PropertyPtr named(PropertyPtr property, WideView name) {
+  property->Name = Bstr(name);
+  return property;
+}
+
+}  // namespace
+
+PropertyPtr newProperty(LONG kind, LONG shape) {
+  PropertyPtr property;
+  switch (kind) {
+    case PointProp:
+      property = std::make_unique<CQSPointProp>();
+      break;
+    case EquationProp: {
+      CQSAbstractProp* equation = nullptr;
+      if (!succeeded(CreateEquationProp(shape, &equation))) return nullptr;
+      property.reset(equation);
+      break;
+    }
+    case COMProp:
+      property = std::make_unique<CQSCOMProp>();
+      break;
+    default:
+      property = std::make_unique<CQSVoidProp>();
+  }
+  property->SetType(kind);
+  return property;
+}
+
+PropertyPtr duplicate(const CQSAbstractProp& source) {
+  LONG kind = VoidProp;
+  LONG shape = PropCurveVoid;
+  source.GetType(&kind);
+  source.GetShape(&shape);
+  PropertyPtr copy = newProperty(kind, shape);
+  copy->Copy(&source);
+  copy->Loader = source.Loader;
+  if (kind == COMProp) {
+    Bstr className;
+    ComPtr<IPCProperty> component;
+    if (source.GetCOMClassName(className.out()) == S_OK) copy->SetCOMClassName(className.get());
+    if (source.GetCOMObject(component.out()) == S_OK) copy->SetCOMObject(component.get());
+    static_cast<CQSCOMProp&>(*copy).keepContent(static_cast<const CQSCOMProp&>(source).keptContent());
+  }
+  return copy;
+}
+
+PropertyPtr newVoid(WideView name) { return named(newProperty(VoidProp), name); }
+
+PropertyPtr newPoint(WideView name, double value) {
+  PropertyPtr point = named(newProperty(PointProp), name);
+  point->SetValue(value);
+  return point;
+}
+
+PropertyPtr newComponentProperty(WideView name, BSTR className, IPCProperty* component) {
+  PropertyPtr property = named(newProperty(COMProp), name);
+  property->SetCOMClassName(className);
+  property->SetCOMObject(component);
+  return property;
+}
+
+PropertyPtr newEquation(WideView name, const EquationData& data) {
+  PropertyPtr equation = newProperty(EquationProp, data.shape);
+  if (!equation) throw CQSCOMError(E_FAIL);
+  equation->SetTRange(data.tMin, data.tMax);
+  equation->SetPRange(data.pMin, data.pMax);
+  check(equation->SetParameters(data.coefficients.data(), static_cast<LONG>(data.coefficients.size())));
+  return named(std::move(equation), name);
+}
+
+}  // namespace qs
