@@ -1,11 +1,14 @@
 // Events of a parser in any order, to a compound and to a collection. Each line is an event: '+' and the name of an
 // element that starts, then tags and values in turn, all divided by tabs; any other first character and the name of one
-// that ends. Whatever was built must be written in both forms, and the exact form must come back the same.
+// that ends. Whatever was built must be written in both forms, and the exact form must come back the same; so must that
+// of a compound that the same bytes fill through its interfaces.
 #include <algorithm>
+#include <cstring>
 #include <string_view>
 
 #include "fuzz/exact_form.h"
 #include "fuzz/fuzz_target.h"
+#include "tests/support/random_compound.h"
 
 namespace qs {
 namespace {
@@ -39,6 +42,21 @@ void sendAll(REFCLSID clsid, std::string_view events) {
   Bstr text;
   require(ComPtr<IXMLStore>::from(client.get())->StoreAsXML(text.out()) == S_OK);
   requireExactForm(client.get(), clsid);
+}
+
+// Fills a compound as the bytes choose, eight for each choice; zeros follow them.
+void fill(std::string_view bytes) {
+  test::RandomCompound random([&bytes] {
+    std::uint64_t bits = 0;
+    const std::size_t size = std::min(sizeof bits, bytes.size());
+    std::memcpy(&bits, bytes.data(), size);
+    bytes.remove_prefix(size);
+    return bits;
+  });
+  const auto compound = host::createInstance<IBasicCompound>(__uuidof(::COQSCompound));
+  random.fill(compound.get());
+  require(!!exactText(compound.get()));
+  requireExactForm(compound.get(), __uuidof(::COQSCompound));
 }
 
 }  // namespace
@@ -79,5 +97,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string_view events(reinterpret_cast<const char*>(data), size);
   sendAll(__uuidof(::COQSCompound), events);
   sendAll(__uuidof(::COQSCompoundCollection), events);
+  fill(events);
   return 0;
 }

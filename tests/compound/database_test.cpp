@@ -1,6 +1,7 @@
 // What a compound makes of the fields of a database record, and what is left of it when the files are bad.
 #include <gmock/gmock.h>
 
+#include "props/forms.h"
 #include "tests/support/compounds.h"
 #include "tests/support/database_builder.h"
 
@@ -53,21 +54,9 @@ class CompoundDatabase : public CompoundTest {
   }
   HRESULT init(INT index) { return query<ICompoundInitFromVelDB>(compound)->Init(Bstr(directory.name()).get(), index); }
 
-  PropertyReading value(WideView name) { return propertyOf(compound, name); }
-  // Both shapes, the norm and the power of X.
-  std::vector<double> shapes(WideView name) {
-    tagXYShapeEnum x{}, y{};
-    double xNorm = 0, yNorm = 0, xPow = 0, yPow = 0, a = 0, b = 0;
-    EXPECT_EQ(query<ICompEqnXYShape>(compound)->GetEquationPropertyXYShape(Bstr(name).get(), &x, &y, &xNorm, &yNorm,
-                                                                           &xPow, &yPow, &a, &b),
-              S_OK);
-    return {static_cast<double>(x), static_cast<double>(y), xNorm, xPow};
-  }
-  std::vector<double> range() {
-    double tMin = 0, tMax = 0, pMin = 0, pMax = 0;
-    EXPECT_EQ(compound->get_VPTPRange(&tMin, &tMax, &pMin, &pMax), S_OK);
-    return {tMin, tMax, pMin, pMax};
-  }
+  // The lines of the compound's description after that of its identity.
+  std::string properties() { return describe(compound).substr(describe(compound).find('\n')); }
+
   TemporaryDirectory directory;
   ComPtr<IBasicCompound> compound = newCompound();
 };
@@ -81,60 +70,70 @@ TEST_F(CompoundDatabase, IdentityFieldsGoWhereTheirNamesSay) {
   EXPECT_EQ(identityOf(compound), "Seven heptanoid X7   7-7-7 ; 7 11 12 13 14 15; 9 1;; 1 -2; 3 7");
 }
 
-TEST_F(CompoundDatabase, NumbersAndEquationsAreKeptUnderTheirNames) {
-  fill({number("MW", 18.0), number("TC", kEmpty), number("Mine", 4.5), equation("VP", PropCurvePOLY2, {1, kEmpty, 0.5}),
-        equation("Own", PropCurveVELDB1, {2.0, 1.0}), equation("LCP", PropCurveEXPO2, {1.0, 2.0, 99.0, 98.0})});
-  EXPECT_EQ(value(OLESTR("MW")), (PropertyReading{S_OK, 18.0}));
-  EXPECT_EQ(value(OLESTR("TC")), (PropertyReading{S_FALSE, kEmpty}));
-  EXPECT_EQ(value(OLESTR("Mine")), (PropertyReading{S_OK, 4.5}));
-  EXPECT_EQ(value(OLESTR("VP")), (PropertyReading{S_OK, 1.0 + 0.5 * 90000.0})) << "an unset coefficient is zero";
-  EXPECT_EQ(value(OLESTR("Own")), (PropertyReading{S_OK, 302.0})) << "missing ones are zero too";
-  EXPECT_EQ(value(OLESTR("LCP")), (PropertyReading{S_OK, 90001.0})) << "further ones do not matter";
-  EXPECT_EQ(value(OLESTR("PC")), (PropertyReading{S_FALSE, 0.5})) << "no field, no object";
-  EXPECT_EQ(range(), (std::vector<double>{200, 400, 1, 1000}));
-
-  for (const int shape : {-32767, 38, 999, -1}) {
-    fill({equation("VP", shape, {1.0, 2.0, 3.0})});
-    EXPECT_EQ(value(OLESTR("VP")), (PropertyReading{S_FALSE, kEmpty})) << "no such form " << shape;
-    EXPECT_EQ(range().at(1), 400.0) << "but its range " << shape;
-  }
+// Lines of a description: a number, and an equation with the range of all equations here.
+std::string is(const std::string& name, const std::string& value) { return "\n" + name + " 1 1 " + value + " "; }
+std::string curve(const std::string& name, LONG shape, const std::string& coefficients,
+                  const std::string& transformation = "1 1 1 1 1 1") {
+  return "\n" + name + " 2 2 " + std::to_string(shape) + " " + narrow(findForm(shape)->formula) + " 200 400 1 1000 " +
+         coefficients + transformation + " -32767 -32767 ";
 }
 
-TEST_F(CompoundDatabase, AnEnthalpyBringsHeatCapacityAndEntropy) {
+TEST_F(CompoundDatabase, PropertiesGoWhereTheirNamesSay) {
   // H = 2T + 0.5T^2, so cp = 2 + T and S = 2 ln T + T + 5.
-  const auto enthalpy = equation("IGH", PropCurveVELDB3, {0.0, 2.0, 0.5, 0.0, 0.0, 0.0, 5.0});
-  fill({enthalpy});
-  EXPECT_EQ(value(OLESTR("IGH")), (PropertyReading{S_OK, 600.0 + 45000.0}));
-  EXPECT_EQ(value(OLESTR("IGCP")), (PropertyReading{S_OK, 302.0}));
-  EXPECT_DOUBLE_EQ(value(OLESTR("IGS")).value, 2.0 * std::log(300.0) + 300.0 + 5.0);
-  fill({enthalpy, equation("IGCP", PropCurvePOLY2, {7.0, 0.0, 0.0})});
-  EXPECT_EQ(value(OLESTR("IGCP")), (PropertyReading{S_OK, 7.0})) << "a later field of the record's own";
-  fill({equation("IGCP", PropCurvePOLY2, {7.0, 0.0, 0.0}), enthalpy});
-  EXPECT_EQ(value(OLESTR("IGCP")), (PropertyReading{S_OK, 302.0}));
-  fill({equation("IGH", -32767, {0.0, 2.0, 0.5, 0.0, 0.0, 0.0, 5.0})});
-  EXPECT_EQ(value(OLESTR("IGCP")), (PropertyReading{S_FALSE, kEmpty}));
-  EXPECT_EQ(value(OLESTR("IGS")), (PropertyReading{S_FALSE, kEmpty}));
-  fill({equation("IGH", PropCurveVELDB3, {0, 2, 0.5, 0, 0, 0, 5}, COMx, COMlnx, 2.0)});
-  EXPECT_EQ(shapes(OLESTR("IGH")), (std::vector<double>{COMx, COMlnx, 1.0, 2.0}));
-  EXPECT_EQ(shapes(OLESTR("IGS")), (std::vector<double>{COMx, COMx, 1.0, 1.0})) << "what is derived is plain";
-}
-
-TEST_F(CompoundDatabase, OldFilesNormaliseWithTheMolecularWeight) {
-  const auto heat = equation("HVP", PropCurvePOLY2, {1, 1, 1}, COMxr);
-  fill({number("MW", 18.0), heat, equation("VP", PropCurvePOLY2, {1, 1, 1}, COMxr)}, 1.0);
-  EXPECT_EQ(shapes(OLESTR("HVP")), (std::vector<double>{COMxr, COMx, 18.0, 1.0}));
-  EXPECT_EQ(shapes(OLESTR("VP")), (std::vector<double>{COMxp, COMx, 1.0, 1.0}));
-  fill({number("MW", 18.0), heat}, 1.5);
-  EXPECT_EQ(shapes(OLESTR("HVP")), (std::vector<double>{COMxr, COMx, 1.0, 1.0}));
-}
-
-TEST_F(CompoundDatabase, TheSrkVolumeStandsInWhereNoPengRobinsonTranslationIs) {
-  fill({number("COSTALDACEN", 0.3), number("SRKVC", 0.05)});
-  EXPECT_EQ(value(OLESTR("COSTALDACEN")), (PropertyReading{S_OK, 0.05}));
-  fill({number("COSTALDACEN", 0.3), number("SRKVC", 0.05), number("PRPVOLT", kEmpty)});
-  EXPECT_EQ(value(OLESTR("COSTALDACEN")), (PropertyReading{S_OK, 0.3}));
-  fill({number("COSTALDACEN", 0.3)});
-  EXPECT_EQ(value(OLESTR("COSTALDACEN")), (PropertyReading{S_FALSE, kEmpty}));
+  const std::initializer_list<double> h{0.0, 2.0, 0.5, 0.0, 0.0, 0.0, 5.0};
+  const auto enthalpy = equation("IGH", PropCurveVELDB3, h), constant = equation("IGCP", PropCurvePOLY2, {7, 0, 0});
+  const auto scaled = [](const char* name) { return equation(name, PropCurvePOLY2, {1, 1, 1}, COMxr); };
+  const std::string igh = curve("IGH", PropCurveVELDB3, "0 2 0.5 0 0 0 ");
+  const std::string igcp = curve("IGCP", PropCurveVELDB9, "0 2 0.5 0 0 0 ");
+  const std::string igs = curve("IGS", PropCurveVELDB10, "0 2 0.5 0 0 0 5 ");
+  const std::string noAcentric = is("COSTALDACEN", "-32767"), weight = is("MW", "18");
+  const struct {
+    const char* what;
+    std::vector<FieldBytes> fields;
+    std::string expected;
+    double version = 2.0;
+  } rows[] = {
+      {"missing and unset coefficients are zero, further ones do not matter",
+       {number("MW", 18.0), number("TC", kEmpty), number("Mine", 4.5), equation("VP", PropCurvePOLY2, {1, kEmpty, 0.5}),
+        equation("Own", PropCurveVELDB1, {2.0, 1.0}), equation("LCP", PropCurveEXPO2, {1.0, 2.0, 99.0, 98.0})},
+       noAcentric + curve("LCP", PropCurveEXPO2, "1 2 ") + weight + is("TC", "-32767") +
+           curve("VP", PropCurvePOLY2, "1 0 0.5 ") + is("Mine", "4.5") + curve("Own", PropCurveVELDB1, "2 1 0 0 0 ")},
+      {"no such form",
+       {equation("VP", -32767, {1}), equation("ST", kFormCount, {1}), equation("IT", 999, {1}),
+        equation("SP", -1, {1})},
+       noAcentric + curve("IT", 1000, "") + curve("SP", 1000, "") + curve("ST", 1000, "") + curve("VP", 1000, "")},
+      {"an enthalpy brings heat capacity and entropy", {enthalpy}, noAcentric + igcp + igh + igs},
+      {"a later field of the record's own",
+       {enthalpy, constant},
+       noAcentric + curve("IGCP", PropCurvePOLY2, "7 0 0 ") + igh + igs},
+      {"an earlier one", {constant, enthalpy}, noAcentric + igcp + igh + igs},
+      {"an enthalpy without a form",
+       {equation("IGH", -32767, h)},
+       noAcentric + curve("IGCP", 1000, "") + curve("IGH", 1000, "") + curve("IGS", 1000, "")},
+      {"what is derived is plain",
+       {equation("IGH", PropCurveVELDB3, h, COMx, COMlnx, 2.0)},
+       noAcentric + igcp + curve("IGH", PropCurveVELDB3, "0 2 0.5 0 0 0 ", "1 7 1 1 2 1") + igs},
+      {"old files normalise with the molecular weight",
+       {number("MW", 18.0), scaled("HVP"), scaled("VP")},
+       noAcentric + curve("HVP", PropCurvePOLY2, "1 1 1 ", "2 1 18 1 1 1") + weight +
+           curve("VP", PropCurvePOLY2, "1 1 1 ", "35 1 1 1 1 1"),
+       1.0},
+      {"newer ones do not",
+       {number("MW", 18.0), scaled("HVP")},
+       noAcentric + curve("HVP", PropCurvePOLY2, "1 1 1 ", "2 1 1 1 1 1") + weight,
+       1.5},
+      {"the SRK volume replaces the acentric factor where no Peng-Robinson translation is",
+       {number("COSTALDACEN", 0.25), number("SRKVC", 0.5)},
+       is("COSTALDACEN", "0.5") + is("SRKVC", "0.5")},
+      {"there is one",
+       {number("COSTALDACEN", 0.25), number("SRKVC", 0.5), number("PRPVOLT", kEmpty)},
+       is("COSTALDACEN", "0.25") + is("PRPVOLT", "-32767") + is("SRKVC", "0.5")},
+      {"there is neither", {number("COSTALDACEN", 0.25)}, noAcentric},
+  };
+  for (const auto& row : rows) {
+    fill(row.fields, row.version);
+    EXPECT_EQ(properties(), row.expected) << row.what;
+  }
 }
 
 TEST_F(CompoundDatabase, SynonymsFillUpToTheMostThatACompoundKeeps) {
@@ -149,20 +148,20 @@ TEST_F(CompoundDatabase, NothingOfAnotherCompoundStays) {
   query<ICompoundIDPut>(compound)->put_CMAID(5);
   query<ICompoundPropPut>(compound)->SetPointProperty(Bstr(OLESTR("other")).get(), 0, 1.0);
   query<ICompoundPropPut>(compound)->SetPointProperty(Bstr(OLESTR("PC")).get(), 1, 1.0);
-  fill({number("MW", 18.0), text("PName", "Seven")});
+  fill({text("PName", "Seven"), number("PRPVOLT", 1.0)});
   EXPECT_EQ(identityOf(compound), "Seven (null) (null) (null) ; 7 -32767 -32767 -32767 -32767 -32767; -32767 0;;;");
-  EXPECT_EQ(value(OLESTR("other")).result, S_FALSE);
-  EXPECT_EQ(value(OLESTR("PC")).result, S_FALSE);
+  EXPECT_EQ(properties(), is("PRPVOLT", "1"));
 
   EXPECT_EQ(init(8), S_FALSE) << "not in the index";
-  EXPECT_THAT(identityOf(compound), testing::StartsWith("(null) (null) (null) (null) ; 8 -32767"));
-  EXPECT_EQ(value(OLESTR("MW")).result, S_FALSE);
+  const std::string nothing = "(null) (null) (null) (null) ; 8 -32767 -32767 -32767 -32767 -32767; -32767 0;;;";
+  EXPECT_EQ(identityOf(compound), nothing);
+  EXPECT_EQ(describe(compound).find('\n'), std::string::npos);
 
   // Nor when the files cannot be read.
   ASSERT_EQ(init(7), S_OK);
   directory.remove("purecmp1.dat");
   EXPECT_EQ(init(7), E_FAIL);
-  EXPECT_EQ(value(OLESTR("MW")).result, S_FALSE);
+  EXPECT_EQ(describe(compound).find('\n'), std::string::npos);
   const auto loader = query<ICompoundInitFromVelDB>(compound);
   EXPECT_EQ(loader->Init(Bstr(OLESTR("no such directory")).get(), 7), E_FAIL);
   EXPECT_EQ(loader->Init(nullptr, 7), E_FAIL);

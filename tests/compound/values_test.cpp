@@ -1,57 +1,42 @@
 // Values and ranges of the fixed keys through the typed getters.
-#include <functional>
-
 #include "props/key_table.h"
+#include "tests/support/components.h"
 #include "tests/support/compounds.h"
 
 namespace qs::test {
 namespace {
 
 using CompoundValues = CompoundTest;
+using Outputs = std::vector<double>;  // the result of a call and what its out-parameters hold afterwards
 
-// What stands in the outputs before a call.
-constexpr LONG kOldDependencies = 77;
-constexpr double kOld = 123.5;
-
-struct Reading {
-  HRESULT result = S_OK;
-  LONG dependencies = kOldDependencies;
-  double value = kOld;
-  bool operator==(const Reading&) const = default;
-};
-struct Range {
-  HRESULT result = S_OK;
-  double tMin = kOld, tMax = kOld, pMin = kOld, pMax = kOld;
-  bool operator==(const Range&) const = default;
-};
+constexpr double kOld = 123.0;  // what they hold before
 
 template <class I, class Method>
-Reading read(IUnknown* compound, Method method) {
-  Reading out;
-  out.result =
-      (ComPtr<I>::from(compound).get()->*method)(350.0, 200.0, eNoExtrapolation, &out.dependencies, &out.value);
-  return out;
+Outputs read(IUnknown* compound, Method method) {
+  double value = kOld;
+  auto dependencies = static_cast<LONG>(kOld);
+  const HRESULT result =
+      (ComPtr<I>::from(compound).get()->*method)(350.0, 200.0, eNoExtrapolation, &dependencies, &value);
+  return {static_cast<double>(result), static_cast<double>(dependencies), value};
 }
 template <class I, class Method>
-Range readRange(IUnknown* compound, Method method) {
-  Range out;
-  out.result = (ComPtr<I>::from(compound).get()->*method)(&out.tMin, &out.tMax, &out.pMin, &out.pMax);
-  return out;
+Outputs readRange(IUnknown* compound, Method method) {
+  double range[] = {kOld, kOld, kOld, kOld};
+  const HRESULT result = (ComPtr<I>::from(compound).get()->*method)(range, range + 1, range + 2, range + 3);
+  return {static_cast<double>(result), range[0], range[1], range[2], range[3]};
 }
 
 // Every typed getter, each through the interface that documents it.
 struct Getter {
-  const char* key;
-  const char* interfaceName;
-  Reading (*value)(IUnknown* compound);
-  Range (*range)(IUnknown* compound);  // null where the interface has none
+  std::string key;
+  Outputs (*value)(IUnknown* compound);
+  Outputs (*range)(IUnknown* compound);  // null where the interface has none
 };
 #define READ_VALUE(key, I) [](IUnknown* compound) { return read<I>(compound, &I::get_##key); }
 #define READ_RANGE(key, I) [](IUnknown* compound) { return readRange<I>(compound, &I::get_##key##TPRange); }
 const Getter kGetters[] = {
-#define FIXED_KEY(key, help, interface_name, dispid) \
-  {#key, #interface_name, READ_VALUE(key, interface_name), READ_RANGE(key, interface_name)},
-#define FIXED_KEY_ALSO(key, interface_name, dispid) {#key, #interface_name, READ_VALUE(key, interface_name), nullptr},
+#define FIXED_KEY(key, help, I, dispid) {#key, READ_VALUE(key, I), READ_RANGE(key, I)},
+#define FIXED_KEY_ALSO(key, I, dispid) {#key, READ_VALUE(key, I), nullptr},
 #include "props/keys.def"
 };
 #undef READ_VALUE
@@ -59,30 +44,29 @@ const Getter kGetters[] = {
 
 TEST_F(CompoundValues, EachGetterReadsItsOwnKeyAloneAtTheStateAskedFor) {
   const auto coefficients = reals({1.0, 2.0, 0.5});
-  const Range noRange{S_FALSE, kEmpty, kEmpty, kEmpty, kEmpty};
+  const Outputs noRange{S_FALSE, kEmpty, kEmpty, kEmpty, kEmpty};
   for (const Getter& getter : kGetters) {
-    SCOPED_TRACE(std::string(getter.interfaceName) + "::" + getter.key);
+    SCOPED_TRACE(getter.key + " " + std::to_string(&getter - kGetters));
     const auto compound = newCompound();
     const auto put = query<ICompoundPropPut>(compound);
     const Bstr key(widen(getter.key));
-    const auto expect = [&](const Reading& value, const Range& range) {
+    const auto expect = [&](const Outputs& value, const Outputs& range) {
       EXPECT_EQ(getter.value(compound.get()), value);
       if (getter.range) {
         EXPECT_EQ(getter.range(compound.get()), range);
       }
     };
-    expect({S_FALSE}, {S_FALSE});
+    expect({S_FALSE, kOld, kOld}, {S_FALSE, kOld, kOld, kOld, kOld});
     ASSERT_EQ(put->SetPointProperty(key.get(), 1, 500.0), S_OK);
     expect({S_OK, 0, 500.0}, noRange);
     for (const Getter& other : kGetters)
-      EXPECT_EQ(other.value(compound.get()).result, std::string(other.key) == getter.key ? S_OK : S_FALSE) << other.key;
+      EXPECT_EQ(other.value(compound.get())[0], other.key == getter.key ? S_OK : S_FALSE) << other.key;
     ASSERT_EQ(put->SetPointProperty(key.get(), 1, kEmpty), S_OK);
     expect({S_FALSE, 0, kEmpty}, noRange);
     ASSERT_EQ(put->SetVoidProperty(key.get(), 1), S_OK);
     expect({S_FALSE, 0, kEmpty}, noRange);
-    ASSERT_EQ(put->SetEquationProperty(key.get(), 1, PropCurvePOLY2, 200.0, 400.0, 1.0, 1000.0, coefficients.get()),
-              S_OK);
-    expect({S_OK, 1, 1.0 + 2.0 * 350.0 + 0.5 * 350.0 * 350.0}, {S_OK, 200.0, 400.0, 1.0, 1000.0});
+    ASSERT_EQ(put->SetEquationProperty(key.get(), 1, PropCurvePOLY2, 200, 400, 1, 1000, coefficients.get()), S_OK);
+    expect({S_OK, 1, 1.0 + 2.0 * 350.0 + 0.5 * 350.0 * 350.0}, {S_OK, 200, 400, 1, 1000});
   }
 }
 
@@ -91,26 +75,28 @@ TEST_F(CompoundValues, TwoValuesAtOnceNeedBothAndUseTheStandardState) {
   const auto put = query<ICompoundPropPut>(compound);
   const auto viscosity = query<ICompoundViscosity>(compound);
   const auto uniquac = query<ICompoundUNIQUAC1>(compound);
-  const struct {
-    Bstr first, second;
-    std::function<HRESULT(double*, double*)> read;
-  } pairs[] = {{Bstr(OLESTR("THETAA")), Bstr(OLESTR("THETAB")),
-                [&](double* a, double* b) { return viscosity->get_ViscosityThetas(a, b); }},
-               {Bstr(OLESTR("UNIQUACR")), Bstr(OLESTR("UNIQUACQ")),
-                [&](double* r, double* q) { return uniquac->get_UNIQUAC1Parameters(r, q); }}};
-  for (const auto& pair : pairs) {
-    double first = kOld, second = kOld;
+  for (const bool thetas : {true, false}) {
+    const Bstr one(thetas ? OLESTR("THETAA") : OLESTR("UNIQUACR")), two(thetas ? OLESTR("THETAB") : OLESTR("UNIQUACQ"));
     const auto expect = [&](HRESULT result, double firstValue, double secondValue) {
-      EXPECT_EQ(pair.read(&first, &second), result);
+      double first = kOld, second = kOld;
+      EXPECT_EQ(
+          thetas ? viscosity->get_ViscosityThetas(&first, &second) : uniquac->get_UNIQUAC1Parameters(&first, &second),
+          result);
       EXPECT_EQ(first, firstValue);
       EXPECT_EQ(second, secondValue);
     };
-    put->SetPointProperty(pair.first.get(), 1, 1.5);
+    put->SetPointProperty(one.get(), 1, 1.5);
     expect(S_FALSE, kOld, kOld);
-    put->SetEquationProperty(pair.second.get(), 1, PropCurvePOLY2, 1, 2, 1, 2, reals({0.0, 1.0, 0.0}).get());
+    put->SetEquationProperty(two.get(), 1, PropCurvePOLY2, 1, 2, 1, 2, reals({0.0, 1.0, 0.0}).get());
     expect(S_OK, 1.5, 298.15);
-    put->SetPointProperty(pair.first.get(), 1, kEmpty);
+    put->SetPointProperty(one.get(), 1, kEmpty);
     expect(S_FALSE, kEmpty, 298.15);
+    // The first may take the second away.
+    ValueComponent component;
+    component.act = [&] { put->ErasePropFromMap(two.get(), 1); };
+    put->SetCOMProperty(one.get(), 1, nullptr, &component);
+    expect(S_FALSE, kOld, kOld);
+    put->ErasePropFromMap(one.get(), 1);
   }
 }
 

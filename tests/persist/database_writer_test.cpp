@@ -8,6 +8,7 @@
 #include <set>
 #include <stdexcept>
 
+#include "props/forms.h"
 #include "tests/support/database_builder.h"
 #include "tests/support/record_log.h"
 
@@ -185,7 +186,7 @@ TEST(DatabaseWriter, RefusesWhatTheFilesCannotHold) {
       {[=](auto& c) { c.constants[Key::TC] = -kInfinity; }, "TC", "finite"},
       {[](auto& c) { c.constants[Key::VP] = 1.0; }, "VP", "single values"},
       {[](auto& c) { c.correlations[Key::SRKVC] = c.correlations[Key::LDN]; }, "SRKVC", "single values"},
-      {[](auto& c) { c.correlations[Key::VP].form = static_cast<tagEquationShapeEnum>(38); }, "VP", "form"},
+      {[](auto& c) { c.correlations[Key::VP].form = static_cast<tagEquationShapeEnum>(kFormCount); }, "VP", "form"},
       {[](auto& c) { c.correlations[Key::VP].coefficients.push_back(1); }, "VP", "7 coefficients instead of 6"},
       {[](auto& c) { c.correlations[Key::VP].coefficients[2] = kEmpty; }, "VP", "not set"},
       {[=](auto& c) { c.correlations[Key::VP].coefficients[5] = kInfinity; }, "VP", "finite"},

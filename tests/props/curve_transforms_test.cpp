@@ -1,6 +1,8 @@
 // The transformations of X and Y, seen through an equation whose form is Y = X.
 #include <cmath>
+#include <sstream>
 
+#include "tests/support/formula.h"
 #include "tests/support/properties.h"
 #include "tests/support/ulps.h"
 
@@ -23,72 +25,37 @@ std::unique_ptr<CQSAbstractProp> identity() {
   return curve;
 }
 
-// A transformation of X. As one of Y it is undone, but for the scale, whose sign turns.
-struct TransformCase {
-  LONG shape;
-  Real (*forward)(Real x, Real n, Real P);
-  double undone = 1.0;
-};
+// The transformations of X in the order of their numbers, from 1, with the norm N and the pressure P; a dash where a
+// number is none.
+const char kFormulas[] =
+    "X X/N 1-X/N log10(X) log10(X/N) log10(1-X/N) ln(X) ln(X/N) ln(1-X/N) exp(X) exp(X/N) exp(1-X/N) sin(X) cos(X) "
+    "tan(X) sin(X/N) cos(X/N) tan(X/N) sin(1-X/N) cos(1-X/N) tan(1-X/N) 1-X X-1 X/N-1 (1-X/N)^(1/3) (A-B)/(X-B)-1 "
+    "ln(XN) X/(X+N) XN N^0.5/X - - - X/P XP ln(XP)";
 
-constexpr Real kTenth = 2.302585092994045684017991454684364208L;  // ln 10
-
-const TransformCase kTransformCases[] = {
-    {1, [](Real x, Real, Real) { return x; }},
-    {2, [](Real x, Real n, Real) { return x / n; }},
-    {3, [](Real x, Real n, Real) { return (n - x) / n; }},
-    {4, [](Real x, Real, Real) { return std::log(x) / kTenth; }},
-    {5, [](Real x, Real n, Real) { return (std::log(x) - std::log(n)) / kTenth; }},
-    {6, [](Real x, Real n, Real) { return std::log((n - x) / n) / kTenth; }},
-    {7, [](Real x, Real, Real) { return 2 * std::atanh((x - 1) / (x + 1)); }},
-    {8, [](Real x, Real n, Real) { return std::log(x) - std::log(n); }},
-    {9, [](Real x, Real n, Real) { return std::log1p(-x / n); }},
-    {10, [](Real x, Real, Real) { return std::sinh(x) + std::cosh(x); }},
-    {11, [](Real x, Real n, Real) { return 1 / std::exp(-x / n); }},
-    {12, [](Real x, Real n, Real) { return std::exp((n - x) / n); }},
-    {13, [](Real x, Real, Real) { return std::sin(x); }},
-    {14, [](Real x, Real, Real) { return std::cos(x); }},
-    {15, [](Real x, Real, Real) { return std::sin(x) / std::cos(x); }},
-    {16, [](Real x, Real n, Real) { return std::sin(x / n); }},
-    {17, [](Real x, Real n, Real) { return std::cos(x / n); }},
-    {18, [](Real x, Real n, Real) { return std::sin(x / n) / std::cos(x / n); }},
-    {19, [](Real x, Real n, Real) { return std::sin((n - x) / n); }},
-    {20, [](Real x, Real n, Real) { return std::cos((n - x) / n); }},
-    {21, [](Real x, Real n, Real) { return std::sin((n - x) / n) / std::cos((n - x) / n); }},
-    {22, [](Real x, Real, Real) { return 1 - x; }},
-    {23, [](Real x, Real, Real) { return x - 1; }},
-    {24, [](Real x, Real n, Real) { return (x - n) / n; }},
-    {25, [](Real x, Real n, Real) { return std::cbrt((n - x) / n); }},
-    {26, [](Real x, Real, Real) { return (kA - x) / (x - kB); }},
-    {27, [](Real x, Real n, Real) { return std::log(n) + std::log(x); }},
-    {28, [](Real x, Real n, Real) { return 1 / (1 + n / x); }, -1.0},
-    {29, [](Real x, Real n, Real) { return n * x; }},
-    {30, [](Real x, Real n, Real) { return std::sqrt(n) / x; }},
-    {34, [](Real x, Real, Real P) { return x / P; }},
-    {35, [](Real x, Real, Real P) { return x * P; }},
-    {36, [](Real x, Real, Real P) { return std::log(x) + std::log(P); }},
-};
-constexpr double kPoints[] = {0.3, 0.45, 0.7};
-
+// As one of Y a transformation is undone, but for the scale, whose sign turns.
 TEST(CurveTransforms, TransformBothWays) {
-  ASSERT_EQ(std::size(kTransformCases), 33u);
   const auto curve = identity();
-  for (const TransformCase& row : kTransformCases) {
-    for (const double x : kPoints) {
-      SCOPED_TRACE(testing::Message() << "shape " << row.shape << " of " << x);
-      const Real y = row.forward(x, kNorm, kPressure);
-      curve->SetXYShape(row.shape, COMx);
+  std::istringstream formulas(kFormulas);
+  LONG shape = 1;
+  for (std::string formula; formulas >> formula; ++shape) {
+    if (formula == "-") continue;
+    for (const double x : {0.3, 0.45, 0.7}) {
+      SCOPED_TRACE(testing::Message() << "shape " << shape << " of " << x);
+      const Real y = test::Formula::valueOf(formula, {{'X', x}, {'N', kNorm}, {'P', kPressure}, {'A', kA}, {'B', kB}});
+      curve->SetXYShape(shape, COMx);
       const Evaluation forward = evaluate(*curve, x, kPressure);
       EXPECT_EQ(forward.result, S_OK);
       EXPECT_EQ(forward.dependencies, 1);
-      // Differences such as 1 - X/n lose the digits that they cancel.
+      // Differences such as 1 - X/N lose the digits that they cancel.
       EXPECT_LE(ulps(forward.value, y), 3.0);
 
-      curve->SetXYShape(COMx, row.shape);
+      curve->SetXYShape(COMx, shape);
       const Evaluation back = evaluate(*curve, static_cast<double>(y), kPressure);
       EXPECT_EQ(back.result, S_OK);
-      EXPECT_NEAR(back.value, row.undone * x, 1e-14);
+      EXPECT_NEAR(back.value, shape == COMxscale ? -x : x, 1e-14);
     }
   }
+  EXPECT_EQ(shape, COMlnxp + 1);
 }
 
 TEST(CurveTransforms, ApplyPowersInsideTheShapes) {

@@ -11,11 +11,12 @@
 namespace qs {
 namespace {
 
-TEST(KeyTable, NumbersKeysByPlace) {
+TEST(KeyTable, NumbersKeysByPlaceAndFindsWholeNamesOnly) {
   EXPECT_EQ(kKeys.at(0).name, OLESTR("MW"));
   EXPECT_EQ(kKeys.at(70).name, OLESTR("SRKACEN"));
   EXPECT_EQ(kKeys.at(70).help, OLESTR("SRK Accentric Factor"));
-  EXPECT_EQ(kKeys.at(104).name, OLESTR("SUBP"));
+  for (const WideView name : {WideView(), WideView(OLESTR("mw")), WideView(OLESTR("M")), WideView(OLESTR("MWX"))})
+    EXPECT_EQ(findKey(name), std::nullopt);
 }
 
 // A getter as the type library's source writes it: interface, DISPID, the range's DISPID unless 0, key, help.
@@ -45,16 +46,6 @@ TEST(KeyTable, AgreesWithTheTypeLibraryBothWays) {
     documented.back().pop_back();
   }
   EXPECT_THAT(documented, testing::UnorderedElementsAreArray(expected));
-}
-
-TEST(KeyTable, FindsEveryKeyByItsFullName) {
-  for (int i = 0; i < kKeyCount; ++i) {
-    const WideString name(kKeys[static_cast<std::size_t>(i)].name);
-    EXPECT_EQ(findKey(name), static_cast<Key>(i)) << i;
-    EXPECT_EQ(findKey(name + OLESTR('X')), std::nullopt) << i;
-  }
-  for (const WideView name : {WideView(), WideView(OLESTR("mw")), WideView(OLESTR("M")), WideView(OLESTR("zzz"))})
-    EXPECT_EQ(findKey(name), std::nullopt);
 }
 
 }  // namespace

@@ -1,84 +1,78 @@
-// Points, placeholders and component properties, and what every kind answers to operations it does not support.
+// Points, placeholders and component properties, and what every kind returns from operations that it does not support.
 #include <cstring>
+#include <numeric>
 
 #include "tests/support/properties.h"
 
 namespace qs {
 namespace {
 
-// The entry of the virtual table that a pointer to a member function names; the destructor takes two.
-template <class Member>
-std::size_t entryOf(Member member) {
-  std::size_t encoded = 0;
-  static_assert(sizeof(member) >= sizeof(encoded));
-  std::memcpy(&encoded, &member, sizeof(encoded));
-  EXPECT_EQ(encoded % sizeof(void*), 1u) << "not virtual";
-  return encoded / sizeof(void*);
-}
-template <auto... members>
-std::vector<std::size_t> entriesOf() {
+// The entries of the virtual table that pointers to member functions name.
+template <class... Members>
+std::vector<std::size_t> entriesOf(Members... members) {
+  const auto entryOf = [](auto member) {
+    std::size_t encoded = 0;
+    std::memcpy(&encoded, &member, sizeof encoded);
+    EXPECT_EQ(encoded % sizeof(void*), 1u) << "not virtual";
+    return encoded / sizeof(void*);
+  };
   return {entryOf(members)...};
 }
 
-TEST(PropertyKinds, OperationsStandInTheirSlots) {
+// Behind the two of the destructor.
+TEST(PropertyKinds, OperationsHaveTheirPlacesInTheVirtualTable) {
   using P = CQSAbstractProp;
-  const auto entries =
-      entriesOf<&P::Copy, &P::GetValue, &P::Store, &P::Recall, &P::SetValue, &P::GetClassName, &P::GetForm,
-                &P::GetShape, &P::GetNumbOfParameters, &P::GetParameter, &P::GetTRange, &P::GetPRange, &P::GetXYShape,
-                &P::GetXYNorm, &P::GetXYPow, &P::GetAB, &P::SetParameters, &P::SetParameter, &P::SetTRange,
-                &P::SetPRange, &P::SetXYShape, &P::SetXYNorm, &P::SetXYPow, &P::SetAB, &P::GetCOMClassName,
-                &P::GetCOMObject, &P::SetCOMClassName, &P::SetCOMObject>();
-  for (std::size_t i = 0; i < 28; ++i) EXPECT_EQ(entries[i], i + 2);
+  std::vector<std::size_t> places(28);
+  std::iota(places.begin(), places.end(), 2u);
+  EXPECT_EQ(entriesOf(&P::Copy, &P::GetValue, &P::Store, &P::Recall, &P::SetValue, &P::GetClassName, &P::GetForm,
+                      &P::GetShape, &P::GetNumbOfParameters, &P::GetParameter, &P::GetTRange, &P::GetPRange,
+                      &P::GetXYShape, &P::GetXYNorm, &P::GetXYPow, &P::GetAB, &P::SetParameters, &P::SetParameter,
+                      &P::SetTRange, &P::SetPRange, &P::SetXYShape, &P::SetXYNorm, &P::SetXYPow, &P::SetAB,
+                      &P::GetCOMClassName, &P::GetCOMObject, &P::SetCOMClassName, &P::SetCOMObject),
+            places);
 }
 
-TEST(PropertyKinds, AnswerUnsupportedOperations) {
+TEST(PropertyKinds, RefuseWhatTheyDoNotSupport) {
+  using P = CQSAbstractProp;
   CQSPointProp point;
   CQSVoidProp placeholder;
   CQSCOMProp component;
-  for (CQSAbstractProp* property : std::initializer_list<CQSAbstractProp*>{&point, &placeholder, &component}) {
-    for (const auto getter : {&CQSAbstractProp::GetClassName, &CQSAbstractProp::GetForm}) {
+  test::ValueComponent object;
+  for (P* property : std::initializer_list<P*>{&point, &placeholder, &component}) {
+    for (const auto getter : {&P::GetClassName, &P::GetForm}) {
       BSTR text = nullptr;
       EXPECT_EQ((property->*getter)(&text), S_FALSE);
       EXPECT_EQ(taken(text), "Not Valid");
     }
     LONG shape = 5, count = 5, x = 5, y = 5;
-    EXPECT_EQ(property->GetShape(&shape), S_FALSE);
-    EXPECT_EQ(property->GetNumbOfParameters(&count), S_FALSE);
-    EXPECT_EQ(property->GetXYShape(&x, &y), S_FALSE);
-    EXPECT_THAT((std::vector{shape, count, x, y}), testing::ElementsAre(1000, 0, 1000, 1000));
-
     double value = 1.0;
-    EXPECT_EQ(property->GetParameter(0, &value), S_FALSE);
+    auto* given = reinterpret_cast<IPCProperty*>(1);
+    auto* className = reinterpret_cast<BSTR>(1);
+    std::vector<HRESULT> results{
+        property->GetShape(&shape),        property->GetNumbOfParameters(&count), property->GetXYShape(&x, &y),
+        property->GetParameter(0, &value), property->GetCOMObject(&given),        property->GetCOMClassName(&className),
+        property->SetParameter(0, 1.0),    property->SetParameters(&value, 1),    property->SetXYShape(1, 1)};
+    EXPECT_THAT((std::vector{shape, count, x, y}), testing::ElementsAre(1000, 0, 1000, 1000));
     EXPECT_EQ(value, -32767.0);
-    for (const auto getter : {&CQSAbstractProp::GetTRange, &CQSAbstractProp::GetPRange, &CQSAbstractProp::GetXYNorm,
-                              &CQSAbstractProp::GetXYPow, &CQSAbstractProp::GetAB}) {
+    EXPECT_EQ(given, nullptr);
+    EXPECT_EQ(className, nullptr);
+    for (const auto getter : {&P::GetTRange, &P::GetPRange, &P::GetXYNorm, &P::GetXYPow, &P::GetAB}) {
       double values[] = {1.0, 1.0};
-      EXPECT_EQ((property->*getter)(&values[0], &values[1]), S_FALSE);
+      results.push_back((property->*getter)(&values[0], &values[1]));
       EXPECT_THAT(values, testing::Each(-32767.0));
     }
-    for (const auto setter : {&CQSAbstractProp::SetTRange, &CQSAbstractProp::SetPRange, &CQSAbstractProp::SetXYNorm,
-                              &CQSAbstractProp::SetXYPow, &CQSAbstractProp::SetAB}) {
-      EXPECT_EQ((property->*setter)(1.0, 2.0), S_FALSE);
+    for (const auto setter : {&P::SetTRange, &P::SetPRange, &P::SetXYNorm, &P::SetXYPow, &P::SetAB})
+      results.push_back((property->*setter)(1.0, 2.0));
+    if (property != &component) {
+      results.push_back(property->SetCOMObject(&object));
+      results.push_back(property->SetCOMClassName(Bstr(OLESTR("x")).get()));
     }
-    EXPECT_EQ(property->SetParameters(&value, 1), S_FALSE);
-    EXPECT_EQ(property->SetParameter(0, 1.0), S_FALSE);
-    EXPECT_EQ(property->SetXYShape(1, 1), S_FALSE);
+    EXPECT_THAT(results, testing::Each(S_FALSE));
     EXPECT_EQ(property->SetValue(1.0), property == &point ? S_OK : S_FALSE);
-
-    auto* object = reinterpret_cast<IPCProperty*>(1);
-    auto* text = reinterpret_cast<BSTR>(1);
-    EXPECT_EQ(property->GetCOMObject(&object), S_FALSE);
-    EXPECT_EQ(object, nullptr);
-    EXPECT_EQ(property->GetCOMClassName(&text), S_FALSE);
-    EXPECT_EQ(text, nullptr);
-    if (property == &component) continue;
-    FakeComponent fake;
-    EXPECT_EQ(property->SetCOMObject(&fake), S_FALSE);
-    EXPECT_EQ(property->SetCOMClassName(Bstr(OLESTR("x")).get()), S_FALSE);
   }
 }
 
-TEST(PropertyKinds, PointAnswersItsValueAtEveryState) {
+TEST(PropertyKinds, PointHasItsValueAtEveryState) {
   CQSPointProp point;
   EXPECT_EQ(evaluate(point), (Evaluation{S_OK, 0, -32767.0}));
   EXPECT_EQ(point.SetValue(500.0), S_OK);
@@ -87,27 +81,23 @@ TEST(PropertyKinds, PointAnswersItsValueAtEveryState) {
 }
 
 TEST(PropertyKinds, ComponentPropertyDelegates) {
-  FakeComponent first, second;
+  test::ValueComponent first, second;
   {
     CQSCOMProp property;
     EXPECT_EQ(evaluate(property), (Evaluation{S_FALSE, kUnwrittenLong, -32767.0}));
     EXPECT_EQ(property.SetCOMObject(&first), S_OK);
-    EXPECT_EQ(first.references, 2u);
-    EXPECT_EQ(evaluate(property, 300.0, 100.0), (Evaluation{S_OK, 3, 400.0}));
+    first.result = E_FAIL;
     LONG dependencies = 0;
     double value = 0.0;
-    property.GetValue(300.0, 100.0, eNothingDefinedYet, &dependencies, &value);
+    EXPECT_EQ(property.GetValue(300.0, 100.0, eNothingDefinedYet, &dependencies, &value), S_OK);
+    EXPECT_EQ(dependencies, 3);
     EXPECT_EQ(value, 401.0);
-    first.result = E_FAIL;
-    EXPECT_EQ(evaluate(property, 1.0, 2.0), (Evaluation{S_OK, 3, 3.0}));
 
     EXPECT_EQ(property.SetCOMObject(nullptr), S_FALSE);
-    {
-      ComPtr<IPCProperty> object;
-      EXPECT_EQ(property.GetCOMObject(object.out()), S_OK);
-      EXPECT_EQ(object.get(), &first);
-      EXPECT_EQ(first.references, 3u);
-    }
+    ComPtr<IPCProperty> object;
+    EXPECT_EQ(property.GetCOMObject(object.out()), S_OK);
+    EXPECT_EQ(object.get(), &first);
+    EXPECT_EQ(first.references, 3u);
     property.SetCOMObject(&second);
     EXPECT_EQ(second.references, 2u);
   }
@@ -117,6 +107,7 @@ TEST(PropertyKinds, ComponentPropertyDelegates) {
 TEST(PropertyKinds, CopyTakesNameAndValue) {
   CQSPointProp source, target;
   source.SetType(PointProp);
+  target.SetType(PointProp);
   source.SetValue(647.1);
   for (const WideView name : {WideView(OLESTR("TC")), WideView()}) {
     source.Name = name.empty() ? Bstr() : Bstr(name);
@@ -124,7 +115,6 @@ TEST(PropertyKinds, CopyTakesNameAndValue) {
       EXPECT_EQ(target.Copy(from), S_OK);
       EXPECT_EQ(target.Name.view(), name);
       EXPECT_EQ(evaluate(target).value, 647.1);
-      target.SetType(PointProp);
     }
   }
 }
@@ -161,7 +151,7 @@ TEST(PropertyKinds, CopyRefusesOtherTypes) {
 }
 
 TEST(PropertyKinds, CopyOfAComponentPropertyLeavesItToItsOwner) {
-  FakeComponent fake;
+  test::ValueComponent fake;
   CQSCOMProp source, target;
   source.SetType(COMProp);
   target.SetType(COMProp);

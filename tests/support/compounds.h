@@ -1,13 +1,14 @@
 // Short ways to make and read compounds in tests.
 #pragma once
 
-#include <cmath>
 #include <initializer_list>
 #include <sstream>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
+#include "platform/number_text.h"
 #include "tests/support/component_test.h"
 
 namespace qs::test {
@@ -96,11 +97,9 @@ inline std::string identityOf(const ComPtr<IBasicCompound>& compound) {
     text << ' ' << got(compound, getter);
   text << "; " << INT{got(compound, &ICompoundFamily::get_Family)} << ' '
        << INT{got(compound, &IBasicCompound::GetNonCondensable)} << ';';
-  for (INT i = 0; i < got(compound, &ICompoundID::get_NumberOfSynonymNames); ++i) {
-    BSTR synonym = nullptr;
-    EXPECT_EQ(query<ICompoundID>(compound)->get_SynonymName(i, &synonym), S_OK);
+  BSTR synonym = nullptr;
+  for (INT i = 0; i < 80 && query<ICompoundID>(compound)->get_SynonymName(i, &synonym) == S_OK; ++i)
     text << ' ' << narrow(taken(synonym));
-  }
   ComPtr<IDispatch> types, counts;
   query<ICompoundUNIFAC1>(compound)->get_UNIFAC1Groups(types.out(), counts.out());
   for (const auto& list : {types, counts}) {
@@ -108,6 +107,79 @@ inline std::string identityOf(const ComPtr<IBasicCompound>& compound) {
     for (const LONG number : valuesOf(list.get())) text << ' ' << number;
   }
   return text.str();
+}
+
+// Everything that a compound's interfaces give: the identity, then a line for each property that is set; doubles with
+// every bit.
+inline std::string describe(const ComPtr<IBasicCompound>& compound) {
+  std::string text = identityOf(compound) + ';';
+  const auto add = [&text](const auto&... items) {
+    const auto one = [&text](const auto& item) {
+      if constexpr (std::is_same_v<std::decay_t<decltype(item)>, double>) {
+        char digits[kExactNumberLength];
+        text.append(digits, writeExactDouble(digits, item)) += ' ';
+      } else if constexpr (std::is_arithmetic_v<std::decay_t<decltype(item)>>) {
+        text += std::to_string(item) + ' ';
+      } else {
+        text += narrow(item) + ' ';
+      }
+    };
+    (one(items), ...);
+  };
+  VARIANT_BOOL flag = 0;
+  add(got(compound, &ICompoundFamily::get_SubFamily), got(compound, &ICompoundID::get_NumberOfSynonymNames),
+      got(compound, &ICompoundUNIFAC1::get_UNIFAC1NumberOfGroups),
+      query<ICompoundFamily>(compound)->get_NonCondensable(&flag));
+
+  const auto props = query<ICompoundProp>(compound);
+  for (const BYTE fixed : {BYTE{1}, BYTE{0}}) {
+    INT count = 0;
+    props->GetNumbOfProperty(fixed, &count);
+    for (INT i = 0; i < count; ++i) {
+      Bstr name, loader, form;
+      tagPropTypeEnum type{}, byName{};
+      props->GetPropertyName(fixed, i, name.out(), &type);
+      if (props->GetPropertyType(name.get(), &byName) != S_OK && fixed) continue;
+      text += '\n';
+      add(name.view(), INT{type}, INT{byName});
+      if (query<ICompoundPropPut>(compound)->GetPropertyLoader(name.get(), loader.out()) == S_OK)
+        add(OLESTR("from"), loader.view());
+      double v[6]{};
+      LONG dependencies = 0;
+      tagEquationShapeEnum shape{};
+      tagXYShapeEnum x{}, y{};
+      INT coefficients = 0;
+      ComPtr<IRealArrayDisp> array;
+      ComPtr<IPCProperty> component;
+      BSTR className = nullptr, content = nullptr;
+      if (byName == PointProp) {
+        props->GetPropertyValue(name.get(), 300, 100, eNoExtrapolation, &dependencies, v);
+        add(v[0]);
+      } else if (byName == EquationProp) {
+        props->GetEquationProperty(name.get(), &shape, form.out(), v, v + 1, v + 2, v + 3, &coefficients, array.out());
+        add(INT{shape}, form.view(), v[0], v[1], v[2], v[3]);
+        for (LONG at = 0; at < coefficients; ++at) array->get_IthValue(at, v), add(v[0]);
+        query<ICompEqnXYShape>(compound)->GetEquationPropertyXYShape(name.get(), &x, &y, v, v + 1, v + 2, v + 3, v + 4,
+                                                                     v + 5);
+        add(INT{x}, INT{y}, v[0], v[1], v[2], v[3], v[4], v[5]);
+      } else if (byName == COMProp) {
+        props->GetCOMProperty(name.get(), &className, component.out());
+        if (component) component->Store(&content);
+        add(taken(className), taken(content));
+      }
+    }
+  }
+  const auto user = query<IUserProperty>(compound);
+  BSTR classId = nullptr, content = nullptr;
+  Bstr name;
+  ComPtr<IDispatch> component;
+  for (INT i = 0; user->GetUserPropertyI(i, name.out(), &classId, component.out()) == S_OK; ++i) {
+    const auto store = ComPtr<ICOMUserProp>::from(component.get());
+    if (store) store->Store(&content);
+    text += '\n';
+    add(OLESTR("user"), name.view(), taken(classId), taken(std::exchange(content, nullptr)));
+  }
+  return text;
 }
 
 }  // namespace qs::test

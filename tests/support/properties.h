@@ -1,4 +1,4 @@
-// What the tests of property objects share: strings as 8-bit text, equations by shape, a component to delegate to.
+// What the tests of property objects share: strings as 8-bit text and equations by shape.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -7,7 +7,7 @@
 #include <string>
 
 #include "props/curve.h"
-#include "tests/support/host_object.h"
+#include "tests/support/components.h"
 
 namespace qs {
 
@@ -51,21 +51,5 @@ inline Evaluation evaluate(const CQSAbstractProp& property, double T = 300.0, do
   out.result = property.GetValue(T, P, eNoExtrapolation, &out.dependencies, &out.value);
   return out;
 }
-
-// An external component: the value is the sum of its arguments; references are counted and never delete it.
-struct FakeComponent : test::HostProperty {
-  HRESULT result = S_OK;
-
-  STDMETHODIMP GetProperty(double T, double P, tagExtrapolationEnum e, LONG* pDependencies,
-                           double* pVal) noexcept override {
-    *pDependencies = 3;
-    *pVal = T + P + static_cast<int>(e);
-    return result;
-  }
-  STDMETHODIMP Store(BSTR* pVal) noexcept override {
-    if (SUCCEEDED(result)) *pVal = Bstr(OLESTR("k=1")).release();
-    return result;
-  }
-};
 
 }  // namespace qs
