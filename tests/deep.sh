@@ -79,6 +79,6 @@ for target in "${targets[@]}"; do
 done
 check "lines that are reached" coverage
 cat build/log/lines-that-are-reached.log
-rm -f build/lint-passed
+rm -f build/lint/passed
 check "lint with the analyzer" tools/tidy
 settle soak
