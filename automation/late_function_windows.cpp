@@ -6,12 +6,12 @@
 #include "automation/script_values.h"
 #include "com/com_ptr.h"
 #include "com/error.h"
+#include "com/not_set.h"
 #include "com/variant.h"
 
 namespace qs {
 namespace {
 
-constexpr LONG kEmpty = -32767;
 // Mark outputs too small for -32767 as not written: no function writes these values.
 constexpr BYTE kUnwrittenByte = 0xEE;
 constexpr VARIANT_BOOL kUnwrittenBool = 0x7EEE;
@@ -57,10 +57,10 @@ void setEmpty(VARIANT* storage, VARTYPE type) {
   V_VT(storage) = type;
   switch (type) {
     case VT_R8:
-      V_R8(storage) = kEmpty;
+      V_R8(storage) = kEmptyValue;
       break;
     case VT_I4:
-      V_I4(storage) = kEmpty;
+      V_I4(storage) = kEmptyInteger;
       break;
     case VT_UI1:
       V_UI1(storage) = kUnwrittenByte;
@@ -79,7 +79,7 @@ void settleUnwritten(VARIANT* storage) {
                          (V_VT(storage) == VT_BOOL && V_BOOL(storage) == kUnwrittenBool);
   if (!unwritten) return;
   V_VT(storage) = VT_I4;
-  V_I4(storage) = kEmpty;
+  V_I4(storage) = kEmptyInteger;
 }
 
 void move(VARIANT* from, VARIANT* to) {

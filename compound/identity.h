@@ -4,13 +4,10 @@
 #include <vector>
 
 #include "com/bstr.h"
+#include "com/not_set.h"
+#include "props/identity_fields.h"
 
 namespace qs {
-
-// Stands for "not known" in every integer field.
-inline constexpr INT kEmptyInteger = -32767;
-
-inline constexpr std::size_t kMostSynonyms = 64;
 
 struct Identity {
   // Null strings were never set.
@@ -23,7 +20,7 @@ struct Identity {
   INT synonymCount = kEmptyInteger;
   std::vector<Bstr> synonyms;
 
-  // Position in the host's list of compounds; -32767 until the compound was loaded or copied.
+  // Position in the host's list of compounds; not set until the compound was loaded or copied.
   INT compoundIndex = kEmptyInteger;
 
   // UNIFAC groups: type numbers and how often each occurs.

@@ -1,6 +1,7 @@
 #include "compound/xml_writer.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "props/identity_fields.h"
@@ -9,30 +10,14 @@
 namespace qs {
 namespace {
 
-// The order of the fixed properties in the text.
-constexpr auto kWritingOrder = std::to_array<Key>({
-    // clang-format off
-    Key::MW, Key::TC, Key::PC, Key::VC, Key::ACEN, Key::NBP, Key::SLDN, Key::DM, Key::RG, Key::MP, Key::HFUS, Key::RI,
-    Key::FP, Key::FLML, Key::FLMU, Key::AIT, Key::SVEL, Key::IGHF25, Key::IGSF25, Key::IGHC25, Key::PRTC, Key::PRPC,
-    Key::PRVC, Key::PRACEN, Key::PRMC, Key::PRPVOLT, Key::COSTALDACEN, Key::COSTALDVCHAR, Key::CavettParameter,
-    Key::THETAA, Key::THETAB, Key::ChaoSeaderACEN, Key::ChaoSeaderMVOL, Key::ChaoSeaderSOLP, Key::ChaoSeaderPVOLT,
-    Key::ChienNullMVOL, Key::ChienNullSOLP, Key::ChienNullPVOLT, Key::VirialSOLV, Key::PRSVTC, Key::PRSVPC,
-    Key::PRSVVC, Key::PRSVACEN, Key::PRSVKAPPA, Key::PRSVPVOLT, Key::SRKTC, Key::SRKPC, Key::SRKVC, Key::SRKACEN,
-    Key::SRKMC, Key::SRKPVOLT, Key::WilsonKVAL, Key::WilsonMVOL, Key::UNIQUACR, Key::UNIQUACQ,
-    Key::SolidAverageDiameter, Key::SolidSphericity, Key::SolidSurfaceArea, Key::SolidCarbon, Key::SolidHydrogen,
-    Key::SolidNitrogen, Key::SolidOxygen, Key::SolidSulphur, Key::SolidChlorine, Key::LDN, Key::VDN, Key::VP, Key::SP,
-    Key::HVP, Key::LCP, Key::VCP, Key::SVR, Key::LVS, Key::VVS, Key::LTC, Key::VTC, Key::ST, Key::IT, Key::LIQH,
-    Key::VAPH, Key::LIQS, Key::VAPS, Key::IGG, Key::IGH, Key::IGS, Key::IGCP, Key::IGGF25, Key::EntropyGC, Key::KV1,
-    Key::KV2, Key::AltTC, Key::AltPC, Key::AltVC, Key::ZC, Key::AltZC, Key::THETAC, Key::THETAD, Key::SolidOther,
-    Key::SepFactorBeta, Key::SDN, Key::SOLH, Key::SOLS, Key::SOLCP, Key::SOLTC, Key::SUBP
-    // clang-format on
-});
-static_assert(kWritingOrder.size() == kKeyCount);
-static_assert(std::all_of(kKeysByName.begin(), kKeysByName.end(),
-                          [](Key key) {
-                            return std::find(kWritingOrder.begin(), kWritingOrder.end(), key) != kWritingOrder.end();
-                          }),
-              "every key once");
+// The order of the fixed properties in the text: that of the table, but for those from LDN to IGCP, most of which
+// depend on temperature; they follow SolidChlorine.
+constexpr std::array<Key, kKeyCount> kWritingOrder = [] {
+  auto keys = kKeysInOrder;
+  const auto place = [&keys](Key key) { return keys.begin() + static_cast<int>(key); };
+  std::rotate(place(Key::LDN), place(Key::IGCP) + 1, place(Key::SolidChlorine) + 1);
+  return keys;
+}();
 
 constexpr bool isInDefaultForm(IdentityField field) { return field != IdentityField::SubFamily; }
 

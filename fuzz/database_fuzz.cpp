@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "com/error.h"
+#include "com/not_set.h"
 #include "fuzz/fuzz_target.h"
 #include "persist/database_record.h"
 #include "tests/support/database_builder.h"
@@ -34,7 +35,7 @@ class Toucher final : public RecordSink {
   void equation(const Field& field, const EquationField& value) override {
     expectOwn(field);
     expect(value.coefficients.size() == static_cast<std::size_t>(field.size));
-    for (const double coefficient : value.coefficients) expect(coefficient != kUnsetCoefficient);
+    for (const double coefficient : value.coefficients) expect(coefficient != kEmptyValue);
   }
 
  private:

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "automation/coclass.h"
+#include "com/not_set.h"
 
 namespace qs::hostkit {
 
@@ -16,7 +17,7 @@ namespace qs::hostkit {
 template <class T>
 class Elements {
  public:
-  static constexpr T kEmpty = -32767;
+  static constexpr T kEmpty = kEmptyInteger;
 
   HRESULT size(LONG* out) const noexcept {
     if (!out) return E_POINTER;

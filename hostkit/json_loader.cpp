@@ -9,6 +9,7 @@
 
 #include "com/bstr.h"
 #include "com/host_arrays.h"
+#include "com/not_set.h"
 #include "platform/folder.h"
 #include "platform/input_file.h"
 #include "platform/number_text.h"
@@ -19,7 +20,6 @@ namespace {
 using database::CompoundData;
 using database::Correlation;
 
-constexpr double kEmpty = -32767.0;
 constexpr WideView kExtension = OLESTR(".json");
 
 // An identity field: its text, or null when it is not known.
@@ -274,7 +274,7 @@ HRESULT JsonLoader::Get_PropEquation(BSTR searchKey, BSTR id, BSTR name, tagEqua
     *xPow = correlation->xPower;
     *yPow = correlation->yPower;
     *xNorm = *yNorm = 1.0;
-    *a = *b = kEmpty;
+    *a = *b = kEmptyValue;
     return S_OK;
   });
 }

@@ -13,7 +13,6 @@ namespace {
 
 constexpr std::size_t kDirectoryLimit = 1024;                 // bytes of 8-bit text
 constexpr std::chrono::milliseconds kFileTimeResolution{20};  // the coarsest clock tick of the file systems in use
-constexpr std::uint64_t kLargestIndexFile = (std::uint64_t{1} << 31) - 1;
 
 [[noreturn]] void fail() { throw CQSCOMError(E_FAIL); }
 

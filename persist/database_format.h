@@ -24,6 +24,9 @@ inline constexpr std::size_t kMarkOffset = 30;           // kMark, or anything i
 inline constexpr std::string_view kMark = "QSB1";
 inline constexpr std::size_t kHeaderLength = 34;
 
+// Readers keep the index file in memory, and refuse a larger one.
+inline constexpr std::uint64_t kLargestIndexFile = (std::uint64_t{1} << 31) - 1;
+
 // A field definition: int32 number, int32 size, name, kind.
 inline constexpr std::size_t kFieldNameLength = 50;
 inline constexpr std::size_t kFieldKindLength = 20;
@@ -31,6 +34,9 @@ inline constexpr std::size_t kFieldKindLength = 20;
 // An index record: int32 compound number, int32 data record number, name, identifier.
 inline constexpr std::size_t kIndexNameLength = 50;
 inline constexpr std::size_t kIndexIdentifierLength = 20;
+
+// A synonym of a conforming file: int32 compound number, text.
+inline constexpr std::size_t kSynonymLength = kRecordLength - sizeof(std::int32_t);
 
 enum class FieldKind : int {
   Other = 0,
@@ -57,7 +63,8 @@ inline constexpr KindText kKindTexts[] = {
 
 // An equation field without its coefficients: int16 shape before them; then four doubles of range, two int16 shapes of
 // X and Y, two double exponents and three reserved int16.
-inline constexpr std::size_t kEquationOverhead = 2 + 4 * 8 + 2 * 2 + 2 * 8 + 3 * 2;
+inline constexpr std::size_t kEquationReserved = 3;
+inline constexpr std::size_t kEquationOverhead = 2 + 4 * 8 + 2 * 2 + 2 * 8 + kEquationReserved * 2;
 
 // Bytes that a field of a kind and size declares for itself in a data record; size is not negative. The sum over the
 // fields before it is a field's offset.
@@ -67,9 +74,15 @@ constexpr std::uint64_t fieldBytes(FieldKind kind, std::uint64_t size) {
       return kEquationOverhead + 8 * size;
     case FieldKind::Group:
       return 4 * size;
-    default:
-      return size;
+    case FieldKind::Byte:
+    case FieldKind::ShortInteger:
+    case FieldKind::LongInteger:
+    case FieldKind::Double:
+    case FieldKind::String:
+    case FieldKind::Other:
+      break;
   }
+  return size;
 }
 
 // Bytes that a field's encoding takes when a record is read from its start, field by field: numbers have their own
@@ -84,16 +97,18 @@ constexpr std::uint64_t encodedBytes(FieldKind kind, std::uint64_t size) {
       return 4;
     case FieldKind::Double:
       return 8;
-    default:
-      return fieldBytes(kind, size);
+    case FieldKind::String:
+    case FieldKind::Group:
+    case FieldKind::Equation:
+    case FieldKind::Other:
+      break;
   }
+  return fieldBytes(kind, size);
 }
 
 // Wide characters that a text must stay below.
 inline constexpr std::size_t kTextLimit = 1024;
 
-inline constexpr std::int16_t kNoShape = -32767;
-inline constexpr double kUnsetCoefficient = -32767.0;
 inline constexpr double kVersionWithOldShapes = 1.0;
 
 }  // namespace qs::database

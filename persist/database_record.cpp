@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "com/error.h"
+#include "com/not_set.h"
 #include "interfaces/interfaces.h"
 #include "persist/byte_cursor.h"
 #include "platform/per_thread.h"
@@ -43,8 +44,9 @@ class Decoder {
   }
 
  private:
-  // False when the field can be no field.
+  // False when the field can be no field: the size of a number does not matter, that of any other must not be negative.
   bool decode(const Field& field) {
+    const auto size = static_cast<std::uint64_t>(field.size);
     switch (field.kind) {
       case FieldKind::Byte:
         cursor_.skip(1);
@@ -58,24 +60,22 @@ class Decoder {
       case FieldKind::Double:
         if (const auto value = cursor_.take<double>(); !cursor_.cutOff()) sink_.number(field, value);
         return true;
-      default:
-        break;
-    }
-    if (field.size < 0) return false;
-    const auto size = static_cast<std::uint64_t>(field.size);
-    switch (field.kind) {
       case FieldKind::String:
-        return text(field, size);
+        return field.size >= 0 && text(field, size);
       case FieldKind::Group:
+        if (field.size < 0) return false;
         groups(field, size);
         return true;
       case FieldKind::Equation:
+        if (field.size < 0) return false;
         equation(field, size);
         return true;
-      default:
+      case FieldKind::Other:
+        if (field.size < 0) return false;
         cursor_.skip(size);
         return true;
     }
+    return false;
   }
 
   bool text(const Field& field, std::uint64_t size) {
@@ -106,11 +106,11 @@ class Decoder {
     }
     EquationField value{};
     value.shape = cursor_.take<std::int16_t>();
-    if (value.shape == kNoShape) value.shape = PropCurveVoid;
+    if (value.shape == kEmptyInteger) value.shape = PropCurveVoid;
     coefficients_.resize(static_cast<std::size_t>(size));
     for (double& coefficient : coefficients_) {
       coefficient = cursor_.take<double>();
-      if (coefficient == kUnsetCoefficient) coefficient = 0.0;
+      if (coefficient == kEmptyValue) coefficient = 0.0;
     }
     value.coefficients = coefficients_;
     for (double* limit : {&value.tMin, &value.tMax, &value.pMin, &value.pMax}) *limit = cursor_.take<double>();
@@ -118,7 +118,7 @@ class Decoder {
     value.yShape = cursor_.take<std::int16_t>();
     value.xPower = cursor_.take<double>();
     value.yPower = cursor_.take<double>();
-    cursor_.skip(3 * sizeof(std::int16_t));
+    cursor_.skip(kEquationReserved * sizeof(std::int16_t));
     value.fromOldShapes = oldShapes_;
     if (oldShapes_) renewShapes(field, value);
     sink_.equation(field, value);

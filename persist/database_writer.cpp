@@ -10,22 +10,17 @@
 #include <string_view>
 #include <utility>
 
+#include "com/not_set.h"
 #include "persist/database_format.h"
 #include "platform/text.h"
 #include "props/forms.h"
-#include "props/property.h"
+#include "props/identity_fields.h"
 
 namespace qs::database {
 namespace {
 
 constexpr double kVersion = 2.0;  // shapes are stored as they are used
-constexpr std::int16_t kEmptyShort = -32767;
-constexpr std::int32_t kEmptyLong = -32767;
-constexpr std::size_t kMostSynonyms = 64;
-constexpr std::size_t kSynonymLength = kRecordLength - sizeof(std::int32_t);
 constexpr std::size_t kIdealGasCoefficients = 7;
-// Readers keep the index file in memory and refuse larger ones.
-constexpr std::uint64_t kLargestIndexFile = (std::uint64_t{1} << 31) - 1;
 
 // The identity fields, in the order of the data record.
 struct TextField {
@@ -49,16 +44,16 @@ constexpr LongField kLongFields[] = {
 
 struct ShortField {
   std::string_view name;
-  std::int16_t (*value)(const CompoundData&);
+  int (*value)(const CompoundData&);
 };
 template <auto field>
-std::int16_t shortValue(const CompoundData& compound) {
-  return compound.*field ? static_cast<std::int16_t>(*(compound.*field)) : kEmptyShort;
+int shortValue(const CompoundData& compound) {
+  return compound.*field ? static_cast<int>(*(compound.*field)) : kEmptyInteger;
 }
 constexpr ShortField kShortFields[] = {
 #define BANK_SHORT(key, field, type, record_name, member) {record_name, &shortValue<&CompoundData::field>},
 #include "props/identity.def"
-    {"SubComp", [](const CompoundData&) { return kEmptyShort; }},
+    {"SubComp", [](const CompoundData&) { return kEmptyInteger; }},
 };
 constexpr std::string_view kGroupField = "UNIFAC";
 
@@ -89,7 +84,8 @@ void checkIdentity(const CompoundData& compound) {
   for (const TextField& field : kTextFields) checkText(compound, field.name, compound.*field.value, field.size);
   if (compound.name.empty()) refuse(compound, "PName", "empty");
   for (const LongField& field : kLongFields) {
-    if (compound.*field.value == kEmptyLong) refuse(compound, field.name, "-32767 stands for a value that is not set");
+    if (compound.*field.value == kEmptyInteger)
+      refuse(compound, field.name, "-32767 stands for a value that is not set");
   }
   if (compound.family && (*compound.family < eHydrocarbon || *compound.family > ePolymer)) {
     refuse(compound, "Family", "no such family");
@@ -261,25 +257,24 @@ void writeFieldTable(ByteWriter& out, std::span<const FieldDefinition> fields) {
 }
 
 void writeCorrelation(ByteWriter& out, const std::optional<Correlation>& correlation, std::size_t size) {
-  constexpr int kReserved = 3;
   const std::size_t held = correlation ? correlation->coefficients.size() : 0;
-  out.shortInteger(correlation ? static_cast<int>(correlation->form) : kNoShape);
+  out.shortInteger(correlation ? static_cast<int>(correlation->form) : kEmptyInteger);
   for (std::size_t i = 0; i < size; ++i) out.real(i < held ? correlation->coefficients[i] : kEmptyValue);
   for (const auto limit : {&Correlation::tmin, &Correlation::tmax, &Correlation::pmin, &Correlation::pmax}) {
     out.real(correlation ? (*correlation).*limit : kEmptyValue);
   }
   for (const auto shape : {&Correlation::xShape, &Correlation::yShape}) {
-    out.shortInteger(correlation ? static_cast<int>((*correlation).*shape) : kEmptyShort);
+    out.shortInteger(correlation ? static_cast<int>((*correlation).*shape) : kEmptyInteger);
   }
   for (const auto power : {&Correlation::xPower, &Correlation::yPower}) {
     out.real(correlation ? (*correlation).*power : kEmptyValue);
   }
-  for (int i = 0; i < kReserved; ++i) out.shortInteger(0);
+  for (std::size_t i = 0; i < kEquationReserved; ++i) out.shortInteger(0);
 }
 
 void writeDataRecord(ByteWriter& out, const Layout& layout, const CompoundData& compound) {
   for (const TextField& field : kTextFields) out.text(compound.*field.value, field.size, '\0');
-  for (const LongField& field : kLongFields) out.longInteger((compound.*field.value).value_or(kEmptyLong));
+  for (const LongField& field : kLongFields) out.longInteger((compound.*field.value).value_or(kEmptyInteger));
   for (const ShortField& field : kShortFields) out.shortInteger(field.value(compound));
   for (std::size_t i = 0; i < layout.groups; ++i) {
     const UnifacGroup group = i < compound.unifac.size() ? compound.unifac[i] : UnifacGroup{};

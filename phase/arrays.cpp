@@ -12,11 +12,11 @@ HRESULT giveArray(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp** array) 
   if (!stored) return S_FALSE;
   return guarded([&] {
     LONG size = 0;
-    double first = kUnset;
+    double first = kEmptyValue;
     check(stored->get_Size(&size));
     if (size >= 1) check(stored->get_IthValue(0, &first));
     *array = ComPtr(stored).release();
-    return size >= 1 && first == kUnset ? S_FALSE : S_OK;
+    return size >= 1 && first == kEmptyValue ? S_FALSE : S_OK;
   });
 }
 
@@ -25,9 +25,9 @@ HRESULT lendArray(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp** lent) n
   if (!lent) return E_POINTER;
   *lent = stored.get();
   if (!stored) return S_FALSE;
-  double first = kUnset;
+  double first = kEmptyValue;
   const HRESULT got = guarded([&] { return stored->get_IthValue(0, &first); });
-  return FAILED(got) || first == kUnset ? S_FALSE : S_OK;
+  return FAILED(got) || first == kEmptyValue ? S_FALSE : S_OK;
 }
 
 HRESULT takeValues(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp* array) noexcept {

@@ -52,7 +52,7 @@ INT COQSPhase::indexOf(LONG property, LONG derivative) const noexcept {
   const auto found = std::ranges::find_if(derivatives_, [&](const DerivativeRecord& record) {
     return record.property == property && record.derivative == derivative;
   });
-  return found == derivatives_.end() ? kUnset : static_cast<INT>(found - derivatives_.begin());
+  return found == derivatives_.end() ? kEmptyInteger : static_cast<INT>(found - derivatives_.begin());
 }
 
 HRESULT COQSPhase::ClearDerivativesProps() noexcept {
@@ -66,7 +66,7 @@ HRESULT COQSPhase::AddDerivativeProp(LONG property, LONG derivative, tagResultTy
   if (!index) return E_POINTER;
   return guarded([&] {
     INT found = indexOf(property, derivative);
-    if (found == kUnset) {
+    if (found == kEmptyInteger) {
       found = static_cast<INT>(derivatives_.size());
       DerivativeRecord& record = derivatives_.emplace_back();
       record.property = property;
@@ -82,14 +82,14 @@ HRESULT COQSPhase::AddDerivativeProp(LONG property, LONG derivative, tagResultTy
 HRESULT COQSPhase::GetDerivativePropIndex(LONG property, LONG derivative, INT* index) noexcept {
   if (!index) return E_POINTER;
   *index = indexOf(property, derivative);
-  return *index == kUnset ? S_FALSE : S_OK;
+  return *index == kEmptyInteger ? S_FALSE : S_OK;
 }
 
 HRESULT COQSPhase::RemoveDerivativeProp(INT index, LONG property, LONG derivative) noexcept {
   DerivativeRecord* record = recordAt(index);
   if (!record) return S_FALSE;
   // Both numbers are compared with the record's property number.
-  const bool checked = property != kUnset && derivative != kUnset;
+  const bool checked = property != kEmptyInteger && derivative != kEmptyInteger;
   if (checked && (record->property != property || record->property != derivative)) return S_FALSE;
   const DerivativeRecord removed = std::move(*record);
   derivatives_.erase(derivatives_.begin() + index);
@@ -105,8 +105,8 @@ HRESULT COQSPhase::GetNumDerivativeProps(INT* count) noexcept {
 HRESULT COQSPhase::GetDerivativePropIDs(INT index, LONG* property, LONG* derivative) noexcept {
   if (!property || !derivative) return E_POINTER;
   const DerivativeRecord* record = recordAt(index);
-  *property = record ? record->property : kUnset;
-  *derivative = record ? record->derivative : kUnset;
+  *property = record ? record->property : kEmptyInteger;
+  *derivative = record ? record->derivative : kEmptyInteger;
   return record ? S_OK : S_FALSE;
 }
 
@@ -136,7 +136,7 @@ HRESULT COQSPhase::GetPointDerivative(INT index, double* value) noexcept {
   if (!value) return E_POINTER;
   const DerivativeRecord* record = recordAt(index);
   if (!record) return S_FALSE;
-  *value = record->shape == RealPoint ? record->point : kUnset;
+  *value = record->shape == RealPoint ? record->point : kEmptyValue;
   return record->shape == RealPoint ? S_OK : S_FALSE;
 }
 
@@ -179,7 +179,7 @@ HRESULT COQSPhase::GetVariantDerivative(INT index, VARIANT* value) noexcept {
   const DerivativeRecord* record = recordAt(index);
   if (!record) return S_FALSE;
   Variant held;
-  if (record->shape == RealPoint && record->point != kUnset) held = Variant(record->point);
+  if (record->shape == RealPoint && record->point != kEmptyValue) held = Variant(record->point);
   if (record->shape == RealArray && record->array) held = Variant(ComPtr<IDispatch>(record->array.get()));
   if (record->shape == RealMatrix && record->matrix) held = Variant(ComPtr<IDispatch>(record->matrix.get()));
   *value = held.release();

@@ -10,14 +10,14 @@
 namespace qs {
 
 struct DerivativeRecord {
-  LONG property = kUnset;
-  LONG derivative = kUnset;
+  LONG property = kEmptyInteger;
+  LONG derivative = kEmptyInteger;
   tagResultTypeEnum propertyShape = NoResultType;
   tagResultTypeEnum shape = NoResultType;
   BYTE needed = 0;
   tagDerivativeStatusEnum status = xdsNoDerivativeStatus;
   tagDerivativeTypeEnum method = NoDerivativeType;
-  double point = kUnset;
+  double point = kEmptyValue;
   ComPtr<IRealArrayDisp> array;
   ComPtr<IRealMatrixDisp> matrix;
 };

@@ -175,7 +175,7 @@ void COQSPhase::copyFurtherProperties(IUnknown* source) {
   check(container->GetPropertyIDs(count, numbers.out()));
   if (!numbers) throw CQSCOMError(E_FAIL);
   for (INT i = kStandardCount; i < count; ++i) {
-    LONG number = kUnset;
+    LONG number = kEmptyInteger;
     check(numbers->get_IthValue(i, &number));
     Variant value;
     const HRESULT hr = container->GetPropertyValue(number, value.address());

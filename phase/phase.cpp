@@ -18,7 +18,7 @@ ComPtr<IRealArrayDisp> newArray(IClassFactory* factory) {
 
 void makeUnset(IRealArrayDisp* array, INT size) {
   if (!array) throw CQSCOMError(E_FAIL);
-  setElements(array, size, kUnset);
+  setElements(array, size, kEmptyValue);
 }
 
 // Makes the first element unset: that element says whether the array is set.
@@ -26,7 +26,7 @@ void makeFirstUnset(IRealArrayDisp* array) {
   if (!array) throw CQSCOMError(E_FAIL);
   LONG size = 0;
   check(array->get_Size(&size));
-  if (size > 0) check(array->put_IthValue(0, kUnset));
+  if (size > 0) check(array->put_IthValue(0, kEmptyValue));
 }
 
 template <class T>
@@ -122,7 +122,7 @@ HRESULT COQSPhase::GetCompounds(ICompoundCollection** compounds) noexcept {
 
 HRESULT COQSPhase::ResetProperties(DWORD kept) noexcept {
   return guarded([&] {
-    state_.Homotopy = state_.Cp = state_.MolarVolume = state_.MolecularWeight = kUnset;
+    state_.Homotopy = state_.Cp = state_.MolarVolume = state_.MolecularWeight = kEmptyValue;
     for (auto& [number, property] : further_) property.removed = true;
     propertyCount_ = kStandardCount;
     state_.IsPseudoRoot = 0;
@@ -131,13 +131,13 @@ HRESULT COQSPhase::ResetProperties(DWORD kept) noexcept {
       makeFirstUnset(state_.LnFugacityCoeff.get());
     }
 
-    if (!(kept & kKeepStatus)) state_.PhaseStatus = kUnset;
-    if (!(kept & kKeepType)) state_.PhaseType = kUnset;
+    if (!(kept & kKeepStatus)) state_.PhaseStatus = kEmptyInteger;
+    if (!(kept & kKeepType)) state_.PhaseType = kEmptyInteger;
     for (const ResettableReal& real : kResettableReals)
-      if (!(kept & real.bit)) state_.*real.value = kUnset;
+      if (!(kept & real.bit)) state_.*real.value = kEmptyValue;
     if (kept & kKeepComposition || compoundCount_ <= 0) return S_OK;
     const auto composition = required<IRealVector>(state_.MolarComposition.get());
-    for (INT i = 0; i < compoundCount_; ++i) check(composition->SetElement(i, kUnset));
+    for (INT i = 0; i < compoundCount_; ++i) check(composition->SetElement(i, kEmptyValue));
     return S_OK;
   });
 }

@@ -111,7 +111,7 @@ class COQSPhase final : public Coclass<COQSPhase, IBasicPhase, IUserPhaseType, I
   static HRESULT give(Stored stored, T* value) noexcept {
     if (!value) return E_POINTER;
     *value = static_cast<T>(stored);
-    return stored == kUnset ? S_FALSE : S_OK;
+    return stored == kEmptyInteger ? S_FALSE : S_OK;
   }
   template <class T, class Stored>
   static HRESULT take(T value, Stored& stored) noexcept {
@@ -139,7 +139,7 @@ class COQSPhase final : public Coclass<COQSPhase, IBasicPhase, IUserPhaseType, I
   HRESULT getObject(INT index, ComPtr<I> DerivativeRecord::*held, tagResultTypeEnum shape, I** object) noexcept;
 
   PhaseState state_;
-  LONG userType_ = kUnset;
+  LONG userType_ = kEmptyInteger;
   ComPtr<ICompoundCollection> compounds_;
   INT compoundCount_ = 0;
   RegisteredNumbers numbers_;

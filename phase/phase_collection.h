@@ -70,7 +70,7 @@ class COQSPhaseCollection final
   Layout layout_;
   INT equilibriumCount_ = 0;
   // Progress of a calculation; a reset starts it again.
-  INT iteration_ = kUnset;
+  INT iteration_ = kEmptyInteger;
   double residual_ = 0;
 };
 

@@ -4,17 +4,16 @@
 #include <array>
 
 #include "com/com_ptr.h"
+#include "com/not_set.h"
 #include "interfaces/interfaces.h"
 #include "platform/text.h"
 
 namespace qs {
 
-inline constexpr LONG kUnset = -32767;
-
 // Enumerations are kept as numbers, which may be any.
 struct PhaseState {
-#define PHASE_ENUMERATION(name, type) LONG name = kUnset;
-#define PHASE_REAL(name) double name = kUnset;
+#define PHASE_ENUMERATION(name, type) LONG name = kEmptyInteger;
+#define PHASE_REAL(name) double name = kEmptyValue;
 #define PHASE_ARRAY(name) ComPtr<IRealArrayDisp> name;
 #define PHASE_FLAG(name) BYTE name = 0;
 #include "phase/properties.def"
@@ -47,7 +46,7 @@ static_assert(kRegisteredCount == 32);
 
 // The number that the host has assigned to each registered name.
 struct RegisteredNumbers : std::array<LONG, kRegisteredCount> {
-  constexpr RegisteredNumbers() { fill(kUnset); }
+  constexpr RegisteredNumbers() { fill(kEmptyInteger); }
 };
 
 }  // namespace qs

@@ -273,7 +273,7 @@ bool CQSPropCurve<form::VELDB5>::evaluate(double P, double& x) const {
 // An equation without a form.
 class CQSPropCurveVoid final : public CurveBase {
  public:
-  CQSPropCurveVoid() : CurveBase(kEquationForms[kFormCount], {}) {}
+  CQSPropCurveVoid() : CurveBase(kEquationForms.back(), {}) {}
 
   HRESULT GetValue(double, double, tagExtrapolationEnum, LONG* pDependencies, double* pVal) const override {
     *pDependencies = 0;

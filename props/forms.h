@@ -17,8 +17,6 @@ struct EquationForm {
   LONG coefficients;
 };
 
-inline constexpr std::size_t kFormCount = 38;
-
 // Each form at the place of its shape number, and the empty form, PropCurveVoid, behind them.
 inline constexpr auto kEquationForms = std::to_array<EquationForm>({
 #define QS_FORM(number, name, coefficients, formula, ...) \
@@ -26,7 +24,7 @@ inline constexpr auto kEquationForms = std::to_array<EquationForm>({
 #include "props/forms.def"
     {PropCurveVoid, OLESTR("PropCurveVoid"), OLESTR(""), 0},
 });
-static_assert(kEquationForms.size() == kFormCount + 1);
+inline constexpr std::size_t kFormCount = kEquationForms.size() - 1;
 
 inline constexpr LONG kMostCoefficients =
     std::max_element(kEquationForms.begin(), kEquationForms.end(), [](const EquationForm& a, const EquationForm& b) {

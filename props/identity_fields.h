@@ -20,6 +20,9 @@ inline constexpr auto kIdentityNames = std::to_array<WideView>({
 #include "props/identity.def"
 });
 
+// The most synonyms that a compound takes.
+inline constexpr std::size_t kMostSynonyms = 64;
+
 constexpr WideView nameOf(IdentityField field) { return kIdentityNames[static_cast<std::size_t>(field)]; }
 
 }  // namespace qs

@@ -22,22 +22,26 @@ struct KeyEntry {
   WideView help;
 };
 
-inline constexpr int kKeyCount = 105;
-
 // In the order of Key.
 inline constexpr auto kKeys = std::to_array<KeyEntry>({
 #define FIXED_KEY(key, help, interface_name, dispid) {OLESTR(#key), OLESTR(help)},
 #define FIXED_KEY_BY_NAME(key, help) {OLESTR(#key), OLESTR(help)},
 #include "props/keys.def"
 });
-static_assert(kKeys.size() == kKeyCount);
+inline constexpr int kKeyCount = static_cast<int>(kKeys.size());
 
 constexpr WideView nameOf(Key key) { return kKeys[static_cast<std::size_t>(key)].name; }
 
-// All keys in the code-unit order of their names.
-inline constexpr std::array<Key, kKeyCount> kKeysByName = [] {
+// All keys in the order of the table.
+inline constexpr std::array<Key, kKeyCount> kKeysInOrder = [] {
   std::array<Key, kKeyCount> keys;
   for (int i = 0; i < kKeyCount; ++i) keys[static_cast<std::size_t>(i)] = static_cast<Key>(i);
+  return keys;
+}();
+
+// All keys in the code-unit order of their names.
+inline constexpr std::array<Key, kKeyCount> kKeysByName = [] {
+  auto keys = kKeysInOrder;
   std::sort(keys.begin(), keys.end(), [](Key a, Key b) { return nameOf(a) < nameOf(b); });
   return keys;
 }();

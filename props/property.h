@@ -3,12 +3,10 @@
 
 #include "com/bstr.h"
 #include "com/com_ptr.h"
+#include "com/not_set.h"
 #include "interfaces/interfaces.h"
 
 namespace qs {
-
-// Stands for "no value" in values, coefficients, ranges and constants; compared exactly.
-inline constexpr double kEmptyValue = -32767.0;
 
 // The operations of every kind, in the fixed order of their slots; a kind overrides those that it supports. Results
 // are S_OK, or S_FALSE for what a kind does not support or does not have; out-parameters then hold the values given in
