@@ -43,7 +43,10 @@ template <class T>
 struct Argument<T*> {
   explicit Argument(Values&) {}
   T* pass() { return &value; }
-  void finish(Values& values) { values.take(static_cast<double>(value)); }
+  void finish(Values& values) {
+    using Number = std::conditional_t<std::is_enum_v<T>, LONG, T>;
+    values.take(static_cast<double>(static_cast<Number>(value)));
+  }
   T value{};
 };
 template <>

@@ -9,7 +9,7 @@
 namespace qs::test {
 
 class CollectionTest : public CompoundTest {
- protected:
+ public:
   static ComPtr<ICompoundCollection> newCollection() {
     return create<ICompoundCollection>(__uuidof(::COQSCompoundCollection));
   }

@@ -17,10 +17,10 @@ class CompoundTest : public ComponentTest {
  public:
   static constexpr double kEmpty = -32767.0;
 
-  static ComPtr<IRealArrayDisp> reals(std::initializer_list<double> values) {
+  static ComPtr<IRealArrayDisp> reals(const std::vector<double>& values) {
     return filled(create<IRealArrayDisp>(__uuidof(::HostRealArray)), values);
   }
-  static ComPtr<IIntegerArrayDisp> integers(std::initializer_list<LONG> values) {
+  static ComPtr<IIntegerArrayDisp> integers(const std::vector<LONG>& values) {
     return filled(create<IIntegerArrayDisp>(__uuidof(::HostIntegerArray)), values);
   }
 
@@ -29,7 +29,7 @@ class CompoundTest : public ComponentTest {
 
  private:
   template <class Array, class T>
-  static Array filled(Array array, std::initializer_list<T> values) {
+  static Array filled(Array array, const std::vector<T>& values) {
     EXPECT_EQ(array->put_Size(static_cast<LONG>(values.size())), S_OK);
     LONG i = 0;
     for (const T value : values) EXPECT_EQ(array->put_IthValue(i++, value), S_OK);
