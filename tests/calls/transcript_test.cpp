@@ -7,6 +7,7 @@
 //   object                     the object itself
 //   compounds ab_              a new collection of compounds with these names; _ is an empty slot
 //   compound a                 a new compound with a name
+//   host                       an object of a host's own with every interface
 //   phases 3 2                 a new phase collection with three equilibrium phases and two feeds
 // An array is [1 2] of integers or [1.0 2] of reals. Expected are the result, unless it is S_OK, and all
 // out-parameters; without `->` the result is S_OK. An object is shown by its name, or else by its content.
@@ -14,7 +15,7 @@
 #include <map>
 #include <stdexcept>
 
-#include "tests/calls/calls.h"
+#include "tests/calls/any_object.h"
 #include "tests/support/collections.h"
 #include "tests/support/files.h"
 #include "tests/support/phases.h"
@@ -65,6 +66,25 @@ std::vector<Transcript> readTranscripts() {
   return all;
 }
 
+// A result other than S_OK as text.
+std::string codeOf(HRESULT result) {
+  static const std::map<HRESULT, const char*> kNames{{S_OK, ""},
+                                                     {S_FALSE, " S_FALSE"},
+                                                     {E_FAIL, " E_FAIL"},
+                                                     {E_INVALIDARG, " E_INVALIDARG"},
+                                                     {E_OUTOFMEMORY, " E_OUTOFMEMORY"},
+                                                     {E_NOINTERFACE, " E_NOINTERFACE"},
+                                                     {E_BOUNDS, " E_BOUNDS"},
+                                                     {E_NOTIMPL, " E_NOTIMPL"},
+                                                     {CO_E_CLASSSTRING, " CO_E_CLASSSTRING"},
+                                                     {REGDB_E_CLASSNOTREG, " REGDB_E_CLASSNOTREG"},
+                                                     {DISP_E_TYPEMISMATCH, " DISP_E_TYPEMISMATCH"},
+                                                     {DISP_E_OVERFLOW, " DISP_E_OVERFLOW"},
+                                                     {0x000406DC, " REMOVED"}};
+  const auto found = kNames.find(result);
+  return found == kNames.end() ? " " + std::to_string(result) : found->second;
+}
+
 // The objects of a transcript by their names, and the arguments and results of its calls.
 class Objects final : public Values {
  public:
@@ -82,30 +102,13 @@ class Objects final : public Values {
         dot == std::string::npos ? make(words[0]) : call(words[0].substr(0, dot), words[0].substr(dot + 1));
     if (!arguments_.empty()) throw std::runtime_error("too many arguments");
     if (!name.empty()) objects_[name] = last_;
-    const auto* code = std::ranges::find(kCodes, result, &Code::value);
-    return (code == std::end(kCodes) ? " " + std::to_string(result) : code->name) + shown_.str();
+    return codeOf(result) + shown_.str();
   }
 
  private:
-  struct Code {
-    HRESULT value;
-    std::string name;
+  struct Host final : Values {
+    double number() override { return 0; }
   };
-#define CODE(name) \
-  { name, " " #name }
-  static inline const Code kCodes[] = {{S_OK, ""},
-                                       CODE(S_FALSE),
-                                       CODE(E_FAIL),
-                                       CODE(E_INVALIDARG),
-                                       CODE(E_OUTOFMEMORY),
-                                       CODE(E_NOINTERFACE),
-                                       CODE(CO_E_CLASSSTRING),
-                                       CODE(REGDB_E_CLASSNOTREG),
-                                       CODE(DISP_E_TYPEMISMATCH),
-                                       CODE(DISP_E_OVERFLOW),
-                                       CODE(E_NOTIMPL),
-                                       {0x000406DC, " REMOVED"}};
-#undef CODE
 
   HRESULT call(const std::string& object, const std::string& name) {
     for (const Member& member : members()) {
@@ -126,6 +129,8 @@ class Objects final : public Values {
       std::string letters = arguments_.empty() ? "" : next();
       std::ranges::replace(letters, '_', ' ');
       last_ = ComPtr<IUnknown>(CollectionTest::collectionOf(letters).get());
+    } else if (word == "host") {
+      last_ = AnyObject::create(host_);
     } else if (word == "compound") {
       last_ = ComPtr<IUnknown>(CollectionTest::named(widen(next())).get());
     } else if (word == "phases") {
@@ -205,6 +210,7 @@ class Objects final : public Values {
     return '[' + text.str().erase(0, 1) + ']';
   }
 
+  Host host_;
   std::map<std::string, ComPtr<IUnknown>> objects_;
   ComPtr<IUnknown> last_;
   Words arguments_;  // of the call, the last one first

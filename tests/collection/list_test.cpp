@@ -159,45 +159,6 @@ struct Parameters : HostObject<IInteractionParameters> {
   Loading loading;
 };
 
-TEST_F(CollectionListTest, KeepsModelsByName) {
-  const auto collection = newCollection();
-  const auto setup = query<ICompoundCollectionSetup>(collection);
-  Parameters nrtl, standard;
-  const Bstr nrtlName(OLESTR("NRTL")), defaultName(OLESTR("Default")), pane(OLESTR("Binary pairs"));
-  ComPtr<IDispatch> model;
-  EXPECT_EQ(collection->get_InteractionParameters(nullptr, model.out()), S_FALSE);
-  EXPECT_EQ(setup->put_InteractionParameters(nullptr, collection.get()), E_NOINTERFACE);
-  EXPECT_EQ(setup->put_InteractionParameters(nullptr, nullptr), E_INVALIDARG);
-  EXPECT_EQ(setup->put_InteractionParameters(nrtlName.get(), &nrtl), S_OK);
-  EXPECT_EQ(setup->put_InteractionParameters(nullptr, &standard), S_OK);
-  for (const BSTR name : {defaultName.get(), BSTR()}) {
-    EXPECT_EQ(collection->get_InteractionParameters(name, model.out()), S_OK);
-    EXPECT_EQ(model.get(), &standard);
-  }
-  EXPECT_EQ(setup->SetPane(nrtlName.get(), pane.get()), S_OK);
-  EXPECT_EQ(setup->SetPane(pane.get(), pane.get()), S_FALSE);
-  const struct {
-    INT index;
-    HRESULT result;
-    const OLECHAR *name, *pane;
-  } rows[] = {{-1, S_FALSE, OLESTR("(null)"), OLESTR("(null)")},
-              {0, S_OK, OLESTR("Default"), OLESTR("(null)")},
-              {1, S_OK, OLESTR("NRTL"), OLESTR("Binary pairs")},
-              {2, S_FALSE, OLESTR("(null)"), OLESTR("(null)")}};
-  for (const auto& row : rows) {
-    INT number = -1;
-    BSTR name = nullptr, shown = nullptr;
-    EXPECT_EQ(query<ICompCollnIPInfo>(collection)->CompCollnIPInfo(row.index, &number, &name, &shown), row.result);
-    EXPECT_EQ(number, 2);
-    EXPECT_EQ(taken(name), row.name);
-    EXPECT_EQ(taken(shown), row.pane);
-  }
-  EXPECT_EQ(setup->put_InteractionParameters(nullptr, &nrtl), S_OK);
-  model = {};
-  EXPECT_EQ(standard.references, 1u) << "replaced";
-  collection->Reset();
-}
-
 TEST_F(CollectionListTest, ACompoundWhoseParametersCannotBeLoadedGoesAgain) {
   const auto collection = collectionOf("a");
   const auto inList = query<ICompoundManipulation>(collection);

@@ -1,4 +1,4 @@
-// The registries of loaders and estimators, and what loading and estimating do to compounds.
+// What loading and estimating do to compounds.
 #include <algorithm>
 #include <functional>
 #include <sstream>
@@ -8,149 +8,6 @@
 
 namespace qs::test {
 namespace {
-
-// Both registries have the same methods under their own names.
-#define QS_REGISTRY(Kind, type)                                    \
-  struct Kind##Registry {                                          \
-    using Interface = type;                                        \
-    static constexpr auto add = &type::Add##Kind;                  \
-    static constexpr auto addDefault = &type::SetDefault##Kind;    \
-    static constexpr auto remove = &type::Remove##Kind;            \
-    static constexpr auto get = &type::Get##Kind;                  \
-    static constexpr auto getDefault = &type::GetDefault##Kind;    \
-    static constexpr auto count = &type::GetNumOf##Kind##s;        \
-    static constexpr auto getAt = &type::Get##Kind##I;             \
-    static constexpr auto makeDefault = &type::SetAsDefault##Kind; \
-  };
-QS_REGISTRY(Loader, ILoadCompoundProp)
-QS_REGISTRY(Estimator, IPureEstimatorHandler)
-#undef QS_REGISTRY
-
-template <class R>
-class CollectionRegistryTest : public CollectionTest {
- protected:
-  template <class... Parameters, class... Arguments>
-  HRESULT call(HRESULT (STDMETHODCALLTYPE R::Interface::*method)(Parameters...), Arguments... arguments) {
-    return (query<typename R::Interface>(collection_).get()->*method)(arguments...);
-  }
-  HRESULT add(BSTR name, IDispatch* object) { return call(R::add, name, class_.get(), path_.get(), object); }
-  HRESULT addDefault(BSTR name, BSTR className, IDispatch* object) {
-    return call(R::addDefault, name, className, path_.get(), object);
-  }
-
-  INT count() { return got(collection_, R::count); }
-
-  // The names in their order.
-  std::string names() {
-    std::string list;
-    for (INT i = 0;; ++i) {
-      BSTR name = nullptr;
-      ComPtr<IDispatch> object;
-      if (call(R::getAt, i, &name, object.out()) != S_OK) return list;
-      list += narrow(taken(name)) + " ";
-    }
-  }
-
-  // "(null)" when there is none.
-  std::string defaultName() {
-    BSTR name = nullptr;
-    ComPtr<IDispatch> object;
-    const HRESULT result = call(R::getDefault, &name, object.out());
-    EXPECT_EQ(result == S_OK, static_cast<bool>(object));
-    return narrow(taken(name));
-  }
-
-  HostObject<IDispatch> component_;
-  ComPtr<ICompoundCollection> collection_ = newCollection();
-  const Bstr zeta_{WideView(OLESTR("Zeta"))}, alpha_{WideView(OLESTR("Alpha"))}, class_{WideView(OLESTR("Class"))},
-      path_{WideView(OLESTR("path"))};
-};
-using Registries = testing::Types<LoaderRegistry, EstimatorRegistry>;
-TYPED_TEST_SUITE(CollectionRegistryTest, Registries);
-
-TYPED_TEST(CollectionRegistryTest, KnowsComponentsByNameAndADefault) {
-  enum Call { Add, AddDefault, Remove, MakeDefault };
-  const BSTR none = nullptr, zeta = this->zeta_.get(), alpha = this->alpha_.get();
-  const struct {
-    Call call;
-    BSTR name;
-    HRESULT result;
-    std::string names;
-    const char* defaultName;
-  } steps[] = {
-      {Remove, zeta, S_FALSE, "", "(null)"},
-      {Add, none, S_FALSE, "", "(null)"},
-      {Add, zeta, S_OK, "Zeta ", "(null)"},
-      {Add, zeta, S_FALSE, "Zeta ", "(null)"},
-      {MakeDefault, alpha, S_FALSE, "Zeta ", "(null)"},
-      {AddDefault, alpha, S_OK, "Alpha Zeta ", "Alpha"},
-      {AddDefault, zeta, S_FALSE, "Alpha Zeta ", "Alpha"},
-      {MakeDefault, zeta, S_OK, "Alpha Zeta ", "Zeta"},
-      {MakeDefault, none, S_FALSE, "Alpha Zeta ", "Zeta"},
-      {Remove, none, S_FALSE, "Alpha Zeta ", "Zeta"},
-      {Remove, alpha, S_OK, "Zeta ", "Zeta"},
-      {Remove, zeta, S_OK, "", "(null)"},
-      {Add, zeta, S_OK, "Zeta ", "(null)"},  // no default by its name alone
-  };
-  const auto parent = this->collection_;
-  for (const bool throughViews : {false, true}) {
-    this->collection_ = throughViews ? this->viewOf(this->viewOf(parent, {}), {}) : parent;
-    for (const auto& step : steps) {
-      SCOPED_TRACE(testing::Message() << throughViews << ", step " << &step - steps);
-      const HRESULT result = step.call == Add ? this->add(step.name, &this->component_)
-                             : step.call == AddDefault
-                                 ? this->addDefault(step.name, this->class_.get(), &this->component_)
-                             : step.call == Remove ? this->call(TypeParam::remove, step.name)
-                                                   : this->call(TypeParam::makeDefault, step.name);
-      EXPECT_EQ(result, step.result);
-      EXPECT_EQ(this->names(), step.names);
-      EXPECT_EQ(this->defaultName(), step.defaultName);
-      const auto number = static_cast<ULONG>(std::ranges::count(step.names, ' '));
-      EXPECT_EQ(this->component_.references, 1 + number);
-      EXPECT_EQ(this->count(), throughViews ? 0 : number) << "a view's own are none";
-    }
-    EXPECT_EQ(parent->Reset(), S_OK);
-    EXPECT_EQ(this->names(), "");
-  }
-}
-
-TYPED_TEST(CollectionRegistryTest, GivesComponentsOut) {
-  using R = TypeParam;
-  const BSTR zeta = this->zeta_.get(), path = this->path_.get();
-  ASSERT_EQ(this->add(zeta, &this->component_), S_OK);
-  EXPECT_EQ(this->add(path, nullptr), S_FALSE);
-  ComPtr<IDispatch> object;
-  EXPECT_EQ(this->call(R::get, zeta, object.out()), S_OK);
-  EXPECT_EQ(object.get(), &this->component_);
-  for (const BSTR unknown : {BSTR(), path}) {
-    EXPECT_EQ(this->call(R::get, unknown, object.out()), S_FALSE);
-    EXPECT_EQ(object.get(), nullptr);
-  }
-  for (const INT index : {-1, 1, 2147483647}) {
-    BSTR name = nullptr;
-    EXPECT_EQ(this->call(R::getAt, index, &name, object.out()), S_FALSE) << index;
-    EXPECT_EQ(name, nullptr);
-  }
-  // Without a class name there is a record, but nothing behind it.
-  EXPECT_EQ(this->call(R::add, path, nullptr, nullptr, &this->component_), S_FALSE);
-  EXPECT_EQ(this->names(), "Zeta path ");
-  EXPECT_EQ(this->call(R::get, path, object.out()), S_FALSE);
-}
-
-TYPED_TEST(CollectionRegistryTest, CreatesADefaultFromItsClass) {
-  const Bstr array(OLESTR("{5E58EFBA-3C34-11D2-B8CA-00A0C986F9F7}"));
-  const Bstr nobody(OLESTR("{00000000-1111-2222-3333-444444444444}"));
-  const BSTR zeta = this->zeta_.get();
-  EXPECT_EQ(this->addDefault(zeta, nullptr, nullptr), S_FALSE);
-  EXPECT_EQ(this->addDefault(zeta, nobody.get(), nullptr), REGDB_E_CLASSNOTREG);
-  EXPECT_EQ(this->addDefault(zeta, this->path_.get(), nullptr), CO_E_CLASSSTRING);
-  EXPECT_EQ(this->count(), 0);
-  EXPECT_EQ(this->addDefault(zeta, array.get(), nullptr), S_OK);
-  EXPECT_EQ(this->defaultName(), "Zeta");
-  ComPtr<IDispatch> object;
-  EXPECT_EQ(this->call(TypeParam::get, zeta, object.out()), S_OK);
-  EXPECT_TRUE(ComPtr<IRealArrayDisp>::from(object.get()));
-}
 
 // A component behind a property: 2 T.
 struct DoubledTemperature : HostProperty {
@@ -191,7 +48,7 @@ constexpr Property kProperties[] = {
 };
 
 // A loader that knows one compound, as CASN 64-17-5 or by its name Spirit.
-class FakeLoader : public HostObject<ILoad> {
+class FakeLoader : public Stub<ILoad> {
  public:
   int calls = 0;
   int failingCall = 0;  // counted from 1
@@ -202,9 +59,7 @@ class FakeLoader : public HostObject<ILoad> {
   bool endless = false;         // one property again and again
   DoubledTemperature component;
 
-  STDMETHODIMP Get_SupportedPropList(INT, BSTR*, tagPropTypeEnum*) noexcept override { return E_NOTIMPL; }
   STDMETHODIMP Get_DBIdentification(BSTR*) noexcept override { return identification; }
-  STDMETHODIMP Get_AllCompounds(BSTR, INT, BSTR*) noexcept override { return E_NOTIMPL; }
   STDMETHODIMP Set_Path(BSTR newPath) noexcept override {
     if (fails()) return E_BOUNDS;
     path = WideString(viewOf(newPath));
@@ -293,8 +148,7 @@ class FakeLoader : public HostObject<ILoad> {
 };
 
 // Estimates every property as a number of its own choice.
-struct FakeEstimator : HostObject<IPurePropEstimator> {
-  STDMETHODIMP Get_SupportedPropList(INT, BSTR*) noexcept override { return E_NOTIMPL; }
+struct FakeEstimator : Stub<IPurePropEstimator> {
   STDMETHODIMP Set_Path(BSTR) noexcept override { return S_FALSE; }
   STDMETHODIMP Estimate(IDispatch* compound, BSTR, double* out) noexcept override {
     seen = compound;
@@ -528,26 +382,16 @@ TEST_F(CollectionLoadingTest, AViewLoadsThroughItsParent) {
 }
 
 // A compound of another implementation, which takes numbers and does not remember where they come from.
-struct ForgetfulCompound : HostObject<ICompoundPropPut> {
+struct ForgetfulCompound : Stub<ICompoundPropPut> {
   ForgetfulCompound() {
     CoCreateInstance(__uuidof(::COQSCompound), this, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
                      reinterpret_cast<void**>(inner.out()));
   }
   STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
     return IsEqualGUID(iid, __uuidof(IBasicCompound)) ? inner->QueryInterface(iid, out)
-                                                      : HostObject::QueryInterface(iid, out);
+                                                      : Stub::QueryInterface(iid, out);
   }
   STDMETHODIMP SetPointProperty(BSTR, BYTE, double) noexcept override { return S_OK; }
-  STDMETHODIMP SetEquationProperty(BSTR, BYTE, tagEquationShapeEnum, double, double, double, double,
-                                   IRealArrayDisp*) noexcept override {
-    return E_NOTIMPL;
-  }
-  STDMETHODIMP SetCOMProperty(BSTR, BYTE, BSTR, IPCProperty*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP ErasePropFromMap(BSTR, BYTE) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP FindProperty(BSTR, BYTE*, BYTE*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP GetEquationInfo(tagEquationShapeEnum, BSTR*, INT*) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP SetVoidProperty(BSTR, BYTE) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP GetPropertyLoader(BSTR, BSTR*) noexcept override { return E_NOTIMPL; }
   STDMETHODIMP SetPropertyLoader(BSTR, BSTR) noexcept override { return E_OUTOFMEMORY; }
 
   ComPtr<IUnknown> inner;

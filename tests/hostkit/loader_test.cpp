@@ -103,13 +103,5 @@ TEST_F(HostkitLoaderTest, FillsACollection) {
             "Ethanol (null) (null) 64-17-5 ; 28 -32767 -32767 -32767 120 -32767; 4 0; Spirit Alcohol; 1 2 15; 1 1 1");
 }
 
-TEST_F(HostkitLoaderTest, ReadsTheBundledData) {
-  ASSERT_EQ(loader_->Set_Path(Bstr((kSourceFolder / "data").string<OLECHAR>()).get()), S_OK);
-  const Bstr key(OLESTR("CASN"));
-  Bstr last, beyond;
-  EXPECT_EQ(loader_->Get_AllCompounds(key.get(), 53, last.out()), S_OK);
-  EXPECT_EQ(loader_->Get_AllCompounds(key.get(), 54, beyond.out()), S_FALSE);
-}
-
 }  // namespace
 }  // namespace qs::test

@@ -123,23 +123,5 @@ TEST_F(HostKitXml, ReadsFilesInTheEncodingThatTheyDeclare) {
   EXPECT_EQ(recorder.events, "");
 }
 
-TEST_F(HostKitXml, AttributeSetsAnswerByTagAndPosition) {
-  const auto set = create<TaggedAttributes>(__uuidof(::AttributeSet));
-  for (const LPCOLESTR value : {OLESTR("1"), OLESTR("2")})
-    set->Add(Bstr(OLESTR("A")).get(), Bstr(WideView(value)).get());
-  Bstr tag, value;
-  INT size = 0;
-  EXPECT_EQ(set->Size(&size), S_OK);
-  EXPECT_EQ(size, 2);
-  EXPECT_EQ(set->find(Bstr(OLESTR("A")).get(), value.out()), S_OK);
-  EXPECT_EQ(value.view(), OLESTR("1"));
-  EXPECT_EQ(set->find(Bstr(OLESTR("a")).get(), value.out()), S_FALSE);
-  EXPECT_FALSE(value);
-  EXPECT_EQ(set->GetByIndex(1, tag.out(), value.out()), S_OK);
-  EXPECT_EQ(value.view(), OLESTR("2"));
-  for (const INT index : {-1, 2}) EXPECT_EQ(set->GetByIndex(index, tag.out(), value.out()), E_BOUNDS);
-  EXPECT_EQ(set->find(nullptr, nullptr), E_POINTER);
-}
-
 }  // namespace
 }  // namespace qs::test

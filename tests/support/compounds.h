@@ -37,16 +37,19 @@ class CompoundTest : public ComponentTest {
   }
 };
 
-// The elements of an array of integers.
-inline std::vector<LONG> valuesOf(IDispatch* array) {
-  const auto integers = ComPtr<IIntegerArrayDisp>::from(array);
-  EXPECT_TRUE(integers);
+// The elements of a host's array.
+template <class Array, class T>
+std::vector<T> elementsIn(IUnknown* object) {
+  const auto array = ComPtr<Array>::from(object);
+  EXPECT_TRUE(array);
   LONG size = 0;
-  EXPECT_EQ(integers->get_Size(&size), S_OK);
-  std::vector<LONG> values(static_cast<std::size_t>(size));
-  for (LONG i = 0; i < size; ++i) EXPECT_EQ(integers->get_IthValue(i, &values[static_cast<std::size_t>(i)]), S_OK);
+  EXPECT_EQ(array->get_Size(&size), S_OK);
+  std::vector<T> values(static_cast<std::size_t>(size));
+  for (LONG i = 0; i < size; ++i) EXPECT_EQ(array->get_IthValue(i, &values[static_cast<std::size_t>(i)]), S_OK);
   return values;
 }
+inline std::vector<LONG> valuesOf(IUnknown* integers) { return elementsIn<IIntegerArrayDisp, LONG>(integers); }
+inline std::vector<double> realsIn(IUnknown* reals) { return elementsIn<IRealArrayDisp, double>(reals); }
 
 // What a string getter gave, as a caller owns it; a null string shows as "(null)".
 inline WideString taken(BSTR text) {

@@ -1,7 +1,8 @@
 #include "tests/support/failing_arrays.h"
 
 #include <utility>
-#include <vector>
+
+#include "hostkit/arrays.h"
 
 namespace qs::test {
 namespace {
@@ -47,48 +48,22 @@ class Array final : public IRealArrayDisp, public IRealVector {
     return E_NOTIMPL;
   }
 
-  STDMETHODIMP get_Size(LONG* size) noexcept override { return GetSize(size); }
-  STDMETHODIMP put_Size(LONG size) noexcept override { return SetSize(size); }
-  STDMETHODIMP get_IthValue(LONG index, double* value) noexcept override { return GetElement(index, value); }
-  STDMETHODIMP put_IthValue(LONG index, double value) noexcept override { return SetElement(index, value); }
-  STDMETHODIMP Copy(IRealArrayDisp* source) noexcept override {
-    if (!works()) return failure;
-    LONG size = 0;
-    if (const HRESULT hr = source->get_Size(&size); FAILED(hr)) return hr;
-    std::vector<double> values(static_cast<std::size_t>(size));
-    for (LONG i = 0; i < size; ++i)
-      if (const HRESULT hr = source->get_IthValue(i, &values[static_cast<std::size_t>(i)]); FAILED(hr)) return hr;
-    values_.swap(values);
-    return S_OK;
+  STDMETHODIMP get_Size(LONG* size) noexcept override { return works() ? elements_.size(size) : failure; }
+  STDMETHODIMP put_Size(LONG size) noexcept override { return works() ? elements_.resize(size) : failure; }
+  STDMETHODIMP get_IthValue(LONG index, double* value) noexcept override {
+    return works() ? elements_.get(index, value) : failure;
   }
-
-  STDMETHODIMP GetSize(LONG* size) noexcept override {
-    if (!works()) return failure;
-    *size = static_cast<LONG>(values_.size());
-    return S_OK;
+  STDMETHODIMP put_IthValue(LONG index, double value) noexcept override {
+    return works() ? elements_.put(index, value) : failure;
   }
-  STDMETHODIMP SetSize(LONG size) noexcept override {
-    if (!works()) return failure;
-    values_.resize(static_cast<std::size_t>(size));
-    return S_OK;
-  }
-  STDMETHODIMP GetElement(LONG index, double* value) noexcept override {
-    if (!works()) return failure;
-    if (!holds(index)) return E_BOUNDS;
-    *value = values_[static_cast<std::size_t>(index)];
-    return S_OK;
-  }
-  STDMETHODIMP SetElement(LONG index, double value) noexcept override {
-    if (!works()) return failure;
-    if (!holds(index)) return E_BOUNDS;
-    values_[static_cast<std::size_t>(index)] = value;
-    return S_OK;
-  }
+  STDMETHODIMP Copy(IRealArrayDisp* source) noexcept override { return works() ? elements_.copy(source) : failure; }
+  STDMETHODIMP GetSize(LONG* size) noexcept override { return get_Size(size); }
+  STDMETHODIMP SetSize(LONG size) noexcept override { return put_Size(size); }
+  STDMETHODIMP GetElement(LONG index, double* value) noexcept override { return get_IthValue(index, value); }
+  STDMETHODIMP SetElement(LONG index, double value) noexcept override { return put_IthValue(index, value); }
 
  private:
-  bool holds(LONG index) const { return index >= 0 && static_cast<std::size_t>(index) < values_.size(); }
-
-  std::vector<double> values_;
+  hostkit::Elements<double> elements_;
   ULONG references_ = 1;
 };
 

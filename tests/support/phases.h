@@ -67,14 +67,6 @@ class NumberingRegistry final : public Stub<IEnumeratedPropertyRegistry> {
 using Reals = std::vector<double>;
 inline constexpr double kUnset = -32767.0;
 
-inline Reals realsIn(IUnknown* object) {
-  const auto array = query<IRealArrayDisp>(ComPtr<IUnknown>(object));
-  Reals values(static_cast<std::size_t>(got(array, &IRealArrayDisp::get_Size)));
-  LONG i = 0;
-  for (double& value : values) EXPECT_EQ(array->get_IthValue(i++, &value), S_OK);
-  return values;
-}
-
 // Notes every phase: O, F and U for one of type overall, feed and user's, E and the temperature for any other; a star
 // for a composition that is set. Fails at a given one.
 class Observer final : public Stub<IPhaseCollectionActor> {
