@@ -2,7 +2,7 @@
 
 namespace qs::test {
 
-#define INTERFACE(I)                               \
+#define INTERFACE_BEGIN(I)                         \
   template <>                                      \
   class AnyInterface<I> final : public BaseOf<I> { \
    public:                                         \
@@ -15,7 +15,7 @@ namespace qs::test {
 #include "members.def"
 #undef INTERFACE_END
 #undef MEMBER
-#undef INTERFACE
+#undef INTERFACE_BEGIN
 
 #define MEMBER(I, name, parameters, arguments)
 #define INTERFACE_END(I)
@@ -27,10 +27,10 @@ ComPtr<IUnknown> AnyObject::create(Values& values) {
     HRESULT query(REFIID iid, void** out) override {
       IUnknown* face = nullptr;
       if (IsEqualGUID(iid, __uuidof(IUnknown)) || IsEqualGUID(iid, __uuidof(IDispatch))) face = &first_;
-#define INTERFACE(I) \
+#define INTERFACE_BEGIN(I) \
   if (IsEqualGUID(iid, __uuidof(I))) face = &I##_;
 #include "members.def"
-#undef INTERFACE
+#undef INTERFACE_BEGIN
       *out = face;
       if (!face) return E_NOINTERFACE;
       addReference();
@@ -39,9 +39,9 @@ ComPtr<IUnknown> AnyObject::create(Values& values) {
 
    private:
     AnyInterface<IBasicCompound> first_{*this};
-#define INTERFACE(I) AnyInterface<I> I##_{*this};
+#define INTERFACE_BEGIN(I) AnyInterface<I> I##_{*this};
 #include "members.def"
-#undef INTERFACE
+#undef INTERFACE_BEGIN
   };
   ComPtr<IUnknown> made;
   (new Object(values))->query(__uuidof(IUnknown), reinterpret_cast<void**>(made.out()));

@@ -122,7 +122,7 @@ host::LoadedModule* modules[2];
 }  // namespace
 
 std::span<const Member> members() {
-#define INTERFACE(I)
+#define INTERFACE_BEGIN(I)
 #define INTERFACE_END(I)
 #define MEMBER(I, name, parameters, arguments)       \
   {#I, #name, __uuidof(I), argumentsOf<I>(&I::name), \
@@ -132,7 +132,7 @@ std::span<const Member> members() {
   };
 #undef MEMBER
 #undef INTERFACE_END
-#undef INTERFACE
+#undef INTERFACE_BEGIN
   return kMembers;
 }
 

@@ -1,11 +1,11 @@
 # Every interface of the generated header and its members, as lines of a .def file:
-#   INTERFACE(IOne)
+#   INTERFACE_BEGIN(IOne)
 #   MEMBER(IOne, get_Name, (LONG a1, BSTR* a2), (a1, a2))
 #   INTERFACE_END(IOne)
 /^MIDL_INTERFACE/ { named = 1; next }
 named && match($0, /^[A-Za-z0-9_]+ : public/) {
   face = $1
-  print "INTERFACE(" face ")"
+  print "INTERFACE_BEGIN(" face ")"
 }
 named && /^};/ { print "INTERFACE_END(" face ")" }
 /^};/ || /^#/ { named = 0 }

@@ -54,7 +54,7 @@ TEST_F(NullResults, AreRefusedAndReturned) {
   for (const CreatableClass& each : std::span(kClasses, kClassCount)) {
     SCOPED_TRACE(each.name);
     const auto object = create<IUnknown>(each.clsid);
-#define INTERFACE(I)
+#define INTERFACE_BEGIN(I)
 #define MEMBER(I, name, parameters, arguments) call<I>(object.get(), &I::name, #name);
 #define INTERFACE_END(I)
 #include "members.def"

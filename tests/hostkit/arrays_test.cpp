@@ -16,6 +16,9 @@ TEST_F(HostKitArrays, CopyWholeArraysOrNothing) {
   EXPECT_EQ(integers->Copy(&brokenIntegers), E_BOUNDS) << "without memory for all that it states";
   EXPECT_EQ(reals->Copy(&brokenReals), E_BOUNDS);
   EXPECT_EQ(valuesOf(integers.get()), (std::vector<LONG>{3, 4}));
+  double value = 5;
+  EXPECT_EQ(reals->get_IthValue(2, &value), E_BOUNDS);
+  EXPECT_EQ(value, 5) << "nothing is written";
   EXPECT_EQ(realsIn(reals.get()), (std::vector<double>{3, 4}));
 }
 

@@ -20,23 +20,6 @@ TEST_F(Phase, ValuesAreHeldAsGiven) {
   EXPECT_EQ(stateOf(phase), "0: 4 1 8 3; - - - - - - - - - -; 0.4 0.6; 0.1 0.2; -0.3 -0.4");
 }
 
-TEST_F(Phase, ArraysAreLentOrGivenWithAReference) {
-  const auto phase = newPhase();
-  const auto refer = [&](auto give, auto lend) {
-    IRealArrayDisp* lent = nullptr;
-    (phase.get()->*lend)(&lent);
-    const ULONG before = referencesOf(lent);
-    (phase.get()->*lend)(&lent);
-    EXPECT_EQ(referencesOf(lent), before);
-    const auto owned = got(phase, give);
-    EXPECT_EQ(owned, lent);
-    EXPECT_EQ(referencesOf(lent), before + 1);
-    owned->Release();
-  };
-  refer(&IBasicPhase::get_MolarComposition, &IBasicPhase::get_MolarCompositionDisp);
-  for (const Fugacity& fugacity : kFugacities) refer(fugacity.get, fugacity.lend);
-}
-
 TEST_F(Phase, FinalizeBindsAndSizes) {
   CountedCompounds three(3), two(2), failing(7), negative(-1), endless(INT_MAX);
   const auto phase = newPhase();

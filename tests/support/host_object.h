@@ -57,7 +57,7 @@ class HostObject<I> : public HostUnknown<I> {
 // An object with an interface whose methods are not there.
 template <class I>
 class Stub;
-#define INTERFACE(I)                     \
+#define INTERFACE_BEGIN(I)               \
   template <>                            \
   class Stub<I> : public HostObject<I> { \
    public:
@@ -69,7 +69,7 @@ class Stub;
 #include "members.def"
 #undef INTERFACE_END
 #undef MEMBER
-#undef INTERFACE
+#undef INTERFACE_BEGIN
 
 // Whether an exception passes from one module to another; in a 32-bit process on Windows it ends the process.
 inline constexpr bool kExceptionsPass = sizeof(void*) == 8 || !std::is_same_v<OLECHAR, wchar_t>;
