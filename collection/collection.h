@@ -1,9 +1,9 @@
 // COQSCompoundCollection, the ordered compounds of a calculation: a list of its own, or a view, which is a list of
-// positions in a parent collection. The methods of each group of interfaces stand in a file of their own.
+// positions in a parent collection. The methods of each group of interfaces are defined in a file of their own.
 //
-// A position outside, a name that is not there and an empty slot answer S_FALSE and give null; a null out-parameter
-// answers E_POINTER. A method that fails has changed nothing, unless it says otherwise. External objects may call back
-// at any time.
+// A position outside, a name that is not there and an empty slot return S_FALSE and write null; a null out-parameter
+// returns E_POINTER, and nothing has changed. A method that fails has changed nothing, unless it says otherwise.
+// External objects may call back at any time. An object belongs to its apartment; calls are not synchronised.
 #pragma once
 
 #include <map>
@@ -119,8 +119,8 @@ class COQSCompoundCollection final
 
  private:
   using Positions = std::vector<LONG>;
-  class XmlReader;
-  class XmlWriter;
+  class CollectionXmlReader;
+  class CollectionXmlWriter;
 
   struct Model {
     ComPtr<IInteractionParameters> parameters;
@@ -185,7 +185,7 @@ class COQSCompoundCollection final
 
   // Of the XML text that is being read: what reads a collection's element, from its start to its end, and what the
   // collection held before, once an element has ended within a document.
-  std::shared_ptr<XmlReader> xmlReader_;
+  std::shared_ptr<CollectionXmlReader> xmlReader_;
   std::optional<State> beforeText_;
   bool inDocument_ = false;
 };

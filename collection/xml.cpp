@@ -12,7 +12,7 @@ HRESULT COQSCompoundCollection::StoreAsXMLEx(INT form, BSTR* text) noexcept {
   *text = nullptr;
   return guarded([&] {
     XmlText xml(XmlForm(form), 0);
-    XmlWriter(*this, xml).write();
+    CollectionXmlWriter(*this, xml).write();
     *text = xml.take().release();
     return S_OK;
   });
@@ -21,8 +21,8 @@ HRESULT COQSCompoundCollection::StoreAsXMLEx(INT form, BSTR* text) noexcept {
 HRESULT COQSCompoundCollection::StartElement(BSTR name, TaggedAttributes* attributes) noexcept {
   const HRESULT result = guarded([&] {
     if (!xmlReader_) {
-      if (!XmlReader::isCollection(viewOf(name))) return S_FALSE;
-      xmlReader_ = std::make_shared<XmlReader>(*this);
+      if (!CollectionXmlReader::isCollection(viewOf(name))) return S_FALSE;
+      xmlReader_ = std::make_shared<CollectionXmlReader>(*this);
       return xmlReader_->startCollection(attributes);
     }
     // A component that is called meanwhile may call back and end the reading.

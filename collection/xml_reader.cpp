@@ -29,29 +29,29 @@ std::vector<T> numbersIn(WideView text) {
 
 }  // namespace
 
-const COQSCompoundCollection::XmlReader::Element COQSCompoundCollection::XmlReader::kElements[] = {
-    {OLESTR("Compound"), &XmlReader::startCompound},
-    {OLESTR("EmptySlot"), &XmlReader::addEmptySlot},
-    {OLESTR("Model"), &XmlReader::nameModel},
-    {OLESTR("IPModel"), &XmlReader::startModel},
-    {OLESTR("AddedLoaders"), &XmlReader::group},
-    {OLESTR("Loader"), &XmlReader::addComponent<&State::loaders>},
-    {OLESTR("DefaultLoader"), &XmlReader::nameDefault<&XmlReader::defaultLoader_>},
-    {OLESTR("AddedEstimators"), &XmlReader::group},
-    {OLESTR("Estimator"), &XmlReader::addComponent<&State::estimators>},
-    {OLESTR("DefaultEstimator"), &XmlReader::nameDefault<&XmlReader::defaultEstimator_>},
-    {OLESTR("OffsetH"), &XmlReader::readOffsets<&State::offsetH>},
-    {OLESTR("OffsetS"), &XmlReader::readOffsets<&State::offsetS>},
-    {OLESTR("NamedView"), &XmlReader::addNamedView},
+const COQSCompoundCollection::CollectionXmlReader::Element COQSCompoundCollection::CollectionXmlReader::kElements[] = {
+    {OLESTR("Compound"), &CollectionXmlReader::startCompound},
+    {OLESTR("EmptySlot"), &CollectionXmlReader::addEmptySlot},
+    {OLESTR("Model"), &CollectionXmlReader::nameModel},
+    {OLESTR("IPModel"), &CollectionXmlReader::startModel},
+    {OLESTR("AddedLoaders"), &CollectionXmlReader::group},
+    {OLESTR("Loader"), &CollectionXmlReader::addComponent<&State::loaders>},
+    {OLESTR("DefaultLoader"), &CollectionXmlReader::nameDefault<&CollectionXmlReader::defaultLoader_>},
+    {OLESTR("AddedEstimators"), &CollectionXmlReader::group},
+    {OLESTR("Estimator"), &CollectionXmlReader::addComponent<&State::estimators>},
+    {OLESTR("DefaultEstimator"), &CollectionXmlReader::nameDefault<&CollectionXmlReader::defaultEstimator_>},
+    {OLESTR("OffsetH"), &CollectionXmlReader::readOffsets<&State::offsetH>},
+    {OLESTR("OffsetS"), &CollectionXmlReader::readOffsets<&State::offsetS>},
+    {OLESTR("NamedView"), &CollectionXmlReader::addNamedView},
 };
 
-HRESULT COQSCompoundCollection::XmlReader::startCollection(TaggedAttributes* attributes) {
+HRESULT COQSCompoundCollection::CollectionXmlReader::startCollection(TaggedAttributes* attributes) {
   INT version = 2;
   XmlAttributes(attributes).read(XmlTag(OLESTR("VERSION")), version);
   return version == 1 || version == 2 ? S_OK : S_FALSE;
 }
 
-HRESULT COQSCompoundCollection::XmlReader::startElement(BSTR name, TaggedAttributes* attributes) {
+HRESULT COQSCompoundCollection::CollectionXmlReader::startElement(BSTR name, TaggedAttributes* attributes) {
   if (!span_.isOpen()) {
     const auto element = std::find_if(std::begin(kElements), std::end(kElements),
                                       [name](const Element& known) { return known.name == viewOf(name); });
@@ -68,7 +68,7 @@ HRESULT COQSCompoundCollection::XmlReader::startElement(BSTR name, TaggedAttribu
   return receiver ? receiver->StartElement(name, attributes) : S_FALSE;
 }
 
-HRESULT COQSCompoundCollection::XmlReader::endElement(BSTR name) {
+HRESULT COQSCompoundCollection::CollectionXmlReader::endElement(BSTR name) {
   if (!span_.isOpen()) {
     if (viewOf(name) == OLESTR("Model")) model_ = {};
     return isCollection(viewOf(name)) ? finish() : S_OK;
@@ -80,7 +80,7 @@ HRESULT COQSCompoundCollection::XmlReader::endElement(BSTR name) {
   return result;
 }
 
-HRESULT COQSCompoundCollection::XmlReader::finish() {
+HRESULT COQSCompoundCollection::CollectionXmlReader::finish() {
   complete_ = true;
   bool known = true;
   const auto makeDefault = [&known](ComponentRegistry& registry, const Bstr& name) {
@@ -91,25 +91,25 @@ HRESULT COQSCompoundCollection::XmlReader::finish() {
   return known ? S_OK : S_FALSE;
 }
 
-HRESULT COQSCompoundCollection::XmlReader::startCompound(const XmlAttributes&) {
+HRESULT COQSCompoundCollection::CollectionXmlReader::startCompound(const XmlAttributes&) {
   compound_ = COQSCompound::make<IBasicCompound>();
   receiver_ = ComPtr<XMLParserClient>::from(compound_.get());
   span_.open(OLESTR("Compound"));
   return S_OK;
 }
 
-HRESULT COQSCompoundCollection::XmlReader::addEmptySlot(const XmlAttributes&) {
+HRESULT COQSCompoundCollection::CollectionXmlReader::addEmptySlot(const XmlAttributes&) {
   state_.slots.append({});
   return S_OK;
 }
 
-HRESULT COQSCompoundCollection::XmlReader::nameModel(const XmlAttributes& attributes) {
+HRESULT COQSCompoundCollection::CollectionXmlReader::nameModel(const XmlAttributes& attributes) {
   model_ = {};
   attributes.read(XmlTag(OLESTR("PANE")), model_.pane);
   return attributes.read(kName, model_.name) ? S_OK : S_FALSE;
 }
 
-HRESULT COQSCompoundCollection::XmlReader::startModel(const XmlAttributes& attributes) {
+HRESULT COQSCompoundCollection::CollectionXmlReader::startModel(const XmlAttributes& attributes) {
   span_.open(OLESTR("IPModel"));
   Bstr className, ownName;
   attributes.read(kClassName, className);
@@ -127,7 +127,7 @@ HRESULT COQSCompoundCollection::XmlReader::startModel(const XmlAttributes& attri
 }
 
 template <ComponentRegistry COQSCompoundCollection::State::*registry>
-HRESULT COQSCompoundCollection::XmlReader::addComponent(const XmlAttributes& attributes) {
+HRESULT COQSCompoundCollection::CollectionXmlReader::addComponent(const XmlAttributes& attributes) {
   CQSLoader record;
   attributes.read(kName, record.Name);
   attributes.read(kClassName, record.ClassName);
@@ -139,22 +139,22 @@ HRESULT COQSCompoundCollection::XmlReader::addComponent(const XmlAttributes& att
   return complete ? added : S_FALSE;
 }
 
-template <Bstr COQSCompoundCollection::XmlReader::*name>
-HRESULT COQSCompoundCollection::XmlReader::nameDefault(const XmlAttributes& attributes) {
+template <Bstr COQSCompoundCollection::CollectionXmlReader::*name>
+HRESULT COQSCompoundCollection::CollectionXmlReader::nameDefault(const XmlAttributes& attributes) {
   this->*name = Bstr();
   attributes.read(kName, this->*name);
   return S_OK;
 }
 
 template <ComPtr<IRealArrayDisp> COQSCompoundCollection::State::*array>
-HRESULT COQSCompoundCollection::XmlReader::readOffsets(const XmlAttributes& attributes) {
+HRESULT COQSCompoundCollection::CollectionXmlReader::readOffsets(const XmlAttributes& attributes) {
   Bstr values;
   if (!attributes.read(XmlTag(OLESTR("VALUES")), values)) return S_FALSE;
   state_.*array = newRealArray(numbersIn<double>(values.view()));
   return S_OK;
 }
 
-HRESULT COQSCompoundCollection::XmlReader::addNamedView(const XmlAttributes& attributes) {
+HRESULT COQSCompoundCollection::CollectionXmlReader::addNamedView(const XmlAttributes& attributes) {
   Bstr name, positions;
   if (!attributes.read(kName, name) || !attributes.read(XmlTag(OLESTR("POSITIONS")), positions)) return S_FALSE;
   auto list = std::make_shared<Positions>(numbersIn<LONG>(positions.view()));

@@ -8,10 +8,10 @@ namespace qs {
 
 // The state within one CompoundCollection or SubCompList element. Elements may come in any order and number, and memory
 // grows with what arrives, never with a number that the text states.
-class COQSCompoundCollection::XmlReader {
+class COQSCompoundCollection::CollectionXmlReader {
  public:
   // A model that the text gives no class is read into the object that `collection` has under its name.
-  explicit XmlReader(const COQSCompoundCollection& collection) : collection_(collection) {}
+  explicit CollectionXmlReader(const COQSCompoundCollection& collection) : collection_(collection) {}
 
   static bool isCollection(WideView name) {
     return name == OLESTR("CompoundCollection") || name == OLESTR("SubCompList");
@@ -40,7 +40,7 @@ class COQSCompoundCollection::XmlReader {
  private:
   struct Element {
     WideView name;
-    HRESULT (XmlReader::*start)(const XmlAttributes&);
+    HRESULT (CollectionXmlReader::*start)(const XmlAttributes&);
   };
   static const Element kElements[];
 
@@ -51,7 +51,7 @@ class COQSCompoundCollection::XmlReader {
   HRESULT addEmptySlot(const XmlAttributes& attributes);
   template <ComponentRegistry State::*registry>
   HRESULT addComponent(const XmlAttributes& attributes);
-  template <Bstr XmlReader::*name>
+  template <Bstr CollectionXmlReader::*name>
   HRESULT nameDefault(const XmlAttributes& attributes);
   template <ComPtr<IRealArrayDisp> State::*array>
   HRESULT readOffsets(const XmlAttributes& attributes);

@@ -6,7 +6,7 @@
 
 namespace qs {
 
-void COQSCompoundCollection::XmlWriter::write() {
+void COQSCompoundCollection::CollectionXmlWriter::write() {
   const bool isView = collection_.isView();
   text_ << (isView ? OLESTR("<SubCompList VERSION = \"1\" NUMBCOMPOUND = \"")
                    : OLESTR("<CompoundCollection VERSION = \"2\" NUMBCOMPOUND = \""))
@@ -25,7 +25,7 @@ void COQSCompoundCollection::XmlWriter::write() {
   text_ << (isView ? OLESTR("</SubCompList>\n") : OLESTR("</CompoundCollection>\n"));
 }
 
-void COQSCompoundCollection::XmlWriter::compounds() {
+void COQSCompoundCollection::CollectionXmlWriter::compounds() {
   for (INT i = 0; i < collection_.count(); ++i) {
     ComPtr<IDispatch> compound;
     check(collection_.get_Compound(i, compound.out()));
@@ -40,7 +40,7 @@ void COQSCompoundCollection::XmlWriter::compounds() {
   }
 }
 
-void COQSCompoundCollection::XmlWriter::models() {
+void COQSCompoundCollection::CollectionXmlWriter::models() {
   auto& models = collection_.state_.models;
   for (auto next = models.begin(); next != models.end();) {
     const WideString name = next->first;
@@ -57,7 +57,8 @@ void COQSCompoundCollection::XmlWriter::models() {
   }
 }
 
-void COQSCompoundCollection::XmlWriter::components(const ComponentRegistry& registry, WideView element, bool always) {
+void COQSCompoundCollection::CollectionXmlWriter::components(const ComponentRegistry& registry, WideView element,
+                                                             bool always) {
   if (registry.count() > 0) {
     text_ << OLESTR("   <Added") << element << OLESTR("s  NUMB = \"") << registry.count() << OLESTR("\">\n");
     for (const auto& [name, record] : registry.records()) {
@@ -76,7 +77,7 @@ void COQSCompoundCollection::XmlWriter::components(const ComponentRegistry& regi
   text_ << OLESTR("/>\n");
 }
 
-void COQSCompoundCollection::XmlWriter::offsets(WideView element, const ComPtr<IRealArrayDisp>& array) {
+void COQSCompoundCollection::CollectionXmlWriter::offsets(WideView element, const ComPtr<IRealArrayDisp>& array) {
   if (!array) return;
   LONG size = 0;
   check(array->get_Size(&size));
@@ -90,7 +91,7 @@ void COQSCompoundCollection::XmlWriter::offsets(WideView element, const ComPtr<I
   text_ << OLESTR("\"/>\n");
 }
 
-void COQSCompoundCollection::XmlWriter::namedViews() {
+void COQSCompoundCollection::CollectionXmlWriter::namedViews() {
   for (const auto& [name, positions] : collection_.state_.subLists) {
     text_ << OLESTR("   <NamedView NAME = \"");
     text_.value(name) << OLESTR("\" POSITIONS = \"");
@@ -102,7 +103,7 @@ void COQSCompoundCollection::XmlWriter::namedViews() {
   }
 }
 
-void COQSCompoundCollection::XmlWriter::stored(IUnknown* object) {
+void COQSCompoundCollection::CollectionXmlWriter::stored(IUnknown* object) {
   Bstr text;
   const auto exact = complete_ ? ComPtr<IXMLStoreEx>::from(object) : ComPtr<IXMLStoreEx>();
   if (exact) {
@@ -115,7 +116,7 @@ void COQSCompoundCollection::XmlWriter::stored(IUnknown* object) {
   text_ << text.view();
 }
 
-void COQSCompoundCollection::XmlWriter::attribute(WideView opening, const Bstr& value) {
+void COQSCompoundCollection::CollectionXmlWriter::attribute(WideView opening, const Bstr& value) {
   if (complete_ && !value) return;
   text_ << opening;
   text_.value(value.view()) << OLESTR("\"");

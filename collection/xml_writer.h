@@ -6,9 +6,9 @@
 
 namespace qs {
 
-class COQSCompoundCollection::XmlWriter {
+class COQSCompoundCollection::CollectionXmlWriter {
  public:
-  XmlWriter(COQSCompoundCollection& collection, XmlText& text)
+  CollectionXmlWriter(COQSCompoundCollection& collection, XmlText& text)
       : collection_(collection), text_(text), complete_(text.form().complete()) {}
 
   // Throws CQSCOMError: E_INVALIDARG for data that the form cannot hold, E_NOINTERFACE for a compound or a model that

@@ -1,5 +1,8 @@
 // COQSCompound, the pure-compound record: identity, fixed properties and every interface that reads or writes them. The
-// methods of each group of interfaces stand in a file of their own.
+// methods of each group of interfaces are defined in a file of their own.
+//
+// A null out-parameter returns E_POINTER, and nothing has changed; only the getters of single properties and of their
+// ranges do not look. An object belongs to its apartment; calls are not synchronised.
 #pragma once
 
 #include <memory>
@@ -192,7 +195,7 @@ class COQSCompound final
 
   // From the start of a Compound element to its end. Shared, so that a component that is called meanwhile and calls
   // back cannot end it.
-  std::shared_ptr<XmlReader> xmlReader_;
+  std::shared_ptr<CompoundXmlReader> xmlReader_;
 };
 
 }  // namespace qs

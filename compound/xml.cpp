@@ -25,9 +25,9 @@ HRESULT COQSCompound::StoreAsXMLEx(INT form, BSTR* text) noexcept {
 HRESULT COQSCompound::StartElement(BSTR name, TaggedAttributes* attributes) noexcept {
   const HRESULT result = guarded([&] {
     if (!xmlReader_) {
-      if (viewOf(name) != XmlReader::kCompound) return S_FALSE;
+      if (viewOf(name) != CompoundXmlReader::kCompound) return S_FALSE;
       if (!beforeText_) beforeText_ = std::make_unique<CompoundContent>(content_.copy());
-      xmlReader_ = std::make_shared<XmlReader>(content_);
+      xmlReader_ = std::make_shared<CompoundXmlReader>(content_);
     }
     const auto reader = xmlReader_;
     return reader->startElement(viewOf(name), attributes);

@@ -35,23 +35,23 @@ bool recallComponent(CQSAbstractProp& property, const Bstr& className, WideView 
 
 }  // namespace
 
-const XmlReader::Element XmlReader::kElements[] = {
-    {kCompound, InNothing | InCompound, InCompound, &XmlReader::startCompound, false},
-    {OLESTR("FixedProperty"), InCompound, InFixedProperty, &XmlReader::startProperty, false},
-    {OLESTR("AdditionProperty"), InCompound, InAdditionProperty, &XmlReader::startProperty, false},
-    {OLESTR("PropertyContent"), InFixedProperty | InAdditionProperty, 0, &XmlReader::recallProperty, false},
-    {OLESTR("UserProperty"), InCompound, 0, &XmlReader::addUserProperty, false},
-    {OLESTR("Synonyms"), InCompound, InSynonyms, &XmlReader::startSynonyms, false},
-    {OLESTR("Synonym"), InSynonyms, 0, &XmlReader::addSynonym, false},
-    {OLESTR("UnusedSynonym"), InSynonyms, 0, &XmlReader::addUnusedSynonym, false},
-    {OLESTR("GroupProperty"), InCompound, InGroups, &XmlReader::startGroups, false},
-    {OLESTR("Group"), InGroups, 0, &XmlReader::addGroup, false},
-    {OLESTR("Property"), InCompound, 0, &XmlReader::addPoint, true},
-    {OLESTR("EqnProperty"), InCompound, InEquation, &XmlReader::startEquation, true},
-    {OLESTR("EquationCoeff"), InEquation, 0, &XmlReader::addCoefficient, true},
+const CompoundXmlReader::Element CompoundXmlReader::kElements[] = {
+    {kCompound, InNothing | InCompound, InCompound, &CompoundXmlReader::startCompound, false},
+    {OLESTR("FixedProperty"), InCompound, InFixedProperty, &CompoundXmlReader::startProperty, false},
+    {OLESTR("AdditionProperty"), InCompound, InAdditionProperty, &CompoundXmlReader::startProperty, false},
+    {OLESTR("PropertyContent"), InFixedProperty | InAdditionProperty, 0, &CompoundXmlReader::recallProperty, false},
+    {OLESTR("UserProperty"), InCompound, 0, &CompoundXmlReader::addUserProperty, false},
+    {OLESTR("Synonyms"), InCompound, InSynonyms, &CompoundXmlReader::startSynonyms, false},
+    {OLESTR("Synonym"), InSynonyms, 0, &CompoundXmlReader::addSynonym, false},
+    {OLESTR("UnusedSynonym"), InSynonyms, 0, &CompoundXmlReader::addUnusedSynonym, false},
+    {OLESTR("GroupProperty"), InCompound, InGroups, &CompoundXmlReader::startGroups, false},
+    {OLESTR("Group"), InGroups, 0, &CompoundXmlReader::addGroup, false},
+    {OLESTR("Property"), InCompound, 0, &CompoundXmlReader::addPoint, true},
+    {OLESTR("EqnProperty"), InCompound, InEquation, &CompoundXmlReader::startEquation, true},
+    {OLESTR("EquationCoeff"), InEquation, 0, &CompoundXmlReader::addCoefficient, true},
 };
 
-HRESULT XmlReader::startElement(WideView name, TaggedAttributes* attributes) {
+HRESULT CompoundXmlReader::startElement(WideView name, TaggedAttributes* attributes) {
   if (skipped_.isOpen()) {
     skipped_.start(name);
     return S_FALSE;
@@ -68,7 +68,7 @@ HRESULT XmlReader::startElement(WideView name, TaggedAttributes* attributes) {
   return (this->*element->start)(XmlAttributes(attributes));
 }
 
-bool XmlReader::endElement(WideView name) {
+bool CompoundXmlReader::endElement(WideView name) {
   if (skipped_.isOpen()) {
     skipped_.end(name);
     return false;
@@ -82,12 +82,12 @@ bool XmlReader::endElement(WideView name) {
   return false;
 }
 
-HRESULT XmlReader::skip(WideView name) {
+HRESULT CompoundXmlReader::skip(WideView name) {
   skipped_.open(name);
   return S_FALSE;
 }
 
-HRESULT XmlReader::startCompound(const XmlAttributes& attributes) {
+HRESULT CompoundXmlReader::startCompound(const XmlAttributes& attributes) {
   attributes.read(XmlTag(OLESTR("VERSION")), version_);
   attributes.read(XmlTag(OLESTR("CompIdx")), content_.identity.compoundIndex);
 #define IDENTITY_FIELD(key, field, interface_name, attribute) \
@@ -96,14 +96,14 @@ HRESULT XmlReader::startCompound(const XmlAttributes& attributes) {
   return S_OK;
 }
 
-HRESULT XmlReader::startSynonyms(const XmlAttributes& attributes) {
+HRESULT CompoundXmlReader::startSynonyms(const XmlAttributes& attributes) {
   content_.identity.synonyms.clear();
   synonyms_ = 0;
   return resultOf(attributes.read(kNumber, content_.identity.synonymCount));
 }
 
 // A synonym may be null, and then has no name.
-HRESULT XmlReader::addSynonym(const XmlAttributes& attributes) {
+HRESULT CompoundXmlReader::addSynonym(const XmlAttributes& attributes) {
   Bstr name;
   attributes.read(kName, name);
   const HRESULT stored = content_.identity.putSynonym(synonyms_, name.get());
@@ -112,7 +112,7 @@ HRESULT XmlReader::addSynonym(const XmlAttributes& attributes) {
 }
 
 // A synonym that is kept past the count.
-HRESULT XmlReader::addUnusedSynonym(const XmlAttributes& attributes) {
+HRESULT CompoundXmlReader::addUnusedSynonym(const XmlAttributes& attributes) {
   Bstr name;
   attributes.read(kName, name);
   if (content_.identity.synonyms.size() >= kMostSynonyms) return S_FALSE;
@@ -120,7 +120,7 @@ HRESULT XmlReader::addUnusedSynonym(const XmlAttributes& attributes) {
   return S_OK;
 }
 
-HRESULT XmlReader::startGroups(const XmlAttributes& attributes) {
+HRESULT CompoundXmlReader::startGroups(const XmlAttributes& attributes) {
   Bstr name;
   attributes.read(kName, name);
   if (name.view() != OLESTR("UNIFAC1")) {
@@ -132,7 +132,7 @@ HRESULT XmlReader::startGroups(const XmlAttributes& attributes) {
   return resultOf(attributes.read(kNumber, content_.identity.groupCount));
 }
 
-HRESULT XmlReader::addGroup(const XmlAttributes& attributes) {
+HRESULT CompoundXmlReader::addGroup(const XmlAttributes& attributes) {
   INT type = kEmptyInteger;
   INT count = kEmptyInteger;
   const bool hasType = attributes.read(XmlTag(OLESTR("ID")), type);
@@ -142,7 +142,7 @@ HRESULT XmlReader::addGroup(const XmlAttributes& attributes) {
   return resultOf(hasType || hasCount);
 }
 
-HRESULT XmlReader::startProperty(const XmlAttributes& attributes) {
+HRESULT CompoundXmlReader::startProperty(const XmlAttributes& attributes) {
   Pending pending{.name = {}, .fixed = place_ == InFixedProperty, .property = nullptr, .className = {}, .loader = {}};
   Bstr type;
   if (!attributes.read(kName, pending.name) || !attributes.read(XmlTag(OLESTR("TYPE")), type)) return S_FALSE;
@@ -169,7 +169,7 @@ HRESULT XmlReader::startProperty(const XmlAttributes& attributes) {
   return S_OK;
 }
 
-HRESULT XmlReader::recallProperty(const XmlAttributes& attributes) {
+HRESULT CompoundXmlReader::recallProperty(const XmlAttributes& attributes) {
   Bstr content;
   if (!attributes.read(kContent, content)) return S_FALSE;
   // Taken first: a component may call back while it reads its content.
@@ -187,7 +187,7 @@ HRESULT XmlReader::recallProperty(const XmlAttributes& attributes) {
   return complete ? stored : S_FALSE;
 }
 
-HRESULT XmlReader::addUserProperty(const XmlAttributes& attributes) {
+HRESULT CompoundXmlReader::addUserProperty(const XmlAttributes& attributes) {
   Bstr name;
   Bstr content;
   if (!attributes.read(kName, name) || !attributes.read(kContent, content)) return S_FALSE;
@@ -209,7 +209,7 @@ HRESULT XmlReader::addUserProperty(const XmlAttributes& attributes) {
   return resultOf(complete);
 }
 
-HRESULT XmlReader::addPoint(const XmlAttributes& attributes) {
+HRESULT CompoundXmlReader::addPoint(const XmlAttributes& attributes) {
   Bstr name;
   double value = kEmptyValue;
   if (!attributes.read(kName, name)) return S_FALSE;
@@ -218,7 +218,7 @@ HRESULT XmlReader::addPoint(const XmlAttributes& attributes) {
   return content_.properties.AddPropertyToMap(name.view(), true, point);
 }
 
-HRESULT XmlReader::startEquation(const XmlAttributes& attributes) {
+HRESULT CompoundXmlReader::startEquation(const XmlAttributes& attributes) {
   Pending pending{.name = {}, .fixed = true, .property = nullptr, .className = {}, .loader = {}};
   INT shape = kEmptyInteger;
   if (!attributes.read(kName, pending.name) || !attributes.read(XmlTag(OLESTR("ID")), shape)) return S_FALSE;
@@ -247,7 +247,7 @@ HRESULT XmlReader::startEquation(const XmlAttributes& attributes) {
 }
 
 // Coefficients that the equation has no use for count, and are passed over.
-HRESULT XmlReader::addCoefficient(const XmlAttributes& attributes) {
+HRESULT CompoundXmlReader::addCoefficient(const XmlAttributes& attributes) {
   double value = kEmptyValue;
   const bool given = attributes.read(kValue, value);
   if (!pending_) return S_FALSE;
@@ -257,7 +257,7 @@ HRESULT XmlReader::addCoefficient(const XmlAttributes& attributes) {
   return store(*pending);
 }
 
-HRESULT XmlReader::store(Pending& pending) {
+HRESULT CompoundXmlReader::store(Pending& pending) {
   pending.property->Name = Bstr::copyOf(pending.name.get());
   pending.property->Loader = std::move(pending.loader);
   return content_.properties.AddPropertyToMap(pending.name.view(), pending.fixed, pending.property);

@@ -10,9 +10,9 @@ namespace qs {
 
 // The state within one Compound element. Nothing is trusted: elements may come in any order and number, and memory
 // grows with what arrives, never with a number that the text states.
-class XmlReader {
+class CompoundXmlReader {
  public:
-  explicit XmlReader(CompoundContent& content) : content_(content) {}
+  explicit CompoundXmlReader(CompoundContent& content) : content_(content) {}
 
   // The name of the element that a reader is for.
   static constexpr WideView kCompound = OLESTR("Compound");
@@ -41,7 +41,7 @@ class XmlReader {
     WideView name;
     unsigned home;    // the places where it may stand
     unsigned inside;  // the place that it opens until its end; 0 for none
-    HRESULT (XmlReader::*start)(const XmlAttributes&);
+    HRESULT (CompoundXmlReader::*start)(const XmlAttributes&);
     bool version1Only;
   };
   static const Element kElements[];

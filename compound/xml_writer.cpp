@@ -21,9 +21,9 @@ constexpr std::array<Key, kKeyCount> kWritingOrder = [] {
 
 constexpr bool isInDefaultForm(IdentityField field) { return field != IdentityField::SubFamily; }
 
-class Writer {
+class CompoundXmlWriter {
  public:
-  explicit Writer(XmlText& text) : text_(text), complete_(text.form().complete()) {}
+  explicit CompoundXmlWriter(XmlText& text) : text_(text), complete_(text.form().complete()) {}
 
   void openCompound(const Identity& identity);
   void synonyms(const Identity& identity);
@@ -55,18 +55,18 @@ class Writer {
   const bool complete_;
 };
 
-void Writer::attribute(WideView name, const Bstr& value) {
+void CompoundXmlWriter::attribute(WideView name, const Bstr& value) {
   if (complete_ && !value) return;
   nextAttribute(name);
   text_.value(value.view());
 }
 
-void Writer::attribute(WideView name, INT value) {
+void CompoundXmlWriter::attribute(WideView name, INT value) {
   nextAttribute(name);
   text_ << value;
 }
 
-void Writer::openCompound(const Identity& identity) {
+void CompoundXmlWriter::openCompound(const Identity& identity) {
   text_ << OLESTR("   <Compound VERSION = \"2\" CompIdx = \"") << identity.compoundIndex;
 #define IDENTITY_FIELD(key, field, interface_name, name) \
   if (complete_ || isInDefaultForm(IdentityField::key)) attribute(OLESTR(name), identity.field);
@@ -74,7 +74,7 @@ void Writer::openCompound(const Identity& identity) {
   text_ << OLESTR("\"> \n");
 }
 
-void Writer::synonyms(const Identity& identity) {
+void CompoundXmlWriter::synonyms(const Identity& identity) {
   text_ << OLESTR("      <Synonyms NUMB = \"") << identity.synonymCount << OLESTR("\"> \n");
   // A count that was put may promise more synonyms than were ever given.
   const auto promised = static_cast<std::size_t>(std::max(identity.synonymCount, 0));
@@ -91,7 +91,7 @@ void Writer::synonyms(const Identity& identity) {
   text_ << OLESTR("      </Synonyms> \n");
 }
 
-void Writer::groups(const Identity& identity) {
+void CompoundXmlWriter::groups(const Identity& identity) {
   text_ << OLESTR("      <GroupProperty NAME=\"UNIFAC1\" NUMB = \"") << identity.groupCount << OLESTR("\" > \n");
   // Types and counts are put one without the other, and so may differ in number.
   const auto number = [&](WideView opening, const std::vector<LONG>& values, std::size_t i) {
@@ -109,7 +109,7 @@ void Writer::groups(const Identity& identity) {
   text_ << OLESTR("      </GroupProperty>\n");
 }
 
-void Writer::properties(const PropertyTable& table) {
+void CompoundXmlWriter::properties(const PropertyTable& table) {
   for (const Key key : kWritingOrder) {
     if (const CQSAbstractProp* fixed = table[key])
       property(OLESTR("FixedProperty"), nameOf(key), *fixed);
@@ -125,14 +125,14 @@ void Writer::properties(const PropertyTable& table) {
   }
 }
 
-void Writer::emptySlot(Key key) {
+void CompoundXmlWriter::emptySlot(Key key) {
   openProperty(OLESTR("FixedProperty"), nameOf(key));
   text_ << OLESTR("VOID\"   EQUATIONSHAPE = \"1000\"   CLASSID = \"VOID\">\n")
         << OLESTR("           <PropertyContent CONTENT = \"VOID\"/>\n");
   closeProperty(OLESTR("FixedProperty"));
 }
 
-void Writer::property(WideView element, WideView name, const CQSAbstractProp& property) {
+void CompoundXmlWriter::property(WideView element, WideView name, const CQSAbstractProp& property) {
   LONG kind = VoidProp;
   property.GetType(&kind);
   if (kind == VoidProp && !complete_) return;
@@ -164,7 +164,7 @@ void Writer::property(WideView element, WideView name, const CQSAbstractProp& pr
   closeProperty(element);
 }
 
-void Writer::className(const CQSAbstractProp& component) {
+void CompoundXmlWriter::className(const CQSAbstractProp& component) {
   Bstr name;
   component.GetCOMClassName(name.out());
   if (complete_ && !name) return;
@@ -172,7 +172,7 @@ void Writer::className(const CQSAbstractProp& component) {
   text_.value(name.view()) << OLESTR("\"");
 }
 
-void Writer::content(const CQSAbstractProp& property, LONG kind) {
+void CompoundXmlWriter::content(const CQSAbstractProp& property, LONG kind) {
   switch (kind) {
     case PointProp: {
       LONG dependencies = 0;
@@ -196,14 +196,14 @@ void Writer::content(const CQSAbstractProp& property, LONG kind) {
 }
 
 // A complete text leaves out a class name that is null.
-void Writer::componentText(WideView key, const Bstr& className, const Bstr& content) {
+void CompoundXmlWriter::componentText(WideView key, const Bstr& className, const Bstr& content) {
   ComponentText text{className.view(), content.view()};
   if (complete_ && !isReadable(className.view())) throw CQSCOMError(E_INVALIDARG);
   if (complete_ && !className) text.className.reset();
   appendComponent(text_, key, text);
 }
 
-void Writer::userProperties(const UserProperties& properties) {
+void CompoundXmlWriter::userProperties(const UserProperties& properties) {
   for (auto next = properties.begin(); next != properties.end();) {
     const WideString name = next->first;
     const Bstr classId = Bstr::copyOf(next->second.classId.get());
@@ -221,7 +221,7 @@ void Writer::userProperties(const UserProperties& properties) {
 }  // namespace
 
 void writeCompound(XmlText& text, const CompoundContent& content) {
-  Writer writer(text);
+  CompoundXmlWriter writer(text);
   writer.openCompound(content.identity);
   writer.synonyms(content.identity);
   writer.groups(content.identity);

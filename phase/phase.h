@@ -2,8 +2,9 @@
 // fugacities, further values by number, and derivatives. The phase stores what a host calculates and calculates
 // nothing.
 //
-// A getter of a value that is not set writes -32767 and returns S_FALSE. The three arrays are the host's own objects,
-// which the phase keeps until it ends.
+// A getter of a value that is not set writes -32767 and returns S_FALSE; a null out-parameter returns E_POINTER, and
+// nothing has changed. The three arrays are the host's own objects, which the phase keeps until it ends. An object
+// belongs to its apartment; calls are not synchronised.
 #pragma once
 
 #include <map>

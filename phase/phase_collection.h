@@ -2,7 +2,9 @@
 // phase that is both), the equilibrium phases, and one phase of the user's own.
 //
 // A host may replace equilibrium phases by its own, and its objects may call back: a loop holds only the phase that it
-// is calling. Slots that a failed call left empty are skipped. A position outside returns E_FAIL.
+// is calling. Slots that a failed call left empty are skipped. A position outside returns E_FAIL; a null
+// out-parameter returns E_POINTER, and nothing has changed. An object belongs to its apartment; calls are not
+// synchronised.
 #pragma once
 
 #include <vector>
