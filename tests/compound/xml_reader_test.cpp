@@ -48,6 +48,15 @@ TEST_F(XmlReading, TheExactFormAndCopiesLoseNothing) {
   }
 }
 
+// The text of an empty compound names everything but what has a name of the host's own.
+TEST_F(XmlReading, ReplacesWhatTheTextNames) {
+  const auto compound = newCompound();
+  fill(compound);
+  const WideString empty = textOf(newCompound());
+  ASSERT_EQ(parse(empty, compound.get()), S_OK);
+  EXPECT_TRUE(textOf(compound).starts_with(empty.substr(0, empty.find(OLESTR("   </Compound>")))));
+}
+
 TEST_F(XmlReading, Version1) {
   const auto compound = read(OLESTR(
       "<Compound VERSION='1' Name='Old' CASN='1-2-3'>"
@@ -208,6 +217,9 @@ TEST_F(XmlReading, ComponentsThatRefuseTheirContent) {
     EXPECT_EQ(narrow(textOf(read(textOf(compound, xmlExactForm)), xmlExactForm)),
               narrow(textOf(compound, xmlExactForm)))
         << "the content stays";
+    const auto copy = newCompound();
+    EXPECT_EQ(query<ICompoundCopy>(copy)->CopyToThis(-32767, compound.get()), S_OK);
+    EXPECT_EQ(narrow(textOf(copy, xmlExactForm)), narrow(textOf(compound, xmlExactForm))) << "in a copy too";
     if (bad) continue;
     EXPECT_EQ(static_cast<ValueComponent*>(asked.get())->content, content);
     EXPECT_EQ(static_cast<UserComponent*>(static_cast<ICOMUserProp*>(component.get()))->content, content);
