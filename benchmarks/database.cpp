@@ -202,7 +202,7 @@ void Databases::addBenchmarks() {
 
 std::size_t bytesOfEmptyCompound() {
   newCompound();  // what the module allocates once
-  const HeapCount count;
+  const heap::Count count;
   const auto compound = newCompound();
   return count.bytes();
 }
@@ -214,7 +214,7 @@ std::size_t bytesOfLargestCompound(const std::filesystem::path& database) {
   for (std::size_t i = 0; i < catalogue->indexRecordCount(); ++i) {
     const INT number = catalogue->indexRecord(i).compound;
     fill(newCompound().get(), directory.get(), number);  // what the thread keeps of the database
-    const HeapCount count;
+    const heap::Count count;
     const auto compound = newCompound();
     fill(compound.get(), directory.get(), number);
     largest = std::max(largest, count.bytes());

@@ -122,7 +122,7 @@ void addPhases() {
 std::size_t blocksOfReset() {
   const auto phases = phasesOf(kCompounds);
   check(phases->ResetCollection(0));
-  const HeapCount count;
+  const heap::Count count;
   check(phases->ResetCollection(0));
   return count.blocks();
 }
@@ -130,14 +130,14 @@ std::size_t blocksOfReset() {
 std::size_t blocksOfPhaseCopy() {
   const Phase source = phaseOf(kCompounds), copy = newPhase();
   check(copy->CopyProperties(source.get()));
-  const HeapCount count;
+  const heap::Count count;
   check(copy->CopyProperties(source.get()));
   return count.blocks();
 }
 
 std::size_t blocksOfArrayCopies() {
   const Array given = arrayOf(kCompounds), kept = arrayOf(kCompounds);
-  const HeapCount count;
+  const heap::Count count;
   for (int i = 0; i < 3; ++i) check(kept->Copy(given.get()));
   return count.blocks();
 }

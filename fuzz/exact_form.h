@@ -1,16 +1,11 @@
 // What the fuzz targets demand of a compound or a collection, whatever they made of it.
 #pragma once
 
-#include <cstdlib>
-
+#include "fuzz/fuzz_target.h"
 #include "hostkit/module_loader.h"
 #include "tests/calls/calls.h"
 
 namespace qs {
-
-inline void require(bool condition) {
-  if (!condition) std::abort();
-}
 
 // The exact form of an object; null where its texts hold what XML cannot.
 inline Bstr exactText(IUnknown* object) {

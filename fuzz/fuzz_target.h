@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -12,5 +13,9 @@ namespace qs {
 
 // Well-formed inputs; plain_main.cpp mutates them when it is given no files.
 std::vector<std::string> fuzzSeeds();
+
+inline void require(bool condition) {
+  if (!condition) std::abort();
+}
 
 }  // namespace qs

@@ -33,32 +33,19 @@ class Mutator {
  private:
   std::size_t below(std::size_t limit) { return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random_); }
   const std::string& seed() { return seeds_[below(seeds_.size())]; }
-  char byte() { return static_cast<char>(below(256)); }
 
+  // Puts new bytes, or a part of an input, in place of a part, which may be empty; or cuts the input off.
   void change(std::string& input) {
     const std::size_t at = below(input.size() + 1);
-    const std::size_t length = std::min(below(8) + 1, input.size() - at);
-    switch (below(6)) {
-      case 0:
-        input.insert(at, 1, byte());
-        break;
-      case 1:
-        input.erase(at, length);
-        break;
-      case 2:
-        std::generate_n(input.begin() + static_cast<std::ptrdiff_t>(at), length, [this] { return byte(); });
-        break;
-      case 3:
-        input.insert(at, input.substr(below(input.size() + 1), below(64)));
-        break;
-      case 4:
-        input.resize(at);
-        break;
-      default: {
-        const std::string& other = seed();
-        input.replace(at, length, other.substr(below(other.size() + 1), below(64)));
-      }
-    }
+    const std::size_t length = below(2) * std::min(below(8) + 1, input.size() - at);
+    std::string piece(below(2) * (below(8) + 1), '\0');
+    std::generate(piece.begin(), piece.end(), [this] { return static_cast<char>(below(256)); });
+    const std::string source = below(2) ? input : seed();
+    if (below(3) == 0) piece = source.substr(below(source.size() + 1), below(64));
+    if (below(6) == 0)
+      input.resize(at);
+    else
+      input.replace(at, length, piece);
   }
 
   const std::vector<std::string>& seeds_;

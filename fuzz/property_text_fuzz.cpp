@@ -1,28 +1,16 @@
 // Recall of every kind of property object from foreign text. The first byte picks the kind; what was recalled must
 // evaluate, store itself, and read the same from its own text.
-#include <cstdlib>
-#include <memory>
-
 #include "fuzz/fuzz_target.h"
-#include "props/curve.h"
 #include "props/forms.h"
+#include "props/new_property.h"
 
 namespace qs {
 namespace {
 
-void require(bool condition) {
-  if (!condition) std::abort();
-}
-
-std::unique_ptr<CQSAbstractProp> create(std::size_t kind) {
-  if (kind < kEquationForms.size()) {
-    CQSAbstractProp* equation = nullptr;
-    require(CreateEquationProp(kEquationForms[kind].shape, &equation) == S_OK);
-    return std::unique_ptr<CQSAbstractProp>(equation);
-  }
-  if (kind == kEquationForms.size()) return std::make_unique<CQSPointProp>();
-  if (kind == kEquationForms.size() + 1) return std::make_unique<CQSCOMProp>();
-  return std::make_unique<CQSVoidProp>();
+PropertyPtr create(std::size_t kind) {
+  constexpr LONG kOthers[] = {PointProp, COMProp, VoidProp};
+  if (kind >= kEquationForms.size()) return newProperty(kOthers[kind - kEquationForms.size()]);
+  return newProperty(EquationProp, kEquationForms[kind].shape);
 }
 
 Bstr storedText(const CQSAbstractProp& property) {
@@ -32,7 +20,7 @@ Bstr storedText(const CQSAbstractProp& property) {
 }
 
 void recallAndStore(std::size_t kind, BSTR text) {
-  const std::unique_ptr<CQSAbstractProp> property = create(kind);
+  const PropertyPtr property = create(kind);
   require(property->Recall(text) == S_OK);
 
   LONG dependencies = 0;
@@ -40,7 +28,7 @@ void recallAndStore(std::size_t kind, BSTR text) {
   property->GetValue(300.0, 101.325, eNoExtrapolation, &dependencies, &value);
 
   const Bstr once = storedText(*property);
-  const std::unique_ptr<CQSAbstractProp> again = create(kind);
+  const PropertyPtr again = create(kind);
   require(again->Recall(once.get()) == S_OK);
   require(storedText(*again).view() == once.view());
 }

@@ -2,9 +2,12 @@
 // and released in any order, beside objects of a host's own whose answers come from the input too, and which call back
 // and throw. In the end nothing may be alive.
 #include <cstdlib>
+#include <ranges>
 #include <stdexcept>
+#include <string_view>
 
 #include "fuzz/fuzz_target.h"
+#include "persist/database_writer.h"
 #include "tests/calls/any_object.h"
 #include "tests/support/database_builder.h"
 
@@ -17,28 +20,15 @@ constexpr std::size_t kMostObjects = 24;
 constexpr int kMostSteps = 200;
 constexpr int kDeepestCallback = 3;
 
-constexpr const char* kTexts[] = {
-    "",
-    "TC",
-    "VP",
-    "LDN",
-    "ViscosityThetas",
-    "VELUNIFACSubGr",
-    "Name",
-    "CASN",
-    "CompIdx",
-    "Default",
-    "NRTL",
-    "x",
-    "Value(1.5)",
-    "ClassName(x) ComContent(y)",
-    "{4CA3B834-4CB3-11D2-B8D4-00A0C986F9F7}",
-    "{2AB3CA21-4AD0-49C3-97E1-846ADD11538D}",
-    "{071B69C1-B6AF-4B88-A43D-C50C3A86E1FE}",
-    "<Compound VERSION='2' Name='a&amp;&#x20AC;'><Synonyms NUMB='1'><Synonym NAME='s'/></Synonyms></Compound>",
-    ("<Compound VERSION='2'><Synonyms NUMB='2'><Synonym NAME='a'/><Synonym/></Synonyms><FixedProperty NAME='LDN' "
-     "TYPE='COMProp' CLASSNAME='x'><PropertyContent CONTENT='ClassName(x) ComContent(y)'/></FixedProperty></Compound>"),
-    "<CompoundCollection VERSION='2'><Compound VERSION='2' Name='n'/><EmptySlot/></CompoundCollection>"};
+// With '|' between them.
+constexpr std::string_view kTexts =
+    "|TC|VP|LDN|ViscosityThetas|VELUNIFACSubGr|Name|CASN|CompIdx|Default|NRTL|x|Value(1.5)|ClassName(x) ComContent(y)|"
+    "{4CA3B834-4CB3-11D2-B8D4-00A0C986F9F7}|{2AB3CA21-4AD0-49C3-97E1-846ADD11538D}|"
+    "{071B69C1-B6AF-4B88-A43D-C50C3A86E1FE}|<Compound VERSION='2' Name='a&amp;&#x20AC;'><Synonyms NUMB='1'>"
+    "<Synonym NAME='s'/></Synonyms></Compound>|<Compound VERSION='2'><Synonyms NUMB='2'><Synonym NAME='a'/><Synonym/>"
+    "</Synonyms><FixedProperty NAME='LDN' TYPE='COMProp' CLASSNAME='x'><PropertyContent CONTENT='ClassName(x) "
+    "ComContent(y)'/></FixedProperty></Compound>|<CompoundCollection VERSION='2'><Compound VERSION='2' Name='n'/>"
+    "<EmptySlot/></CompoundCollection>";
 constexpr double kNumbers[] = {0, 1, 2, 3, -1, 4, 8, 63, 64, 300, 101.325, -32767, 1000, 1e300, 1e-300, 0.5};
 
 // An object with its age: only what is older is passed to it, so that no two hold each other.
@@ -77,13 +67,11 @@ class Sequence final : public Values {
       case 6:
       case 7:
         step();
-        return S_OK;
+        break;
       case 8:
         if (!objects_.empty()) objects_.erase(objects_.begin() + static_cast<std::ptrdiff_t>(byte() % objects_.size()));
-        return S_OK;
-      default:
-        return S_OK;
     }
+    return S_OK;
   }
 
  private:
@@ -113,9 +101,7 @@ class Sequence final : public Values {
       return;
     }
     ComPtr<IUnknown> made;
-    if (SUCCEEDED(CoCreateInstance(kClasses[kind].clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
-                                   reinterpret_cast<void**>(made.out()))))
-      objects_.push_back({std::move(made), ++youngest_, kind});
+    if (SUCCEEDED(made.create(kClasses[kind].clsid))) objects_.push_back({std::move(made), ++youngest_, kind});
   }
 
   // The members of the interfaces that objects of a class have.
@@ -125,7 +111,7 @@ class Sequence final : public Values {
     if (found.empty())
       for (const Member& member : members()) {
         ComPtr<IUnknown> face;
-        held.object->QueryInterface(member.iid, reinterpret_cast<void**>(face.out()));
+        held.object->QueryInterface(member.iid, face.outAny());
         if (face) found.push_back(&member);
       }
     return found;
@@ -145,7 +131,9 @@ class Sequence final : public Values {
       return Bstr(raw);
     }
     if (which >= 192 && !texts_.empty()) return Bstr(texts_[which % texts_.size()]);
-    return Bstr(widen(kTexts[which % std::size(kTexts)]));
+    std::vector<WideString> texts;
+    for (const auto part : std::views::split(kTexts, '|')) texts.push_back(widen({part.begin(), part.end()}));
+    return Bstr(texts[which % texts.size()]);
   }
   ComPtr<IUnknown> object() override {
     const std::uint8_t which = byte();
@@ -173,37 +161,36 @@ class Sequence final : public Values {
       }
     }
   }
-  void take(double) override {}
-  void take(Bstr result) override {
+  void take(const Bstr& result) override {
     if (texts_.size() == 8) texts_.erase(texts_.begin());
     texts_.emplace_back(result.view());
   }
-  void take(ComPtr<IUnknown> result) override {
+  void take(const ComPtr<IUnknown>& result) override {
     if (!result || objects_.size() >= kMostObjects) return;
     const auto identity = ComPtr<IUnknown>::from(result.get());
     for (const Held& held : objects_)
       if (ComPtr<IUnknown>::from(held.object.get()).get() == identity.get()) return;
     for (std::size_t kind = 0; kind <= kClassCount; ++kind) {
       ComPtr<IUnknown> face;
-      if (kind < kClassCount) result->QueryInterface(kClasses[kind].iid, reinterpret_cast<void**>(face.out()));
+      if (kind < kClassCount) result->QueryInterface(kClasses[kind].iid, face.outAny());
       if (face && ComPtr<IBasicPhase>::from(result.get()) && ComPtr<IBasicCompound>::from(result.get())) return;
       // As old as what it came from, which may hold it.
       if (face) return objects_.push_back({identity, age_, kind});
     }
   }
-  void take(Variant) override {}
 
   // The directory of a database of two compounds.
   static const WideString& database() {
     static const TemporaryDirectory directory;
     static const WideString name = [] {
-      directory.write(
-          "purecmp1.idx",
-          indexFile({fieldDefinition("PName", 8, "String"), fieldDefinition("TC", 8, "Double")},
-                    {indexRecord(0, 0, "zero", "0-0"), indexRecord(1, 1, "one")}, {synonymRecord(1, "uno")}));
-      Bytes data = header(2.0, 78, 0, 0).zerosTo(78);
-      data.text("Zero", 8).real(300.0).zerosTo(156).text("One", 8).real(400.0).zerosTo(234);
-      directory.write("purecmp1.dat", data);
+      std::vector<database::CompoundData> compounds(2);
+      for (std::int32_t number = 1; database::CompoundData & each : compounds) {
+        each.number = number++;
+        each.name = each.cas = std::to_string(number);
+        each.synonyms = {"uno"};
+        each.constants[Key::TC] = 100.0 * number;
+      }
+      database::saveDatabase(database::encodeDatabase(compounds), directory.path());
       return directory.name();
     }();
     return name;
@@ -237,6 +224,6 @@ std::vector<std::string> fuzzSeeds() {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   qs::test::registerClasses();
   qs::Sequence(data, size).run();
-  if (!qs::test::nothingAlive()) std::abort();
+  qs::require(qs::test::nothingAlive());
   return 0;
 }

@@ -5,6 +5,7 @@
 //   type_library_text MODULE
 #include <filesystem>
 #include <iostream>
+#include <map>
 #include <string>
 
 #include "com/bstr.h"
@@ -47,34 +48,13 @@ ComPtr<ITypeInfo> referred(ITypeInfo& type, HREFTYPE reference) {
 }
 
 std::string typeName(ITypeInfo& type, const TYPEDESC& description) {
-  switch (description.vt) {
-    case VT_PTR:
-      return typeName(type, *description.lptdesc) + "*";
-    case VT_USERDEFINED:
-      return nameOf(*referred(type, description.hreftype).get());
-    case VT_R8:
-      return "double";
-    case VT_I4:
-      return "LONG";
-    case VT_INT:
-      return "INT";
-    case VT_UI1:
-      return "BYTE";
-    case VT_UI4:
-      return "DWORD";
-    case VT_BOOL:
-      return "VARIANT_BOOL";
-    case VT_BSTR:
-      return "BSTR";
-    case VT_VARIANT:
-      return "VARIANT";
-    case VT_DISPATCH:
-      return "IDispatch*";
-    case VT_UNKNOWN:
-      return "IUnknown*";
-    default:
-      return "type" + std::to_string(description.vt);
-  }
+  static const std::map<VARTYPE, const char*> names = {
+      {VT_R8, "double"},           {VT_I4, "LONG"},           {VT_INT, "INT"},   {VT_UI1, "BYTE"},
+      {VT_UI4, "DWORD"},           {VT_BOOL, "VARIANT_BOOL"}, {VT_BSTR, "BSTR"}, {VT_VARIANT, "VARIANT"},
+      {VT_DISPATCH, "IDispatch*"}, {VT_UNKNOWN, "IUnknown*"}};
+  if (description.vt == VT_PTR) return typeName(type, *description.lptdesc) + "*";
+  if (description.vt == VT_USERDEFINED) return nameOf(*referred(type, description.hreftype).get());
+  return names.at(description.vt);
 }
 
 void printFunction(const std::string& owner, bool dual, ITypeInfo& type, const FUNCDESC& function) {

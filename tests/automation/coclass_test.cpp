@@ -1,7 +1,7 @@
 // Identity, reference counts, aggregation and class objects, on the classes that hosts create.
 #include "automation/coclass.h"
 
-#include <vector>
+#include <array>
 
 #include "tests/support/component_test.h"
 
@@ -9,19 +9,17 @@ namespace qs::test {
 namespace {
 
 template <class... Interfaces>
-std::vector<const IID*> idsOf() {
-  return {&__uuidof(Interfaces)...};
-}
-const auto kCompoundInterfaces =
-    idsOf<IBasicCompound, ICompoundReferenceStateProperties, ICompoundPR, ICompoundCOSTALD, ICompoundCavett,
-          ICompoundViscosity, ICompoundChaoSeader, ICompoundChienNull, ICompoundVirial, ICompoundPRSV, ICompoundSRK,
-          ICompoundWilson, ICompoundID, ICompoundFamily, ICompoundUNIFAC1, ICompoundUNIQUAC1, ICompoundSolidProperties,
-          ICompoundIDPut, ICompoundFamilyPut, ICompoundUNIFAC1Put, ICompoundInitFromVelDB, ICompoundProp,
-          ICompoundPropPut, ICompoundCopy, XMLParserClient, IXMLStore, IUserProperty, ICompEqnXYShape, IXMLStoreEx>();
+const std::array<const IID*, sizeof...(Interfaces)> kIds{&__uuidof(Interfaces)...};
+const auto& kCompoundInterfaces =
+    kIds<IBasicCompound, ICompoundReferenceStateProperties, ICompoundPR, ICompoundCOSTALD, ICompoundCavett,
+         ICompoundViscosity, ICompoundChaoSeader, ICompoundChienNull, ICompoundVirial, ICompoundPRSV, ICompoundSRK,
+         ICompoundWilson, ICompoundID, ICompoundFamily, ICompoundUNIFAC1, ICompoundUNIQUAC1, ICompoundSolidProperties,
+         ICompoundIDPut, ICompoundFamilyPut, ICompoundUNIFAC1Put, ICompoundInitFromVelDB, ICompoundProp,
+         ICompoundPropPut, ICompoundCopy, XMLParserClient, IXMLStore, IUserProperty, ICompEqnXYShape, IXMLStoreEx>;
 
 ComPtr<IUnknown> queryFor(IUnknown* object, REFIID iid) {
   ComPtr<IUnknown> found;
-  object->QueryInterface(iid, reinterpret_cast<void**>(found.out()));
+  object->QueryInterface(iid, found.outAny());
   return found;
 }
 
@@ -29,9 +27,7 @@ ComPtr<IUnknown> queryFor(IUnknown* object, REFIID iid) {
 class Outer final : public IUnknown {
  public:
   explicit Outer(REFCLSID clsid) {
-    EXPECT_EQ(
-        CoCreateInstance(clsid, this, CLSCTX_INPROC_SERVER, __uuidof(IUnknown), reinterpret_cast<void**>(inner.out())),
-        S_OK);
+    EXPECT_EQ(CoCreateInstance(clsid, this, CLSCTX_INPROC_SERVER, __uuidof(IUnknown), inner.outAny()), S_OK);
   }
   STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
     if (!IsEqualGUID(iid, __uuidof(IUnknown))) return inner->QueryInterface(iid, out);
@@ -48,7 +44,7 @@ class Outer final : public IUnknown {
 
 using CoclassTest = ComponentTest;
 
-TEST_F(CoclassTest, EveryInterfaceAnswersFromEveryOther) {
+TEST_F(CoclassTest, EveryInterfaceIsReachedFromEveryOther) {
   const auto compound = create<IUnknown>(__uuidof(::COQSCompound));
   for (std::size_t from = 0; from < kCompoundInterfaces.size(); ++from) {
     const auto start = queryFor(compound.get(), *kCompoundInterfaces[from]);
@@ -88,32 +84,25 @@ TEST_F(CoclassTest, AnInnerObjectIsPartOfItsOuter) {
     EXPECT_EQ(queryFor(queryFor(&outer, *iid).get(), __uuidof(IUnknown)).get(), &outer);
 }
 
-TEST_F(CoclassTest, FailedCreationLeavesNothing) {
-  const CLSID &compound = __uuidof(::COQSCompound), &array = __uuidof(::HostRealArray);
+TEST_F(CoclassTest, ClassObjectsCreateLockOrRefuse) {
+  const CLSID& clsid = __uuidof(::COQSCompound);
   ComPtr<IClassFactory> factory;
-  const auto get = [&](REFCLSID clsid, REFIID iid) {
-    return containers().getClassObject(clsid, iid, reinterpret_cast<void**>(factory.out()));
-  };
-  EXPECT_EQ(get(compound, __uuidof(IDispatch)), E_NOINTERFACE);
-  EXPECT_EQ(get(array, __uuidof(IClassFactory)), CLASS_E_CLASSNOTAVAILABLE);
-  EXPECT_EQ(containers().getClassObject(compound, __uuidof(IClassFactory), nullptr), E_POINTER);
+  void** const out = factory.outAny();
+  EXPECT_EQ(containers().getClassObject(clsid, __uuidof(IDispatch), out), E_NOINTERFACE);
+  EXPECT_EQ(containers().getClassObject(__uuidof(::HostRealArray), __uuidof(IClassFactory), out),
+            CLASS_E_CLASSNOTAVAILABLE);
+  EXPECT_EQ(containers().getClassObject(clsid, __uuidof(IClassFactory), nullptr), E_POINTER);
 
-  ASSERT_EQ(get(compound, __uuidof(IClassFactory)), S_OK);
-  void* out = &out;
-  EXPECT_EQ(factory->CreateInstance(nullptr, __uuidof(IClassFactory), &out), E_NOINTERFACE);
-  EXPECT_EQ(out, nullptr);
+  ASSERT_EQ(containers().getClassObject(clsid, __uuidof(IClassFactory), out), S_OK);
+  void* made = &made;
+  EXPECT_EQ(factory->CreateInstance(nullptr, __uuidof(IClassFactory), &made), E_NOINTERFACE);
+  EXPECT_EQ(made, nullptr);
   EXPECT_EQ(factory->CreateInstance(nullptr, __uuidof(IUnknown), nullptr), E_POINTER);
   Outer outer(__uuidof(::HostRealMatrix));
-  EXPECT_EQ(factory->CreateInstance(&outer, __uuidof(IBasicCompound), &out), CLASS_E_NOAGGREGATION);
+  EXPECT_EQ(factory->CreateInstance(&outer, __uuidof(IBasicCompound), &made), CLASS_E_NOAGGREGATION);
   EXPECT_EQ(containers().canUnloadNow(), S_OK) << "a class object alone keeps no module";
-}
-
-TEST_F(CoclassTest, ObjectsAndServerLocksKeepTheModuleLoaded) {
-  ComPtr<IClassFactory> factory;
-  containers().getClassObject(__uuidof(::COQSCompound), __uuidof(IClassFactory),
-                              reinterpret_cast<void**>(factory.out()));
   {
-    const auto compound = create<IBasicCompound>(__uuidof(::COQSCompound));
+    const auto compound = create<IBasicCompound>(clsid);
     EXPECT_EQ(containers().canUnloadNow(), S_FALSE);
     EXPECT_EQ(factory->LockServer(TRUE), S_OK);
   }

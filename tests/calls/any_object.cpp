@@ -44,7 +44,7 @@ ComPtr<IUnknown> AnyObject::create(Values& values) {
 #undef INTERFACE_BEGIN
   };
   ComPtr<IUnknown> made;
-  (new Object(values))->query(__uuidof(IUnknown), reinterpret_cast<void**>(made.out()));
+  (new Object(values))->query(__uuidof(IUnknown), made.outAny());
   made->Release();
   return made;
 }

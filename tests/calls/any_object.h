@@ -43,7 +43,7 @@ class InterfaceBase : public I {
   STDMETHODIMP_(ULONG) Release() override { return object_.release(); }
 
  protected:
-  // What a member answers: a result of Values::answer, and results in all places for them when that succeeds.
+  // What a member returns: a result of Values::answer, and results in all places for them when that succeeds.
   template <class... Types>
   HRESULT react(Types... arguments) {
     const ComPtr<IUnknown> alive(static_cast<IUnknown*>(this));
@@ -71,7 +71,6 @@ class InterfaceBase : public I {
   AnyObject& object_;
 };
 template <class I>
-requires std::is_base_of_v<IDispatch, I>
 class DispatchBase : public InterfaceBase<I> {
  public:
   using InterfaceBase<I>::InterfaceBase;
@@ -83,11 +82,6 @@ class DispatchBase : public InterfaceBase<I> {
   }
 };
 template <class I>
-using BaseOf = typename decltype([] {
-  if constexpr (std::is_base_of_v<IDispatch, I>)
-    return std::type_identity<DispatchBase<I>>();
-  else
-    return std::type_identity<InterfaceBase<I>>();
-}())::type;
+using BaseOf = std::conditional_t<std::is_base_of_v<IDispatch, I>, DispatchBase<I>, InterfaceBase<I>>;
 
 }  // namespace qs::test

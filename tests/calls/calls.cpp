@@ -9,36 +9,37 @@
 namespace qs::test {
 namespace {
 
-// One argument of a call: what it passes, and what is done with it afterwards.
+// An argument that a call passes.
+template <class T, class Held = T>
+struct Input {
+  void finish(Values&) {}
+  auto pass() {
+    if constexpr (std::is_same_v<T, Held>)
+      return value;
+    else
+      return value.get();
+  }
+  Held value;
+};
 template <class T>
-struct Argument {
-  explicit Argument(Values& values) : value(within<T>(values.number())) {}
-  T pass() { return value; }
-  void finish(Values&) {}
-  T value;
+struct Argument : Input<T> {
+  explicit Argument(Values& values) : Input<T>{within<T>(values.number())} {}
 };
 template <>
-struct Argument<BSTR> {
-  explicit Argument(Values& values) : value(values.text()) {}
-  BSTR pass() { return value.get(); }
-  void finish(Values&) {}
-  Bstr value;
+struct Argument<BSTR> : Input<BSTR, Bstr> {
+  explicit Argument(Values& values) : Input{values.text()} {}
 };
 template <>
-struct Argument<VARIANT> {
-  explicit Argument(Values& values) : value(values.variant()) {}
-  const VARIANT& pass() { return value.get(); }
-  void finish(Values&) {}
-  Variant value;
+struct Argument<VARIANT> : Input<VARIANT, Variant> {
+  explicit Argument(Values& values) : Input{values.variant()} {}
 };
 template <class I>
 requires std::is_base_of_v<IUnknown, I>
-struct Argument<I*> {
-  explicit Argument(Values& values) : value(ComPtr<I>::from(values.object().get())) {}
-  I* pass() { return value.get(); }
-  void finish(Values&) {}
-  ComPtr<I> value;
+struct Argument<I*> : Input<I*, ComPtr<I>> {
+  explicit Argument(Values& values) : Input<I*, ComPtr<I>>{ComPtr<I>::from(values.object().get())} {}
 };
+
+// A place for a result of a call.
 template <class T>
 struct Argument<T*> {
   explicit Argument(Values&) {}
@@ -53,7 +54,7 @@ template <>
 struct Argument<BSTR*> {
   explicit Argument(Values&) {}
   BSTR* pass() { return value.out(); }
-  void finish(Values& values) { values.take(std::move(value)); }
+  void finish(Values& values) { values.take(value); }
   Bstr value;
 };
 template <>

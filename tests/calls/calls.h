@@ -18,9 +18,9 @@ class Values {
   virtual Variant variant() { return {}; }
 
   virtual void take(double) {}
-  virtual void take(Bstr) {}
-  virtual void take(ComPtr<IUnknown>) {}
-  virtual void take(Variant) {}
+  virtual void take(const Bstr&) {}
+  virtual void take(const ComPtr<IUnknown>&) {}
+  virtual void take(const Variant&) {}
 
   // What a member of AnyObject answers before it takes its results from here; it may call back, and throw.
   virtual HRESULT answer() { return S_OK; }

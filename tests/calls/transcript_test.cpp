@@ -174,16 +174,16 @@ class Objects final : public Values {
   }
 
   void take(double result) override { shown_ << ' ' << result; }
-  void take(Bstr result) override { shown_ << ' ' << (result ? narrow(result.view()) : "-"); }
-  void take(ComPtr<IUnknown> result) override {
+  void take(const Bstr& result) override { shown_ << ' ' << (result ? narrow(result.view()) : "-"); }
+  void take(const ComPtr<IUnknown>& result) override {
     const auto same = [&](const auto& known) {
       return ComPtr<IUnknown>::from(known.second.get()).get() == ComPtr<IUnknown>::from(result.get()).get();
     };
     const auto known = std::ranges::find_if(objects_, same);
     shown_ << ' ' << (!result ? "-" : known != objects_.end() ? known->first : contentOf(result.get()));
-    last_ = std::move(result);
+    last_ = result;
   }
-  void take(Variant result) override {
+  void take(const Variant& result) override {
     const VARIANT& value = result.get();
     if (value.vt == VT_R8) take(value.dblVal);
     if (value.vt == VT_I4) shown_ << " (I4)" << value.lVal;

@@ -6,10 +6,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
-#include <functional>
 #include <iostream>
 
-#include "tests/failures/heap.h"
+#include "benchmarks/heap.h"
 #include "tests/failures/scenario_data.h"
 
 namespace qs::test {
@@ -19,46 +18,47 @@ namespace {
 class FailingCall final : public Call {
  public:
   using Call::Call;
-  // Of the allocations of the last step, number `failing` fails.
-  HRESULT run(const Step& step, std::int64_t failing, bool andAllLater) {
+  // Of the allocations of the step, number `failing` fails.
+  HRESULT runFailing(const Step& step, std::int64_t failing, bool andAllLater) {
     failing_ = failing;
     andAllLater_ = andAllLater;
-    const HRESULT hr = Call::run(step);
+    const HRESULT hr = run(step);
     failing_ = kNever;
     return hr;
   }
-  using Call::run;
-  // Whether it did.
+  // Whether it did in the last call.
   bool reached() const { return reached_; }
 
  private:
   static constexpr std::int64_t kNever = std::int64_t{1} << 60;
 
   Bstr hostText() override {
-    const SpareHeap spare;
+    const heap::Spare spare;
     return Call::hostText();
   }
-  void begin() override { failAllocation(failing_, andAllLater_); }
-  void end(HRESULT) override { reached_ = endFailing(); }
+  void begin() override { heap::failAllocation(failing_, andAllLater_); }
+  void end(HRESULT) override { reached_ = heap::endFailing(); }
 
   std::int64_t failing_ = kNever;
   bool andAllLater_ = false, reached_ = false;
 };
 
+int injected = 0;
+
 class Failures : public testing::Test {
  public:
-  explicit Failures(const Scenario& scenario) : scenario_(scenario) {}
+  Failures(ScenarioData& data, const Scenario& scenario) : data_(data), scenario_(scenario) {}
 
   void TestBody() override {
-    const auto [result, state] = clean();
+    clean();
     clean();  // what is made once and kept is there now
     for (const bool andAllLater : {false, true}) {
-      for (std::int64_t failing = 0; attempt(failing, andAllLater, result, state); ++failing) {
+      for (std::int64_t failing = 0; attempt(failing, andAllLater); ++failing) {
         ++injected;
         // Once more where blocks are left: they are lost when more are left each time.
         if (left_ != 0) {
-          attempt(failing, andAllLater, result, state);
-          EXPECT_EQ(left_, 0) << "blocks are lost";
+          attempt(failing, andAllLater);
+          EXPECT_EQ(left_, 0u) << "blocks are lost";
         }
         if (HasFailure())
           FAIL() << scenario_.name << ": allocation " << failing << (andAllLater ? " and later ones" : "");
@@ -66,60 +66,53 @@ class Failures : public testing::Test {
     }
   }
 
-  static std::map<std::string, std::string> texts;
-  static std::function<void()> prepare;
-  static int injected;
-
  private:
-  const Step& last() const { return scenario_.steps.back(); }
-
   void begin(Call& run) {
-    prepare();
+    // The database is read again in each run.
+    const auto index = data_.database.path() / "purecmp1.idx";
+    const auto change = std::chrono::seconds(data_.runs++ % 2 ? -1 : 1);
+    std::filesystem::last_write_time(index, std::filesystem::last_write_time(index) + change);
     for (const Step& step : std::span(scenario_.steps).first(scenario_.steps.size() - 1))
       ASSERT_TRUE(SUCCEEDED(run.run(step))) << step.object << '.' << step.member;
   }
 
-  std::pair<HRESULT, std::string> clean() {
-    Call run(texts);
+  void clean() {
+    Call run(data_.texts);
     begin(run);
     before_ = run.description();
-    const HRESULT result = run.run(last());
-    EXPECT_TRUE(SUCCEEDED(result)) << scenario_.name;
-    return {result, run.description()};
+    result_ = run.run(scenario_.steps.back());
+    EXPECT_TRUE(SUCCEEDED(result_)) << scenario_.name;
+    after_ = run.description();
   }
 
   // Whether an allocation failed.
-  bool attempt(std::int64_t failing, bool andAllLater, HRESULT result, const std::string& state) {
-    const std::int64_t held = blocksHeld();
+  bool attempt(std::int64_t failing, bool andAllLater) {
+    const heap::Count count;
     const bool reached = [&] {
-      FailingCall run(texts);
+      FailingCall run(data_.texts);
       begin(run);
-      HRESULT hr = run.run(last(), failing, andAllLater);
+      HRESULT hr = run.runFailing(scenario_.steps.back(), failing, andAllLater);
       if (!run.reached()) return false;
       if (FAILED(hr)) {
         EXPECT_TRUE(hr == E_OUTOFMEMORY || std::ranges::count(scenario_.allowed, hr)) << std::hex << hr;
-        if (!scenario_.partial) {
-          EXPECT_EQ(run.description(), before_);
-        }
-        hr = run.run(last());
+        EXPECT_TRUE(scenario_.partial || run.description() == before_) << run.description() << before_;
+        hr = run.run(scenario_.steps.back());
       }
-      EXPECT_EQ(hr, result);
-      EXPECT_EQ(run.description(), state);
+      EXPECT_EQ(hr, result_);
+      EXPECT_EQ(run.description(), after_);
       return true;
     }();
     EXPECT_TRUE(nothingAlive());
-    left_ = blocksHeld() - held;
+    left_ = count.blocksLeft();
     return reached;
   }
 
+  ScenarioData& data_;
   const Scenario& scenario_;
-  std::string before_;
-  std::int64_t left_ = 0;
+  HRESULT result_ = S_OK;
+  std::string before_, after_;
+  std::size_t left_ = 0;
 };
-
-std::map<std::string, std::string> Failures::texts;
-std::function<void()> Failures::prepare;
-int Failures::injected = 0;
 
 }  // namespace
 }  // namespace qs::test
@@ -128,17 +121,11 @@ int main(int argc, char** argv) {
   using namespace qs::test;
   testing::InitGoogleTest(&argc, argv);
   ScenarioData data;
-  Failures::texts = data.texts;
-  // The database is read again in each run.
-  Failures::prepare = [index = data.database.path() / "purecmp1.idx", change = std::chrono::seconds(1)]() mutable {
-    std::filesystem::last_write_time(index, std::filesystem::last_write_time(index) + change);
-    change = -change;
-  };
   std::erase_if(data.scenarios, [](const Scenario& each) { return each.isLong && !std::getenv("QS_LONG"); });
   for (const Scenario& scenario : data.scenarios)
     testing::RegisterTest("Failures", scenario.name.c_str(), nullptr, nullptr, __FILE__, __LINE__,
-                          [&]() -> testing::Test* { return new Failures(scenario); });
+                          [&]() -> testing::Test* { return new Failures(data, scenario); });
   const int result = RUN_ALL_TESTS();
-  std::cout << data.scenarios.size() << " scenarios, " << Failures::injected << " failed allocations\n";
+  std::cout << data.scenarios.size() << " scenarios, " << injected << " failed allocations\n";
   return result;
 }

@@ -107,18 +107,15 @@ class Call::Reader final : public Values {
     asked_ = true;
     return number_;
   }
-  Bstr text() override { return {}; }
-  ComPtr<IUnknown> object() override { return {}; }
-  Variant variant() override { return {}; }
   void take(double result) override { out_ << ' ' << result; }
-  void take(Bstr result) override { out_ << ' ' << narrow(result.view()); }
-  void take(ComPtr<IUnknown> result) override {
+  void take(const Bstr& result) override { out_ << ' ' << narrow(result.view()); }
+  void take(const ComPtr<IUnknown>& result) override {
     out_ << (result ? " object" : " null");
     const bool small = ComPtr<IRealArrayDisp>::from(result.get()) || ComPtr<IIntegerArrayDisp>::from(result.get()) ||
                        ComPtr<IRealMatrixDisp>::from(result.get()) || ComPtr<IBasicPhase>::from(result.get());
     if (deep_ && small) Reader(out_, false).read(result.get());
   }
-  void take(Variant result) override { out_ << ' ' << result.get().vt; }
+  void take(const Variant& result) override { out_ << ' ' << result.get().vt; }
 
   std::ostream& out_;
   bool deep_;
@@ -207,8 +204,7 @@ HRESULT Call::createObject(const Step& step) {
     if (step.object != kClasses[i].name) continue;
     ComPtr<IUnknown> made;
     begin();
-    const HRESULT hr = CoCreateInstance(kClasses[i].clsid, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
-                                        reinterpret_cast<void**>(made.out()));
+    const HRESULT hr = made.create(kClasses[i].clsid);
     end(hr);
     if (SUCCEEDED(hr)) objects_[name] = std::move(made);
     return hr;

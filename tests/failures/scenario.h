@@ -57,12 +57,7 @@ class Call : public Values {
    private:
     double number() override { return 1; }
     Bstr text() override { return call_.hostText(); }
-    ComPtr<IUnknown> object() override { return {}; }
     Variant variant() override { return Variant(1.0); }
-    void take(double) override {}
-    void take(Bstr) override {}
-    void take(ComPtr<IUnknown>) override {}
-    void take(Variant) override {}
 
     Call& call_;
   };
@@ -71,10 +66,8 @@ class Call : public Values {
   Bstr text() override;
   ComPtr<IUnknown> object() override;
   Variant variant() override;
-  void take(double) override {}
-  void take(Bstr result) override { texts_[resultName()] = result.view(); }
-  void take(ComPtr<IUnknown> result) override { objects_[resultName()] = std::move(result); }
-  void take(Variant) override {}
+  void take(const Bstr& result) override { texts_[resultName()] = result.view(); }
+  void take(const ComPtr<IUnknown>& result) override { objects_[resultName()] = result; }
 
   const std::string& argument();
   std::string resultName();

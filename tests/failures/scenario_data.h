@@ -25,6 +25,7 @@ struct ScenarioData {
   std::filesystem::path folder = kSourceFolder / "tests" / "failures";
   TemporaryDirectory database, json;
   std::vector<Scenario> scenarios;
+  int runs = 0;
   std::map<std::string, std::string> texts{{"database", database.path()}, {"json", json.path()}};
 };
 

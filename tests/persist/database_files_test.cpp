@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <functional>
 #include <iostream>
 #include <thread>
 
@@ -24,7 +25,6 @@ namespace {
 
 using database::DatabaseFiles;
 using testing::AnyOf;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 constexpr int kDiskFull = 28;  // on Linux; any error will do
@@ -73,6 +73,7 @@ DatabaseFiles build(int number, bool marked = true) {
   return files;
 }
 
+const std::vector<std::string> kFileNames = {"purecmp1.dat", "purecmp1.idx"};
 constexpr int kFailed = 0, kMixture = -1;
 
 class DatabaseRebuild : public CompoundTest {
@@ -102,6 +103,14 @@ class DatabaseRebuild : public CompoundTest {
   static void prepare(const TemporaryDirectory& directory, Old old) {
     if (old != Old::None) database::saveDatabase(build(1, old == Old::Marked), directory.path());
   }
+  static bool savesWith(const Faults&, const DatabaseFiles& files, const TemporaryDirectory& directory) {
+    return saves(files, directory);
+  }
+  void expectNextBuild(const TemporaryDirectory& directory) {
+    EXPECT_TRUE(saves(build(3), directory));
+    EXPECT_EQ(namesIn(directory.path()), kFileNames);
+    EXPECT_EQ(buildIn(directory), 3);
+  }
   static bool saves(const DatabaseFiles& files, const TemporaryDirectory& directory) {
     try {
       database::saveDatabase(files, directory.path());
@@ -114,94 +123,59 @@ class DatabaseRebuild : public CompoundTest {
   const ComPtr<IBasicCompound> compound = newCompound();
 };
 
-constexpr auto kFileNames = [] { return ElementsAre("purecmp1.dat", "purecmp1.idx"); };
-
 TEST_F(DatabaseRebuild, MakesTheDirectoryAndReplacesFiles) {
   const TemporaryDirectory temporary;
   const auto directory = temporary.path() / "new" / "directory";
   for (const int number : {1, 2}) database::saveDatabase(build(number), directory);
   EXPECT_EQ(readFile(directory / "purecmp1.idx").size(), build(2).index.size());
-  EXPECT_THAT(namesIn(directory), kFileNames());
+  EXPECT_EQ(namesIn(directory), kFileNames);
   EXPECT_THROW(database::saveDatabase(build(1), directory / "purecmp1.idx"), std::runtime_error);
 
   const auto lock = DirectoryLock::take(directory);
-  try {
-    database::saveDatabase(build(3), directory);
-    ADD_FAILURE() << "two builds at once";
-  } catch (const std::runtime_error& error) {
-    EXPECT_THAT(error.what(), HasSubstr("another build"));
-  }
+  EXPECT_THAT([&] { database::saveDatabase(build(3), directory); },
+              testing::ThrowsMessage<std::runtime_error>(HasSubstr("another build")));
 }
 
-TEST_F(DatabaseRebuild, PutsEverythingBackWhenAFileCannotBeReplaced) {
-  for (const char* blocked : {"purecmp1.idx", "purecmp1.dat"}) {
-    const std::string other = blocked == std::string("purecmp1.idx") ? "purecmp1.dat" : "purecmp1.idx";
-    const TemporaryDirectory temporary;
-    std::filesystem::create_directories(temporary.path() / blocked / "inner");
-    writeFile(temporary.path() / other, "as it was");
-    EXPECT_FALSE(saves(build(1), temporary));
-    EXPECT_EQ(readFile(temporary.path() / other), "as it was");
-    EXPECT_THAT(namesIn(temporary.path()), kFileNames());
-    std::filesystem::remove(temporary.path() / other);
-    EXPECT_FALSE(saves(build(1), temporary));
-    EXPECT_THAT(namesIn(temporary.path()), ElementsAre(blocked));
-  }
+// Calls `attempt` for the first, second, ... file operation as long as it returns that it came so far.
+void atEachOperation(const std::function<bool(int)>& attempt) {
+  for (int operation = 0; attempt(operation) && !testing::Test::HasFailure(); ++operation) ASSERT_LT(operation, 100);
 }
 
 TEST_F(DatabaseRebuild, OneFailureLeavesTheOldDatabaseOrTheNewOne) {
-  for (const Old old : {Old::None, Old::Unmarked, Old::Marked}) {
-    for (int failing = 0;; ++failing) {
-      SCOPED_TRACE(testing::Message() << static_cast<int>(old) << ", operation " << failing);
+  for (const Old old : {Old::None, Old::Unmarked, Old::Marked})
+    atEachOperation([&](int failing) {
       const TemporaryDirectory directory;
       prepare(directory, old);
       const auto before = namesIn(directory.path());
-      bool saved = false;
-      {
-        const Faults faults(failing, failing);
-        saved = saves(build(2), directory);
-      }
+      const bool saved = savesWith(Faults(failing, failing), build(2), directory);
       EXPECT_TRUE(saved || namesIn(directory.path()) == before);
-      EXPECT_EQ(buildIn(directory), saved ? 2 : old == Old::None ? kFailed : 1);
-      EXPECT_TRUE(saves(build(3), directory));
-      EXPECT_THAT(namesIn(directory.path()), kFileNames());
-      EXPECT_EQ(buildIn(directory), 3);
-      if (!Faults::reached()) break;
-      ASSERT_LT(failing, 100);
-    }
-  }
+      EXPECT_EQ(buildIn(directory), saved ? 2 : old == Old::None ? kFailed : 1) << failing;
+      expectNextBuild(directory);
+      return Faults::reached();
+    });
 }
 
 // To be killed and to see every further operation fail is the same for the files.
 TEST_F(DatabaseRebuild, TheNextBuildFinishesAKilledOneOrTakesItBack) {
-  for (const Old old : {Old::None, Old::Unmarked, Old::Marked}) {
-    const int before = old == Old::None ? kFailed : 1;
-    for (int last = 0;; ++last) {
-      SCOPED_TRACE(testing::Message() << static_cast<int>(old) << ", killed at operation " << last);
+  for (const Old old : {Old::None, Old::Unmarked, Old::Marked})
+    atEachOperation([&](int last) {
+      const int before = old == Old::None ? kFailed : 1;
       const TemporaryDirectory directory;
       prepare(directory, old);
-      {
-        const Faults faults(last, INT_MAX);
-        saves(build(2), directory);
-      }
+      savesWith(Faults(last, INT_MAX), build(2), directory);
       const bool killed = Faults::reached();
       EXPECT_THAT(buildIn(directory), AnyOf(before, 2, kFailed));
       // The next build, which is killed as well, gets further and further.
       int found = kFailed;
       for (int next = last % 3; next < 24; next += 3) {
-        const Faults faults(next, INT_MAX);
-        saves(build(4), directory);
-        setFileFault(nullptr);
+        savesWith(Faults(next, INT_MAX), build(4), directory);
         found = buildIn(directory);
         EXPECT_THAT(found, AnyOf(before, 2, 4, kFailed)) << next;
       }
-      EXPECT_EQ(found, 4);
-      EXPECT_TRUE(saves(build(3), directory));
-      EXPECT_THAT(namesIn(directory.path()), kFileNames());
-      EXPECT_EQ(buildIn(directory), 3);
-      if (!killed) break;
-      ASSERT_LT(last, 100);
-    }
-  }
+      EXPECT_EQ(found, 4) << last;
+      expectNextBuild(directory);
+      return killed;
+    });
 }
 
 TEST_F(DatabaseRebuild, AFailedOperationOfAReadingIsNoWrongValue) {
@@ -220,29 +194,27 @@ TEST_F(DatabaseRebuild, AFailedOperationOfAReadingIsNoWrongValue) {
   // What the thread keeps of the files is not proven yet, then it is.
   for (const int pause : {0, 50}) {
     std::this_thread::sleep_for(std::chrono::milliseconds(pause));
-    for (int failing = 0;; ++failing) {
+    atEachOperation([&](int failing) {
       for (const int last : {failing, INT_MAX}) {
         const Faults faults(failing, last);
         EXPECT_THAT(read(), AnyOf(expected, std::pair(E_FAIL, std::string()))) << failing;
       }
       EXPECT_EQ(read(), expected) << failing;
-      if (!Faults::reached()) break;
-      ASSERT_LT(failing, 100);
-    }
+      return Faults::reached();
+    });
   }
 }
 
 // Signals interrupt system calls where there are signals.
 TEST_F(DatabaseRebuild, InterruptedOperationsAreRepeated) {
   if (std::filesystem::path::preferred_separator != '/') return;
-  for (int interrupted = 0;; ++interrupted) {
+  atEachOperation([&](int interrupted) {
     const TemporaryDirectory directory;
     const Faults faults(interrupted, interrupted, EINTR);
     EXPECT_TRUE(saves(build(1), directory)) << interrupted;
     EXPECT_EQ(buildIn(directory), 1) << interrupted;
-    EXPECT_THAT(namesIn(directory.path()), kFileNames()) << interrupted;
-    if (!Faults::reached()) break;
-  }
+    return Faults::reached();
+  });
 }
 
 TEST_F(DatabaseRebuild, FilesOfDifferentBuildsAreNotReadTogether) {

@@ -28,11 +28,11 @@ Bytes dataFile(const Bytes& records, double version = 2.0) {
   return header(version, 78, 0, 0).zerosTo(78).append(records);
 }
 
-// What is delivered of record 0 of a data file in memory.
-std::string delivered(const std::vector<Bytes>& fields, std::span<const std::byte> file, HRESULT expected = S_OK) {
-  const Catalogue catalogue(indexFile(fields).get());
+// What is delivered of a record of a data file in memory.
+std::string delivered(const std::vector<Bytes>& fields, std::span<const std::byte> file, HRESULT expected = S_OK,
+                      LONG record = 0) {
   RecordLog log;
-  EXPECT_EQ(readRecord(catalogue, file, 0, log), expected);
+  EXPECT_EQ(readRecord(Catalogue(indexFile(fields).get()), file, record, log), expected);
   return log.text();
 }
 
@@ -93,109 +93,73 @@ TEST(DatabaseRecord, DeliversEveryKindAsFarAsTheFileGoes) {
 }
 
 TEST(DatabaseRecord, RecordsArePositionedByTheDataFilesRecordLength) {
-  const struct {
-    std::int32_t recordLength, record;
-    HRESULT result;
-    std::string delivered;
-  } cases[] = {{78, 0, S_OK, "TC=0.5 "}, {78, 2, S_OK, "TC=2.5 "}, {156, 0, S_OK, "TC=1.5 "},
-               {39, 3, S_OK, "TC=1.5 "}, {78, 3, S_OK, ""},        {78, kMost, S_OK, ""},
-               {kMost, kMost, S_OK, ""}, {78, -1, E_FAIL, ""},     {78, kLeast, E_FAIL, ""},
-               {0, 0, E_FAIL, ""},       {-78, -3, E_FAIL, ""},    {kLeast, kMost, E_FAIL, ""}};
-  const Catalogue catalogue(indexFile({fieldDefinition("TC", 8, "Double")}).get());
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.recordLength << ", " << c.record);
-    Bytes file = header(2.0, c.recordLength, 0, 0).zerosTo(78);
+  const std::tuple<std::int32_t, LONG, HRESULT, std::string> cases[] = {
+      {78, 2, S_OK, "TC=2.5 "}, {156, 0, S_OK, "TC=1.5 "}, {39, 3, S_OK, "TC=1.5 "}, {78, 3, S_OK, ""},
+      {kMost, kMost, S_OK, ""}, {78, -1, E_FAIL, ""},      {0, 0, E_FAIL, ""},       {kLeast, kMost, E_FAIL, ""}};
+  for (const auto& [recordLength, record, result, expected] : cases) {
+    Bytes file = header(2.0, recordLength, 0, 0).zerosTo(78);
     for (const double value : {0.5, 1.5, 2.5}) file.append(Bytes().real(value).zerosTo(78));
-    RecordLog log;
-    EXPECT_EQ(readRecord(catalogue, file.get(), c.record, log), c.result);
-    EXPECT_EQ(log.text(), c.delivered);
+    EXPECT_EQ(delivered({fieldDefinition("TC", 8, "Double")}, file.get(), result, record), expected)
+        << recordLength << ", " << record;
   }
 }
 
 TEST(DatabaseRecord, LyingSizes) {
   // Eight bytes of record are left for the field X between two numbers.
-  const struct {
-    std::string_view kind;
-    std::int32_t size;
-    HRESULT result;
-    std::string delivered;
-  } cases[] = {{"String", 8, S_OK, "X=abcd     Y=5 "},
-               {"String", 0, S_OK, "X= Y=1684234849 "},
-               {"String", kMost, S_OK, "X=abcd    \x05 "},
-               {"String", -1, E_FAIL, ""},
-               {"Group", 2, S_OK, "X=25185*25699 8224*8224 Y=5 "},
-               {"Group", 0, S_OK, "X=Y=1684234849 "},
-               {"Group", kMost, S_OK, "X=25185*25699 8224*8224 5*0 "},
-               {"Group", kLeast, E_FAIL, ""},
-               {"Equation", kMost, S_OK, ""},
-               {"Equation", 0, S_OK, ""},
-               {"Equation", -7, E_FAIL, ""},
-               {"Unknown", 8, S_OK, "Y=5 "},
-               {"Unknown", kMost, S_OK, ""},
-               {"Unknown", -8, E_FAIL, ""},
-               {"Long Integer", 0, S_OK, "X=1684234849 Y=538976288 "},
-               {"Short Integer", kLeast, S_OK, "X=25185 Y=538993763 "}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.kind << ", " << c.size);
-    const std::vector<Bytes> fields = {fieldDefinition("TC", 8, "Double"), fieldDefinition("X", c.size, c.kind),
+  const std::tuple<std::string_view, std::int32_t, HRESULT, std::string> cases[] = {
+      {"String", 8, S_OK, "X=abcd     Y=5 "},
+      {"String", 0, S_OK, "X= Y=1684234849 "},
+      {"String", kMost, S_OK, "X=abcd    \x05 "},
+      {"String", -1, E_FAIL, ""},
+      {"Group", 0, S_OK, "X=Y=1684234849 "},
+      {"Group", kMost, S_OK, "X=25185*25699 8224*8224 5*0 "},
+      {"Group", kLeast, E_FAIL, ""},
+      {"Equation", kMost, S_OK, ""},
+      {"Equation", -7, E_FAIL, ""},
+      {"Unknown", 8, S_OK, "Y=5 "},
+      {"Unknown", kMost, S_OK, ""},
+      {"Unknown", -8, E_FAIL, ""},
+      {"Short Integer", kLeast, S_OK, "X=25185 Y=538993763 "}};
+  const Bytes file = dataFile(Bytes().real(1.0).text("abcd", 8).int32(5));
+  for (const auto& [kind, size, result, expected] : cases) {
+    const std::vector<Bytes> fields = {fieldDefinition("TC", 8, "Double"), fieldDefinition("X", size, kind),
                                        fieldDefinition("Y", 4, "Long Integer")};
-    const Bytes file = dataFile(Bytes().real(1.0).text("abcd", 8).int32(5));
-    EXPECT_EQ(delivered(fields, file.get(), c.result), "TC=1 " + c.delivered);
+    EXPECT_EQ(delivered(fields, file.get(), result), "TC=1 " + expected) << kind << ", " << size;
   }
 }
 
 TEST(DatabaseRecord, TextEndsAtNulOrAtItsSize) {
   const std::string longest(1023, 'x');
-  const struct {
-    std::string text;
-    HRESULT result;
-    std::string delivered;
-  } cases[] = {{"1,4-dioxane   ", S_OK, "X=1,4-dioxane    "},
-               {" leading and  inner ", S_OK, "X= leading and  inner  "},
-               {std::string("acetone  \0garbage", 17), S_OK, "X=acetone   "},
-               {std::string(12, ' '), S_OK, "X=" + std::string(13, ' ')},
-               {std::string(12, '\0'), S_OK, "X= "},
-               {longest + '\0' + longest, S_OK, "X=" + longest + ' '},
-               {longest + ' ', E_FAIL, ""},
-               {std::string(50'000, 'x'), E_FAIL, ""}};
-  for (const auto& c : cases) {
-    const Bytes field = fieldDefinition("X", static_cast<std::int64_t>(c.text.size()), "String");
-    EXPECT_EQ(delivered({field}, dataFile(Bytes().text(c.text, c.text.size())).get(), c.result), c.delivered);
+  const std::pair<std::string, std::string> cases[] = {{" 1,4-dioxane  ", "X= 1,4-dioxane   "},
+                                                       {std::string("acetone  \0garbage", 17), "X=acetone   "},
+                                                       {longest + '\0' + longest, "X=" + longest + ' '},
+                                                       {longest + ' ', ""}};
+  for (const auto& [text, expected] : cases) {
+    const Bytes field = fieldDefinition("X", static_cast<std::int64_t>(text.size()), "String");
+    EXPECT_EQ(delivered({field}, dataFile(Bytes().text(text, text.size())).get(), expected.empty() ? E_FAIL : S_OK),
+              expected);
   }
 }
 
 TEST(DatabaseRecord, UnsetShapeAndCoefficients) {
-  const std::vector<Bytes> fields = {fieldDefinition("VP", 4, "Equation"), fieldDefinition("LDN", 0, "Equation")};
-  const Bytes record = equation(-32767, {1.0, -32767.0, -32766.0, -32767.0}).append(equation(-1, {}));
-  EXPECT_EQ(delivered(fields, dataFile(record).get()),
-            "VP=1000(1 0 -32766 0 )T250..600 P1.5..900 X1^1.25 Y1^0.38 "
-            "LDN=-1()T250..600 P1.5..900 X1^1.25 Y1^0.38 ");
+  const Bytes record = equation(-32767, {1.0, -32767.0, -32766.0}).append(equation(-1, {}));
+  EXPECT_EQ(
+      delivered({fieldDefinition("VP", 3, "Equation"), fieldDefinition("LDN", 0, "Equation")}, dataFile(record).get()),
+      "VP=1000(1 0 -32766 )T250..600 P1.5..900 X1^1.25 Y1^0.38 LDN=-1()T250..600 P1.5..900 X1^1.25 Y1^0.38 ");
 }
 
 TEST(DatabaseRecord, ShapesOfXAndYInOldFiles) {
-  const struct {
-    double version;
-    std::string_view key;
-    std::int32_t xShape, yShape;
-    std::string delivered;
-  } cases[] = {{1.0, "HVP", COMxr, COMx, "X2^1.25 Y1^0.38 old "},
-               {1.0, "ST", COMxr, COMx, "X2^1.25 Y1^0.38 old "},
-               {1.0, "VP", COMxr, COMx, "X35^1.25 Y1^0.38 old "},
-               {1.0, "STX", COMxr, COMx, "X35^1.25 Y1^0.38 old "},
-               {1.0, "st", COMxr, COMx, "X35^1.25 Y1^0.38 old "},
-               {1.0, "HVP", COMx, COMlnxxo, "X1^1.25 Y36^0.38 old "},
-               {1.0, "HVP", COMxr, COMlnxxo, "X2^1.25 Y27^0.38 old "},
-               {1.0, "VP", COMxr, COMlnxxo, "X35^1.25 Y27^0.38 old "},
-               {1.0, "VP", COMlnxxo, COMxr, "X27^1.25 Y2^0.38 old "},
-               {1.0, "VP", -5, 9999, "X-5^1.25 Y9999^0.38 old "},
-               {2.0, "VP", COMxr, COMlnxxo, "X2^1.25 Y27^0.38 "},
-               {1.0000000000000002, "VP", COMxr, COMx, "X2^1.25 Y1^0.38 "}};
-  for (const auto& c : cases) {
-    const Bytes record = equation(5, {1.0}, c.xShape, c.yShape);
-    EXPECT_THAT(delivered({fieldDefinition(c.key, 1, "Equation")}, dataFile(record, c.version).get()),
-                testing::EndsWith(c.delivered))
-        << c.key << c.version;
-  }
+  const std::tuple<double, std::string_view, std::int32_t, std::int32_t, std::string> cases[] = {
+      {1.0, "HVP", COMxr, COMlnxxo, "X2^1.25 Y27^0.38 old "},     {1.0, "ST", COMxr, COMx, "X2^1.25 Y1^0.38 old "},
+      {1.0, "STX", COMxr, COMlnxxo, "X35^1.25 Y27^0.38 old "},    {1.0, "st", COMxr, COMx, "X35^1.25 Y1^0.38 old "},
+      {1.0, "HVP", COMx, COMlnxxo, "X1^1.25 Y36^0.38 old "},      {1.0, "VP", COMlnxxo, COMxr, "X27^1.25 Y2^0.38 old "},
+      {1.0, "VP", -5, 9999, "X-5^1.25 Y9999^0.38 old "},          {2.0, "VP", COMxr, COMlnxxo, "X2^1.25 Y27^0.38 "},
+      {1.0000000000000002, "VP", COMxr, COMx, "X2^1.25 Y1^0.38 "}};
+  for (const auto& [version, key, xShape, yShape, expected] : cases)
+    EXPECT_THAT(
+        delivered({fieldDefinition(key, 1, "Equation")}, dataFile(equation(5, {1.0}, xShape, yShape), version).get()),
+        testing::EndsWith(expected))
+        << key << version;
 }
 
 TEST(DatabaseRecord, ReadsFromTheDirectoryWholeOrByField) {
@@ -231,23 +195,19 @@ TEST(DatabaseRecord, ReadsFromTheDirectoryWholeOrByField) {
 TEST(DatabaseRecord, NoticesARewrittenDataFile) {
   const TemporaryDirectory directory;
   directory.write(kIndexFile, indexFile({fieldDefinition("VP", 1, "Equation")}));
-  const struct {
-    double version;
-    std::size_t recordLength;
-    double coefficient;
-    std::string delivered;
-  } files[] = {{1.0, 78, 5.5, "VP=5(5.5 )T250..600 P1.5..900 X35^1.25 Y1^0.38 old "},
-               {2.0, 78, 6.5, "VP=5(6.5 )T250..600 P1.5..900 X2^1.25 Y1^0.38 "},
-               {2.0, 100, 7.5, "VP=5(7.5 )T250..600 P1.5..900 X2^1.25 Y1^0.38 "}};
+  const std::tuple<double, std::int64_t, std::string> files[] = {
+      {1.0, 78, "VP=5(5.5 )T250..600 P1.5..900 X35^1.25 Y1^0.38 old "},
+      {2.0, 78, "VP=5(5.5 )T250..600 P1.5..900 X2^1.25 Y1^0.38 "},
+      {2.0, 100, "VP=5(5.5 )T250..600 P1.5..900 X2^1.25 Y1^0.38 "}};
   // Version and record length change while the file keeps its length, at once and when its time has settled.
   for (const auto pause : {0, 30}) {
-    for (const auto& file : files) {
-      Bytes bytes = header(file.version, static_cast<std::int64_t>(file.recordLength), 0, 0).zerosTo(file.recordLength);
-      directory.write(kDataFile, bytes.append(equation(5, {file.coefficient}, COMxr)).zerosTo(300));
+    for (const auto& [version, recordLength, expected] : files) {
+      Bytes file = header(version, recordLength, 0, 0).zerosTo(static_cast<std::size_t>(recordLength));
+      directory.write(kDataFile, file.append(equation(5, {5.5}, COMxr)).zerosTo(300));
       for (int i = 0; i < 3; ++i) {
         RecordLog log;
         ASSERT_EQ(readRecord(openDatabase(directory.name()), 0, log), S_OK);
-        EXPECT_EQ(log.text(), file.delivered) << pause;
+        EXPECT_EQ(log.text(), expected) << pause;
         std::this_thread::sleep_for(std::chrono::milliseconds(pause));
       }
     }

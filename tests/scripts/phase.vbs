@@ -68,12 +68,14 @@ phases.ApplyActor CreateObject("QsHostKit.PhaseActivator.1")
 Check "an actor", phases.NumberOfActivePhases = 7 And phase.IsActivePhase
 
 On Error Resume Next
-Dim lent
-For Each lent In Array("phase.MolarCompositionDisp", "phase.GetLnFugacity()", "phase.GetLnFugacityCoeff()")
-  Err.Clear
-  Set value = Eval(lent)
-  Check lent & " is lent and not for scripts", Err.Number <> 0
-Next
+Set value = phase.MolarCompositionDisp
+Check "a lent array is not for scripts", Err.Number <> 0
+Err.Clear
+Set value = phase.GetLnFugacity()
+Check "nor are logarithms of fugacities", Err.Number <> 0
+Err.Clear
+Set value = phase.GetLnFugacityCoeff()
+Check "nor those of their coefficients", Err.Number <> 0
 Err.Clear
 phase.PutVariantDerivative index, 1.5
 Check "a value of another shape is an error", Err.Number <> 0

@@ -1,39 +1,47 @@
 #include "tests/support/component_test.h"
 
+#include <span>
+
 #include "tests/support/failing_arrays.h"
 
 namespace qs::test {
 namespace {
 
+#define QS_CLASS(name, ...) &__uuidof(::name),
+constexpr const CLSID* kContainers[] = {
+#include "module/classes.def"
+};
+constexpr const CLSID* kHostKit[] = {
+#include "hostkit/classes.def"
+};
+#undef QS_CLASS
+
 // The modules stay loaded and registered until the process ends.
-host::LoadedModule& load(const char* name, std::initializer_list<const CLSID*> classes) {
+host::LoadedModule& load(const char* name, std::span<const CLSID* const> classes) {
   auto* module = new host::LoadedModule(name);
-  for (const CLSID* clsid : classes) EXPECT_EQ(module->registerClass(*clsid), S_OK);
+  for (const CLSID* clsid : classes) {
+    if (IsEqualGUID(*clsid, __uuidof(::HostRealArray))) continue;
+    EXPECT_EQ(module->registerClass(*clsid), S_OK);
+  }
   return *module;
 }
 
 }  // namespace
 
 host::LoadedModule& ComponentTest::containers() {
-  static host::LoadedModule& module =
-      load("qscontainers", {&__uuidof(::COQSCompound), &__uuidof(::COQSCompoundCollection), &__uuidof(::COQSPhase),
-                            &__uuidof(::COQSPhaseCollection)});
+  static host::LoadedModule& module = load("qscontainers", kContainers);
   return module;
 }
 
 host::LoadedModule& ComponentTest::hostKit() {
   static host::LoadedModule& module = [&]() -> host::LoadedModule& {
-    host::LoadedModule& kit =
-        load("qshostkit", {&__uuidof(::HostIntegerArray), &__uuidof(::HostRealMatrix), &__uuidof(::JsonLoader),
-                           &__uuidof(::JobackEstimator), &__uuidof(::PropertyRegistry), &__uuidof(::PhaseActivator),
-                           &__uuidof(::AttributeSet), &__uuidof(::XMLParser)});
+    host::LoadedModule& kit = load("qshostkit", kHostKit);
+    const CLSID& array = __uuidof(::HostRealArray);
     ComPtr<IClassFactory> arrays;
-    EXPECT_EQ(
-        kit.getClassObject(__uuidof(::HostRealArray), __uuidof(IClassFactory), reinterpret_cast<void**>(arrays.out())),
-        S_OK);
+    EXPECT_EQ(kit.getClassObject(array, __uuidof(IClassFactory), arrays.outAny()), S_OK);
     DWORD cookie = 0;
-    EXPECT_EQ(CoRegisterClassObject(__uuidof(::HostRealArray), FailingArrays::classObject(std::move(arrays)),
-                                    CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie),
+    EXPECT_EQ(CoRegisterClassObject(array, FailingArrays::classObject(std::move(arrays)), CLSCTX_INPROC_SERVER,
+                                    REGCLS_MULTIPLEUSE, &cookie),
               S_OK);
     return kit;
   }();

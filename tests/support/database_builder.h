@@ -1,9 +1,10 @@
 // Builds the two files of a pure-component database byte by byte, and directories to put them in.
 #pragma once
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -20,27 +21,23 @@ inline WideString wide(std::string_view ascii) { return {ascii.begin(), ascii.en
 
 class Bytes {
  public:
-  Bytes& integer(std::int64_t value, int width) {
-    for (int i = 0; i < width; ++i) bytes_.push_back(static_cast<std::byte>(value >> (8 * i) & 0xFF));
+  Bytes& integer(std::int64_t value, std::size_t width) {
+    for (std::size_t i = 0; i < width; ++i) bytes_.push_back(static_cast<std::byte>(value >> (8 * i) & 0xFF));
     return *this;
   }
   Bytes& int16(std::int64_t value) { return integer(value, 2); }
   Bytes& int32(std::int64_t value) { return integer(value, 4); }
-  Bytes& real(double value) {
-    std::int64_t bits;
-    std::memcpy(&bits, &value, sizeof bits);
-    return integer(bits, 8);
-  }
+  Bytes& real(double value) { return integer(std::bit_cast<std::int64_t>(value), 8); }
   Bytes& reals(std::initializer_list<double> values) {
     for (const double value : values) real(value);
     return *this;
   }
   Bytes& text(std::string_view text, std::size_t width, char pad = ' ') {
-    for (std::size_t i = 0; i < width; ++i) bytes_.push_back(static_cast<std::byte>(i < text.size() ? text[i] : pad));
+    for (std::size_t i = 0; i < width; ++i) integer(i < text.size() ? text[i] : pad, 1);
     return *this;
   }
   Bytes& zerosTo(std::size_t size) {
-    if (bytes_.size() < size) bytes_.resize(size);
+    bytes_.resize(std::max(size, bytes_.size()));
     return *this;
   }
   Bytes& append(const Bytes& other) {
@@ -50,9 +47,7 @@ class Bytes {
 
   std::size_t size() const { return bytes_.size(); }
   const std::vector<std::byte>& get() const { return bytes_; }
-  std::vector<std::byte> first(std::size_t size) const {
-    return {bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(size)};
-  }
+  std::vector<std::byte> first(std::size_t size) const { return {bytes_.data(), bytes_.data() + size}; }
 
  private:
   std::vector<std::byte> bytes_;
@@ -90,8 +85,10 @@ inline Bytes indexFile(const std::vector<Bytes>& fields, const std::vector<Bytes
 // A directory of its own, removed with what it holds. Its name has characters outside ASCII.
 class TemporaryDirectory {
  public:
-  TemporaryDirectory()
-      : path_(std::filesystem::temp_directory_path() / (u"qs \u00e9\u6c34 " + digits(std::random_device()()))) {
+  TemporaryDirectory() {
+    static std::random_device number;
+    path_ = std::filesystem::temp_directory_path() / std::filesystem::path(u8"qs \u00e9\u6c34 ");
+    path_ += std::to_string(number());
     std::filesystem::create_directory(path_);
   }
   ~TemporaryDirectory() { std::filesystem::remove_all(path_); }
@@ -109,11 +106,6 @@ class TemporaryDirectory {
   void remove(std::string_view file) const { std::filesystem::remove(path_ / file); }
 
  private:
-  static std::u16string digits(unsigned value) {
-    const std::string text = std::to_string(value);
-    return {text.begin(), text.end()};
-  }
-
   std::filesystem::path path_;
 };
 

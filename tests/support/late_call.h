@@ -24,10 +24,6 @@ class LateValue {
     V_VT(&variant) = VT_I4;
     V_I4(&variant) = number;
   }
-  LateValue(bool flag) : LateValue() {
-    V_VT(&variant) = VT_BOOL;
-    V_BOOL(&variant) = flag ? VARIANT_TRUE : VARIANT_FALSE;
-  }
   LateValue(IUnknown* object) : LateValue() {
     V_VT(&variant) = VT_UNKNOWN;
     V_UNKNOWN(&variant) = object;
@@ -41,15 +37,6 @@ class LateValue {
     V_VT(&variant) = VT_ARRAY | VT_R8;
     V_ARRAY(&variant) = SafeArrayCreateVector(VT_R8, 1, static_cast<ULONG>(elements.size()));
     std::copy(elements.begin(), elements.end(), static_cast<double*>(V_ARRAY(&variant)->pvData));
-  }
-  // A reference to another value, as scripts pass their variables.
-  explicit LateValue(LateValue* referred) : LateValue() {
-    V_VT(&variant) = VT_BYREF | VT_VARIANT;
-    V_VARIANTREF(&variant) = &referred->variant;
-  }
-  explicit LateValue(double* referred) : LateValue() {
-    V_VT(&variant) = VT_BYREF | VT_R8;
-    V_R8REF(&variant) = referred;
   }
   // A reference to a variable of any type.
   LateValue(VARTYPE type, void* referred) : LateValue() {
@@ -82,7 +69,7 @@ inline HRESULT idOf(IDispatch* object, std::wstring name, DISPID* id) {
   return object->GetIDsOfNames(IID_NULL, names, 1, 0, id);
 }
 
-// Calls a member by name. A failure of the member itself is answered as the code that it failed with.
+// Calls a member by name. Returns the code of a failure of the member itself.
 inline HRESULT invokeByName(IDispatch* object, const wchar_t* name, WORD flags, LateValue& result,
                             DISPPARAMS& parameters) {
   DISPID id = 0;
