@@ -339,7 +339,7 @@ struct LineCounter {
   bool operator==(const LineCounter& other) const { return at == other.at; }
 };
 
-// Builds the value of a text from the parser's events. Refuses members that stand twice, and depths that no source has:
+// Builds the value of a text from the parser's events. Refuses members that occur twice, and depths that no source has:
 // a value is destroyed level by level.
 class Builder {
  public:

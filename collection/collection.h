@@ -33,7 +33,7 @@ class COQSCompoundCollection final
   STDMETHODIMP put_NumberOfCompounds(INT count) noexcept override;
   // A view finds the compound in its parent by name, or else adds it there.
   STDMETHODIMP AddCompound(IDispatch* compound) noexcept override;
-  // Makes the collection as new; a view leaves its parent.
+  // Makes the collection as new; a view is no longer one.
   STDMETHODIMP Reset() noexcept override;
   STDMETHODIMP GetBasicCompound(INT index, IBasicCompound** compound) noexcept override;
   STDMETHODIMP GetOffsetH(IRealArrayDisp** offsets) noexcept override;
@@ -48,7 +48,7 @@ class COQSCompoundCollection final
   STDMETHODIMP put_InteractionParameters(BSTR model, IDispatch* parameters) noexcept override;
   STDMETHODIMP SetPane(BSTR model, BSTR pane) noexcept override;
   STDMETHODIMP CompCollnIPInfo(INT model, INT* count, BSTR* name, BSTR* pane) noexcept override;
-  // Models that cannot load are passed over. A failure takes the compound out again, wherever a model has moved it, and
+  // Models that cannot load are skipped. A failure takes the compound out again, wherever a model has moved it, and
   // out of a view's parents too.
   STDMETHODIMP AddLastCompoundLoadIPs(IDispatch* compound, BSTR directory) noexcept override;
 
@@ -58,7 +58,7 @@ class COQSCompoundCollection final
   // Each compound that is there now, as by LoadOneCompound without an id; ends at the first failure. S_FALSE when one
   // was not found.
   STDMETHODIMP LoadAllCompounds(BSTR loader, BSTR searchKey, BYTE useLoader) noexcept override;
-  // `useLoader` is 0 for the default loader. A null id stands for what the compound has in the identity field
+  // `useLoader` is 0 for the default loader. A null id means what the compound has in the identity field
   // `searchKey`. What the loader lacks keeps its value, as the index (CompIdx) always does; S_FALSE when it has nothing
   // of the compound. E_NOINTERFACE for a compound of another implementation, which cannot be copied back and forth.
   STDMETHODIMP LoadOneCompound(INT index, BSTR loader, BSTR searchKey, BSTR id, BYTE useLoader) noexcept override;
@@ -75,8 +75,8 @@ class COQSCompoundCollection final
   STDMETHODIMP SetAsDefaultLoader(BSTR name) noexcept override;
 
   // views.cpp. A view keeps its parent alive, not the other way round. All views fetched under one name share their
-  // positions. E_FAIL for a position outside and for a view that would stand on more than 255 others, E_INVALIDARG for
-  // a null array, E_OUTOFMEMORY for one of more than kMostElements.
+  // positions. E_FAIL for a position outside and for a view with more than 255 others between it and the list,
+  // E_INVALIDARG for a null array, E_OUTOFMEMORY for one of more than kMostElements.
   STDMETHODIMP CreateSubCompList(IIntegerArrayDisp* positions, ICompoundCollection** view) noexcept override;
   STDMETHODIMP GetParent(ICompoundCollection** parent) noexcept override;
   STDMETHODIMP GetPositions(IIntegerArrayDisp** positions) noexcept override;
@@ -101,11 +101,11 @@ class COQSCompoundCollection final
   STDMETHODIMP GetEstimatorI(INT index, BSTR* name, IDispatch** estimator) noexcept override;
   STDMETHODIMP SetAsDefaultEstimator(BSTR name) noexcept override;
 
-  // xml.cpp; xml_reader.h tells the results of a parser's events. Elements outside a CompoundCollection or SubCompList
-  // element are S_FALSE. The end of that element makes the collection what the text says, a view too, and answers
-  // S_FALSE when a default is not among the loaders or estimators. After an event that fails, and after Error, the rest
-  // of the element is passed over, and the collection is as it was before it, or before the document when StartDocument
-  // told of one.
+  // xml.cpp; xml_reader.h describes the results of a parser's events. Elements outside a CompoundCollection or
+  // SubCompList element return S_FALSE. The end of that element gives the collection, a view too, the content of the
+  // text, and returns S_FALSE when a default is not among the loaders or estimators. After an event that fails, and
+  // after Error, the rest of the element is skipped, and the collection is as before the element, or as before the
+  // document when StartDocument was called.
   STDMETHODIMP CharacterData(BSTR text) noexcept override;
   STDMETHODIMP StartElement(BSTR name, TaggedAttributes* attributes) noexcept override;
   STDMETHODIMP EndElement(BSTR name) noexcept override;
@@ -172,7 +172,7 @@ class COQSCompoundCollection final
   Positions checkedPositions(IIntegerArrayDisp* array);
   ComPtr<ICompoundCollection> newView(std::shared_ptr<Positions> positions);
 
-  // Runs `fill` with a filler on a copy of a compound, which is taken over when that answers S_OK.
+  // Runs `fill` with a filler on a copy of a compound; the compound becomes like the copy when that returns S_OK.
   template <class Fill>
   HRESULT load(INT index, BSTR loader, BSTR searchKey, BSTR id, BYTE useLoader, Fill fill);
 

@@ -20,9 +20,9 @@ class COQSCompoundCollection::CollectionXmlReader {
   // S_FALSE for a version that is not known; what can be read of it is read.
   HRESULT startCollection(TaggedAttributes* attributes);
 
-  // S_OK when all that the element says was taken over. S_FALSE when the element is passed over, with all that it holds
-  // if it is unknown or belongs to a model that there is no object for, and when a loader or an estimator is stored
-  // without the component that it names. Within a compound or a model, what their own reader answers.
+  // S_OK when all data of the element was used. S_FALSE when the element is skipped, with all that it holds if it is
+  // unknown or of a model without an object, and when a loader or an estimator is stored without the component that it
+  // names. Within a compound or a model, the result of their own reader.
   HRESULT startElement(BSTR name, TaggedAttributes* attributes);
   HRESULT endElement(BSTR name);
 
@@ -67,7 +67,7 @@ class COQSCompoundCollection::CollectionXmlReader {
   } model_;  // of the Model element that is open
   Bstr defaultLoader_, defaultEstimator_;
 
-  // The element that is handed on to a reader of its own, or passed over without one, and the compound that it builds.
+  // The element that has a reader of its own, or is skipped without one, and the compound that it builds.
   XmlSpan span_;
   ComPtr<XMLParserClient> receiver_;
   ComPtr<IBasicCompound> compound_;

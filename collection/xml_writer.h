@@ -24,7 +24,7 @@ class COQSCompoundCollection::CollectionXmlWriter {
   void namedViews();
 
   void stored(IUnknown* object);
-  // An attribute with what stands before its value. A complete text leaves out a string that is null.
+  // An attribute with the text before its value. A complete text omits a string that is null.
   void attribute(WideView opening, const Bstr& value);
 
   COQSCompoundCollection& collection_;

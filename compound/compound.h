@@ -2,7 +2,7 @@
 // methods of each group of interfaces are defined in a file of their own.
 //
 // A null out-parameter returns E_POINTER, and nothing has changed; only the getters of single properties and of their
-// ranges do not look. An object belongs to its apartment; calls are not synchronised.
+// ranges do not check. An object belongs to its apartment; calls are not synchronised.
 #pragma once
 
 #include <memory>
@@ -14,8 +14,8 @@
 
 namespace qs {
 
-// IBasicCompound answers S_OK for two identity fields even when they are not known, while ICompoundID and
-// ICompoundFamily answer S_FALSE for the same fields under the same names. Each of the three keeps its own version.
+// IBasicCompound returns S_OK for two identity fields even when they are not known. ICompoundID and ICompoundFamily
+// return S_FALSE for the same fields under the same names. Each of the three has its own version.
 class BasicCompoundImpl : public Dual<IBasicCompound> {
  public:
   STDMETHODIMP get_VelcorinID(INT* value) noexcept final { return basicVelcorinId(value); }
@@ -52,7 +52,7 @@ class COQSCompound final
  public:
   ~COQSCompound();
 
-  // Values and ranges of the fixed keys. A key that two interfaces read is answered identically by both.
+  // Values and ranges of the fixed keys. Two interfaces that read the same key return the same.
 #define FIXED_KEY(key, help, interface_name, dispid)                                                           \
   STDMETHODIMP get_##key(double temperature, double pressure, tagExtrapolationEnum method, LONG* dependencies, \
                          double* value) noexcept override {                                                    \
@@ -144,13 +144,13 @@ class COQSCompound final
   // copy.cpp. The new index is CompIdx alone: VelcorinID is the original's, so that a copy of water is water.
   STDMETHODIMP CopyToThis(INT newIndex, IDispatch* original) noexcept override;
   COQSCompound* STDMETHODCALLTYPE compound(const void* module) noexcept override;
-  // The compound behind an interface, lent; null when it is none of this module.
+  // The compound of an interface, without a reference of its own; null when it is not of this module.
   static const COQSCompound* ofThisModule(IUnknown* object);
   INT compoundIndex() const { return content_.identity.compoundIndex; }
 
-  // xml.cpp; xml_reader.h tells the results of a parser's events. Elements outside a Compound element are S_FALSE.
-  // After an event that fails, and after Error, the compound is as it was before the element, or before the document
-  // when StartDocument told of one.
+  // xml.cpp; xml_reader.h describes the results of a parser's events. Elements outside a Compound element return
+  // S_FALSE. After an event that fails, and after Error, the compound is as before the element, or as before the
+  // document when StartDocument was called.
   STDMETHODIMP CharacterData(BSTR text) noexcept override;
   STDMETHODIMP StartElement(BSTR name, TaggedAttributes* attributes) noexcept override;
   STDMETHODIMP EndElement(BSTR name) noexcept override;

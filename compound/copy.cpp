@@ -4,7 +4,7 @@
 namespace qs {
 namespace {
 
-// Its address tells this module's compounds from those of any other.
+// Its address identifies this module's compounds.
 const char moduleTag = 0;
 
 }  // namespace

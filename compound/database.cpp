@@ -29,7 +29,7 @@ constexpr IdentityPlace<INT> kShortIntegers[] = {
 
 }  // namespace
 
-// Puts each field of a data record where its name belongs; names that a compound has no place for are passed over.
+// Stores each field of a data record under its name; names that a compound has no place for are skipped.
 class RecordReceiver final : public database::RecordSink {
  public:
   explicit RecordReceiver(CompoundContent& content) : content_(content) {}

@@ -5,7 +5,7 @@
 namespace qs {
 namespace {
 
-// Fills one array of the compound and the number of groups from the host's array. What the array object answers ends
+// Fills one array of the compound and the number of groups from the host's array. A failure of the array ends
 // it.
 HRESULT fill(INT groupCount, IIntegerArrayDisp* source, INT& count, std::vector<LONG>& field) noexcept {
   return guarded([&] {

@@ -246,7 +246,7 @@ HRESULT CompoundXmlReader::startEquation(const XmlAttributes& attributes) {
   return S_OK;
 }
 
-// Coefficients that the equation has no use for count, and are passed over.
+// Coefficients beyond those of the equation are counted and skipped.
 HRESULT CompoundXmlReader::addCoefficient(const XmlAttributes& attributes) {
   double value = kEmptyValue;
   const bool given = attributes.read(kValue, value);

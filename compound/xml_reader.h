@@ -17,17 +17,17 @@ class CompoundXmlReader {
   // The name of the element that a reader is for.
   static constexpr WideView kCompound = OLESTR("Compound");
 
-  // S_OK when all that the element says was taken over. S_FALSE when the element is passed over, with all that it holds
-  // if it is unknown or out of place, and when a property is refused, or is stored without the component that it names.
-  // An attribute that is missing leaves what it would set as it was. Null attributes count as none. Throws CQSCOMError
-  // with E_OUTOFMEMORY, of a component too, and what components throw: the content is then partly read.
+  // S_OK when all data of the element was used. S_FALSE when the element is skipped, with all that it holds if it is
+  // unknown or out of place, and when a property is refused, or is stored without the component that it names. A
+  // missing attribute changes nothing. Null attributes are none. Throws CQSCOMError(E_OUTOFMEMORY), of a component too,
+  // and what components throw: the content is then partly read.
   HRESULT startElement(WideView name, TaggedAttributes* attributes);
 
   // Whether the element that ends is the compound itself.
   bool endElement(WideView name);
 
  private:
-  // Where the reader stands: one bit each, so that an element can be at home in several.
+  // Where the reader is: one bit each, since an element may be allowed in several places.
   enum Place : unsigned {
     InNothing = 0x1,
     InCompound = 0x2,
@@ -39,7 +39,7 @@ class CompoundXmlReader {
   };
   struct Element {
     WideView name;
-    unsigned home;    // the places where it may stand
+    unsigned home;    // the places where it is allowed
     unsigned inside;  // the place that it opens until its end; 0 for none
     HRESULT (CompoundXmlReader::*start)(const XmlAttributes&);
     bool version1Only;

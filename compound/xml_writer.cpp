@@ -33,8 +33,8 @@ class CompoundXmlWriter {
   void closeCompound() { text_ << OLESTR("   </Compound> \n"); }
 
  private:
-  // A line with an attribute of the Compound element, behind the value of the attribute before it. A complete text
-  // leaves out a string that is null.
+  // A line with an attribute of the Compound element; it first ends the line before. A complete text omits a string
+  // that is null.
   void attribute(WideView name, const Bstr& value);
   void attribute(WideView name, INT value);
   void nextAttribute(WideView name) { text_ << OLESTR("\" \n            ") << name << OLESTR(" = \""); }
@@ -195,7 +195,7 @@ void CompoundXmlWriter::content(const CQSAbstractProp& property, LONG kind) {
   }
 }
 
-// A complete text leaves out a class name that is null.
+// A complete text omits a class name that is null.
 void CompoundXmlWriter::componentText(WideView key, const Bstr& className, const Bstr& content) {
   ComponentText text{className.view(), content.view()};
   if (complete_ && !isReadable(className.view())) throw CQSCOMError(E_INVALIDARG);

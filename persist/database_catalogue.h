@@ -1,5 +1,5 @@
-// What purecmp1.idx tells about a pure-component database: the fields of a data record, where each compound's record
-// is, and the synonyms. database_format.h has the layout, database_record.h reads the records.
+// The content of purecmp1.idx, the index of a pure-component database: the fields of a data record, where each
+// compound's record is, and the synonyms. database_format.h has the layout, database_record.h reads the records.
 #pragma once
 
 #include <chrono>
@@ -53,13 +53,13 @@ struct Synonym {
   std::uint32_t offset;  // of its text in the index file
 };
 
-// Immutable; answers look-ups from the retained bytes of the index file. No value of the file is trusted, and no count
-// or size in it makes a loop or an allocation that the file's length does not justify. What the end of the file cuts
-// off is not there: a header's missing numbers read as zero, a field definition counts only when it is whole, an index
-// record when both its numbers are, a synonym when its number is and its text has begun.
+// The bytes of the index file and look-ups in them; immutable. No value of the file is trusted, and no count or size in
+// it makes a loop or an allocation that the file's length does not justify. What the end of the file cuts off does not
+// exist: a header's missing numbers read as zero; a field definition counts only when it is whole, an index record when
+// both its numbers are, a synonym when its number is and its text has begun.
 class Catalogue {
  public:
-  // Raises CQSCOMError(E_FAIL) when the sections cannot be positioned: a record length that is not positive, a negative
+  // Throws CQSCOMError(E_FAIL) when the sections cannot be positioned: a record length that is not positive, a negative
   // number of fields, or a file of 2 GiB and more.
   explicit Catalogue(std::vector<std::byte> indexFile, WideString dataPath = {});
 
@@ -85,7 +85,7 @@ class Catalogue {
   // stops after the first record with a greater number: the ones that an unsorted file has later are not found.
   std::span<const Synonym> synonymsOf(LONG compound) const;
 
-  // Raises CQSCOMError(E_FAIL) when the text reaches kTextLimit wide characters.
+  // Throws CQSCOMError(E_FAIL) when the text reaches kTextLimit wide characters.
   WideString synonymText(const Synonym& synonym) const;
 
  private:

@@ -58,7 +58,7 @@ std::optional<std::uint64_t> buildOf(const path& name) {
   return got ? readHeader(std::span(bytes).first(*got)).build : std::nullopt;
 }
 
-// Replaces the data file, then the index file. Which of the new files have not been renamed yet tells how far it came:
+// Replaces the data file, then the index file. The new files that are not renamed yet show how far it came:
 //   purecmp1.dat.new    no new file is in place; what was set aside is to be put back
 //   purecmp1.idx.new    and not the other: the new data file is in place, the index file is to follow
 //   neither             both are in place; what was set aside is not needed any more

@@ -14,7 +14,7 @@ struct DatabaseFiles {
 };
 
 // Puts both files into a directory, which is made when it is not there, in place of those that it has; first it puts
-// right what a killed call left behind. Throws std::runtime_error, naming the file; the directory's files are then as
+// right what a killed call has left. Throws std::runtime_error, naming the file; the directory's files are then as
 // they were, or, when they cannot be put back, as a killed call leaves them.
 void saveDatabase(const DatabaseFiles& files, const std::filesystem::path& directory);
 

@@ -17,7 +17,7 @@ struct DataFile {
   Header header;
 };
 
-// A catalogue and the data file of the same build, which stays open: a rebuild does not change what they tell.
+// A catalogue and the data file of the same build. The file stays open, so that a rebuild does not change what is read.
 struct Database {
   std::shared_ptr<const Catalogue> catalogue;
   std::optional<DataFile> data;  // nothing when the data file cannot be opened or read; then no record can be read
@@ -25,7 +25,7 @@ struct Database {
 
 // Opens the database in a directory, for use by this thread and soon. Where one of the files is missing, or where they
 // are not of the same build, the database is being replaced: waits a few milliseconds and looks again, ten times at
-// most. Raises CQSCOMError(E_FAIL) when they still differ, when there is no index file, and as openCatalogue.
+// most. Throws CQSCOMError(E_FAIL) when they still differ, when there is no index file, and as openCatalogue.
 Database openDatabase(WideView directory);
 
 // A UNIFAC group and how often it occurs.
@@ -47,7 +47,7 @@ struct EquationField {
   bool fromOldShapes;  // the data file has the version in which COMxr is normalised with the molecular weight
 };
 
-// Takes the fields of a record in their order. Fields of other kinds are not delivered. A method may raise an error,
+// Takes the fields of a record in their order. Fields of other kinds are not delivered. A method may throw,
 // which ends the reading.
 class RecordSink {
  public:

@@ -105,7 +105,7 @@ void checkIdentity(const CompoundData& compound) {
   }
 }
 
-// The coefficients of a form; an ideal-gas enthalpy has the entropy constant besides.
+// The number of coefficients of a form; an ideal-gas enthalpy also has the entropy constant.
 std::size_t coefficientCount(Key key, tagEquationShapeEnum form) {
   return key == Key::IGH ? kIdealGasCoefficients : static_cast<std::size_t>(kEquationForms[form].coefficients);
 }

@@ -32,7 +32,7 @@ struct UnifacGroup {
   int count = 0;
 };
 
-// One compound; what is left out is not known. Text is printable ASCII.
+// One compound; omitted values are not known. Text is printable ASCII.
 struct CompoundData {
   std::int32_t number = 0;  // from 1 on, unique in a database
 #define BANK_TEXT(key, field, record_name, size, member) std::string field;

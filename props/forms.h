@@ -12,12 +12,12 @@ namespace qs {
 
 struct EquationForm {
   LONG shape;          // a tagEquationShapeEnum
-  WideView className;  // as GetClassName answers
-  WideView formula;    // as GetForm answers
+  WideView className;  // as GetClassName returns it
+  WideView formula;    // as GetForm returns it
   LONG coefficients;
 };
 
-// Each form at the place of its shape number, and the empty form, PropCurveVoid, behind them.
+// Each form at the place of its shape number, then the empty form, PropCurveVoid.
 inline constexpr auto kEquationForms = std::to_array<EquationForm>({
 #define QS_FORM(number, name, coefficients, formula, ...) \
   {PropCurve##name, OLESTR("PropCurve" #name), OLESTR(formula), coefficients},
@@ -42,7 +42,7 @@ constexpr const EquationForm* findForm(WideView className) {
   return found == kEquationForms.end() ? nullptr : &*found;
 }
 
-// The numbers run without a gap, and no name stands twice.
+// The numbers have no gap, and no name occurs twice.
 #define QS_FORM(number, name, coefficients, formula, ...)                             \
   static_assert(PropCurve##name == number && kEquationForms[number].shape == number); \
   static_assert(findForm(OLESTR("PropCurve" #name)) == &kEquationForms[number]);

@@ -1,4 +1,4 @@
-// What a kind answers that does not override an operation, and the kinds other than equations.
+// The results of a kind that does not override an operation, and the kinds other than equations.
 #include "props/property.h"
 
 #include "props/property_text.h"

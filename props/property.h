@@ -10,8 +10,8 @@ namespace qs {
 
 // The operations of every kind, in the fixed order of their slots; a kind overrides those that it supports. Results
 // are S_OK, or S_FALSE for what a kind does not support or does not have; out-parameters then hold the values given in
-// property.cpp. Strings written are new and the caller's. An allocation that fails is raised as CQSCOMError or
-// std::bad_alloc, and what an external component throws passes on; nothing else is raised.
+// property.cpp. The caller owns strings that are written. The operations throw CQSCOMError or std::bad_alloc
+// when memory runs out, and what an external component throws; nothing else.
 class CQSAbstractProp {
  public:
   CQSAbstractProp() = default;
@@ -23,7 +23,7 @@ class CQSAbstractProp {
   // Takes over name and content of an object of the same kind; S_FALSE and no change for any other.
   virtual HRESULT Copy(const CQSAbstractProp* src) = 0;
 
-  // The value at temperature T and pressure P, in the units of the data behind it. Writes 0 to *pDependencies when the
+  // The value at temperature T and pressure P, in the units of its data. Writes 0 to *pDependencies when the
   // value is constant, 1 when it depends on temperature.
   virtual HRESULT GetValue(double T, double P, tagExtrapolationEnum e, LONG* pDependencies, double* pVal) const = 0;
 
@@ -34,7 +34,7 @@ class CQSAbstractProp {
   virtual HRESULT SetValue(double v);
 
   // Equations: class name, formula and coefficients, validity ranges, transformations of X and Y. Counts and indices
-  // are of coefficients, from 0. SetParameters answers E_FAIL when n values are too few.
+  // are of coefficients, from 0. SetParameters returns E_FAIL when n values are too few.
   virtual HRESULT GetClassName(BSTR* name) const;
   virtual HRESULT GetForm(BSTR* form) const;
   virtual HRESULT GetShape(LONG* shape) const;
@@ -113,7 +113,7 @@ class CQSCOMProp final : public CQSAbstractProp {
   // Drops class name, object and kept content, and copies the name alone: the owner sets the others.
   HRESULT Copy(const CQSAbstractProp* src) override;
 
-  // S_OK whatever the component answers; without a component the empty value, and *pDependencies stays as it was.
+  // S_OK whatever the component returns; without a component the empty value, and *pDependencies stays as it was.
   HRESULT GetValue(double T, double P, tagExtrapolationEnum e, LONG* pDependencies, double* pVal) const override;
 
   HRESULT Store(BSTR* data) const override;

@@ -6,7 +6,7 @@ namespace {
 constexpr WideView kContentAfterName = OLESTR(") ComContent(");
 static_assert(kContentAfterName.ends_with(kComponentContent));
 
-// What stands between a position and the bracket that ends the text.
+// The text between a position and the bracket at the end.
 WideView upToLastBracket(WideView text, std::size_t position) {
   return text.substr(position, text.size() - 1 - position);
 }

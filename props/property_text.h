@@ -35,14 +35,14 @@ class PropertyText {
   WideString text_;
 };
 
-// The text in brackets behind the first occurrence of `key`, up to the first closing bracket, within `text`. Nothing
+// The text in brackets after the first occurrence of `key`, up to the first closing bracket, within `text`. Nothing
 // when the key is missing, or its first occurrence is not followed by a bracket that is closed. Keys are not
 // delimited: an occurrence within a longer word counts.
 std::optional<WideView> ReadKeyValue(WideView key, WideView text);
 
 inline constexpr WideView kVoidText = OLESTR("Void");
 
-// An item's key with the bracket behind it, and the blank before it where it is not the first.
+// An item's key and its bracket, after a blank where it is not the first.
 struct Opening {
   WideView text;
 

@@ -5,7 +5,7 @@
 
 namespace qs {
 
-// Whether XML can hold the character that the unit at a position is, or belongs to. A surrogate alone is none.
+// Whether XML allows the character of the code unit at a position. A surrogate alone is no character.
 constexpr bool isXmlCharacter(WideView text, std::size_t position) {
   const auto isHigh = [](OLECHAR c) { return c >= 0xD800 && c <= 0xDBFF; };
   const auto isLow = [](OLECHAR c) { return c >= 0xDC00 && c <= 0xDFFF; };

@@ -10,7 +10,7 @@
 
 namespace qs {
 
-// A string literal that can be passed where a string is only read: its length in bytes stands before the text.
+// A string literal that can be passed where a BSTR is only read: its length in bytes is before the text.
 template <std::size_t size>
 struct XmlTag {
   explicit constexpr XmlTag(const OLECHAR (&literal)[size]) { std::copy_n(literal, size, text); }
@@ -59,8 +59,8 @@ class XmlAttributes {
   TaggedAttributes* attributes_;
 };
 
-// An element that is passed over or handed on with all that it holds. Elements of its name within it are counted, so
-// that the end of one of them is not taken for its own.
+// An element that is skipped, or read by another reader, with all that it holds. Elements of its name within it are
+// counted, so that their ends are not taken for its own.
 class XmlSpan {
  public:
   bool isOpen() const { return depth_ > 0; }

@@ -9,7 +9,7 @@
 namespace qs {
 namespace {
 
-// The reference that stands for a character within an attribute value; empty for one that stands for itself. Blanks
+// The reference for a character in an attribute value; empty for a character that is written as it is. Blanks
 // other than the space are written as references because parsers turn them into spaces.
 constexpr WideView referenceOf(OLECHAR c) {
   switch (c) {

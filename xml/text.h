@@ -1,4 +1,4 @@
-// XML text in the making: fragments, values and numbers appended to one growing string.
+// Builds XML text: appends fragments, values and numbers to one string.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +9,7 @@
 namespace qs {
 
 // What a text keeps, by the sum of tagXMLFormEnum values. The default form rounds numbers to six digits, writes strings
-// as they are, and leaves some data out; any other form leaves nothing out.
+// as they are, and omits some data; any other form omits nothing.
 class XmlForm {
  public:
   // Throws CQSCOMError(E_INVALIDARG) for a number that is no sum of the values.
@@ -24,7 +24,7 @@ class XmlForm {
   INT flags_;
 };
 
-// Grows within the string that it becomes, so that a long text is neither copied in the end nor held twice.
+// The text grows in the string that `take` returns, so that a long text is neither copied at the end nor held twice.
 class XmlText {
  public:
   XmlText(XmlForm form, std::size_t expectedLength) : form_(form) { expect(expectedLength); }
@@ -32,10 +32,10 @@ class XmlText {
   const XmlForm& form() const { return form_; }
   std::size_t length() const { return length_; }
 
-  // Makes room for a text of a length, when there is so much.
+  // Reserves memory for a text of a length; does nothing when there is not enough.
   void expect(std::size_t length);
 
-  // The text; nothing is left of it here. Throws CQSCOMError(E_OUTOFMEMORY), as all that follow do.
+  // Returns the text and is empty then. Throws CQSCOMError(E_OUTOFMEMORY), as all that follow do.
   Bstr take();
 
   // Markup, as it is.
