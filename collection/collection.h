@@ -14,6 +14,7 @@
 #include "automation/coclass.h"
 #include "collection/component_registry.h"
 #include "collection/compound_slots.h"
+#include "xml/reading.h"
 
 namespace qs {
 
@@ -178,16 +179,9 @@ class COQSCompoundCollection final
 
   template <class Event>
   HRESULT handOn(Event&& event) noexcept;
-  void endReading();
-  void undoReading();
 
   State state_;
-
-  // Of the XML text that is being read: what reads a collection's element, from its start to its end, and what the
-  // collection held before, once an element has ended within a document.
-  std::shared_ptr<CollectionXmlReader> xmlReader_;
-  std::optional<State> beforeText_;
-  bool inDocument_ = false;
+  XmlReading<CollectionXmlReader, std::optional<State>> reading_;
 };
 
 }  // namespace qs

@@ -47,8 +47,8 @@ HRESULT takeOver(ComPtr<IRealArrayDisp>& stored, IRealArrayDisp* offsets) {
 
 COQSCompoundCollection::~COQSCompoundCollection() {
   // The last release of a host's object may call back, and may even give this collection something new.
-  while (xmlReader_ || beforeText_ || state_.holdsObjects()) {
-    endReading();
+  while (reading_.reader || reading_.before || state_.holdsObjects()) {
+    reading_.end();
     Reset();
   }
 }

@@ -20,30 +20,29 @@ HRESULT COQSCompoundCollection::StoreAsXMLEx(INT form, BSTR* text) noexcept {
 
 HRESULT COQSCompoundCollection::StartElement(BSTR name, TaggedAttributes* attributes) noexcept {
   const HRESULT result = guarded([&] {
-    if (!xmlReader_) {
-      if (!CollectionXmlReader::isCollection(viewOf(name))) return S_FALSE;
-      xmlReader_ = std::make_shared<CollectionXmlReader>(*this);
-      return xmlReader_->startCollection(attributes);
+    if (!reading_.reader) {
+      if (!CollectionXmlReader::isRoot(viewOf(name))) return S_FALSE;
+      reading_.reader = std::make_shared<CollectionXmlReader>(*this);
+      return reading_.reader->startCollection(attributes);
     }
-    // A component that is called meanwhile may call back and end the reading.
-    const auto reader = xmlReader_;
+    const auto reader = reading_.reader;
     return reader->startElement(name, attributes);
   });
-  if (FAILED(result)) undoReading();
+  if (FAILED(result)) reading_.undo(state_);
   return result;
 }
 
 HRESULT COQSCompoundCollection::EndElement(BSTR name) noexcept {
-  const auto reader = xmlReader_;
+  const auto reader = reading_.reader;
   if (!reader) return S_OK;
   const HRESULT result = guarded([&] { return reader->endElement(name); });
   if (FAILED(result)) {
-    undoReading();
+    reading_.undo(state_);
   } else if (reader->isComplete()) {
-    xmlReader_.reset();
+    reading_.reader.reset();
     // Released in the end, when calls back find the collection as it was read.
     State old = std::exchange(state_, reader->take());
-    if (inDocument_ && !beforeText_) beforeText_ = std::move(old);
+    if (reading_.isInDocument() && !reading_.before) reading_.before = std::move(old);
   }
   return result;
 }
@@ -62,37 +61,25 @@ HRESULT COQSCompoundCollection::ProcessElement(BSTR name, TaggedAttributes* attr
 
 template <class Event>
 HRESULT COQSCompoundCollection::handOn(Event&& event) noexcept {
-  const auto reader = xmlReader_;
+  const auto reader = reading_.reader;
   const HRESULT result = guarded([&] { return reader ? reader->handOn(event) : S_OK; });
-  if (FAILED(result)) undoReading();
+  if (FAILED(result)) reading_.undo(state_);
   return result;
 }
 
 HRESULT COQSCompoundCollection::StartDocument() noexcept {
-  endReading();
-  inDocument_ = true;
+  reading_.startDocument();
   return S_OK;
 }
 
 HRESULT COQSCompoundCollection::EndDocument() noexcept {
-  endReading();
+  reading_.end();
   return S_OK;
 }
 
 HRESULT COQSCompoundCollection::Error() noexcept {
-  undoReading();
+  reading_.undo(state_);
   return S_OK;
-}
-
-void COQSCompoundCollection::endReading() {
-  xmlReader_.reset();
-  inDocument_ = false;
-  const auto before = std::exchange(beforeText_, std::nullopt);
-}
-
-void COQSCompoundCollection::undoReading() {
-  if (beforeText_) std::swap(state_, *beforeText_);
-  endReading();
 }
 
 }  // namespace qs

@@ -71,7 +71,7 @@ HRESULT COQSCompoundCollection::CollectionXmlReader::startElement(BSTR name, Tag
 HRESULT COQSCompoundCollection::CollectionXmlReader::endElement(BSTR name) {
   if (!span_.isOpen()) {
     if (viewOf(name) == OLESTR("Model")) model_ = {};
-    return isCollection(viewOf(name)) ? finish() : S_OK;
+    return isRoot(viewOf(name)) ? finish() : S_OK;
   }
   const HRESULT result = handOn([name](XMLParserClient& receiver) { return receiver.EndElement(name); });
   if (FAILED(result) || !span_.end(viewOf(name))) return result;

@@ -13,9 +13,8 @@ class COQSCompoundCollection::CollectionXmlReader {
   // A model that the text gives no class is read into the object that `collection` has under its name.
   explicit CollectionXmlReader(const COQSCompoundCollection& collection) : collection_(collection) {}
 
-  static bool isCollection(WideView name) {
-    return name == OLESTR("CompoundCollection") || name == OLESTR("SubCompList");
-  }
+  // Whether an element is one that a reader reads.
+  static bool isRoot(WideView name) { return name == OLESTR("CompoundCollection") || name == OLESTR("SubCompList"); }
 
   // S_FALSE for a version that is not known; what can be read of it is read.
   HRESULT startCollection(TaggedAttributes* attributes);

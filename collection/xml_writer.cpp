@@ -48,7 +48,7 @@ void COQSCompoundCollection::CollectionXmlWriter::models() {
     if (complete_) {
       text_ << OLESTR("   <Model NAME = \"");
       text_.value(name) << OLESTR("\"");
-      attribute(OLESTR(" PANE = \""), next->second.pane);
+      text_.attribute(OLESTR(" PANE = \""), next->second.pane);
       text_ << OLESTR(">\n");
     }
     stored(parameters.get());
@@ -63,17 +63,17 @@ void COQSCompoundCollection::CollectionXmlWriter::components(const ComponentRegi
     text_ << OLESTR("   <Added") << element << OLESTR("s  NUMB = \"") << registry.count() << OLESTR("\">\n");
     for (const auto& [name, record] : registry.records()) {
       text_ << OLESTR("      <") << element << OLESTR(" ");
-      attribute(OLESTR(" NAME = \""), record.Name);
-      attribute(OLESTR("\n               CLASSNAME = \""), record.ClassName);
-      attribute(OLESTR("\n               DESCRIPTION = \""), record.Description);
-      attribute(OLESTR("\n               PATH = \""), record.Path);
+      text_.attribute(OLESTR(" NAME = \""), record.Name);
+      text_.attribute(OLESTR("\n               CLASSNAME = \""), record.ClassName);
+      text_.attribute(OLESTR("\n               DESCRIPTION = \""), record.Description);
+      text_.attribute(OLESTR("\n               PATH = \""), record.Path);
       text_ << OLESTR(">\n      </") << element << OLESTR(">\n");
     }
     text_ << OLESTR("   </Added") << element << OLESTR("s>\n");
   }
   if (!always && !registry.defaultName()) return;
   text_ << OLESTR("   <Default") << element << OLESTR(" ");
-  attribute(OLESTR(" NAME = \""), registry.defaultName());
+  text_.attribute(OLESTR(" NAME = \""), registry.defaultName());
   text_ << OLESTR("/>\n");
 }
 
@@ -114,12 +114,6 @@ void COQSCompoundCollection::CollectionXmlWriter::stored(IUnknown* object) {
     check(store->StoreAsXML(text.out()));
   }
   text_ << text.view();
-}
-
-void COQSCompoundCollection::CollectionXmlWriter::attribute(WideView opening, const Bstr& value) {
-  if (complete_ && !value) return;
-  text_ << opening;
-  text_.value(value.view()) << OLESTR("\"");
 }
 
 }  // namespace qs

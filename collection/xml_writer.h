@@ -24,8 +24,6 @@ class COQSCompoundCollection::CollectionXmlWriter {
   void namedViews();
 
   void stored(IUnknown* object);
-  // An attribute with the text before its value. A complete text omits a string that is null.
-  void attribute(WideView opening, const Bstr& value);
 
   COQSCompoundCollection& collection_;
   XmlText& text_;

@@ -11,6 +11,7 @@
 #include "compound/content.h"
 #include "compound/peer.h"
 #include "compound/xml_reader.h"
+#include "xml/reading.h"
 
 namespace qs {
 
@@ -184,18 +185,8 @@ class COQSCompound final
   HRESULT basicFamily(tagCompoundFamilyEnum* value) noexcept override;
   HRESULT knownFamily(tagCompoundFamilyEnum* value) noexcept override;
 
-  void endReading();
-  void undoReading();
-
   CompoundContent content_;
-
-  // What stood in content_ before the XML text that is being read; null while none is.
-  std::unique_ptr<CompoundContent> beforeText_;
-  bool inDocument_ = false;
-
-  // From the start of a Compound element to its end. Shared, so that a component that is called meanwhile and calls
-  // back cannot end it.
-  std::shared_ptr<CompoundXmlReader> xmlReader_;
+  XmlReading<CompoundXmlReader, std::unique_ptr<CompoundContent>> reading_;
 };
 
 }  // namespace qs

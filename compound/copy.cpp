@@ -14,9 +14,9 @@ CompoundContent CompoundContent::copy() const { return {identity, properties.cop
 // Components may put others in their places while they are released.
 COQSCompound::~COQSCompound() {
   do {
-    const auto beforeText = std::move(beforeText_);
+    const auto before = std::exchange(reading_.before, nullptr);
     const CompoundContent content = std::exchange(content_, CompoundContent());
-  } while (content_.hasProperties() || beforeText_);
+  } while (content_.hasProperties() || reading_.before);
 }
 
 COQSCompound* COQSCompound::compound(const void* module) noexcept { return module == &moduleTag ? this : nullptr; }

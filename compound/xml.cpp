@@ -16,7 +16,7 @@ HRESULT COQSCompound::StoreAsXMLEx(INT form, BSTR* text) noexcept {
   if (!text) return E_POINTER;
   return guarded([&] {
     XmlText xml(XmlForm(form), kExpectedLength);
-    writeCompound(xml, content_);
+    CompoundXmlWriter(content_, xml).write();
     *text = xml.take().release();
     return S_OK;
   });
@@ -24,50 +24,38 @@ HRESULT COQSCompound::StoreAsXMLEx(INT form, BSTR* text) noexcept {
 
 HRESULT COQSCompound::StartElement(BSTR name, TaggedAttributes* attributes) noexcept {
   const HRESULT result = guarded([&] {
-    if (!xmlReader_) {
-      if (viewOf(name) != CompoundXmlReader::kCompound) return S_FALSE;
-      if (!beforeText_) beforeText_ = std::make_unique<CompoundContent>(content_.copy());
-      xmlReader_ = std::make_shared<CompoundXmlReader>(content_);
+    if (!reading_.reader) {
+      if (!CompoundXmlReader::isRoot(viewOf(name))) return S_FALSE;
+      if (!reading_.before) reading_.before = std::make_unique<CompoundContent>(content_.copy());
+      reading_.reader = std::make_shared<CompoundXmlReader>(content_);
     }
-    const auto reader = xmlReader_;
+    const auto reader = reading_.reader;
     return reader->startElement(viewOf(name), attributes);
   });
-  if (FAILED(result)) undoReading();
+  if (FAILED(result)) reading_.undo(content_);
   return result;
 }
 
 HRESULT COQSCompound::EndElement(BSTR name) noexcept {
-  if (!xmlReader_ || !xmlReader_->endElement(viewOf(name))) return S_OK;
-  xmlReader_.reset();
-  if (!inDocument_) endReading();
+  if (!reading_.reader || !reading_.reader->endElement(viewOf(name))) return S_OK;
+  reading_.reader.reset();
+  if (!reading_.isInDocument()) reading_.end();
   return S_OK;
 }
 
 HRESULT COQSCompound::StartDocument() noexcept {
-  endReading();
-  inDocument_ = true;
+  reading_.startDocument();
   return S_OK;
 }
 
 HRESULT COQSCompound::EndDocument() noexcept {
-  endReading();
+  reading_.end();
   return S_OK;
 }
 
 HRESULT COQSCompound::Error() noexcept {
-  undoReading();
+  reading_.undo(content_);
   return S_OK;
-}
-
-void COQSCompound::endReading() {
-  xmlReader_.reset();
-  inDocument_ = false;
-  const auto before = std::move(beforeText_);
-}
-
-void COQSCompound::undoReading() {
-  if (beforeText_) std::swap(content_, *beforeText_);
-  endReading();
 }
 
 HRESULT COQSCompound::CharacterData(BSTR) noexcept { return S_OK; }

@@ -14,8 +14,8 @@ class CompoundXmlReader {
  public:
   explicit CompoundXmlReader(CompoundContent& content) : content_(content) {}
 
-  // The name of the element that a reader is for.
-  static constexpr WideView kCompound = OLESTR("Compound");
+  // Whether an element is one that a reader reads.
+  static bool isRoot(WideView name) { return name == kCompound; }
 
   // S_OK when all data of the element was used. S_FALSE when the element is skipped, with all that it holds if it is
   // unknown or out of place, and when a property is refused, or is stored without the component that it names. A
@@ -27,6 +27,8 @@ class CompoundXmlReader {
   bool endElement(WideView name);
 
  private:
+  static constexpr WideView kCompound = OLESTR("Compound");
+
   // Where the reader is: one bit each, since an element may be allowed in several places.
   enum Place : unsigned {
     InNothing = 0x1,

@@ -21,39 +21,16 @@ constexpr std::array<Key, kKeyCount> kWritingOrder = [] {
 
 constexpr bool isInDefaultForm(IdentityField field) { return field != IdentityField::SubFamily; }
 
-class CompoundXmlWriter {
- public:
-  explicit CompoundXmlWriter(XmlText& text) : text_(text), complete_(text.form().complete()) {}
+}  // namespace
 
-  void openCompound(const Identity& identity);
-  void synonyms(const Identity& identity);
-  void groups(const Identity& identity);
-  void properties(const PropertyTable& table);
-  void userProperties(const UserProperties& properties);
-  void closeCompound() { text_ << OLESTR("   </Compound> \n"); }
-
- private:
-  // A line with an attribute of the Compound element; it first ends the line before. A complete text omits a string
-  // that is null.
-  void attribute(WideView name, const Bstr& value);
-  void attribute(WideView name, INT value);
-  void nextAttribute(WideView name) { text_ << OLESTR("\" \n            ") << name << OLESTR(" = \""); }
-
-  void emptySlot(Key key);
-  // The element named `element` of a property under a name.
-  void property(WideView element, WideView name, const CQSAbstractProp& property);
-  void openProperty(WideView element, WideView name) {
-    text_ << OLESTR("      <") << element << OLESTR(" NAME=\"");
-    text_.value(name) << OLESTR("\"   TYPE = \"");
-  }
-  void closeProperty(WideView element) { text_ << OLESTR("      </") << element << OLESTR(">\n"); }
-  void className(const CQSAbstractProp& component);
-  void content(const CQSAbstractProp& property, LONG kind);
-  void componentText(WideView key, const Bstr& className, const Bstr& content);
-
-  XmlText& text_;
-  const bool complete_;
-};
+void CompoundXmlWriter::write() {
+  openCompound(content_.identity);
+  synonyms(content_.identity);
+  groups(content_.identity);
+  properties(content_.properties);
+  userProperties(content_.userProperties);
+  text_ << OLESTR("   </Compound> \n");
+}
 
 void CompoundXmlWriter::attribute(WideView name, const Bstr& value) {
   if (complete_ && !value) return;
@@ -82,11 +59,7 @@ void CompoundXmlWriter::synonyms(const Identity& identity) {
   for (std::size_t i = 0; i < (complete_ ? identity.synonyms.size() : used); ++i) {
     const Bstr& synonym = identity.synonyms[i];
     text_ << (i < used ? OLESTR("            <Synonym") : OLESTR("            <UnusedSynonym"));
-    if (synonym || !complete_) {
-      text_ << OLESTR(" NAME=\"");
-      text_.value(synonym.view()) << OLESTR("\"");
-    }
-    text_ << OLESTR("/> \n");
+    text_.attribute(OLESTR(" NAME=\""), synonym) << OLESTR("/> \n");
   }
   text_ << OLESTR("      </Synonyms> \n");
 }
@@ -154,10 +127,7 @@ void CompoundXmlWriter::property(WideView element, WideView name, const CQSAbstr
     default:
       text_ << OLESTR("VoidProp\"   EQUATIONSHAPE = \"1000\"   CLASSID = \"VOID\"");
   }
-  if (complete_ && property.Loader) {
-    text_ << OLESTR("   LOADER = \"");
-    text_.value(property.Loader.view()) << OLESTR("\"");
-  }
+  if (complete_) text_.attribute(OLESTR("   LOADER = \""), property.Loader);
   text_ << OLESTR(">\n           <PropertyContent CONTENT = \"");
   content(property, kind);
   text_ << OLESTR("\"/> \n");
@@ -167,9 +137,7 @@ void CompoundXmlWriter::property(WideView element, WideView name, const CQSAbstr
 void CompoundXmlWriter::className(const CQSAbstractProp& component) {
   Bstr name;
   component.GetCOMClassName(name.out());
-  if (complete_ && !name) return;
-  text_ << OLESTR("   CLASSNAME = \"");
-  text_.value(name.view()) << OLESTR("\"");
+  text_.attribute(OLESTR("   CLASSNAME = \""), name);
 }
 
 void CompoundXmlWriter::content(const CQSAbstractProp& property, LONG kind) {
@@ -216,18 +184,6 @@ void CompoundXmlWriter::userProperties(const UserProperties& properties) {
     text_ << OLESTR("\"> \n      </UserProperty>\n");
     next = properties.upper_bound(name);
   }
-}
-
-}  // namespace
-
-void writeCompound(XmlText& text, const CompoundContent& content) {
-  CompoundXmlWriter writer(text);
-  writer.openCompound(content.identity);
-  writer.synonyms(content.identity);
-  writer.groups(content.identity);
-  writer.properties(content.properties);
-  writer.userProperties(content.userProperties);
-  writer.closeCompound();
 }
 
 }  // namespace qs

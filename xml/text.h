@@ -50,6 +50,12 @@ class XmlText {
   // references, and a character that XML cannot hold throws CQSCOMError(E_INVALIDARG).
   XmlText& value(WideView text);
 
+  // An attribute with the text before its value, which ends with the quotation mark. A form that omits no data has no
+  // attribute for a string that is null.
+  XmlText& attribute(WideView opening, const Bstr& content) {
+    return form_.complete() && !content ? *this : (*this << opening).value(content.view()) << OLESTR("\"");
+  }
+
  private:
   template <class Character>
   void append(const Character* characters, std::size_t count) {
