@@ -9,8 +9,9 @@
 //   compound a                 a new compound with a name
 //   host                       an object of a host's own with every interface
 //   phases 3 2                 a new phase collection with three equilibrium phases and two feeds
-// An array is [1 2] of integers or [1.0 2] of reals. Expected are the result, unless it is S_OK, and all
-// out-parameters; without `->` the result is S_OK. An object is shown by its name, or else by its content.
+// An array is [1 2] of integers or [1.0 2] of reals, and /tests a path in the source folder. Expected are the result,
+// unless it is S_OK, and all out-parameters; without `->` the result is S_OK. An object is shown by its name, or else
+// by its content.
 #include <cstdlib>
 #include <map>
 #include <stdexcept>
@@ -155,6 +156,7 @@ class Objects final : public Values {
   Bstr text() override {
     const std::string word = next();
     if (word == "-") return {};
+    if (word.front() == '/') return Bstr(widen(kSourceFolder.string() + word));
     return Bstr(widen(word.front() == '\'' ? word.substr(1, word.size() - 2) : word));
   }
   ComPtr<IUnknown> object() override {
@@ -199,6 +201,7 @@ class Objects final : public Values {
       return letters.empty() ? "empty" : letters;
     }
     if (const auto phases = ComPtr<IPhaseCollection>::from(object)) return PhaseTest::slotsOf(phases);
+    if (const auto phase = ComPtr<IBasicPhase>::from(object)) return PhaseTest::stateOf(phase);
     if (const auto compound = ComPtr<ICompoundID>::from(object)) return narrow(got(compound, &ICompoundID::get_Name));
     std::ostringstream text;
     if (ComPtr<IRealArrayDisp>::from(object))

@@ -52,7 +52,7 @@ TEST_F(PhaseCollection, ReturnsTheFailureOfAPhase) {
   NumberingRegistry accepting(64), refusing(40);
   const auto registerable = query<IRegisterableObject>(phases);
   EXPECT_EQ(registerable->RegisterProperties(&accepting), E_NOINTERFACE) << "of the broken phase";
-  EXPECT_EQ(accepting.names.size(), 64u);
+  EXPECT_EQ(accepting.names, 64);
   ASSERT_EQ(query<IReplacePhase>(phases)->ReplaceEquilibriumPhase(1, newPhase().get()), S_OK);
   EXPECT_EQ(registerable->RegisterProperties(&refusing), NumberingRegistry::kRefused);
   EXPECT_EQ(registerable->RegisterProperties(phases.get()), E_NOINTERFACE) << "which keeps neither";
