@@ -92,17 +92,6 @@ TEST_F(CollectionListTest, AViewAddsNothingToItsParentWhileNamesCannotBeRead) {
   parent->Reset();
 }
 
-TEST_F(CollectionListTest, AViewKeepsItsParentAlive) {
-  auto parent = collectionOf("ab");
-  auto view = viewOf(parent, {1, 0});
-  const auto inner = viewOf(view, {0});
-  const ULONG before = referencesOf(inner.get());
-  parent = {};
-  view = {};
-  EXPECT_EQ(lettersOf(inner), "b");
-  EXPECT_EQ(referencesOf(inner.get()), before) << "and not the other way round";
-}
-
 TEST_F(CollectionListTest, PositionsAreReadAsFarAsTheyAreGiven) {
   const auto views = query<ISubCompList>(collectionOf("abc"));
   const struct {
