@@ -129,8 +129,6 @@ TEST_F(CollectionXml, TheDefaultFormIsWrittenByteForByte) {
   model.content = OLESTR("bad");
   EXPECT_EQ(query<IXMLStore>(collection)->StoreAsXML(&untouched), E_BOUNDS) << "what a model fails with";
   EXPECT_EQ(query<IXMLStoreEx>(collection)->StoreAsXMLEx(xmlExactForm, &untouched), E_BOUNDS);
-  EXPECT_EQ(query<IXMLStoreEx>(collection)->StoreAsXMLEx(4, &untouched), E_INVALIDARG);
-  EXPECT_EQ(query<IXMLStore>(collection)->StoreAsXML(nullptr), E_POINTER);
   EXPECT_EQ(untouched, nullptr);
 }
 
@@ -201,7 +199,7 @@ TEST_F(CollectionXml, ModelsReadTheirElements) {
     if (!kExceptionsPass && result == E_FAIL) continue;
     const auto collection = collectionOf("xy");
     EXPECT_EQ(read(ip + model + "<Compound/></SubCompList>", collection), result) << model;
-    EXPECT_EQ(summary(collection), "xy|") << model;
+    EXPECT_EQ(lettersOf(collection), "xy") << model;
   }
 
   // A model without a class is read by the object that the collection has under its name.

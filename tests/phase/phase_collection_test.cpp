@@ -1,5 +1,4 @@
 // What phases.calls cannot show of a collection of phases: phases, compounds and actors that fail or call back.
-#include "tests/support/failing_arrays.h"
 #include "tests/support/phases.h"
 
 namespace qs::test {
@@ -85,19 +84,6 @@ TEST_F(PhaseCollection, ALastReleaseMayUseTheCollectionThatEnds) {
   EXPECT_EQ(first.references, 1u);
   EXPECT_EQ(second.references, 1u);
   EXPECT_EQ(two.references, 1u);
-}
-
-TEST_F(PhaseCollection, SurvivesEveryFailureOfTheHostsArrays) {
-  bool done = false;
-  for (int failing = 0; !done; ++failing) {
-    const auto phases = create<IPhaseCollection>(__uuidof(::COQSPhaseCollection));
-    FailingArrays arrays(failing);
-    const HRESULT hr = phases->Finalize(&two, 1, 0);
-    done = !arrays.reached();
-    EXPECT_TRUE(done ? hr == S_OK : hr == E_FAIL || hr == FailingArrays::kFailure) << hr;
-    arrays.repair();
-    EXPECT_EQ(phases->Finalize(&two, 1, 0), S_OK) << failing;
-  }
 }
 
 }  // namespace
