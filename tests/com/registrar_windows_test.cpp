@@ -20,9 +20,9 @@ Function entry(const wchar_t* module, const char* name) {
   return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(module), name)));
 }
 
-bool exists(const std::wstring& path) {
+bool exists(const std::wstring& path, HKEY root = HKEY_CLASSES_ROOT) {
   HKEY key = nullptr;
-  const bool found = RegOpenKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS;
+  const bool found = RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) == ERROR_SUCCESS;
   if (found) RegCloseKey(key);
   return found;
 }
@@ -65,7 +65,7 @@ class Registration : public ComponentTest {
   }
 };
 
-// That nothing is left, and what registration for one user touches, is tested where the packages are installed.
+// That nothing at all is left is tested where the packages are installed.
 TEST_F(Registration, ComesAndGoesWhole) {
   const auto registerServer = entry<Entry>(kModule, "DllRegisterServer");
   ASSERT_EQ(registerServer(), S_OK);
@@ -83,7 +83,12 @@ TEST_F(Registration, ComesAndGoesWhole) {
   EXPECT_FALSE(exists(clsid));
   EXPECT_FALSE(exists(kTypeLibrary + std::wstring(kTypeLibraryFile)));
   EXPECT_TRUE(exists(L"CLSID"));
-  EXPECT_EQ(entry<InstallEntry>(kModule, "DllInstall")(TRUE, L"everyone"), E_INVALIDARG);
+  const auto install = entry<InstallEntry>(kModule, "DllInstall");
+  ASSERT_EQ(install(TRUE, L"user"), S_OK);
+  EXPECT_FALSE(exists(L"Software\\Classes\\" + clsid, HKEY_LOCAL_MACHINE));
+  ASSERT_EQ(install(FALSE, L"user"), S_OK);
+  EXPECT_TRUE(exists(L"Software\\Classes\\CLSID", HKEY_CURRENT_USER)) << "which others share";
+  EXPECT_EQ(install(TRUE, L"everyone"), E_INVALIDARG);
 }
 
 // This program stands for a system that has the function, another module for one that lacks it.
