@@ -312,6 +312,32 @@ TEST_F(CollectionLoadingTest, ALoaderMayCallBack) {
   }
 }
 
+// A compound of another implementation, which takes numbers and does not remember where they come from.
+struct ForgetfulCompound : Stub<ICompoundPropPut> {
+  ForgetfulCompound() {
+    CoCreateInstance(__uuidof(::COQSCompound), this, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
+                     reinterpret_cast<void**>(inner.out()));
+  }
+  STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
+    return IsEqualGUID(iid, __uuidof(IBasicCompound)) ? inner->QueryInterface(iid, out)
+                                                      : Stub::QueryInterface(iid, out);
+  }
+  STDMETHODIMP SetPointProperty(BSTR, BYTE, double) noexcept override { return S_OK; }
+  STDMETHODIMP SetPropertyLoader(BSTR, BSTR) noexcept override { return E_OUTOFMEMORY; }
+
+  ComPtr<IUnknown> inner;
+};
+
+TEST_F(CollectionLoadingTest, ReturnsThatTheNameOfAnEstimatorIsNotKept) {
+  FakeEstimator estimator;
+  ForgetfulCompound compound;
+  const auto handler = query<IPureEstimatorHandler>(collection_);
+  ASSERT_EQ(handler->AddEstimator(name_.get(), name_.get(), nullptr, &estimator), S_OK);
+  ASSERT_EQ(collection_->put_Compound(0, &compound), S_OK);
+  EXPECT_EQ(handler->EstimateProperty(0, cas_.get(), name_.get(), 1), E_OUTOFMEMORY);
+  collection_->Reset();
+}
+
 TEST_F(CollectionLoadingTest, StoresWhatAnEstimatorReturns) {
   FakeEstimator estimator;
   const auto handler = query<IPureEstimatorHandler>(collection_);
