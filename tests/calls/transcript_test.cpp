@@ -3,7 +3,8 @@
 // A line at the margin is the title of a test; the indented lines below it are its steps, `name = call -> expected`,
 // where both ends may be missing. `%` stands for each of the words in braces at the end of the title. A call is
 //   Class                      a new object of a class
-//   object.Member arguments    with numbers, words, 'texts', objects, arrays, and - for null
+//   object.Member arguments    with numbers, words, 'texts', objects, arrays, and - for null; Interface::Member names
+//                              one of the members that have the same name
 //   object                     the object itself
 //   compounds ab_              a new collection of compounds with these names; _ is an empty slot
 //   compound a                 a new compound with a name
@@ -114,7 +115,7 @@ class Objects final : public Values {
   HRESULT call(const std::string& object, const std::string& name) {
     for (const Member& member : members()) {
       ComPtr<IUnknown> found;
-      if (name == member.name &&
+      if ((name == member.name || name == std::string(member.face) + "::" + member.name) &&
           objects_.at(object)->QueryInterface(member.iid, reinterpret_cast<void**>(found.out())) == S_OK)
         return member.call(found.get(), *this);
     }

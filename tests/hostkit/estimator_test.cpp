@@ -1,4 +1,4 @@
-// The example estimator against published worked examples of the method and against measured values.
+// The example estimator against measured values.
 #include "tests/support/collections.h"
 
 namespace qs::test {
@@ -16,7 +16,7 @@ class HostkitEstimatorTest : public CollectionTest {
   }
   // Asks for a property of a compound with the groups given as pairs of sub-group and count.
   double estimate(const OLECHAR* property, std::initializer_list<LONG> types, std::initializer_list<LONG> counts,
-                  double boilingPoint = kEmpty) {
+                  double boilingPoint) {
     const auto compound = newCompound();
     EXPECT_EQ(query<ICompoundUNIFAC1Put>(compound)->put_UNIFAC1Groups(static_cast<INT>(types.size()),
                                                                       integers(types).get(), integers(counts).get()),
@@ -30,15 +30,6 @@ class HostkitEstimatorTest : public CollectionTest {
 
   ComPtr<ICompoundCollection> collection_ = newCollection();
 };
-
-// Acetone is the example that descriptions of the method work out: 322.11 K, 500.559 K, 48.025 bar, 209.5 cm3/mol.
-TEST_F(HostkitEstimatorTest, WorkedExample) {
-  EXPECT_NEAR(estimate(OLESTR("TC"), {1, 19}, {1, 1}), 500.559, 0.001);
-  EXPECT_NEAR(estimate(OLESTR("PC"), {1, 19}, {1, 1}), 4802.5, 0.1);
-  EXPECT_NEAR(estimate(OLESTR("VC"), {1, 19}, {1, 1}), 0.2095, 1e-12);
-  EXPECT_NEAR(estimate(OLESTR("TC"), {1, 19}, {1, 1}, 329.22), 500.559 * 329.22 / 322.11, 0.001)
-      << "from the compound's own boiling point";
-}
 
 // Measured values; the method's authors report average errors of 1 % in TC, 5 % in PC and 2 % in VC.
 TEST_F(HostkitEstimatorTest, StaysNearMeasuredValues) {

@@ -68,12 +68,6 @@ auto got(const ComPtr<J>& object, HRESULT (STDMETHODCALLTYPE I::*getter)(T*)) {
     return value;
 }
 
-// A method that gives something refuses to give it nowhere.
-template <class I, class J, class... Parameters>
-void refusesNull(const ComPtr<J>& object, HRESULT (STDMETHODCALLTYPE I::*method)(Parameters...)) {
-  EXPECT_EQ((query<I>(object).get()->*method)(Parameters{}...), E_POINTER);
-}
-
 // What a compound answers for a property by name; the value is 0.5 where none is written.
 struct PropertyReading {
   HRESULT result;
