@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <functional>
 #include <iostream>
+#include <optional>
 #include <thread>
 
 #include "persist/database_writer.h"
@@ -98,14 +99,8 @@ class DatabaseRebuild : public CompoundTest {
     return first == kFailed || first == buildRead(compound, directory, 20) ? first : kMixture;
   }
 
-  // Puts build 1 into a directory, if any.
-  enum class Old { None, Unmarked, Marked };
-  static void prepare(const TemporaryDirectory& directory, Old old) {
-    if (old != Old::None) database::saveDatabase(build(1, old == Old::Marked), directory.path());
-  }
-  static bool savesWith(const Faults&, const DatabaseFiles& files, const TemporaryDirectory& directory) {
-    return saves(files, directory);
-  }
+  // What may be in a directory before: nothing, or build 1 without or with marks.
+  const std::optional<DatabaseFiles> olds[3] = {std::nullopt, build(1, false), build(1)};
   void expectNextBuild(const TemporaryDirectory& directory) {
     EXPECT_TRUE(saves(build(3), directory));
     EXPECT_EQ(namesIn(directory.path()), kFileNames);
@@ -142,14 +137,14 @@ void atEachOperation(const std::function<bool(int)>& attempt) {
 }
 
 TEST_F(DatabaseRebuild, OneFailureLeavesTheOldDatabaseOrTheNewOne) {
-  for (const Old old : {Old::None, Old::Unmarked, Old::Marked})
+  for (const auto& old : olds)
     atEachOperation([&](int failing) {
       const TemporaryDirectory directory;
-      prepare(directory, old);
+      if (old) database::saveDatabase(*old, directory.path());
       const auto before = namesIn(directory.path());
-      const bool saved = savesWith(Faults(failing, failing), build(2), directory);
+      const bool saved = (Faults(failing, failing), saves(build(2), directory));
       EXPECT_TRUE(saved || namesIn(directory.path()) == before);
-      EXPECT_EQ(buildIn(directory), saved ? 2 : old == Old::None ? kFailed : 1) << failing;
+      EXPECT_EQ(buildIn(directory), saved ? 2 : old ? 1 : kFailed) << failing;
       expectNextBuild(directory);
       return Faults::reached();
     });
@@ -157,18 +152,18 @@ TEST_F(DatabaseRebuild, OneFailureLeavesTheOldDatabaseOrTheNewOne) {
 
 // To be killed and to see every further operation fail is the same for the files.
 TEST_F(DatabaseRebuild, TheNextBuildFinishesAKilledOneOrTakesItBack) {
-  for (const Old old : {Old::None, Old::Unmarked, Old::Marked})
+  for (const auto& old : olds)
     atEachOperation([&](int last) {
-      const int before = old == Old::None ? kFailed : 1;
+      const int before = old ? 1 : kFailed;
       const TemporaryDirectory directory;
-      prepare(directory, old);
-      savesWith(Faults(last, INT_MAX), build(2), directory);
+      if (old) database::saveDatabase(*old, directory.path());
+      Faults(last, INT_MAX), saves(build(2), directory);
       const bool killed = Faults::reached();
       EXPECT_THAT(buildIn(directory), AnyOf(before, 2, kFailed));
       // The next build, which is killed as well, gets further and further.
       int found = kFailed;
       for (int next = last % 3; next < 24; next += 3) {
-        savesWith(Faults(next, INT_MAX), build(4), directory);
+        Faults(next, INT_MAX), saves(build(4), directory);
         found = buildIn(directory);
         EXPECT_THAT(found, AnyOf(before, 2, 4, kFailed)) << next;
       }
@@ -220,27 +215,19 @@ TEST_F(DatabaseRebuild, InterruptedOperationsAreRepeated) {
 TEST_F(DatabaseRebuild, FilesOfDifferentBuildsAreNotReadTogether) {
   const DatabaseFiles one = build(1), two = build(2), plain = build(1, false), plainTwo = build(2, false);
   const std::vector<std::byte> none;
-  const struct {
-    const char* what;
-    const std::vector<std::byte>&index, &data;
-    int build;
-  } cases[] = {{"one build", one.index, one.data, 1},
-               {"no marks", plain.index, plain.data, 1},
-               {"an old index", one.index, two.data, kFailed},
-               {"an old data file", two.index, one.data, kFailed},
-               {"another's index", plain.index, two.data, kFailed},
-               {"another's data file", two.index, plainTwo.data, kFailed},
-               {"no index", none, one.data, kFailed},
-               {"no data file", one.index, none, kFailed}};
+  const std::tuple<const std::vector<std::byte>&, const std::vector<std::byte>&, int> cases[] = {
+      {one.index, one.data, 1},       {plain.index, plain.data, 1},     {one.index, two.data, kFailed},
+      {two.index, one.data, kFailed}, {plain.index, two.data, kFailed}, {two.index, plainTwo.data, kFailed},
+      {none, one.data, kFailed},      {one.index, none, kFailed}};
   const TemporaryDirectory directory;
   const auto put = [&](const char* name, const std::vector<std::byte>& content) {
     std::filesystem::remove(directory.path() / name);
     if (!content.empty()) qs::writeFile(directory.path() / name, content);
   };
-  for (const auto& row : cases) {
-    put("purecmp1.idx", row.index);
-    put("purecmp1.dat", row.data);
-    EXPECT_EQ(buildIn(directory), row.build) << row.what;
+  for (int row = 0; const auto& [index, data, expected] : cases) {
+    put("purecmp1.idx", index);
+    put("purecmp1.dat", data);
+    EXPECT_EQ(buildIn(directory), expected) << "row " << row++;
   }
 
   // The other file comes while the reader waits.
@@ -270,12 +257,9 @@ TEST_F(DatabaseRebuild, RacedByTwoReaders) {
     for (INT number = 4; !done; number = number < 20 ? number + 1 : 4) {
       const int found = buildRead(own, directory, number);
       ++reads;
-      if (found == kFailed)
-        ++failures;
-      else if (found < latest)
-        ++mixtures;
-      else
-        latest = found;
+      failures += found == kFailed;
+      mixtures += found != kFailed && found < latest;
+      latest = std::max(found, latest);
     }
   };
   const auto first = newCompound(), second = newCompound();

@@ -17,10 +17,6 @@ namespace qs::test {
 struct BundledCompounds {
   BundledCompounds() {
     const std::filesystem::path source = kSourceFolder / "data" / "compounds.json";
-    const auto utf8 = [](const std::filesystem::path& path) {
-      const std::u8string text = path.u8string();
-      return std::string(text.begin(), text.end());
-    };
     std::ostringstream out, err;
     EXPECT_EQ(tools::runQsdb({"build", utf8(source), utf8(directory.path())}, out, err), 0) << err.str();
     const auto compounds = nlohmann::json::parse(std::ifstream(source));

@@ -23,6 +23,11 @@ inline std::vector<std::string> namesIn(const std::filesystem::path& directory) 
   return names;
 }
 
+inline std::string utf8(const std::filesystem::path& path) {
+  const std::u8string text = path.u8string();
+  return {text.begin(), text.end()};
+}
+
 inline std::string readFile(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};

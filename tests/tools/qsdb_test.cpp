@@ -31,11 +31,6 @@ Outcome run(const std::vector<std::string>& arguments) {
   return {code, out.str(), err.str()};
 }
 
-std::string utf8(const std::filesystem::path& path) {
-  const std::u8string text = path.u8string();
-  return {text.begin(), text.end()};
-}
-
 Outcome build(const std::filesystem::path& source, const std::filesystem::path& directory) {
   return run({"build", utf8(source), utf8(directory)});
 }
