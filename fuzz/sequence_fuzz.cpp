@@ -2,8 +2,9 @@
 // and released in any order, beside objects of a host's own whose answers come from the input too, and which call back
 // and throw. In the end nothing may be alive.
 #include <cstdlib>
-#include <ranges>
+#include <sstream>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 
 #include "fuzz/fuzz_target.h"
@@ -132,7 +133,8 @@ class Sequence final : public Values {
     }
     if (which >= 192 && !texts_.empty()) return Bstr(texts_[which % texts_.size()]);
     std::vector<WideString> texts;
-    for (const auto part : std::views::split(kTexts, '|')) texts.push_back(widen({part.begin(), part.end()}));
+    std::istringstream in{std::string(kTexts)};
+    for (std::string text; std::getline(in, text, '|');) texts.push_back(widen(text));
     return Bstr(texts[which % texts.size()]);
   }
   ComPtr<IUnknown> object() override {

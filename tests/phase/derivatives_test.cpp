@@ -1,4 +1,5 @@
 // The derivatives that a phase keeps: values from variants, and calls back. The rest is in phase.calls.
+#include "com/not_set.h"
 #include "tests/support/phases.h"
 
 namespace qs::test {
@@ -129,7 +130,7 @@ TEST_F(Derivatives, AReleaseMayCallBack) {
       derivatives->PutArrayDerivative(0, nullptr);
     };
     EXPECT_EQ(round == 0   ? derivatives->ClearDerivativesProps()
-              : round == 1 ? derivatives->RemoveDerivativeProp(index, kUnset, kUnset)
+              : round == 1 ? derivatives->RemoveDerivativeProp(index, kEmptyInteger, kEmptyInteger)
                            : derivatives->PutArrayDerivative(index, reals({}).get()),
               S_OK);
   }

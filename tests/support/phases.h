@@ -1,6 +1,7 @@
 // What the tests of phases share: a collection of compounds that only has a number, and short ways to read phases.
 #pragma once
 
+#include <cmath>
 #include <functional>
 #include <utility>
 #include <vector>
