@@ -38,7 +38,7 @@ struct Identity {
 inline HRESULT giveCopy(const Bstr& field, BSTR* value) noexcept {
   if (!value) return E_POINTER;
   return guarded([&] {
-    *value = Bstr::copyOf(field.get()).release();
+    *value = Bstr(field).release();
     return S_OK;
   });
 }

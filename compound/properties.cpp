@@ -77,7 +77,7 @@ HRESULT COQSCompound::GetPropertyName(BYTE fixed, INT index, BSTR* name, tagProp
       key = entry.first;
       property = entry.second.get();
     }
-    *name = (property ? Bstr::copyOf(property->Name.get()) : Bstr(key)).release();
+    *name = (property ? Bstr(property->Name) : Bstr(key)).release();
     *type = property ? kindOf(*property) : VoidProp;
     return S_OK;
   });

@@ -45,7 +45,7 @@ HRESULT COQSCompound::GetUserPropertyI(INT index, BSTR* name, BSTR* classId, IDi
   return guarded([&] {
     const auto& [key, property] = *std::next(content_.userProperties.begin(), index);
     Bstr keyCopy(key);
-    Bstr classIdCopy = Bstr::copyOf(property.classId.get());
+    Bstr classIdCopy = property.classId;
     *name = keyCopy.release();
     *classId = classIdCopy.release();
     *component = ComPtr(property.component).release();

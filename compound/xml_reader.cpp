@@ -258,7 +258,7 @@ HRESULT CompoundXmlReader::addCoefficient(const XmlAttributes& attributes) {
 }
 
 HRESULT CompoundXmlReader::store(Pending& pending) {
-  pending.property->Name = Bstr::copyOf(pending.name.get());
+  pending.property->Name = pending.name;
   pending.property->Loader = std::move(pending.loader);
   return content_.properties.AddPropertyToMap(pending.name.view(), pending.fixed, pending.property);
 }

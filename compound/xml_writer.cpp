@@ -174,8 +174,8 @@ void CompoundXmlWriter::componentText(WideView key, const Bstr& className, const
 void CompoundXmlWriter::userProperties(const UserProperties& properties) {
   for (auto next = properties.begin(); next != properties.end();) {
     const WideString name = next->first;
-    const Bstr classId = Bstr::copyOf(next->second.classId.get());
-    Bstr content = Bstr::copyOf(next->second.content.get());
+    const Bstr classId = next->second.classId;
+    Bstr content = next->second.content;
     const ComPtr<IDispatch> component = next->second.component;
     if (const auto store = ComPtr<ICOMUserProp>::from(component.get())) check(store->Store(content.out()));
     text_ << OLESTR("      <UserProperty NAME=\"");

@@ -132,9 +132,12 @@ class Sequence final : public Values {
       return Bstr(raw);
     }
     if (which >= 192 && !texts_.empty()) return Bstr(texts_[which % texts_.size()]);
-    std::vector<WideString> texts;
-    std::istringstream in{std::string(kTexts)};
-    for (std::string text; std::getline(in, text, '|');) texts.push_back(widen(text));
+    static const std::vector<WideString> texts = [] {
+      std::vector<WideString> all;
+      std::istringstream in{std::string(kTexts)};
+      for (std::string text; std::getline(in, text, '|');) all.push_back(widen(text));
+      return all;
+    }();
     return Bstr(texts[which % texts.size()]);
   }
   ComPtr<IUnknown> object() override {

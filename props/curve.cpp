@@ -106,7 +106,7 @@ HRESULT CurveBase::Copy(const CQSAbstractProp* src) {
   src->GetShape(&shape);
   if (shape != form_.shape) return S_FALSE;
 
-  Name = Bstr::copyOf(src->Name.get());
+  Name = src->Name;
   src->GetTRange(&tMin_, &tMax_);
   src->GetPRange(&pMin_, &pMax_);
   for (LONG i = 0; i < form_.coefficients; ++i) src->GetParameter(i, &parameters_[static_cast<std::size_t>(i)]);
@@ -124,7 +124,7 @@ HRESULT CurveBase::Store(BSTR* data) const {
   return S_OK;
 }
 
-// a_ range that is not there reads as zeros; anything else then stays as it was.
+// A range that is not there reads as zeros; anything else then stays as it was.
 HRESULT CurveBase::Recall(BSTR data) {
   const WideView text = viewOf(data);
   for (const auto& pair : kRangeItems) recallPair(pair, text, true);

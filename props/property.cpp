@@ -72,7 +72,7 @@ HRESULT CQSAbstractProp::SetCOMObject(IPCProperty*) { return S_FALSE; }
 
 HRESULT CQSPointProp::Copy(const CQSAbstractProp* src) {
   if (!isOfType(src, PointProp)) return S_FALSE;
-  Name = Bstr::copyOf(src->Name.get());
+  Name = src->Name;
   LONG dependencies = 0;
   src->GetValue(0.0, 0.0, eNoExtrapolation, &dependencies, &value_);
   return S_OK;
@@ -103,7 +103,7 @@ HRESULT CQSPointProp::SetValue(double v) {
 
 HRESULT CQSVoidProp::Copy(const CQSAbstractProp* src) {
   if (!isOfType(src, VoidProp)) return S_FALSE;
-  Name = Bstr::copyOf(src->Name.get());
+  Name = src->Name;
   return SetType(VoidProp);
 }
 
@@ -122,7 +122,7 @@ HRESULT CQSVoidProp::Recall(BSTR) { return S_OK; }
 
 HRESULT CQSCOMProp::Copy(const CQSAbstractProp* src) {
   if (!isOfType(src, COMProp)) return S_FALSE;
-  Name = Bstr::copyOf(src->Name.get());
+  Name = src->Name;
   className_ = Bstr();
   object_ = ComPtr<IPCProperty>();
   content_ = Bstr();
@@ -161,7 +161,7 @@ HRESULT CQSCOMProp::Recall(BSTR data) {
 }
 
 HRESULT CQSCOMProp::GetCOMClassName(BSTR* name) const {
-  *name = Bstr::copyOf(className_.get()).release();
+  *name = Bstr(className_).release();
   return *name ? S_OK : S_FALSE;
 }
 
