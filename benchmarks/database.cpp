@@ -17,8 +17,8 @@
 #include "benchmarks/heap.h"
 #include "com/bstr.h"
 #include "com/error.h"
-#include "persist/database_catalogue.h"
 #include "persist/database_writer.h"
+#include "persist/shared_catalogues.h"
 #include "tests/support/database_builder.h"
 
 namespace qs::bench {

@@ -14,6 +14,7 @@
 #include "automation/coclass.h"
 #include "collection/component_registry.h"
 #include "collection/compound_slots.h"
+#include "persist/shared_catalogues.h"
 #include "xml/reading.h"
 
 namespace qs {
@@ -180,6 +181,7 @@ class COQSCompoundCollection final
   template <class Event>
   HRESULT handOn(Event&& event) noexcept;
 
+  [[no_unique_address]] database::CatalogueUse catalogueUse_;
   State state_;
   XmlReading<CollectionXmlReader, std::optional<State>> reading_;
 };

@@ -1,6 +1,7 @@
 // Which compounds of a database have a text in a field.
 #include <algorithm>
-#include <set>
+#include <utility>
+#include <vector>
 
 #include "collection/collection.h"
 #include "com/host_arrays.h"
@@ -10,25 +11,17 @@
 namespace qs {
 namespace {
 
-// Names are ASCII.
-constexpr OLECHAR lowerCase(OLECHAR c) {
-  return c >= OLESTR('A') && c <= OLESTR('Z') ? static_cast<OLECHAR>(c - OLESTR('A') + OLESTR('a')) : c;
-}
-
 WideView withoutTrailingBlanks(WideView text) { return text.substr(0, text.find_last_not_of(OLESTR(' ')) + 1); }
 
 bool sameText(WideView a, WideView b) { return withoutTrailingBlanks(a) == withoutTrailingBlanks(b); }
-
-bool sameName(WideView a, WideView b) {
-  return std::ranges::equal(withoutTrailingBlanks(a), withoutTrailingBlanks(b), {}, lowerCase, lowerCase);
-}
 
 // Compares one field of a record with a text: a text by its characters, a number by the number in the text.
 class FieldMatch final : public database::RecordSink {
  public:
   FieldMatch(WideView text, bool anyCase) : text_(text), narrow_(narrow(text)), anyCase_(anyCase) {}
 
-  bool matches() const { return matches_; }
+  // Whether the field matched that was delivered since the last call.
+  bool takeMatch() { return std::exchange(matches_, false); }
 
   void shortInteger(const database::Field&, std::int16_t value) override { compareInteger(value); }
   void longInteger(const database::Field&, std::int32_t value) override { compareInteger(value); }
@@ -36,7 +29,7 @@ class FieldMatch final : public database::RecordSink {
     matches_ = !narrow_.empty() && value == readDouble(narrow_);
   }
   void text(const database::Field&, WideView value) override {
-    matches_ = anyCase_ ? sameName(value, text_) : sameText(value, text_);
+    matches_ = anyCase_ ? database::sameName(value, text_) : sameText(value, text_);
   }
   void groups(const database::Field&, std::span<const database::GroupCount>) override {}
   void equation(const database::Field&, const database::EquationField&) override {}
@@ -55,29 +48,38 @@ class FieldMatch final : public database::RecordSink {
 };
 
 bool hasSynonym(const database::Catalogue& catalogue, LONG compound, WideView text) {
-  const auto matches = [&](const database::Synonym& synonym) { return sameName(catalogue.synonymText(synonym), text); };
-  return std::ranges::any_of(catalogue.synonymsOf(compound), matches);
+  return std::ranges::any_of(catalogue.synonymsOf(compound), [&](const database::Synonym& synonym) {
+    return database::sameName(catalogue.synonymText(synonym), text);
+  });
 }
 
 std::vector<LONG> matchingCompounds(const database::Database& database, WideView fieldName, WideView text) {
   const database::Catalogue& catalogue = *database.catalogue;
   const bool names = fieldName == OLESTR("PName") || fieldName == OLESTR("CName");
-  const bool synonyms = names || fieldName == OLESTR("Synonym");
-  const auto field = std::ranges::find(catalogue.fields(), fieldName, &database::Field::name);
-  std::vector<LONG> found;
-  std::set<LONG> seen;
-  for (std::size_t i = 0; i < catalogue.indexRecordCount(); ++i) {
-    const database::IndexRecord record = catalogue.indexRecord(i);
-    // A number that occurs twice is the compound of its first record.
-    if (!seen.insert(record.compound).second) continue;
-    bool matches = synonyms && hasSynonym(catalogue, record.compound, text);
-    if (!matches && field != catalogue.fields().end()) {
-      FieldMatch match(text, names);
-      check(database::readField(database, record.dataRecord, *field, match));
-      matches = match.matches();
-    }
-    if (matches) found.push_back(record.compound);
+  const std::vector<database::CompoundRecord> compounds = catalogue.compounds();
+  std::vector<bool> matches(compounds.size());
+  if (names || fieldName == OLESTR("Synonym")) {
+    const std::vector<LONG> candidates = catalogue.candidatesBySynonym(text);
+    for (std::size_t i = 0; i < compounds.size(); ++i)
+      matches[i] = std::ranges::binary_search(candidates, compounds[i].compound) &&
+                   hasSynonym(catalogue, compounds[i].compound, text);
   }
+  const auto field = std::ranges::find(catalogue.fields(), fieldName, &database::Field::name);
+  if (field != catalogue.fields().end()) {
+    std::vector<database::CompoundRecord> others;
+    std::vector<std::size_t> places;
+    for (std::size_t i = 0; i < compounds.size(); ++i) {
+      if (matches[i]) continue;
+      others.push_back(compounds[i]);
+      places.push_back(i);
+    }
+    FieldMatch match(text, names);
+    check(database::readField(database, others, *field, match,
+                              [&](std::size_t i) { matches[places[i]] = match.takeMatch(); }));
+  }
+  std::vector<LONG> found;
+  for (std::size_t i = 0; i < compounds.size(); ++i)
+    if (matches[i]) found.push_back(compounds[i].compound);
   return found;
 }
 

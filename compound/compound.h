@@ -11,6 +11,7 @@
 #include "compound/content.h"
 #include "compound/peer.h"
 #include "compound/xml_reader.h"
+#include "persist/shared_catalogues.h"
 #include "xml/reading.h"
 
 namespace qs {
@@ -185,6 +186,7 @@ class COQSCompound final
   HRESULT basicFamily(tagCompoundFamilyEnum* value) noexcept override;
   HRESULT knownFamily(tagCompoundFamilyEnum* value) noexcept override;
 
+  [[no_unique_address]] database::CatalogueUse catalogueUse_;
   CompoundContent content_;
   XmlReading<CompoundXmlReader, std::unique_ptr<CompoundContent>> reading_;
 };

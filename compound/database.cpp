@@ -1,5 +1,6 @@
 // Filling a compound from the pure-component database.
 #include <algorithm>
+#include <array>
 
 #include "compound/compound.h"
 #include "persist/database_record.h"
@@ -8,24 +9,27 @@
 namespace qs {
 namespace {
 
-// The identity field that a field of a data record fills.
+// What a data record fills of an identity, in the order of IdentityField; null for fields of another type.
 template <class T>
-struct IdentityPlace {
-  WideView name;
-  T Identity::*field;
-};
-constexpr IdentityPlace<Bstr> kTexts[] = {
-#define BANK_TEXT(key, field, record_name, size, member) {OLESTR(record_name), &Identity::field},
+using IdentityPlaces = std::array<T Identity::*, kIdentityNames.size()>;
+
+constexpr IdentityPlaces<Bstr> kTexts = [] {
+  IdentityPlaces<Bstr> places{};
+#define BANK_TEXT(key, field, record_name, size, member) \
+  places[static_cast<std::size_t>(IdentityField::key)] = &Identity::field;
 #include "props/identity.def"
-};
-constexpr IdentityPlace<INT> kLongIntegers[] = {
-#define BANK_LONG(key, field, record_name, member) {OLESTR(record_name), &Identity::field},
+  return places;
+}();
+
+constexpr IdentityPlaces<INT> kIntegers = [] {
+  IdentityPlaces<INT> places{};
+#define BANK_LONG(key, field, record_name, member) \
+  places[static_cast<std::size_t>(IdentityField::key)] = &Identity::field;
+#define BANK_SHORT(key, field, type, record_name, member) \
+  places[static_cast<std::size_t>(IdentityField::key)] = &Identity::field;
 #include "props/identity.def"
-};
-constexpr IdentityPlace<INT> kShortIntegers[] = {
-#define BANK_SHORT(key, field, type, record_name, member) {OLESTR(record_name), &Identity::field},
-#include "props/identity.def"
-};
+  return places;
+}();
 
 }  // namespace
 
@@ -34,17 +38,17 @@ class RecordReceiver final : public database::RecordSink {
  public:
   explicit RecordReceiver(CompoundContent& content) : content_(content) {}
 
-  void shortInteger(const database::Field& field, std::int16_t value) override {
-    put(kShortIntegers, field.name, value);
+  void shortInteger(const database::Field& field, std::int16_t value) override { put(kIntegers, field, value); }
+  void longInteger(const database::Field& field, std::int32_t value) override { put(kIntegers, field, value); }
+
+  void number(const database::Field& field, double value) override {
+    store(field.key, field.name, newPoint(field.name, value));
   }
-  void longInteger(const database::Field& field, std::int32_t value) override { put(kLongIntegers, field.name, value); }
 
-  void number(const database::Field& field, double value) override { store(field.name, newPoint(field.name, value)); }
-
-  void text(const database::Field& field, WideView value) override { put(kTexts, field.name, value); }
+  void text(const database::Field& field, WideView value) override { put(kTexts, field, value); }
 
   void groups(const database::Field& field, std::span<const database::GroupCount> values) override {
-    if (field.name != OLESTR("UNIFAC")) return;
+    if (!field.groups) return;
     content_.identity.groupCount = static_cast<INT>(values.size());
     content_.identity.groupTypes.clear();
     content_.identity.groupCounts.clear();
@@ -55,8 +59,8 @@ class RecordReceiver final : public database::RecordSink {
   }
 
   void equation(const database::Field& field, const database::EquationField& value) override {
-    storeEquation(field.name, value);
-    if (field.name != OLESTR("IGH")) return;
+    storeEquation(field.key, field.name, value);
+    if (field.key != Key::IGH) return;
 
     // The heat capacity is the derivative of the enthalpy, the entropy the integral of heat capacity over temperature.
     database::EquationField derived = value;
@@ -65,23 +69,26 @@ class RecordReceiver final : public database::RecordSink {
     derived.fromOldShapes = false;
     const bool isVoid = value.shape == PropCurveVoid;
     derived.shape = isVoid ? PropCurveVoid : PropCurveVELDB9;
-    storeEquation(OLESTR("IGCP"), derived);
+    storeEquation(Key::IGCP, nameOf(Key::IGCP), derived);
     derived.shape = isVoid ? PropCurveVoid : PropCurveVELDB10;
-    storeEquation(OLESTR("IGS"), derived);
+    storeEquation(Key::IGS, nameOf(Key::IGS), derived);
   }
 
  private:
-  template <class T, std::size_t size, class Value>
-  void put(const IdentityPlace<T> (&places)[size], WideView name, Value value) {
-    for (const IdentityPlace<T>& place : places)
-      if (place.name == name) content_.identity.*place.field = T(value);
+  template <class T, class Value>
+  void put(const IdentityPlaces<T>& places, const database::Field& field, Value value) {
+    if (field.identity) content_.identity.*places[static_cast<std::size_t>(*field.identity)] = T(value);
   }
 
-  void store(WideView name, PropertyPtr property) {
-    content_.properties.AddPropertyToMap(name, findKey(name).has_value(), property);
+  // A key is that of the name.
+  void store(std::optional<Key> key, WideView name, PropertyPtr property) {
+    if (key)
+      content_.properties.set(*key, std::move(property));
+    else
+      content_.properties.AddPropertyToMap(name, false, property);
   }
 
-  void storeEquation(WideView name, const database::EquationField& field) {
+  void storeEquation(std::optional<Key> key, WideView name, const database::EquationField& field) {
     // A form that is not known leaves the property without a value.
     const LONG shape = findForm(LONG{field.shape}) ? field.shape : PropCurveVoid;
     // Coefficients that a form needs beyond those of the field count as zero.
@@ -92,7 +99,7 @@ class RecordReceiver final : public database::RecordSink {
     equation->SetXYShape(field.xShape, field.yShape);
     equation->SetXYPow(field.xPower, field.yPower);
     if (field.fromOldShapes && field.xShape == COMxr) equation->SetXYNorm(molecularWeight(), 1.0);
-    store(name, std::move(equation));
+    store(key, name, std::move(equation));
   }
 
   double molecularWeight() const {
@@ -118,8 +125,8 @@ HRESULT COQSCompound::Init(BSTR directory, INT number) noexcept {
     check(database::readRecord(database, *record, receiver));
     if (!content_.properties[Key::PRPVOLT]) {
       const CQSAbstractProp* volume = content_.properties[Key::SRKVC];
-      PropertyPtr acentric = newPoint(nameOf(Key::COSTALDACEN), volume ? standardValue(*volume) : kEmptyValue);
-      content_.properties.AddPropertyToMap(nameOf(Key::COSTALDACEN), true, acentric);
+      const double acentric = volume ? standardValue(*volume) : kEmptyValue;
+      content_.properties.set(Key::COSTALDACEN, newPoint(nameOf(Key::COSTALDACEN), acentric));
     }
 
     content_.identity.synonymCount = 0;

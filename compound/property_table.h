@@ -27,6 +27,9 @@ class PropertyTable {
   // A fixed key hides the same name in the other map.
   Entry find(WideView name) const;
 
+  // Stores an object under a fixed key, in place of the one that stood there.
+  void set(Key key, PropertyPtr property) { slots_[static_cast<std::size_t>(key)] = std::move(property); }
+
   // Stores an object under a name; the caller gets the one that stood there, or null. S_FALSE, and the caller keeps the
   // object, when `fixed` is set and the name is no fixed key.
   HRESULT AddPropertyToMap(WideView name, bool fixed, PropertyPtr& prop);

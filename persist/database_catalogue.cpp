@@ -1,18 +1,13 @@
 #include "persist/database_catalogue.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 #include "com/error.h"
 #include "persist/byte_cursor.h"
-#include "platform/per_thread.h"
 
 namespace qs::database {
 namespace {
-
-constexpr std::size_t kDirectoryLimit = 1024;                 // bytes of 8-bit text
-constexpr std::chrono::milliseconds kFileTimeResolution{20};  // the coarsest clock tick of the file systems in use
 
 [[noreturn]] void fail() { throw CQSCOMError(E_FAIL); }
 
@@ -30,40 +25,38 @@ WideString paddedText(std::string_view text) {
   return *storedText(text.substr(0, text.find_last_not_of(' ') + 1));
 }
 
-std::vector<std::byte> readWhole(const InputFile& file) {
-  if (file.stamp().size > kLargestIndexFile) fail();
-  std::vector<std::byte> bytes(static_cast<std::size_t>(file.stamp().size));
-  const auto got = file.readAt(0, bytes);
-  if (!got) fail();
-  bytes.resize(*got);
-  return bytes;
+constexpr std::uint32_t kUnreadableHash = 0;  // of synonyms that are too long
+
+// The identity field that is kept under a name in fields of a kind.
+std::optional<IdentityField> identityOf(FieldKind kind, WideView name) {
+  static constexpr struct {
+    FieldKind kind;
+    WideView name;
+    IdentityField field;
+  } kPlaces[] = {
+#define BANK_TEXT(key, field, record_name, size, member) {FieldKind::String, OLESTR(record_name), IdentityField::key},
+#define BANK_LONG(key, field, record_name, member) {FieldKind::LongInteger, OLESTR(record_name), IdentityField::key},
+#define BANK_SHORT(key, field, type, record_name, member) \
+  {FieldKind::ShortInteger, OLESTR(record_name), IdentityField::key},
+#include "props/identity.def"
+  };
+  for (const auto& place : kPlaces)
+    if (place.kind == kind && place.name == name) return place.field;
+  return std::nullopt;
 }
 
-struct CachedCatalogue {
-  WideString directory;
-  WideString indexPath;
-  FileWatch watch;
-  std::shared_ptr<const Catalogue> catalogue;
-};
-
-CachedCatalogue unread(WideView directory) {
-  if (directory.empty() || directory.find(OLECHAR{}) != directory.npos || narrow(directory).size() > kDirectoryLimit)
-    fail();
-  return {WideString(directory), joinPath(directory, widen(kIndexFile)), {}, nullptr};
+// Names are ASCII.
+constexpr OLECHAR lowerCase(OLECHAR c) {
+  return c >= OLESTR('A') && c <= OLESTR('Z') ? static_cast<OLECHAR>(c - OLESTR('A') + OLESTR('a')) : c;
 }
 
-void read(CachedCatalogue& entry) {
-  entry.catalogue.reset();
-  const auto file = InputFile::open(entry.indexPath);
-  if (!file) return;
-  entry.watch.beforeReading(file->stamp());
-  entry.catalogue = std::make_shared<Catalogue>(readWhole(*file), joinPath(entry.directory, widen(kDataFile)));
-}
+WideView withoutTrailingBlanks(WideView text) { return text.substr(0, text.find_last_not_of(OLESTR(' ')) + 1); }
 
-bool holds(const CachedCatalogue& entry) {
-  if (!entry.catalogue) return false;
-  const auto stamp = stampOf(entry.indexPath);
-  return stamp && entry.watch.holds(*stamp);
+// The same for all texts that are the same name.
+std::uint32_t nameHash(WideView name) {
+  std::uint32_t hash = 2166136261u;
+  for (const OLECHAR c : withoutTrailingBlanks(name)) hash = (hash ^ lowerCase(c)) * 16777619u;
+  return hash;
 }
 
 }  // namespace
@@ -88,6 +81,10 @@ std::optional<WideString> storedText(std::string_view text) {
   if (text.size() >= 4 * kTextLimit) return std::nullopt;
   if (text.size() >= kTextLimit && widen(text).size() >= kTextLimit) return std::nullopt;
   return widen(text);
+}
+
+bool sameName(WideView a, WideView b) {
+  return std::ranges::equal(withoutTrailingBlanks(a), withoutTrailingBlanks(b), {}, lowerCase, lowerCase);
 }
 
 Catalogue::Catalogue(std::vector<std::byte> indexFile, WideString dataPath)
@@ -120,7 +117,10 @@ void Catalogue::loadFields(std::uint64_t offset, std::int32_t count) {
     const auto size = cursor.take<std::int32_t>();
     WideString name = paddedText(cursor.takeText(kFieldNameLength));
     const FieldKind kind = kindOf(cursor.takeText(kFieldKindLength));
-    fields_.push_back({i, number, std::move(name), size, declared, kind});
+    const auto key = findKey(name);
+    const auto identity = identityOf(kind, name);
+    const bool groups = kind == FieldKind::Group && name == widen(kGroupField);
+    fields_.push_back({i, number, std::move(name), size, declared, kind, key, identity, groups});
     declared += fieldBytes(kind, notNegative(size));
     recordBytes_ += encodedBytes(kind, notNegative(size));
   }
@@ -129,16 +129,10 @@ void Catalogue::loadFields(std::uint64_t offset, std::int32_t count) {
 void Catalogue::loadIndex(std::uint64_t offset, std::int32_t count) {
   ByteCursor cursor(bytesFrom(offset));
   indexOffset_ = file_.size() - cursor.left();
-  const auto most = static_cast<std::uint32_t>(count);
-  byCompound_.reserve(std::min<std::size_t>(most, cursor.left() / kRecordLength + 1));
-  for (std::uint32_t i = 0; i < most; ++i) {
-    const auto compound = cursor.take<std::int32_t>();
-    cursor.skip(sizeof(std::int32_t));
-    if (cursor.cutOff()) break;
-    byCompound_.push_back({compound, i});
-    cursor.skip(kIndexNameLength + kIndexIdentifierLength);
-  }
-  if (!std::ranges::is_sorted(byCompound_)) std::ranges::sort(byCompound_);
+  // A last record needs no more than its two numbers.
+  constexpr std::size_t kTextLength = kIndexNameLength + kIndexIdentifierLength;
+  indexRecordCount_ = std::min(static_cast<std::size_t>(count), (cursor.left() + kTextLength) / kRecordLength);
+  recordsByCompound_ = {indexRecordCount_, [this](std::size_t i) { return hashOf(compoundRecord(i).compound); }};
 }
 
 void Catalogue::loadSynonyms(std::uint64_t offset, std::int32_t recordLength) {
@@ -159,58 +153,84 @@ void Catalogue::loadSynonyms(std::uint64_t offset, std::int32_t recordLength) {
     synonyms_.push_back({compound, static_cast<std::uint32_t>(text)});
     greatest = compound;
   }
+  synonymsByCompound_ = {synonyms_.size(), [this](std::size_t i) { return hashOf(synonyms_[i].compound); }};
+}
+
+CompoundRecord Catalogue::compoundRecord(std::size_t i) const {
+  ByteCursor cursor(bytesFrom(indexOffset_ + i * kRecordLength));
+  const auto compound = cursor.take<std::int32_t>();
+  return {compound, cursor.take<std::int32_t>()};
+}
+
+std::optional<std::size_t> Catalogue::firstRecordOf(LONG compound) const {
+  return recordsByCompound_.find(hashOf(compound),
+                                 [&](std::size_t i) { return compoundRecord(i).compound == compound; });
 }
 
 std::optional<LONG> Catalogue::dataRecordOf(LONG compound) const {
-  const auto first = std::ranges::lower_bound(byCompound_, compound, {}, &IndexKey::compound);
-  if (first == byCompound_.end() || first->compound != compound) return std::nullopt;
-  ByteCursor cursor(bytesFrom(indexOffset_ + std::uint64_t{first->position} * kRecordLength));
-  cursor.skip(sizeof(std::int32_t));
-  return cursor.take<std::int32_t>();
+  const auto first = firstRecordOf(compound);
+  if (!first) return std::nullopt;
+  return compoundRecord(*first).dataRecord;
 }
 
 IndexRecord Catalogue::indexRecord(std::size_t i) const {
-  ByteCursor cursor(bytesFrom(indexOffset_ + i * kRecordLength));
-  const auto compound = cursor.take<std::int32_t>();
-  const auto dataRecord = cursor.take<std::int32_t>();
+  ByteCursor cursor(bytesFrom(indexOffset_ + i * kRecordLength + 2 * sizeof(std::int32_t)));
   WideString name = paddedText(cursor.takeText(kIndexNameLength));
-  return {compound, dataRecord, std::move(name), paddedText(cursor.takeText(kIndexIdentifierLength))};
+  return {compoundRecord(i), std::move(name), paddedText(cursor.takeText(kIndexIdentifierLength))};
+}
+
+std::vector<CompoundRecord> Catalogue::compounds() const {
+  std::vector<CompoundRecord> compounds;
+  compounds.reserve(indexRecordCount_);
+  for (std::size_t i = 0; i < indexRecordCount_; ++i) {
+    const CompoundRecord record = compoundRecord(i);
+    if (firstRecordOf(record.compound) == i) compounds.push_back(record);
+  }
+  return compounds;
 }
 
 std::span<const Synonym> Catalogue::synonymsOf(LONG compound) const {
-  const auto first = std::ranges::lower_bound(synonyms_, compound, {}, &Synonym::compound);
-  return {first, std::ranges::upper_bound(first, synonyms_.end(), compound, {}, &Synonym::compound)};
+  const auto isOfIt = [&](std::size_t i) { return i < synonyms_.size() && synonyms_[i].compound == compound; };
+  const auto first = synonymsByCompound_.find(hashOf(compound), isOfIt);
+  if (!first) return {};
+  std::size_t end = *first;
+  while (isOfIt(end)) ++end;
+  return std::span(synonyms_).subspan(*first, end - *first);
+}
+
+std::optional<WideString> Catalogue::storedTextOf(const Synonym& synonym) const {
+  return storedText(ByteCursor(bytesFrom(synonym.offset)).takeText(synonymTextLength_));
 }
 
 WideString Catalogue::synonymText(const Synonym& synonym) const {
-  auto text = storedText(ByteCursor(bytesFrom(synonym.offset)).takeText(synonymTextLength_));
+  auto text = storedTextOf(synonym);
   if (!text) fail();
   return *std::move(text);
 }
 
-std::shared_ptr<const Catalogue> openCatalogue(WideView directory) {
-  static PerThread<std::array<CachedCatalogue, 4>> caches;
-  auto& cache = caches.get();  // the last used first
-  const auto known = std::ranges::find(cache, directory, &CachedCatalogue::directory);
-  if (known == cache.end() || directory.empty()) {
-    CachedCatalogue entry = unread(directory);
-    read(entry);
-    std::rotate(cache.begin(), cache.end() - 1, cache.end());
-    cache.front() = std::move(entry);
-  } else {
-    if (!holds(*known)) read(*known);
-    std::rotate(cache.begin(), known, known + 1);
-  }
-  return cache.front().catalogue;
+std::vector<LONG> Catalogue::candidatesBySynonym(WideView name) const {
+  std::vector<LONG> compounds;
+  const std::lock_guard lock(byNameMutex_);
+  if (!synonymsByName_)
+    synonymsByName_.emplace(synonyms_.size(), [this](std::size_t i) { return hashOf(synonyms_[i]); });
+  for (const std::uint32_t hash : {nameHash(name), kUnreadableHash})
+    synonymsByName_->find(hash, [&](std::size_t i) {
+      compounds.push_back(synonyms_[i].compound);
+      return false;
+    });
+  std::ranges::sort(compounds);
+  return compounds;
 }
 
-void FileWatch::beforeReading(const FileStamp& stamp) {
-  const auto now = std::chrono::steady_clock::now();
-  if (stamp != stamp_) {
-    stamp_ = stamp;
-    seen_ = now;
-  }
-  settled_ = now - seen_ > kFileTimeResolution;
+// Universal, with a factor that whoever wrote the file does not know: no choice of numbers makes look-ups slow.
+std::uint32_t Catalogue::hashOf(LONG compound) const {
+  const std::uint64_t factor = reinterpret_cast<std::uintptr_t>(file_.data()) * 0x9E3779B97F4A7C15u | 1;
+  return static_cast<std::uint32_t>(static_cast<std::uint32_t>(compound) * factor >> 32);
+}
+
+std::uint32_t Catalogue::hashOf(const Synonym& synonym) const {
+  const auto text = storedTextOf(synonym);
+  return text ? nameHash(*text) : kUnreadableHash;
 }
 
 }  // namespace qs::database

@@ -2,18 +2,19 @@
 // compound's record is, and the synonyms. database_format.h has the layout, database_record.h reads the records.
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
 
 #include "persist/database_format.h"
-#include "platform/input_file.h"
+#include "persist/hashed_positions.h"
 #include "platform/text.h"
+#include "props/identity_fields.h"
+#include "props/key_table.h"
 
 namespace qs::database {
 
@@ -38,12 +39,20 @@ struct Field {
   std::int32_t size;     // as declared: bytes, coefficients of an equation or pairs of a group; may be negative
   std::uint64_t offset;  // declared bytes before it in a data record; negative sizes count as zero
   FieldKind kind;
+
+  // What compounds have for a field of this name and kind.
+  std::optional<Key> key = {};
+  std::optional<IdentityField> identity = {};
+  bool groups = false;  // the UNIFAC groups
 };
 using DBFieldTable = std::vector<Field>;
 
-struct IndexRecord {
+struct CompoundRecord {
   LONG compound;
   LONG dataRecord;
+};
+
+struct IndexRecord : CompoundRecord {
   WideString name;
   WideString identifier;
 };
@@ -53,10 +62,14 @@ struct Synonym {
   std::uint32_t offset;  // of its text in the index file
 };
 
-// The bytes of the index file and look-ups in them; immutable. No value of the file is trusted, and no count or size in
-// it makes a loop or an allocation that the file's length does not justify. What the end of the file cuts off does not
-// exist: a header's missing numbers read as zero; a field definition counts only when it is whole, an index record when
-// both its numbers are, a synonym when its number is and its text has begun.
+// Whether two texts are the same name: in any case of ASCII letters, and with any blanks at the end.
+bool sameName(WideView a, WideView b);
+
+// The bytes of the index file and look-ups in them; immutable. A look-up takes the same time in a small and in a large
+// file. No value of the file is trusted, and no count or size in it makes a loop or an allocation that the file's
+// length does not justify. What the end of the file cuts off does not exist: a header's missing numbers read as zero; a
+// field definition counts only when it is whole, an index record when both its numbers are, a synonym when its number
+// is and its text has begun.
 class Catalogue {
  public:
   // Throws CQSCOMError(E_FAIL) when the sections cannot be positioned: a record length that is not positive, a negative
@@ -74,12 +87,15 @@ class Catalogue {
   // The path of the data file beside the index file.
   const WideString& dataPath() const { return dataPath_; }
 
-  // The data record number of a compound, from the first index record that carries the compound's number. O(log n).
+  // The data record number of a compound, from the first index record that carries the compound's number.
   std::optional<LONG> dataRecordOf(LONG compound) const;
 
   // The index records in the order of the file.
-  std::size_t indexRecordCount() const { return byCompound_.size(); }
+  std::size_t indexRecordCount() const { return indexRecordCount_; }
   IndexRecord indexRecord(std::size_t i) const;
+
+  // The numbers of compounds, each with that of its data record, in the order of their first index records.
+  std::vector<CompoundRecord> compounds() const;
 
   // The synonyms of a compound in the order of the file, as a scan of the section for this compound meets them that
   // stops after the first record with a greater number: the ones that an unsorted file has later are not found.
@@ -88,18 +104,21 @@ class Catalogue {
   // Throws CQSCOMError(E_FAIL) when the text reaches kTextLimit wide characters.
   WideString synonymText(const Synonym& synonym) const;
 
+  // Compounds in the order of their numbers: all that have a name among their synonyms, all that have a synonym of
+  // kTextLimit wide characters or more, and perhaps others.
+  std::vector<LONG> candidatesBySynonym(WideView name) const;
+
  private:
-  struct IndexKey {
-    LONG compound;
-    std::uint32_t position;  // among the index records
-
-    auto operator<=>(const IndexKey&) const = default;
-  };
-
   std::span<const std::byte> bytesFrom(std::uint64_t offset) const;
   void loadFields(std::uint64_t offset, std::int32_t count);
   void loadIndex(std::uint64_t offset, std::int32_t count);
   void loadSynonyms(std::uint64_t offset, std::int32_t recordLength);
+
+  CompoundRecord compoundRecord(std::size_t i) const;
+  std::optional<std::size_t> firstRecordOf(LONG compound) const;
+  std::optional<WideString> storedTextOf(const Synonym& synonym) const;
+  std::uint32_t hashOf(LONG compound) const;
+  std::uint32_t hashOf(const Synonym& synonym) const;
 
   std::vector<std::byte> file_;
   WideString dataPath_;
@@ -107,31 +126,15 @@ class Catalogue {
   DBFieldTable fields_;
   std::uint64_t recordBytes_ = 0;
   std::size_t indexOffset_ = 0;
-  std::vector<IndexKey> byCompound_;  // sorted
+  std::size_t indexRecordCount_ = 0;
+  HashedPositions recordsByCompound_;
   std::size_t synonymTextLength_ = 0;
   std::vector<Synonym> synonyms_;  // those that some scan meets; their numbers never decrease
-};
+  HashedPositions synonymsByCompound_;
 
-// The catalogue of the database in a directory, which is given without a trailing separator; null when it has no index
-// file that can be opened. Each thread keeps those of its last few directories and reads an index file again when it
-// has changed; whoever keeps the pointer keeps the catalogue, and equal pointers are the same catalogue. Raises
-// CQSCOMError(E_FAIL) when the directory is empty, holds a NUL or has more than 1024 bytes as 8-bit text, or when its
-// index file cannot be read or positioned.
-std::shared_ptr<const Catalogue> openCatalogue(WideView directory);
-
-// Tells whether what was read from a file still holds. Files rewritten within the resolution of file times may keep
-// their stamp, so a reading is trusted only when its stamp had already been seen for longer than that.
-class FileWatch {
- public:
-  bool holds(const FileStamp& stamp) const { return settled_ && stamp == stamp_; }
-
-  // To be called with an open file's stamp before the file is read.
-  void beforeReading(const FileStamp& stamp);
-
- private:
-  FileStamp stamp_;
-  std::chrono::steady_clock::time_point seen_;
-  bool settled_ = false;
+  // Made when it is first needed.
+  mutable std::mutex byNameMutex_;
+  mutable std::optional<HashedPositions> synonymsByName_;
 };
 
 }  // namespace qs::database

@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "persist/database_catalogue.h"
+#include "platform/input_file.h"
 #include "platform/output_file.h"
 
 namespace qs::database {

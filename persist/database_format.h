@@ -54,6 +54,9 @@ struct KindText {
   FieldKind kind;
 };
 
+// The field of UNIFAC groups.
+inline constexpr std::string_view kGroupField = "UNIFAC";
+
 // A field's kind text is compared with these as prefixes, in this order; the first match wins.
 inline constexpr KindText kKindTexts[] = {
     {"Double", FieldKind::Double}, {"Equation", FieldKind::Equation},        {"Byte", FieldKind::Byte},

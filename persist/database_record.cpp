@@ -13,6 +13,8 @@
 #include "com/not_set.h"
 #include "interfaces/interfaces.h"
 #include "persist/byte_cursor.h"
+#include "persist/file_watch.h"
+#include "persist/shared_catalogues.h"
 #include "platform/per_thread.h"
 
 namespace qs::database {
@@ -21,10 +23,13 @@ namespace {
 // More than any text or coefficient table needs; what claims to be larger is not a record.
 constexpr std::uint64_t kLargestRead = (std::uint64_t{1} << 31) - 1;
 
+// The most that is read at once of what lies between fields.
+constexpr std::uint64_t kPiece = std::uint64_t{1} << 18;
+
 // The shapes of X and Y as older data files number them, in the present numbering.
 void renewShapes(const Field& field, EquationField& equation) {
   if (equation.xShape == COMxr) {
-    if (field.name != OLESTR("HVP") && field.name != OLESTR("ST")) equation.xShape = COMxp;
+    if (field.key != Key::HVP && field.key != Key::ST) equation.xShape = COMxp;
   } else if (equation.yShape == COMlnxxo) {
     equation.yShape = COMlnxp;
   }
@@ -182,19 +187,6 @@ std::optional<DataFile> openData(const WideString& path) {
   return DataFile{*std::move(file), *header};
 }
 
-HRESULT readFields(const Database& database, LONG dataRecord, std::uint64_t start, std::uint64_t length,
-                   std::span<const Field> fields, RecordSink& sink) {
-  if (!database.data) return E_FAIL;
-  const auto& [file, header] = *database.data;
-  const auto extent = locate(header, file.stamp().size, dataRecord, start, length);
-  if (!extent) return E_FAIL;
-  const auto buffer = std::make_unique_for_overwrite<std::byte[]>(extent->length);
-  const std::span bytes(buffer.get(), extent->length);
-  const auto got = file.readAt(extent->offset, bytes);
-  if (!got) return E_FAIL;
-  return Decoder(bytes.first(*got), header.version, sink).decode(fields);
-}
-
 }  // namespace
 
 Database openDatabase(WideView directory) {
@@ -211,8 +203,16 @@ Database openDatabase(WideView directory) {
 }
 
 HRESULT readRecord(const Database& database, LONG dataRecord, RecordSink& sink) {
+  if (!database.data) return E_FAIL;
+  const auto& [file, header] = *database.data;
   const Catalogue& catalogue = *database.catalogue;
-  return readFields(database, dataRecord, 0, catalogue.recordBytes(), catalogue.fields(), sink);
+  const auto extent = locate(header, file.stamp().size, dataRecord, 0, catalogue.recordBytes());
+  if (!extent) return E_FAIL;
+  const auto buffer = std::make_unique_for_overwrite<std::byte[]>(extent->length);
+  const std::span bytes(buffer.get(), extent->length);
+  const auto got = file.readAt(extent->offset, bytes);
+  if (!got) return E_FAIL;
+  return Decoder(bytes.first(*got), header.version, sink).decode(catalogue.fields());
 }
 
 HRESULT readRecord(const Catalogue& catalogue, std::span<const std::byte> dataFile, LONG dataRecord, RecordSink& sink) {
@@ -223,9 +223,44 @@ HRESULT readRecord(const Catalogue& catalogue, std::span<const std::byte> dataFi
   return Decoder(bytes, header.version, sink).decode(catalogue.fields());
 }
 
-HRESULT readField(const Database& database, LONG dataRecord, const Field& field, RecordSink& sink) {
-  const std::uint64_t size = field.size < 0 ? 0 : static_cast<std::uint64_t>(field.size);
-  return readFields(database, dataRecord, field.offset, encodedBytes(field.kind, size), std::span(&field, 1), sink);
+HRESULT readField(const Database& database, std::span<const CompoundRecord> records, const Field& field,
+                  RecordSink& sink, const std::function<void(std::size_t)>& done) {
+  if (records.empty()) return S_OK;
+  if (!database.data) return E_FAIL;
+  const auto& [file, header] = *database.data;
+  const std::uint64_t size = encodedBytes(field.kind, field.size < 0 ? 0 : static_cast<std::uint64_t>(field.size));
+  struct Place : Extent {
+    std::size_t record = 0;
+  };
+  std::vector<Place> places(records.size());
+  for (std::size_t i = 0; i < records.size(); ++i) {
+    const auto extent = locate(header, file.stamp().size, records[i].dataRecord, field.offset, size);
+    if (!extent) return E_FAIL;
+    places[i] = {*extent, i};
+  }
+  if (!std::ranges::is_sorted(places, {}, &Place::offset)) std::ranges::sort(places, {}, &Place::offset);
+
+  std::vector<std::byte> buffer;
+  for (auto next = places.cbegin(); next != places.cend();) {
+    // As many as are near to each other.
+    const std::uint64_t begin = next->offset;
+    std::uint64_t end = begin + next->length;
+    auto last = next + 1;
+    for (; last != places.cend() && last->offset + last->length <= begin + kPiece; ++last)
+      end = std::max(end, last->offset + last->length);
+    buffer.resize(std::max(buffer.size(), static_cast<std::size_t>(end - begin)));
+    const auto got = file.readAt(begin, std::span(buffer).first(static_cast<std::size_t>(end - begin)));
+    if (!got) return E_FAIL;
+    const auto piece = std::span(std::as_const(buffer)).first(*got);
+    for (; next != last; ++next) {
+      const auto bytes = piece.subspan(std::min(static_cast<std::size_t>(next->offset - begin), *got));
+      const HRESULT result =
+          Decoder(bytes.first(std::min(next->length, bytes.size())), header.version, sink).decode(std::span(&field, 1));
+      if (result != S_OK) return result;
+      done(next->record);
+    }
+  }
+  return S_OK;
 }
 
 }  // namespace qs::database

@@ -4,11 +4,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
 
 #include "persist/database_catalogue.h"
+#include "platform/input_file.h"
 
 namespace qs::database {
 
@@ -72,7 +74,10 @@ HRESULT readRecord(const Database& database, LONG dataRecord, RecordSink& sink);
 // The same from a data file in memory.
 HRESULT readRecord(const Catalogue& catalogue, std::span<const std::byte> dataFile, LONG dataRecord, RecordSink& sink);
 
-// Reads one field of a record, found by its offset. Results as above.
-HRESULT readField(const Database& database, LONG dataRecord, const Field& field, RecordSink& sink);
+// Reads one field of each record, found by its offset, and calls `done` with the record's place in the list after it
+// was delivered or found missing. The records come in the order of the file, which is read in few large pieces. Results
+// as above, and E_FAIL ends the reading.
+HRESULT readField(const Database& database, std::span<const CompoundRecord> records, const Field& field,
+                  RecordSink& sink, const std::function<void(std::size_t)>& done);
 
 }  // namespace qs::database

@@ -55,7 +55,6 @@ constexpr ShortField kShortFields[] = {
 #include "props/identity.def"
     {"SubComp", [](const CompoundData&) { return kEmptyInteger; }},
 };
-constexpr std::string_view kGroupField = "UNIFAC";
 
 // A reader that finds no PRPVOLT replaces COSTALDACEN by the value of SRKVC, so both are always there, if only empty.
 constexpr Key kDeclaredConstants[] = {Key::PRPVOLT, Key::SRKVC};

@@ -10,8 +10,8 @@
 
 namespace qs {
 
-// Changes whenever a file is written or replaced: size in bytes, modification time in the system's finest unit, and the
-// file system's number of the file.
+// Changes whenever a file is written or replaced: size in bytes, modification time in nanoseconds since 1970 (UTC), and
+// the file system's number of the file.
 struct FileStamp {
   std::uint64_t size = 0;
   std::int64_t modified = 0;

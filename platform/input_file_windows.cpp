@@ -15,6 +15,12 @@ HANDLE asHandle(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle);
 
 std::uint64_t join(DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; }
 
+// A FILETIME counts 100 ns since 1601.
+std::int64_t nanosecondsSince1970(const FILETIME& time) {
+  constexpr std::int64_t kFirstOf1970 = 116'444'736'000'000'000;
+  return (static_cast<std::int64_t>(join(time.dwHighDateTime, time.dwLowDateTime)) - kFirstOf1970) * 100;
+}
+
 }  // namespace
 
 std::optional<InputFile> InputFile::open(const WideString& path) {
@@ -28,10 +34,8 @@ std::optional<InputFile> InputFile::open(const WideString& path) {
     CloseHandle(handle);
     return std::nullopt;
   }
-  const FileStamp stamp{
-      join(info.nFileSizeHigh, info.nFileSizeLow),
-      static_cast<std::int64_t>(join(info.ftLastWriteTime.dwHighDateTime, info.ftLastWriteTime.dwLowDateTime)),
-      join(info.nFileIndexHigh, info.nFileIndexLow)};
+  const FileStamp stamp{join(info.nFileSizeHigh, info.nFileSizeLow), nanosecondsSince1970(info.ftLastWriteTime),
+                        join(info.nFileIndexHigh, info.nFileIndexLow)};
   return InputFile(reinterpret_cast<std::intptr_t>(handle), stamp);
 }
 

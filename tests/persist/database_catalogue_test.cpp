@@ -2,20 +2,15 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <array>
 #include <random>
-#include <thread>
 
 #include "com/error.h"
-#include "persist/database_record.h"
 #include "tests/support/database_builder.h"
 
 namespace qs::database {
 namespace {
 
 using namespace qs::test;
-using testing::IsEmpty;
 
 // The result code that a call raises, S_OK when it raises nothing.
 template <class Call>
@@ -166,88 +161,6 @@ TEST(DatabaseCatalogue, TruncatedAtEveryOffset) {
     if (size > 394) synonyms.push_back(wide(std::string_view("due").substr(0, size - 394)));
     EXPECT_EQ(synonymTexts(catalogue, 2), synonyms);
   }
-}
-
-Bytes oneField(std::string_view name) { return indexFile({fieldDefinition(name, 8, "Double")}); }
-
-WideString fieldNameIn(const TemporaryDirectory& directory) {
-  return openCatalogue(directory.name())->fields().at(0).name;
-}
-
-HRESULT opening(WideView directory) {
-  return raisedBy([&] { openDatabase(directory); });
-}
-
-TEST(DatabaseCatalogue, OpensADirectoryOrFails) {
-  const TemporaryDirectory directory;
-  EXPECT_EQ(opening(directory.name()), E_FAIL) << "no index file";
-  EXPECT_EQ(opening({}), E_FAIL);
-  directory.write(kIndexFile, header(2.0, -78, 1, 1).zerosTo(78));
-  EXPECT_EQ(opening(directory.name()), E_FAIL) << "not to be positioned";
-  directory.write(kIndexFile, Bytes());
-  EXPECT_THAT(openCatalogue(directory.name())->fields(), IsEmpty());
-
-  // Up to the NUL the path is that of a readable file.
-  EXPECT_EQ(opening((directory.path() / kIndexFile).string<OLECHAR>() + OLECHAR{} + WideString(3, u'x')), E_FAIL);
-  WideString longest = directory.name() + WideString(narrow(directory.name()).size() % 2, u'/');
-  while (narrow(longest).size() < 1024) longest.append({u'/', u'.'});
-  EXPECT_EQ(opening(longest), S_OK);
-  EXPECT_EQ(opening(longest + WideString(1, u'/')), E_FAIL);
-
-  directory.remove(kIndexFile);
-  EXPECT_EQ(opening(directory.name()), E_FAIL) << "removed again";
-  std::filesystem::create_directory(directory.path() / kIndexFile);
-  EXPECT_EQ(opening(directory.name()), E_FAIL) << "a directory of that name";
-}
-
-TEST(DatabaseCatalogue, ReadsAFileAgainWhenItWasRewrittenOrReplaced) {
-  const TemporaryDirectory directory;
-  // In place and of the same length, at once: the file's time may not show it.
-  for (const char* name : {"AA", "BB", "CC", "DD"}) {
-    directory.write(kIndexFile, oneField(name));
-    EXPECT_EQ(fieldNameIn(directory), wide(name));
-  }
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  const auto settled = openCatalogue(directory.name());
-  EXPECT_EQ(openCatalogue(directory.name()), settled);
-
-  // Another file of the same length and time takes its place.
-  const auto modified = std::filesystem::last_write_time(directory.path() / kIndexFile);
-  directory.write("new", oneField("FF"));
-  std::filesystem::last_write_time(directory.path() / "new", modified);
-  std::filesystem::rename(directory.path() / "new", directory.path() / kIndexFile);
-  EXPECT_EQ(fieldNameIn(directory), wide("FF"));
-  EXPECT_EQ(settled->fields().at(0).name, wide("DD")) << "whoever keeps a catalogue keeps it";
-}
-
-TEST(DatabaseCatalogue, TrustsAReadingOnceItsStampWasSeenForLongEnough) {
-  const FileStamp first{100, 5, 7};
-  FileWatch watch;
-  watch.beforeReading(first);
-  std::this_thread::sleep_for(std::chrono::milliseconds(30));
-  EXPECT_FALSE(watch.holds(first)) << "another writing may have kept the stamp";
-  watch.beforeReading(first);
-  EXPECT_TRUE(watch.holds(first));
-  for (const FileStamp& other : {FileStamp{101, 5, 7}, FileStamp{100, 6, 7}, FileStamp{100, 5, 8}})
-    EXPECT_FALSE(watch.holds(other));
-}
-
-TEST(DatabaseCatalogue, EachThreadKeepsTheLastFourDirectories) {
-  const std::array<TemporaryDirectory, 5> directories;
-  std::vector<std::shared_ptr<const Catalogue>> catalogues;
-  for (const auto& directory : directories) {
-    directory.write(kIndexFile, oneField("MW"));
-    // Opened twice, with the resolution of file times between, a file is read for the last time.
-    openCatalogue(directory.name());
-    std::this_thread::sleep_for(std::chrono::milliseconds(30));
-    catalogues.push_back(openCatalogue(directory.name()));
-  }
-  const auto kept = [&](std::size_t i) { return openCatalogue(directories[i].name()) == catalogues[i]; };
-  for (const std::size_t i : {2u, 1u, 4u, 3u, 1u}) EXPECT_TRUE(kept(i)) << i;
-  EXPECT_FALSE(kept(0)) << "given up for the fifth";
-  EXPECT_TRUE(kept(1)) << "used since";
-  EXPECT_FALSE(kept(2)) << "not used for the longest time";
-  std::thread([&] { EXPECT_FALSE(kept(1)) << "another thread's own"; }).join();
 }
 
 }  // namespace

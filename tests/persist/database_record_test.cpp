@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <random>
 #include <thread>
 
 #include "com/error.h"
@@ -162,6 +163,11 @@ TEST(DatabaseRecord, ShapesOfXAndYInOldFiles) {
         << key << version;
 }
 
+HRESULT readOne(const Database& database, LONG record, const Field& field, RecordSink& sink) {
+  const CompoundRecord records[] = {{0, record}};
+  return readField(database, records, field, sink, [](std::size_t) {});
+}
+
 TEST(DatabaseRecord, ReadsFromTheDirectoryWholeOrByField) {
   const TemporaryDirectory directory;
   directory.write(kIndexFile, indexFile(allFields()));
@@ -171,15 +177,15 @@ TEST(DatabaseRecord, ReadsFromTheDirectoryWholeOrByField) {
   directory.write(kDataFile, dataFile(Bytes().zerosTo(78).append(allContents())));
   const Database database = openDatabase(directory.name());
   EXPECT_EQ(readRecord(database, 1, whole), S_OK);
-  for (const Field& field : database.catalogue->fields()) EXPECT_EQ(readField(database, 1, field, byField), S_OK);
+  for (const Field& field : database.catalogue->fields()) EXPECT_EQ(readOne(database, 1, field, byField), S_OK);
   EXPECT_EQ(whole.text(), expectedOf(allContents().size()));
   EXPECT_EQ(byField.text(), whole.text());
 
   EXPECT_EQ(readRecord(database, -1, none), E_FAIL);
   const Field negative{0, 0, wide("X"), -1, 0, FieldKind::String};
   const Field farAway{0, 0, wide("X"), 8, ~std::uint64_t{0} - 3, FieldKind::Double};
-  EXPECT_EQ(readField(database, 1, negative, none), E_FAIL);
-  EXPECT_EQ(readField(database, 1, farAway, none), S_OK);
+  EXPECT_EQ(readOne(database, 1, negative, none), E_FAIL);
+  EXPECT_EQ(readOne(database, 1, farAway, none), S_OK);
   EXPECT_EQ(none.text(), "");
 
   // A field alone is found by the declared sizes of those before it.
@@ -188,8 +194,43 @@ TEST(DatabaseRecord, ReadsFromTheDirectoryWholeOrByField) {
   const Database lying = openDatabase(directory.name());
   RecordLog first, second;
   EXPECT_EQ(readRecord(lying, 0, first), S_OK);
-  EXPECT_EQ(readField(lying, 0, lying.catalogue->fields().at(1), second), S_OK);
+  EXPECT_EQ(readOne(lying, 0, lying.catalogue->fields().at(1), second), S_OK);
   EXPECT_EQ(first.text() + second.text(), "B=2 B=3 ");
+}
+
+// Each as when it is read alone, whatever their order and distance; far more than is read at once.
+TEST(DatabaseRecord, ReadsAFieldOfManyRecords) {
+  const TemporaryDirectory directory;
+  directory.write(kIndexFile,
+                  indexFile({fieldDefinition("A", 100, "String"), fieldDefinition("B", 4, "Long Integer")}));
+  Bytes data = dataFile(Bytes());
+  for (int i = 0; i < 20'000; ++i) data.text("record " + std::to_string(i), 78);
+  directory.write(kDataFile, data.append(Bytes().text("end", 30)));
+  const Database database = openDatabase(directory.name());
+  std::mt19937 random(4711);
+  for (const std::uint32_t most : {20'005u, 60u}) {
+    std::vector<CompoundRecord> records(300);
+    for (CompoundRecord& record : records) record.dataRecord = static_cast<LONG>(random() % most);
+    for (const Field& field : database.catalogue->fields()) {
+      std::vector<std::string> together(records.size());
+      RecordLog log;
+      std::size_t logged = 0;
+      EXPECT_EQ(readField(database, records, field, log,
+                          [&](std::size_t i) {
+                            together[i] = log.text().substr(logged);
+                            logged = log.text().size();
+                          }),
+                S_OK);
+      for (std::size_t i = 0; i < records.size(); ++i) {
+        RecordLog alone;
+        readOne(database, records[i].dataRecord, field, alone);
+        ASSERT_EQ(together[i], alone.text()) << records[i].dataRecord;
+      }
+    }
+    records[7].dataRecord = -1;
+    RecordLog log;
+    EXPECT_EQ(readField(database, records, database.catalogue->fields().at(0), log, [](std::size_t) {}), E_FAIL);
+  }
 }
 
 TEST(DatabaseRecord, NoticesARewrittenDataFile) {

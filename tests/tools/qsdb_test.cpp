@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "persist/database_catalogue.h"
+#include "persist/shared_catalogues.h"
 #include "tests/support/database_builder.h"
 #include "tests/support/files.h"
 
