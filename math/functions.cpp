@@ -3,6 +3,7 @@
 #include "math/functions.h"
 
 #include <bit>
+#include <cmath>
 #include <limits>
 
 namespace qs::math {
@@ -149,6 +150,8 @@ double powAnywhere(double x, double y) {
   return negative ? -magnitude : magnitude;
 }
 
+double powOneThirdAnywhere(double x) { return isNegative(x) ? powAnywhere(x, 1.0 / 3.0) : cbrtAnywhere(x); }
+
 double sinhAnywhere(double x) {
   if (isNaN(x)) return quiet(x);
   const std::uint64_t magnitude = magnitudeOf(x);
@@ -178,5 +181,12 @@ double cbrtAnywhere(double x) {
   root = fromBits<double>(toBits(root) - (static_cast<std::uint64_t>((shift + more) / 3) << 52));
   return isNegative(x) ? -root : root;
 }
+
+double librarySin(double x) { return std::sin(x); }
+double libraryCos(double x) { return std::cos(x); }
+double libraryTan(double x) { return std::tan(x); }
+double libraryAsin(double x) { return std::asin(x); }
+double libraryAcos(double x) { return std::acos(x); }
+double libraryAtan(double x) { return std::atan(x); }
 
 }  // namespace qs::math

@@ -55,13 +55,22 @@ struct Lanes<double> {
 };
 
 // The whole range, one value, for what is outside the range of the fast code (functions.cpp).
-double expAnywhere(double x);
-double logAnywhere(double x);
-double log10Anywhere(double x);
-double powAnywhere(double x, double y);
-double sinhAnywhere(double x);
-double coshAnywhere(double x);
-double cbrtAnywhere(double x);
+[[gnu::const]] double expAnywhere(double x);
+[[gnu::const]] double logAnywhere(double x);
+[[gnu::const]] double log10Anywhere(double x);
+[[gnu::const]] double powAnywhere(double x, double y);
+[[gnu::const]] double powOneThirdAnywhere(double x);
+[[gnu::const]] double sinhAnywhere(double x);
+[[gnu::const]] double coshAnywhere(double x);
+[[gnu::const]] double cbrtAnywhere(double x);
+
+// The C library's.
+double librarySin(double x);
+double libraryCos(double x);
+double libraryTan(double x);
+double libraryAsin(double x);
+double libraryAcos(double x);
+double libraryAtan(double x);
 
 namespace kernel {
 
@@ -337,6 +346,41 @@ QS_INLINE V cbrt(V x) {
   const V quotient = a / (t * t);
   const V root = t + t * ((quotient - t) / (t + t + quotient));
   return fromBits<V>((toBits(root) + ((third - 341) << 52)) | (bits & kSignBit));
+}
+
+// x^(1/3) as the cube root, which is as exact; NaN for a negative number and 0 for -0, as a power has it.
+template <class V>
+QS_INLINE V powOneThird(V x) {
+  using namespace kernel;
+  if (Lanes<V>::outside(x, kLeastNormal, kInfinity)) [[unlikely]]
+    return Lanes<V>::each(powOneThirdAnywhere, x);
+  return cbrt(x);
+}
+
+// Their last bits differ from system to system.
+template <class V>
+QS_INLINE V sin(V x) {
+  return Lanes<V>::each(librarySin, x);
+}
+template <class V>
+QS_INLINE V cos(V x) {
+  return Lanes<V>::each(libraryCos, x);
+}
+template <class V>
+QS_INLINE V tan(V x) {
+  return Lanes<V>::each(libraryTan, x);
+}
+template <class V>
+QS_INLINE V asin(V x) {
+  return Lanes<V>::each(libraryAsin, x);
+}
+template <class V>
+QS_INLINE V acos(V x) {
+  return Lanes<V>::each(libraryAcos, x);
+}
+template <class V>
+QS_INLINE V atan(V x) {
+  return Lanes<V>::each(libraryAtan, x);
 }
 
 }  // namespace qs::math

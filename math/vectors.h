@@ -153,4 +153,7 @@ struct Lanes<Vector> {
   }
 };
 
+QS_INLINE Vector pow(Vector x, double y) { return pow(x, broadcast(y)); }
+QS_INLINE Vector pow(double x, Vector y) { return pow(broadcast(x), y); }
+
 }  // namespace qs::math

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <new>
 #include <span>
@@ -10,9 +9,8 @@
 #include <tuple>
 
 #include "platform/number_text.h"
-#include "props/forms.h"
+#include "props/form_functions.h"
 #include "props/property_text.h"
-#include "props/transform.h"
 
 namespace qs {
 namespace {
@@ -24,54 +22,67 @@ class CurveBase : public CQSAbstractProp {
   HRESULT Copy(const CQSAbstractProp* src) override;
   HRESULT Store(BSTR* data) const override;
   HRESULT Recall(BSTR data) override;
-  HRESULT GetClassName(BSTR* name) const override { return giveText(form_.className, name); }
-  HRESULT GetForm(BSTR* form) const override { return giveText(form_.formula, form); }
-  HRESULT GetShape(LONG* shape) const override { return give(form_.shape, shape); }
-  HRESULT GetNumbOfParameters(LONG* n) const override { return give(form_.coefficients, n); }
+  HRESULT GetClassName(BSTR* name) const override { return giveText(data_.form.className, name); }
+  HRESULT GetForm(BSTR* form) const override { return giveText(data_.form.formula, form); }
+  HRESULT GetShape(LONG* shape) const override { return give(data_.form.shape, shape); }
+  HRESULT GetNumbOfParameters(LONG* n) const override { return give(data_.form.coefficients, n); }
   HRESULT GetParameter(LONG i, double* v) const override;
   HRESULT SetParameters(const double* values, LONG n) override;
   HRESULT SetParameter(LONG i, double v) override;
 
-  HRESULT GetTRange(double* tmin, double* tmax) const override { return give(tMin_, tmin), give(tMax_, tmax); }
-  HRESULT GetPRange(double* pmin, double* pmax) const override { return give(pMin_, pmin), give(pMax_, pmax); }
-  HRESULT GetXYShape(LONG* xshape, LONG* yshape) const override { return give(xShape_, xshape), give(yShape_, yshape); }
-  HRESULT GetXYNorm(double* xnorm, double* ynorm) const override { return give(xNorm_, xnorm), give(yNorm_, ynorm); }
-  HRESULT GetXYPow(double* xpow, double* ypow) const override { return give(xPow_, xpow), give(yPow_, ypow); }
-  HRESULT GetAB(double* a, double* b) const override { return give(a_, a), give(b_, b); }
-  HRESULT SetTRange(double tmin, double tmax) override { return give(tmin, &tMin_), give(tmax, &tMax_); }
-  HRESULT SetPRange(double pmin, double pmax) override { return give(pmin, &pMin_), give(pmax, &pMax_); }
-  HRESULT SetXYShape(LONG xshape, LONG yshape) override { return give(xshape, &xShape_), give(yshape, &yShape_); }
-  HRESULT SetXYNorm(double xnorm, double ynorm) override { return give(xnorm, &xNorm_), give(ynorm, &yNorm_); }
-  HRESULT SetXYPow(double xpow, double ypow) override { return give(xpow, &xPow_), give(ypow, &yPow_); }
-  HRESULT SetAB(double a, double b) override { return give(a, &a_), give(b, &b_); }
+  HRESULT GetTRange(double* tmin, double* tmax) const override {
+    return give(data_.tMin, tmin), give(data_.tMax, tmax);
+  }
+  HRESULT GetPRange(double* pmin, double* pmax) const override {
+    return give(data_.pMin, pmin), give(data_.pMax, pmax);
+  }
+  HRESULT GetXYShape(LONG* xshape, LONG* yshape) const override {
+    return give(data_.xShape, xshape), give(data_.yShape, yshape);
+  }
+  HRESULT GetXYNorm(double* xnorm, double* ynorm) const override {
+    return give(data_.xNorm, xnorm), give(data_.yNorm, ynorm);
+  }
+  HRESULT GetXYPow(double* xpow, double* ypow) const override { return give(data_.xPow, xpow), give(data_.yPow, ypow); }
+  HRESULT GetAB(double* a, double* b) const override { return give(data_.a, a), give(data_.b, b); }
+  HRESULT SetTRange(double tmin, double tmax) override { return give(tmin, &data_.tMin), give(tmax, &data_.tMax); }
+  HRESULT SetPRange(double pmin, double pmax) override { return give(pmin, &data_.pMin), give(pmax, &data_.pMax); }
+  HRESULT SetXYShape(LONG xshape, LONG yshape) override {
+    return give(xshape, &data_.xShape), give(yshape, &data_.yShape);
+  }
+  HRESULT SetXYNorm(double xnorm, double ynorm) override {
+    return give(xnorm, &data_.xNorm), give(ynorm, &data_.yNorm);
+  }
+  HRESULT SetXYPow(double xpow, double ypow) override { return give(xpow, &data_.xPow), give(ypow, &data_.yPow); }
+  HRESULT SetAB(double a, double b) override { return give(a, &data_.a), give(b, &data_.b); }
 
  protected:
-  // `parameters` is the array that the derived class owns.
-  CurveBase(const EquationForm& form, std::span<double> parameters) : form_(form), parameters_(parameters) {}
+  // `coefficients` is the array that the derived class owns.
+  CurveBase(const EquationForm& form, std::span<double> coefficients) : data_{form, coefficients, form::kNotWhole} {}
 
   // False when the transformation fails. The usual cases are settled here; the rest works on a copy, so that the value
   // can stay in a register.
   bool transformX(double P, double& x) const {
-    if (xShape_ == COMx && xPow_ == 1.0) return x != kEmptyValue;
+    if (data_.xShape == COMx && data_.xPow == 1.0) return x != kEmptyValue;
     double transformed = x;
-    const bool valid = transformForward({xShape_, xNorm_, xPow_, a_, b_}, P, &transformed);
+    const bool valid = transformForward(data_.x(), P, &transformed);
     x = transformed;
     return valid;
   }
   bool transformY(double P, double& y) const {
-    if (yShape_ == COMx && yPow_ == 1.0) return y != kEmptyValue;
-    if (yShape_ == COMlnx && yPow_ == 1.0) {
-      y = std::exp(y);
+    if (data_.yShape == COMx && data_.yPow == 1.0) return y != kEmptyValue;
+    if (data_.yShape == COMlnx && data_.yPow == 1.0) {
+      y = form::exp(y);
       return true;
     }
     double transformed = y;
-    const bool valid = transformBack({yShape_, yNorm_, yPow_, a_, b_}, P, &transformed);
+    const bool valid = transformBack(data_.y(), P, &transformed);
     y = transformed;
     return valid;
   }
 
-  double tMin_ = 1e-05;
-  double tMax_ = 1e+10;
+  const Equation* equation() const override { return &data_; }
+
+  Equation data_;
 
  private:
   template <class T>
@@ -81,39 +92,31 @@ class CurveBase : public CQSAbstractProp {
   }
   static HRESULT giveText(WideView text, BSTR* out) { return give(Bstr(text).release(), out); }
 
-  bool hasParameter(LONG i) const { return i >= 0 && i < form_.coefficients; }
+  bool hasParameter(LONG i) const { return i >= 0 && i < data_.form.coefficients; }
+  void put(LONG i, double v);
   template <class T>
   void recallPair(const ItemPair<T>& pair, WideView text, bool evenMissing);
   void recallParameters(WideView values, LONG given);
-
-  const EquationForm& form_;
-  std::span<double> parameters_;
-  LONG xShape_ = COMx;
-  LONG yShape_ = COMx;
-  double xNorm_ = 1.0;
-  double yNorm_ = 1.0;
-  double xPow_ = 1.0;
-  double yPow_ = 1.0;
-  double a_ = kEmptyValue;
-  double b_ = kEmptyValue;
-  double pMin_ = 1e-05;
-  double pMax_ = 1e+15;
 };
 
 HRESULT CurveBase::Copy(const CQSAbstractProp* src) {
   if (!isOfType(src, EquationProp)) return S_FALSE;
   LONG shape = 0;
   src->GetShape(&shape);
-  if (shape != form_.shape) return S_FALSE;
+  if (shape != data_.form.shape) return S_FALSE;
 
   Name = src->Name;
-  src->GetTRange(&tMin_, &tMax_);
-  src->GetPRange(&pMin_, &pMax_);
-  for (LONG i = 0; i < form_.coefficients; ++i) src->GetParameter(i, &parameters_[static_cast<std::size_t>(i)]);
-  src->GetXYShape(&xShape_, &yShape_);
-  src->GetXYPow(&xPow_, &yPow_);
-  src->GetXYNorm(&xNorm_, &yNorm_);
-  src->GetAB(&a_, &b_);
+  src->GetTRange(&data_.tMin, &data_.tMax);
+  src->GetPRange(&data_.pMin, &data_.pMax);
+  for (LONG i = 0; i < data_.form.coefficients; ++i) {
+    double v = kEmptyValue;
+    src->GetParameter(i, &v);
+    put(i, v);
+  }
+  src->GetXYShape(&data_.xShape, &data_.yShape);
+  src->GetXYPow(&data_.xPow, &data_.yPow);
+  src->GetXYNorm(&data_.xNorm, &data_.yNorm);
+  src->GetAB(&data_.a, &data_.b);
   return S_OK;
 }
 
@@ -166,55 +169,30 @@ void CurveBase::recallParameters(WideView values, LONG given) {
 }
 
 HRESULT CurveBase::GetParameter(LONG i, double* v) const {
-  return hasParameter(i) ? give(parameters_[static_cast<std::size_t>(i)], v) : S_FALSE;
+  return hasParameter(i) ? give(data_.coefficients[static_cast<std::size_t>(i)], v) : S_FALSE;
 }
 
 HRESULT CurveBase::SetParameter(LONG i, double v) {
-  return hasParameter(i) ? give(v, &parameters_[static_cast<std::size_t>(i)]) : S_FALSE;
-}
-
-HRESULT CurveBase::SetParameters(const double* values, LONG n) {
-  if (n < form_.coefficients) return E_FAIL;
-  std::copy_n(values, parameters_.size(), parameters_.begin());
+  if (!hasParameter(i)) return S_FALSE;
+  put(i, v);
   return S_OK;
 }
 
-// Integral powers by multiplication.
-template <int n>
-constexpr double power(double x) {
-  if constexpr (n == 1)
-    return x;
-  else if constexpr (n % 2 == 0)
-    return power<n / 2>(x) * power<n / 2>(x);
-  else
-    return power<n - 1>(x) * x;
+HRESULT CurveBase::SetParameters(const double* values, LONG n) {
+  if (n < data_.form.coefficients) return E_FAIL;
+  for (LONG i = 0; i < data_.form.coefficients; ++i) put(i, values[i]);
+  return S_OK;
 }
 
-// The molar gas constant as the forms that use it were fitted, J/(mol K).
-constexpr double kR = 8.314;
-
-// The function of each form. Coefficients that a form stores without using stay unused.
-namespace form {
-
-#define QS_LETTERS_2 [[maybe_unused]] double A, [[maybe_unused]] double B
-#define QS_LETTERS_3 QS_LETTERS_2, [[maybe_unused]] double C
-#define QS_LETTERS_4 QS_LETTERS_3, [[maybe_unused]] double D
-#define QS_LETTERS_5 QS_LETTERS_4, [[maybe_unused]] double E
-#define QS_LETTERS_6 QS_LETTERS_5, [[maybe_unused]] double F
-#define QS_LETTERS_7 QS_LETTERS_6, [[maybe_unused]] double G
-#define QS_FORM(number, name, coefficients, formula, ...)                    \
-  struct name {                                                              \
-    static constexpr std::size_t kNumber = number;                           \
-    static double value(double X, QS_LETTERS_##coefficients) { __VA_ARGS__ } \
-  };
-#include "props/forms.def"
+void CurveBase::put(LONG i, double v) {
+  data_.coefficients[static_cast<std::size_t>(i)] = v;
+  if (i == data_.form.exponent) data_.whole = form::wholeOf(v);
+}
 
 // The derivative of VELDB5's exponent with respect to 1/X.
-double slopeOfVELDB5(double X, QS_LETTERS_6) {
-  return -power<2>(X) * (E * F * std::pow(X, F - 1.0) + D / X - B / power<2>(X + C));
+double slopeOfVELDB5(double X, double, double B, double C, double D, double E, double F) {
+  return -form::power<2>(X) * (E * F * form::pow(X, F - 1.0) + D / X - B / form::power<2>(X + C));
 }
-
-}  // namespace form
 
 template <class Form>
 class CQSPropCurve final : public CurveBase {
@@ -237,13 +215,13 @@ class CQSPropCurve final : public CurveBase {
   // Replaces a temperature by the form's value there; false when its transformation fails.
   bool evaluate(double P, double& x) const {
     if (!transformX(P, x)) return false;
-    x = apply(Form::value, x);
+    x = apply([&](auto... coefficients) { return Form::value(x, coefficients..., data_.whole); });
     return true;
   }
 
   template <class Function>
-  double apply(Function function, double x) const {
-    return std::apply([&](auto... coefficients) { return function(x, coefficients...); }, coefficients_);
+  double apply(Function function) const {
+    return std::apply(function, coefficients_);
   }
 
   std::array<double, kForm.coefficients> coefficients_;
@@ -253,21 +231,21 @@ class CQSPropCurve final : public CurveBase {
 template <>
 bool CQSPropCurve<form::VELDB5>::evaluate(double P, double& x) const {
   const double T = x;
-  const bool inRange = tMin_ <= T && T <= tMax_;
-  if (!inRange) x = T > tMax_ ? tMax_ : tMin_;
+  const bool inRange = data_.tMin <= T && T <= data_.tMax;
+  if (!inRange) x = T > data_.tMax ? data_.tMax : data_.tMin;
   if (!transformX(P, x)) return false;
 
-  double exponent = apply(form::VELDB5::value, x);
+  double exponent =
+      apply([&](auto... coefficients) { return form::exponentOfVELDB5(x, coefficients..., data_.whole); });
   if (!inRange) {
-    const double slope = apply(form::slopeOfVELDB5, x);
+    const double slope = apply([&](auto... coefficients) { return slopeOfVELDB5(x, coefficients...); });
     exponent = exponent - slope / x + slope / T;
   }
-  constexpr double kLargestExponent = 690.0;
-  x = std::exp(exponent > kLargestExponent ? kLargestExponent : exponent);
+  x = form::exp(form::atMost(exponent, form::kLargestExponentOfVELDB5));
   return true;
 }
 
-#define QS_FORM(number, name, coefficients, formula, ...) using CQSPropCurve##name = CQSPropCurve<form::name>;
+#define QS_FORM(number, name, coefficients, exponent, formula, ...) using CQSPropCurve##name = CQSPropCurve<form::name>;
 #include "props/forms.def"
 
 // An equation without a form.
@@ -288,7 +266,7 @@ CQSAbstractProp* create() {
 }
 
 constexpr std::array<CQSAbstractProp* (*)(), kFormCount> kCreators = {
-#define QS_FORM(number, name, coefficients, formula, ...) &create<CQSPropCurve##name>,
+#define QS_FORM(number, name, coefficients, exponent, formula, ...) &create<CQSPropCurve##name>,
 #include "props/forms.def"
 };
 

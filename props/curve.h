@@ -1,9 +1,35 @@
 // Correlation equations: property objects that depend on temperature.
 #pragma once
 
+#include <span>
+
+#include "props/forms.h"
 #include "props/property.h"
+#include "props/transform.h"
 
 namespace qs {
+
+// What an equation consists of, beside its name.
+struct Equation {
+  const EquationForm& form;
+  std::span<double> coefficients;  // as many as the form has
+  int whole;                       // form::wholeOf the form's exponent, where it has one
+  double tMin = 1e-05;
+  double tMax = 1e+10;
+  double pMin = 1e-05;
+  double pMax = 1e+15;
+  LONG xShape = COMx;
+  LONG yShape = COMx;
+  double xNorm = 1.0;
+  double yNorm = 1.0;
+  double xPow = 1.0;
+  double yPow = 1.0;
+  double a = kEmptyValue;
+  double b = kEmptyValue;
+
+  Transformation x() const { return {xShape, xNorm, xPow, a, b}; }
+  Transformation y() const { return {yShape, yNorm, yPow, a, b}; }
+};
 
 // Creates the equation of a tagEquationShapeEnum, of type EquationProp, with empty coefficients, for the caller to
 // own. E_FAIL, with *out as it was, for a number that is no shape; E_OUTOFMEMORY, with *out null.

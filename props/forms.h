@@ -1,4 +1,4 @@
-// The forms of correlation equations as data: number, class name, formula and number of coefficients.
+// The forms of correlation equations as data.
 #pragma once
 
 #include <algorithm>
@@ -15,14 +15,20 @@ struct EquationForm {
   WideView className;  // as GetClassName returns it
   WideView formula;    // as GetForm returns it
   LONG coefficients;
+  LONG exponent;  // the coefficient that is a power of something else; negative for none
 };
+
+// Coefficients by the letters of the formulas.
+namespace letter {
+enum : LONG { None = -1, A, B, C, D, E, F, G };
+}
 
 // Each form at the place of its shape number, then the empty form, PropCurveVoid.
 inline constexpr auto kEquationForms = std::to_array<EquationForm>({
-#define QS_FORM(number, name, coefficients, formula, ...) \
-  {PropCurve##name, OLESTR("PropCurve" #name), OLESTR(formula), coefficients},
+#define QS_FORM(number, name, coefficients, exponent, formula, ...) \
+  {PropCurve##name, OLESTR("PropCurve" #name), OLESTR(formula), coefficients, letter::exponent},
 #include "props/forms.def"
-    {PropCurveVoid, OLESTR("PropCurveVoid"), OLESTR(""), 0},
+    {PropCurveVoid, OLESTR("PropCurveVoid"), OLESTR(""), 0, letter::None},
 });
 inline constexpr std::size_t kFormCount = kEquationForms.size() - 1;
 
@@ -43,7 +49,7 @@ constexpr const EquationForm* findForm(WideView className) {
 }
 
 // The numbers have no gap, and no name occurs twice.
-#define QS_FORM(number, name, coefficients, formula, ...)                             \
+#define QS_FORM(number, name, coefficients, exponent, formula, ...)                   \
   static_assert(PropCurve##name == number && kEquationForms[number].shape == number); \
   static_assert(findForm(OLESTR("PropCurve" #name)) == &kEquationForms[number]);
 #include "props/forms.def"

@@ -8,6 +8,8 @@
 
 namespace qs {
 
+struct Equation;
+
 // The operations of every kind, in the fixed order of their slots; a kind overrides those that it supports. Results
 // are S_OK, or S_FALSE for what a kind does not support or does not have; out-parameters then hold the values given in
 // property.cpp. The caller owns strings that are written. The operations throw CQSCOMError or std::bad_alloc
@@ -60,6 +62,9 @@ class CQSAbstractProp {
   virtual HRESULT GetCOMObject(IPCProperty** obj) const;
   virtual HRESULT SetCOMClassName(BSTR name);
   virtual HRESULT SetCOMObject(IPCProperty* obj);
+
+  // What an equation consists of; null for the other kinds.
+  virtual const Equation* equation() const { return nullptr; }
 
   // The kind, a tagPropTypeEnum. Whoever creates an object sets it; a new object says VoidProp.
   HRESULT GetType(LONG* type) const {

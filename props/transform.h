@@ -1,7 +1,8 @@
 // The transformations of an equation's X before, and of its result after, evaluation.
 #pragma once
 
-#include "platform/com_types.h"
+#include "com/not_set.h"
+#include "interfaces/interfaces.h"
 
 namespace qs {
 
@@ -12,14 +13,17 @@ struct Transformation {
   double power;
   double a;
   double b;
+
+  bool operator==(const Transformation&) const = default;
+
+  bool lacksConstants() const { return shape == COMxppdsm1 && (a == kEmptyValue || b == kEmptyValue); }
 };
 
 // Transforms *x at pressure P, then raises it to the power. False for a shape that is no transformation, for missing
 // constants and for the empty value; *x then holds nothing of use.
 bool transformForward(const Transformation& transformation, double P, double* x);
 
-// The inverse, for results: undoes the power, then the shape. COMxscale is undone by norm / (1 - 1/y), the negative of
-// its algebraic inverse: the stored data were fitted that way.
+// The same for results: undoes the power, then the shape.
 bool transformBack(const Transformation& transformation, double P, double* y);
 
 }  // namespace qs

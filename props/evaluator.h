@@ -1,0 +1,24 @@
+// The values of properties in one call: of one at many temperatures, or of many at one.
+#pragma once
+
+#include <span>
+
+#include "props/block_functions.h"
+#include "props/property.h"
+
+namespace qs {
+
+// Writes to `values`, which has as many places and may be the same array, what GetValue writes at each of the
+// temperatures, in K, and pressure P, in kPa: bit for bit the same, and the empty value where it writes nothing.
+// Allocates nothing for constants and equations, and leaves the floating-point state as it was; the host's exceptions
+// are masked while an equation is evaluated. An external component is asked for each value; the caller keeps the
+// property alive meanwhile. Throws what GetValue throws.
+void evaluate(const CQSAbstractProp& property, std::span<const double> temperatures, double P, double* values,
+              const BlockFunctions& functions = *supportedBlockFunctions().back());
+
+// The same for many properties, of which null has the empty value, at one temperature. Equations of the same form are
+// evaluated together.
+void evaluate(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
+              const BlockFunctions& functions = *supportedBlockFunctions().back());
+
+}  // namespace qs

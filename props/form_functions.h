@@ -1,0 +1,93 @@
+// The functions of the forms and what forms.def and transformations.def are written in: over one temperature, or over a
+// vector of them where math/vectors.h is included before.
+#pragma once
+
+#include <cstddef>
+
+#include "math/functions.h"
+#include "props/forms.h"
+
+namespace qs::form {
+
+using math::acos, math::asin, math::atan, math::cos, math::cosh, math::exp, math::log, math::log10, math::pow;
+using math::powOneThird, math::sin, math::sinh, math::tan;
+
+// A correctly rounded operation of every processor.
+QS_INLINE double sqrt(double x) { return __builtin_sqrt(x); }
+
+// Integral powers by multiplication.
+template <int n, class Real>
+QS_INLINE constexpr Real power(Real x) {
+  if constexpr (n == 1)
+    return x;
+  else if constexpr (n % 2 == 0)
+    return power<n / 2>(x) * power<n / 2>(x);
+  else
+    return power<n - 1>(x) * x;
+}
+
+// The exponent as a whole number when pow below multiplies it out: up to the fourth power that costs less than 2 ulp.
+inline constexpr int kNotWhole = 5;
+constexpr int wholeOf(double exponent) {
+  for (int whole = -1; whole < kNotWhole; ++whole)
+    if (math::bitsOf(exponent + 0.0) == math::bitsOf(whole)) return whole;
+  return kNotWhole;
+}
+
+// x^exponent, of which `whole` is wholeOf(exponent).
+template <class Real, class Exponent>
+QS_INLINE Real pow(Real x, Exponent exponent, int whole) {
+  switch (whole) {
+    case -1:
+      return 1.0 / x;
+    case 0:
+      return Real{} + 1.0;
+    case 1:
+      return x;
+    case 2:
+      return power<2>(x);
+    case 3:
+      return power<3>(x);
+    case 4:
+      return power<4>(x);
+    default:
+      return pow(x, exponent);
+  }
+}
+
+template <class Real>
+QS_INLINE Real atMost(Real x, double limit) {
+  const Real most = Real{} + limit;
+  return x > most ? most : x;
+}
+
+// The molar gas constant as the forms that use it were fitted, J/(mol K).
+inline constexpr double kR = 8.314;
+
+inline constexpr double kLargestExponentOfVELDB5 = 690.0;
+template <class Real, class Coefficient>
+QS_INLINE Real exponentOfVELDB5(Real X, Coefficient A, Coefficient B, Coefficient C, Coefficient D, Coefficient E,
+                                Coefficient F, int whole) {
+  return A + B / (C + X) + E * pow(X, F, whole) + D * log(X);
+}
+
+// A struct for each form: its function of the transformed temperature, the coefficients, of which it may leave some
+// unused, and the wholeOf its exponent.
+#define QS_LETTERS_2 [[maybe_unused]] Coefficient A, [[maybe_unused]] Coefficient B
+#define QS_LETTERS_3 QS_LETTERS_2, [[maybe_unused]] Coefficient C
+#define QS_LETTERS_4 QS_LETTERS_3, [[maybe_unused]] Coefficient D
+#define QS_LETTERS_5 QS_LETTERS_4, [[maybe_unused]] Coefficient E
+#define QS_LETTERS_6 QS_LETTERS_5, [[maybe_unused]] Coefficient F
+#define QS_LETTERS_7 QS_LETTERS_6, [[maybe_unused]] Coefficient G
+#define QS_FORM(number, name, coefficients, exponent, formula, ...)                              \
+  struct name {                                                                                  \
+    static constexpr std::size_t kNumber = number;                                               \
+    static constexpr std::size_t kCoefficients = coefficients;                                   \
+    template <class Real, class Coefficient>                                                     \
+    QS_INLINE static Real value(Real X, QS_LETTERS_##coefficients, [[maybe_unused]] int whole) { \
+      __VA_ARGS__                                                                                \
+    }                                                                                            \
+  };
+#include "props/forms.def"
+
+}  // namespace qs::form
