@@ -84,7 +84,7 @@ class Index {
 // The indexes of the directories that were asked for last, the latest first. It exists only while it is used, and has
 // no destructor of static storage: a host may release its objects after those have run.
 using Indexes = std::array<std::shared_ptr<Index>, 8>;
-constinit std::mutex indexesMutex;
+std::mutex indexesMutex;
 constinit Indexes* indexes = nullptr;
 constinit std::atomic<long> uses = 0;
 
