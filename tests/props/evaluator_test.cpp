@@ -1,0 +1,165 @@
+// The same bits everywhere: of one value and of blocks of them, in every instruction set, on every system.
+// value_bits.txt has the bits' hashes; after a change of functions, coefficients or numbers here, its lines are those
+// that a failed test shows.
+#include <bit>
+#include <cmath>
+#include <fstream>
+#include <random>
+#include <sstream>
+
+#include "props/evaluator.h"
+#include "tests/support/files.h"
+#include "tests/support/properties.h"
+#include "tests/support/ulps.h"
+
+namespace qs {
+namespace {
+
+using Values = std::vector<double>;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kP = 2.5;
+
+// Which NaN an operation gives is not fixed.
+std::uint64_t bitsOf(double value) { return std::bit_cast<std::uint64_t>(std::isnan(value) ? kNaN : value); }
+
+std::uint64_t hashOf(const Values& values) {
+  std::uint64_t hash = 0xcbf29ce484222325;
+  for (const double value : values) hash = (hash ^ bitsOf(value)) * 0x100000001b3;
+  return hash;
+}
+
+// Numbers of all magnitudes, more of them where forms and transformations are defined, and what is special.
+Values numbers() {
+  Values result{0.0,  -0.0, 1.0,       -1.0,       0.9,      1e-310, 4.9e-324, -1e-320, 1e308,
+                kNaN, 2.0,  kInfinity, -kInfinity, -32767.0, 1e-100, 1e100,    300.0,   647.096};
+  std::mt19937_64 random;
+  const auto between = [&](double low, double high) {
+    return low + (high - low) * (static_cast<double>(random() >> 11) * 0x1p-53);
+  };
+  while (result.size() < 12'000) {
+    result.push_back(between(0.0, 1.0));
+    result.push_back(between(1.0, 1000.0));
+    result.push_back(between(-5.0, 5.0));
+    result.push_back(std::bit_cast<double>(random()));
+  }
+  return result;
+}
+
+struct Case {
+  std::string name;
+  std::unique_ptr<CQSAbstractProp> property;
+};
+
+Case caseOf(const EquationForm& form, double exponent, LONG xShape = COMx, LONG yShape = COMx, double power = 1.0) {
+  Values coefficients{1.75, 0.6, 1.25, 0.8, 0.02, 1.5, 3.0};
+  if (form.exponent != letter::None && exponent != 0.0)
+    coefficients[static_cast<std::size_t>(form.exponent)] = exponent;
+  Case result{narrow(form.className), equation(form.shape)};
+  result.property->SetParameters(coefficients.data(), form.coefficients);
+  result.property->SetXYShape(xShape, yShape);
+  result.property->SetXYNorm(0.9, 0.9);
+  result.property->SetXYPow(xShape == COMx ? 1.0 : power, yShape == COMx ? 1.0 : power);
+  result.property->SetAB(3.0, 1.25);
+  if (exponent != 0.0) result.name += "^" + std::to_string(static_cast<int>(exponent));
+  if (xShape != COMx) result.name += " X" + std::to_string(xShape);
+  if (yShape != COMx) result.name += " Y" + std::to_string(yShape);
+  if (power != 1.0) result.name += " power";
+  return result;
+}
+
+bool isTrigonometric(LONG shape) { return shape >= COMsinx && shape <= COMtan1mxr; }
+
+// Every form, with an exponent that is multiplied out and one that is not, and every transformation.
+std::vector<Case> cases() {
+  std::vector<Case> result;
+  for (const EquationForm& form : kEquationForms) {
+    result.push_back(caseOf(form, 0.0));
+    if (form.exponent == letter::None) continue;
+    for (const double exponent : {-1.0, 2.0, 3.0, 4.0, 6.0}) result.push_back(caseOf(form, exponent));
+  }
+  for (LONG shape = COMx; shape <= COMlnxp + 1; ++shape) {
+    if (isTrigonometric(shape)) continue;
+    for (const double power : {1.0, 2.0, 0.4}) {
+      result.push_back(caseOf(*findForm(PropCurvePOLY2), 0.0, shape, COMx, power));
+      result.push_back(caseOf(*findForm(PropCurvePOLY2), 0.0, COMx, shape, power));
+    }
+  }
+  return result;
+}
+
+Values oneByOne(const CQSAbstractProp& property, const Values& temperatures) {
+  Values values;
+  for (const double T : temperatures) {
+    double value = kEmptyValue;
+    LONG dependencies = 0;
+    property.GetValue(T, kP, eNoExtrapolation, &dependencies, &value);
+    values.push_back(value);
+  }
+  return values;
+}
+
+TEST(Evaluator, HasTheSameBitsInEveryInstructionSetAndSystem) {
+  std::ifstream file(test::kSourceFolder / "tests/props/value_bits.txt");
+  std::string expected;
+  const Values temperatures = numbers();
+  for (const auto& [name, property] : cases()) {
+    const Values values = oneByOne(*property, temperatures);
+    std::ostringstream line;
+    line << name << " " << std::hex << hashOf(values);
+    std::getline(file, expected);
+    EXPECT_EQ(line.str(), expected);
+    for (const BlockFunctions* functions : supportedBlockFunctions()) {
+      Values inBlocks = temperatures;
+      evaluate(*property, inBlocks, kP, inBlocks.data(), *functions);
+      EXPECT_EQ(hashOf(inBlocks), hashOf(values)) << name << " " << functions->instructionSet;
+    }
+  }
+  EXPECT_FALSE(std::getline(file, expected)) << expected;
+}
+
+TEST(Evaluator, EvaluatesManyPropertiesAtOnce) {
+  std::vector<Case> all = cases();
+  for (LONG shape = COMx; shape <= COMlnxp; ++shape) {
+    all.push_back(caseOf(*findForm(PropCurveDIPPR101), 2.0, shape, COMlnx));
+    all.push_back(caseOf(*findForm(PropCurveDIPPR101), 2.0, COMx, shape));
+  }
+  all.push_back({"point", std::make_unique<CQSPointProp>()});
+  all.back().property->SetValue(18.015);
+  all.push_back({"void", std::make_unique<CQSVoidProp>()});
+  std::vector<const CQSAbstractProp*> properties{nullptr};
+  for (int repetition = 0; repetition < 3; ++repetition)
+    for (const Case& each : all) properties.push_back(each.property.get());
+  for (const double T : {0.3, 0.95, 12.0, -32767.0, 0.0, kNaN})
+    for (const BlockFunctions* functions : supportedBlockFunctions()) {
+      Values values(properties.size());
+      evaluate(properties, T, kP, values.data(), *functions);
+      for (std::size_t i = 0; i < values.size(); ++i) {
+        const double expected = properties[i] ? oneByOne(*properties[i], {T})[0] : kEmptyValue;
+        ASSERT_EQ(bitsOf(values[i]), bitsOf(expected)) << i << " at " << T << " " << functions->instructionSet;
+      }
+    }
+}
+
+// The C library's last bits are its own.
+TEST(Evaluator, TrigonometricTransformationsAreWithinTwoUlps) {
+  using Real = long double;
+  Real (*const forward[])(Real) = {std::sin, std::cos, std::tan};
+  Real (*const back[])(Real) = {std::asin, std::acos, std::atan};
+  const double identity[] = {0.0, 1.0, 0.0};
+  for (LONG i = 0; i < 3; ++i)
+    for (const bool isOfX : {true, false}) {
+      const LONG shape = COMsinx + i, none = COMx;
+      const Case each = caseOf(*findForm(PropCurvePOLY2), 0.0, isOfX ? shape : none, isOfX ? none : shape);
+      each.property->SetParameters(identity, 3);
+      for (double x = -0.997; x < 1.0; x += 0.003) {
+        double value = x;
+        evaluate(*each.property, {&value, 1}, kP, &value);
+        EXPECT_LE(ulps(value, (isOfX ? forward : back)[i](Real(x))), 2.0) << each.name << " at " << x;
+      }
+    }
+}
+
+}  // namespace
+}  // namespace qs
