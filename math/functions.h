@@ -334,8 +334,10 @@ QS_INLINE V cbrt(V x) {
     return Lanes<V>::each(cbrtAnywhere, x);
   const Bits<V> bits = toBits(x);
   const Bits<V> exponent = (bits & kExponentBits) >> 52;  // e + 1023 = 3 (q + 341) + m
-  const V shifted = (fromBits<V>(exponent | bitsOf(0x1p52)) - (0x1p52 + 1.0)) * (1.0 / 3.0) + kToWhole;
-  const Bits<V> third = toBits(shifted) - bitsOf(kToWhole);  // the nearest whole number is the floor of exponent/3
+  // (exponent + 1/2)/3 to ten fraction bits, however it is rounded, is not near a whole number; its floor is the third.
+  constexpr double kToThousandths = kToWhole / 1024.0;
+  const V shifted = (fromBits<V>(exponent | bitsOf(0x1p52)) - (0x1p52 - 0.5)) * (1.0 / 3.0) + kToThousandths;
+  const Bits<V> third = (toBits(shifted) - bitsOf(kToThousandths)) >> 10;
   const Bits<V> m = exponent - (third << 1) - third;
   const V z = fromBits<V>((bits & ~(kSignBit | kExponentBits)) | bitsOf(1.0));
   const V a = fromBits<V>(toBits(z) + (m << 52));
