@@ -47,42 +47,30 @@ class CurveBase : public CQSAbstractProp {
   HRESULT SetTRange(double tmin, double tmax) override { return give(tmin, &data_.tMin), give(tmax, &data_.tMax); }
   HRESULT SetPRange(double pmin, double pmax) override { return give(pmin, &data_.pMin), give(pmax, &data_.pMax); }
   HRESULT SetXYShape(LONG xshape, LONG yshape) override {
-    return give(xshape, &data_.xShape), give(yshape, &data_.yShape);
+    data_.xShape = xshape;
+    data_.yShape = yshape;
+    return chooseWay();
   }
   HRESULT SetXYNorm(double xnorm, double ynorm) override {
     return give(xnorm, &data_.xNorm), give(ynorm, &data_.yNorm);
   }
-  HRESULT SetXYPow(double xpow, double ypow) override { return give(xpow, &data_.xPow), give(ypow, &data_.yPow); }
+  HRESULT SetXYPow(double xpow, double ypow) override {
+    data_.xPow = xpow;
+    data_.yPow = ypow;
+    return chooseWay();
+  }
   HRESULT SetAB(double a, double b) override { return give(a, &data_.a), give(b, &data_.b); }
 
  protected:
   // `coefficients` is the array that the derived class owns.
   CurveBase(const EquationForm& form, std::span<double> coefficients) : data_{form, coefficients, form::kNotWhole} {}
 
-  // False when the transformation fails. The usual cases are settled here; the rest works on a copy, so that the value
-  // can stay in a register.
-  bool transformX(double P, double& x) const {
-    if (data_.xShape == COMx && data_.xPow == 1.0) return x != kEmptyValue;
-    double transformed = x;
-    const bool valid = transformForward(data_.x(), P, &transformed);
-    x = transformed;
-    return valid;
-  }
-  bool transformY(double P, double& y) const {
-    if (data_.yShape == COMx && data_.yPow == 1.0) return y != kEmptyValue;
-    if (data_.yShape == COMlnx && data_.yPow == 1.0) {
-      y = form::exp(y);
-      return true;
-    }
-    double transformed = y;
-    const bool valid = transformBack(data_.y(), P, &transformed);
-    y = transformed;
-    return valid;
-  }
-
   const Equation* equation() const override { return &data_; }
 
   Equation data_;
+
+  // Which transformations there are.
+  enum class Way : std::uint8_t { Plain, LnY, Any } way_ = Way::Plain;
 
  private:
   template <class T>
@@ -94,6 +82,7 @@ class CurveBase : public CQSAbstractProp {
 
   bool hasParameter(LONG i) const { return i >= 0 && i < data_.form.coefficients; }
   void put(LONG i, double v);
+  HRESULT chooseWay();
   template <class T>
   void recallPair(const ItemPair<T>& pair, WideView text, bool evenMissing);
   void recallParameters(WideView values, LONG given);
@@ -117,7 +106,7 @@ HRESULT CurveBase::Copy(const CQSAbstractProp* src) {
   src->GetXYPow(&data_.xPow, &data_.yPow);
   src->GetXYNorm(&data_.xNorm, &data_.yNorm);
   src->GetAB(&data_.a, &data_.b);
-  return S_OK;
+  return chooseWay();
 }
 
 HRESULT CurveBase::Store(BSTR* data) const {
@@ -189,9 +178,13 @@ void CurveBase::put(LONG i, double v) {
   if (i == data_.form.exponent) data_.whole = form::wholeOf(v);
 }
 
-// The derivative of VELDB5's exponent with respect to 1/X.
-double slopeOfVELDB5(double X, double, double B, double C, double D, double E, double F) {
-  return -form::power<2>(X) * (E * F * form::pow(X, F - 1.0) + D / X - B / form::power<2>(X + C));
+HRESULT CurveBase::chooseWay() {
+  const bool plainX = data_.xShape == COMx && data_.xPow == 1.0, powerlessY = data_.yPow == 1.0;
+  if (plainX && powerlessY && data_.yShape == COMx)
+    way_ = Way::Plain;
+  else
+    way_ = plainX && powerlessY && data_.yShape == COMlnx ? Way::LnY : Way::Any;
+  return S_OK;
 }
 
 template <class Form>
@@ -200,50 +193,53 @@ class CQSPropCurve final : public CurveBase {
   CQSPropCurve() : CurveBase(kForm, coefficients_) { coefficients_.fill(kEmptyValue); }
 
   HRESULT GetValue(double T, double P, tagExtrapolationEnum, LONG* pDependencies, double* pVal) const override {
-    double value = T;
-    if (!evaluate(P, value)) return S_FALSE;
+    if (way_ == Way::Any || !isWithin(T)) [[unlikely]]
+      return transformedValue(T, P, pDependencies, pVal);
+    if (T == kEmptyValue) return S_FALSE;
+    double value = valueAt(T);
+    if (way_ == Way::LnY) value = form::exp(value);
     *pVal = value;
-    if (!transformY(P, value)) return S_FALSE;
-    *pVal = value;
+    if (value == kEmptyValue) return S_FALSE;
     *pDependencies = 1;
     return S_OK;
   }
 
  private:
   static constexpr const EquationForm& kForm = kEquationForms[Form::kNumber];
+  static constexpr bool kExtrapolates = Form::kNumber == form::VELDB5::kNumber;
 
-  // Replaces a temperature by the form's value there; false when its transformation fails.
-  bool evaluate(double P, double& x) const {
-    if (!transformX(P, x)) return false;
-    x = apply([&](auto... coefficients) { return Form::value(x, coefficients..., data_.whole); });
-    return true;
+  // Whether the form's function holds: VELDB5 extrapolates outside its temperature range.
+  bool isWithin(double T) const { return !kExtrapolates || (data_.tMin <= T && T <= data_.tMax); }
+
+  double valueAt(double x) const {
+    return std::apply([&](auto... coefficients) { return Form::value(x, coefficients..., data_.whole); },
+                      coefficients_);
   }
 
-  template <class Function>
-  double apply(Function function) const {
-    return std::apply(function, coefficients_);
+  [[gnu::noinline]] HRESULT transformedValue(double T, double P, LONG* pDependencies, double* pVal) const {
+    double value = isWithin(T) ? T : T > data_.tMax ? data_.tMax : data_.tMin;
+    if (!transformForward(data_.x(), P, &value)) return S_FALSE;
+    if constexpr (kExtrapolates)
+      value = isWithin(T) ? valueAt(value) : extrapolated(T, value);
+    else
+      value = valueAt(value);
+    *pVal = value;
+    if (!transformBack(data_.y(), P, &value)) return S_FALSE;
+    *pVal = value;
+    *pDependencies = 1;
+    return S_OK;
+  }
+
+  // From a bound of the temperature range on, x when it is transformed, VELDB5's exponent goes on linearly in 1/T.
+  double extrapolated(double T, double x) const {
+    const auto& [A, B, C, D, E, F] = coefficients_;
+    const double slope = -form::power<2>(x) * (E * F * form::pow(x, F - 1.0) + D / x - B / form::power<2>(x + C));
+    const double exponent = form::exponentOfVELDB5(x, A, B, C, D, E, F, data_.whole) - slope / x + slope / T;
+    return form::exp(form::atMost(exponent, form::kLargestExponentOfVELDB5));
   }
 
   std::array<double, kForm.coefficients> coefficients_;
 };
-
-// Outside the temperature range the exponent goes on from the bound linearly in 1/T.
-template <>
-bool CQSPropCurve<form::VELDB5>::evaluate(double P, double& x) const {
-  const double T = x;
-  const bool inRange = data_.tMin <= T && T <= data_.tMax;
-  if (!inRange) x = T > data_.tMax ? data_.tMax : data_.tMin;
-  if (!transformX(P, x)) return false;
-
-  double exponent =
-      apply([&](auto... coefficients) { return form::exponentOfVELDB5(x, coefficients..., data_.whole); });
-  if (!inRange) {
-    const double slope = apply([&](auto... coefficients) { return slopeOfVELDB5(x, coefficients...); });
-    exponent = exponent - slope / x + slope / T;
-  }
-  x = form::exp(form::atMost(exponent, form::kLargestExponentOfVELDB5));
-  return true;
-}
 
 #define QS_FORM(number, name, coefficients, exponent, formula, ...) using CQSPropCurve##name = CQSPropCurve<form::name>;
 #include "props/forms.def"
