@@ -25,11 +25,6 @@ inline double processorTime() {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-// getters.cpp: typed getters "get/KIND" and what they are held against: "empty call", and "inline/KIND" for the formula
-// alone, each at temperatures that change from call to call; "get by name/KIND", the same value under its name; and
-// "first name", "last name" for the names of fixed properties by position.
-void addGetters();
-
 // xml.cpp: a compound of the bundled database as XML.
 //   "store", "put pieces"          its text, and the text's fragments and numbers put into one string
 //   "store 10000", "store 100"     time per compound when a collection of so many is stored

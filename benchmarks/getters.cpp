@@ -1,164 +1,261 @@
-#include <benchmark/benchmark.h>
+#include "benchmarks/getters.h"
 
 #include <array>
 #include <cmath>
 #include <random>
 #include <stdexcept>
-#include <string>
+#include <utility>
 
-#include "benchmarks/bench.h"
 #include "benchmarks/empty_objects.h"
+#include "benchmarks/lines.h"
+#include "benchmarks/rounds.h"
 #include "com/bstr.h"
 #include "hostkit/module_loader.h"
+#include "props/evaluator.h"
+#include "props/form_functions.h"
+#include "props/key_table.h"
+#include "props/new_property.h"
 
 namespace qs::bench {
 namespace {
 
 constexpr double kPressure = 101.325;
+constexpr std::size_t kCount = 2048;
+using Numbers = std::array<double, kCount>;
 
 // In K, in no order that a processor could learn.
-const auto kTemperatures = [] {
-  std::array<double, 1024> temperatures;
+const Numbers kTemperatures = [] {
+  Numbers temperatures;
   std::mt19937 random;
   for (double& temperature : temperatures) temperature = std::uniform_real_distribution(280.0, 600.0)(random);
   return temperatures;
 }();
+Numbers results;
 
-// Both sides of each comparison run in this loop.
+double square(double x) { return x * x; }
+
+// Equations with coefficients of water, and their formulas, written out independently with the C library's functions
+// and the exponent of DIPPR101 multiplied out.
+struct Subject {
+  std::string name;
+  LONG shape;
+  std::vector<double> coefficients;
+  void (*library)(const double* c);
+  void (*own)(const double* c);
+};
+
 template <class Function>
-void runOverTemperatures(benchmark::State& state, Function value) {
-  std::size_t i = 0;
-  for (auto _ : state) benchmark::DoNotOptimize(value(kTemperatures[i++ % kTemperatures.size()]));
+void overTemperatures(Function value) {
+  for (std::size_t i = 0; i < kCount; ++i) results[i] = value(kTemperatures[i]);
 }
+template <class Form, std::size_t... i>
+void ownLoop(const double* c, std::index_sequence<i...>) {
+  overTemperatures([=](double t) { return Form::value(t, c[i]..., 2); });
+}
+template <class Form>
+void ownLoop(const double* c) {
+  ownLoop<Form>(c, std::make_index_sequence<Form::kCoefficients>());
+}
+
+const Subject kSubjects[] = {
+    {"DIPPR101",
+     PropCurveDIPPR101,
+     {59.8335, -7258.2, -7.3037, 4.1653e-6, 2.0},
+     [](const double* c) {
+       overTemperatures([=](double t) { return std::exp(c[0] + c[1] / t + c[2] * std::log(t) + c[3] * t * t); });
+     },
+     ownLoop<form::DIPPR101>},
+    {"DIPPR106",
+     PropCurveDIPPR106,
+     {5.2053e7, 0.3199, -0.212, 0.25795, 0.0, 647.096},
+     [](const double* c) {
+       overTemperatures([=](double t) {
+         const double x = t / c[5];
+         return c[0] * std::pow(1.0 - x, c[1] + x * (c[2] + x * (c[3] + x * c[4])));
+       });
+     },
+     ownLoop<form::DIPPR106>},
+    {"DIPPR107",
+     PropCurveDIPPR107,
+     {3.3363, 2.679, 2610.5, 0.8896, 1169.0},
+     [](const double* c) {
+       overTemperatures([=](double t) {
+         return c[0] + c[1] * square(c[2] / (t * std::sinh(c[2] / t))) +
+                c[3] * square(c[4] / (t * std::cosh(c[4] / t)));
+       });
+     },
+     ownLoop<form::DIPPR107>},
+    {"VELDB1",
+     PropCurveVELDB1,
+     {27.637, -0.20901, 8.125e-4, -1.4116e-6, 9.3701e-10},
+     [](const double* c) {
+       overTemperatures([=](double t) {
+         const double t2 = t * t;
+         return c[0] + c[1] * t + c[2] * t2 + c[3] * t2 * t + c[4] * t2 * t2;
+       });
+     },
+     ownLoop<form::VELDB1>},
+};
 
 // Any typed getter serves: all are one call of the virtual table with the same arguments.
-double getTC(IBasicCompound* compound, double temperature) {
-  LONG dependencies = 0;
-  double value = 0.0;
-  compound->get_TC(temperature, kPressure, eNoExtrapolation, &dependencies, &value);
-  return value;
-}
-
-void addGetter(const std::string& name, const ComPtr<IBasicCompound>& compound) {
-  benchmark::RegisterBenchmark(name.c_str(), [compound](benchmark::State& state) {
-    runOverTemperatures(state, [object = compound.get()](double temperature) { return getTC(object, temperature); });
+void getterLoop(IBasicCompound* compound) {
+  overTemperatures([=](double t) {
+    LONG dependencies = 0;
+    double value = 0.0;
+    compound->get_TC(t, kPressure, eNoExtrapolation, &dependencies, &value);
+    return value;
   });
 }
 
-using Coefficients = std::array<double, 5>;
-
-// A form of equation, written out independently, with coefficients of water whose values are near 1: a saturation
-// pressure in MPa, and heat capacities of the ideal gas and of the liquid in 10 J/(mol K).
-struct DIPPR101 {
-  static constexpr auto kName = "DIPPR101";
-  static constexpr auto kShape = PropCurveDIPPR101;
-  static constexpr Coefficients kCoefficients = {59.8335, -7258.2, -7.3037, 4.1653e-6, 2.0};
-  static double value(const Coefficients& c, double t) {
-    return std::exp(c[0] + c[1] / t + c[2] * std::log(t) + c[3] * std::pow(t, c[4]));
-  }
-};
-struct DIPPR107 {
-  static constexpr auto kName = "DIPPR107";
-  static constexpr auto kShape = PropCurveDIPPR107;
-  static constexpr Coefficients kCoefficients = {3.3363, 2.679, 2610.5, 0.8896, 1169.0};
-  static double value(const Coefficients& c, double t) {
-    const double a = c[2] / (t * std::sinh(c[2] / t));
-    const double b = c[4] / (t * std::cosh(c[4] / t));
-    return c[0] + c[1] * a * a + c[3] * b * b;
-  }
-};
-struct VELDB1 {
-  static constexpr auto kName = "VELDB1";
-  static constexpr auto kShape = PropCurveVELDB1;
-  static constexpr Coefficients kCoefficients = {27.637, -0.20901, 8.125e-4, -1.4116e-6, 9.3701e-10};
-  static double value(const Coefficients& c, double t) {
-    const double t2 = t * t;
-    return c[0] + c[1] * t + c[2] * t2 + c[3] * t2 * t + c[4] * t2 * t2;
-  }
-};
-
-ComPtr<IBasicCompound> compoundWith(tagEquationShapeEnum shape, const Coefficients& coefficients,
-                                    tagXYShapeEnum yShape) {
-  const auto parameters = host::createInstance<IRealArrayDisp>(__uuidof(::HostRealArray));
-  if (!parameters) throw std::runtime_error("the class RealArray cannot be created");
-  parameters->put_Size(static_cast<LONG>(coefficients.size()));
-  for (std::size_t i = 0; i < coefficients.size(); ++i) {
-    parameters->put_IthValue(static_cast<LONG>(i), coefficients[i]);
-  }
-  auto compound = newCompound();
+void byNameLoop(ICompoundProp* compound) {
   const Bstr name(OLESTR("TC"));
-  ComPtr<ICompoundPropPut>::from(compound.get())
-      ->SetEquationProperty(name.get(), 1, shape, 1.0, 2000.0, 1e-5, 1e15, parameters.get());
-  ComPtr<ICompEqnXYShape>::from(compound.get())
-      ->SetEquationPropertyXYShape(name.get(), COMx, yShape, 1.0, 1.0, 1.0, 1.0, -32767.0, -32767.0);
+  overTemperatures([&](double t) {
+    LONG dependencies = 0;
+    double value = 0.0;
+    compound->GetPropertyValue(name.get(), t, kPressure, eNoExtrapolation, &dependencies, &value);
+    return value;
+  });
+}
+
+// A position among the names of fixed properties.
+void nameLoop(ICompoundProp* compound, INT index) {
+  for (std::size_t i = 0; i < kCount; ++i) {
+    Bstr name;
+    tagPropTypeEnum type{};
+    compound->GetPropertyName(1, index, name.out(), &type);
+  }
+}
+
+ComPtr<IBasicCompound> newCompound() {
+  auto compound = host::createInstance<IBasicCompound>(__uuidof(::COQSCompound));
+  if (!compound) throw std::runtime_error("a compound cannot be created");
   return compound;
 }
 
-// Registers a getter beside its formula, after a check that they are the same function.
-template <class Function>
-void addPair(const std::string& kind, const ComPtr<IBasicCompound>& compound, const Coefficients& coefficients,
-             Function formula) {
-  for (const double temperature : kTemperatures) {
-    const double expected = formula(coefficients, temperature);
-    if (!(std::abs(getTC(compound.get(), temperature) - expected) <= 1e-12 * std::abs(expected)))
-      throw std::runtime_error(kind + ": the getter does not give the value of the formula");
+ComPtr<IBasicCompound> compoundWith(const Subject& subject, LONG yShape = COMx) {
+  const auto parameters = host::createInstance<IRealArrayDisp>(__uuidof(::HostRealArray));
+  if (!parameters) throw std::runtime_error("the class RealArray cannot be created");
+  parameters->put_Size(static_cast<LONG>(subject.coefficients.size()));
+  for (std::size_t i = 0; i < subject.coefficients.size(); ++i)
+    parameters->put_IthValue(static_cast<LONG>(i), subject.coefficients[i]);
+  auto compound = newCompound();
+  const Bstr name(OLESTR("TC"));
+  ComPtr<ICompoundPropPut>::from(compound.get())
+      ->SetEquationProperty(name.get(), 1, static_cast<tagEquationShapeEnum>(subject.shape), 1.0, 2000.0, 1e-5, 1e15,
+                            parameters.get());
+  ComPtr<ICompEqnXYShape>::from(compound.get())
+      ->SetEquationPropertyXYShape(name.get(), COMx, static_cast<tagXYShapeEnum>(yShape), 1.0, 1.0, 1.0, 1.0, -32767.0,
+                                   -32767.0);
+  return compound;
+}
+
+// Adds the loops of a form, after a check that all give the same values, and of the getter whose logarithm it is.
+void addSubject(Rounds& rounds, const Subject& subject) {
+  const auto compound = compoundWith(subject), lnY = compoundWith(subject, COMlnx);
+  const std::shared_ptr<const CQSAbstractProp> property =
+      newEquation(OLESTR("TC"), {subject.shape, 1.0, 2000.0, 1e-5, 1e15, subject.coefficients});
+  const double* coefficients = subject.coefficients.data();
+  rounds.add("library " + subject.name, kCount, [=] { subject.library(coefficients); });
+  rounds.add("own " + subject.name, kCount, [=] { subject.own(coefficients); });
+  rounds.add("get " + subject.name, kCount, [=] { getterLoop(compound.get()); });
+  for (const BlockFunctions* functions : supportedBlockFunctions())
+    rounds.add(functions->instructionSet + (" " + subject.name), kCount,
+               [=] { evaluate(*property, kTemperatures, kPressure, results.data(), *functions); });
+
+  subject.library(coefficients);
+  const Numbers expected = results;
+  const auto compare = [&](const std::string& name) {
+    for (std::size_t i = 0; i < kCount; ++i)
+      if (!(std::abs(results[i] - expected[i]) <= 1e-12 * std::abs(expected[i])))
+        throw std::runtime_error(name + " does not give the values of " + subject.name);
+    results.fill(0.0);
+  };
+  subject.own(coefficients);
+  compare("the formula in the program's own functions");
+  getterLoop(compound.get());
+  compare("the getter");
+  for (const BlockFunctions* functions : supportedBlockFunctions()) {
+    evaluate(*property, kTemperatures, kPressure, results.data(), *functions);
+    compare("the evaluator");
   }
-  addGetter("get/" + kind, compound);
-  benchmark::RegisterBenchmark(("inline/" + kind).c_str(), [coefficients, formula](benchmark::State& state) {
-    Coefficients unknown = coefficients;
-    benchmark::DoNotOptimize(unknown);  // from here on they are no constants to the compiler
-    runOverTemperatures(state, [&](double temperature) { return formula(unknown, temperature); });
+
+  rounds.add("own lnY " + subject.name, kCount, [=] {
+    subject.own(coefficients);
+    for (double& result : results) result = math::exp(result);
   });
+  rounds.add("get lnY " + subject.name, kCount, [=] { getterLoop(lnY.get()); });
 }
 
-// The value of a correlation under its name, beside its getter.
-void addByName(const std::string& kind, const ComPtr<IBasicCompound>& compound) {
-  const auto properties = ComPtr<ICompoundProp>::from(compound.get());
-  benchmark::RegisterBenchmark(("get by name/" + kind).c_str(), [properties](benchmark::State& state) {
-    const Bstr name(OLESTR("TC"));
-    runOverTemperatures(state, [&](double temperature) {
-      LONG dependencies = 0;
-      double value = 0.0;
-      properties->GetPropertyValue(name.get(), temperature, kPressure, eNoExtrapolation, &dependencies, &value);
-      return value;
-    });
-  });
-}
+// The printed lines.
+class Lines {
+ public:
+  explicit Lines(const Rounds& rounds) : rounds_(rounds) {}
 
-void addName(const std::string& title, const ComPtr<IBasicCompound>& compound, INT index) {
-  const auto properties = ComPtr<ICompoundProp>::from(compound.get());
-  benchmark::RegisterBenchmark(title.c_str(), [properties, index](benchmark::State& state) {
-    for (auto _ : state) {
-      Bstr name;
-      tagPropTypeEnum type{};
-      benchmark::DoNotOptimize(properties->GetPropertyName(1, index, name.out(), &type));
+  void ratio(const std::string& title, const std::string& name, const std::string& yardstick, double bound) {
+    if (!rounds_.has(name)) {
+      std::cout << title << ": not measured, the machine has no such instructions\n";
+      return;
     }
-  });
-}
+    short_ += !printLine(title, rounds_.ratio(name, yardstick), bound, "x ", 2);
+    printTimes(name, yardstick);
+    std::cout << ")\n";
+  }
+  void excess(const std::string& title, const std::string& name, double factor, const std::string& yardstick,
+              double bound, const std::string& beside = {}) {
+    short_ += !printLine(title, rounds_.excess(name, factor, yardstick), bound, "ns", 2);
+    printTimes(name, yardstick);
+    if (!beside.empty()) std::cout << "; the C library's " << rounds_.nanoseconds(beside) << " ns";
+    std::cout << ")\n";
+  }
+  int shortCount() const { return short_; }
 
-template <class Form>
-void addForm() {
-  const std::string name = Form::kName;
-  addPair(name, compoundWith(Form::kShape, Form::kCoefficients, COMx), Form::kCoefficients,
-          [](const Coefficients& c, double t) { return Form::value(c, t); });
-  addPair(name + " of lnY", compoundWith(Form::kShape, Form::kCoefficients, COMlnx), Form::kCoefficients,
-          [](const Coefficients& c, double t) { return std::exp(Form::value(c, t)); });
-}
+ private:
+  void printTimes(const std::string& name, const std::string& yardstick) {
+    std::cout << "   (" << std::setprecision(1) << rounds_.nanoseconds(name) << " and "
+              << rounds_.nanoseconds(yardstick) << " ns";
+  }
+
+  const Rounds& rounds_;
+  int short_ = 0;
+};
 
 }  // namespace
 
-void addGetters() {
-  addGetter("empty call", ComPtr<IBasicCompound>(emptyCompound()));
+int measureGetters(std::span<const GetterBound> bounds) {
+  Rounds rounds;
+  for (const Subject& subject : kSubjects) addSubject(rounds, subject);
+  const auto named = ComPtr<ICompoundProp>::from(compoundWith(kSubjects[0]).get());
+  rounds.add("by name", kCount, [&] { byNameLoop(named.get()); });
+  rounds.add("first name", kCount, [&] { nameLoop(named.get(), 0); });
+  rounds.add("last name", kCount, [&] { nameLoop(named.get(), static_cast<INT>(kKeyCount) - 1); });
   const auto point = newCompound();
   ComPtr<ICompoundPropPut>::from(point.get())->SetPointProperty(Bstr(OLESTR("TC")).get(), 1, 647.096);
-  if (getTC(point.get(), 300.0) != 647.096) throw std::runtime_error("a point property does not keep its value");
-  addGetter("get/point", point);
-  addForm<DIPPR101>();
-  addByName("DIPPR101", compoundWith(DIPPR101::kShape, DIPPR101::kCoefficients, COMx));
-  addName("first name", newCompound(), 0);
-  addName("last name", newCompound(), 104);
-  addForm<DIPPR107>();
-  addForm<VELDB1>();
+  rounds.add("point", kCount, [&] { getterLoop(point.get()); });
+  rounds.add("empty call", kCount, [] { getterLoop(emptyCompound()); });
+  rounds.run(100);
+
+  Lines lines(rounds);
+  lines.excess("getter of a point property, over an empty call", "point", 1.0, "empty call", 3.0);
+  for (const std::string name : {"DIPPR101", "DIPPR106", "DIPPR107", "VELDB1"}) {
+    lines.excess("getter of " + name + ", over 1.25 x inline", "get " + name, 1.25, "own " + name, 5.0,
+                 "library " + name);
+    lines.excess("getter of " + name + " as lnY, over 1.25 x inline", "get lnY " + name, 1.25, "own lnY " + name, 8.0);
+  }
+  for (const auto& [name, bound] : bounds)
+    lines.ratio("getter of " + name + " / the C library's loop", "get " + name, "library " + name, bound);
+  const struct {
+    std::string instructionSet;
+    double ofLibrary, ofGetter;
+  } blockBounds[] = {{"SSE2", 1.05, 0.7}, {"AVX2", 0.6, 0.4}, {"AVX512", 0.27, 0.2}};
+  for (const auto& [instructionSet, ofLibrary, ofGetter] : blockBounds)
+    for (const std::string name : {"DIPPR101", "DIPPR106", "DIPPR107"}) {
+      const std::string title = "evaluator of " + name + ", " + instructionSet;
+      lines.ratio(title + " / C library's loop", instructionSet + " " + name, "library " + name, ofLibrary);
+      lines.ratio(title + " / getter's loop", instructionSet + " " + name, "get " + name, ofGetter);
+    }
+  lines.excess("getter of DIPPR101 by name, over its own getter", "by name", 1.0, "get DIPPR101", 20.0);
+  lines.ratio("last name of a fixed property / the first", "last name", "first name", 1.25);
+  return lines.shortCount();
 }
 
 }  // namespace qs::bench

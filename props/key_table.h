@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 
 #include "platform/text.h"
@@ -49,12 +50,30 @@ static_assert(std::adjacent_find(kKeysByName.begin(), kKeysByName.end(),
                                  [](Key a, Key b) { return nameOf(a) >= nameOf(b); }) == kKeysByName.end(),
               "every name once, in ascending order");
 
+// The keys' numbers at the hashes of their names or in the next free places after; negative where there is none.
+inline constexpr std::size_t kHashedPlaces = 512;
+constexpr std::size_t hashOfName(WideView name) {
+  const auto at = [name](std::size_t i) { return static_cast<std::size_t>(name[i]); };
+  return name.empty() ? 0 : (at(0) * 3 + at(name.size() / 2) * 11 + at(name.size() - 1) * 67 + name.size() * 101);
+}
+inline constexpr std::array<std::int16_t, kHashedPlaces> kKeysByHash = [] {
+  std::array<std::int16_t, kHashedPlaces> places;
+  places.fill(-1);
+  for (const Key key : kKeysInOrder) {
+    std::size_t place = hashOfName(nameOf(key));
+    while (places[place % kHashedPlaces] >= 0) ++place;
+    places[place % kHashedPlaces] = static_cast<std::int16_t>(key);
+  }
+  return places;
+}();
+
 // The key of a name, compared in full and case-sensitively.
 constexpr std::optional<Key> findKey(WideView name) {
-  const auto found = std::lower_bound(kKeysByName.begin(), kKeysByName.end(), name,
-                                      [](Key key, WideView wanted) { return nameOf(key) < wanted; });
-  if (found == kKeysByName.end() || nameOf(*found) != name) return std::nullopt;
-  return *found;
+  for (std::size_t place = hashOfName(name);; ++place) {
+    const std::int16_t number = kKeysByHash[place % kHashedPlaces];
+    if (number < 0) return std::nullopt;
+    if (kKeys[static_cast<std::size_t>(number)].name == name) return static_cast<Key>(number);
+  }
 }
 
 }  // namespace qs

@@ -1,11 +1,9 @@
-// Measures late binding against the type library's own Invoke (Windows only) and prints the lines that qs_bench prints.
-#include <algorithm>
+// Measures the modules on Windows: getters, and late binding against the type library's own Invoke.
 #include <array>
-#include <chrono>
-#include <functional>
-#include <vector>
 
+#include "benchmarks/getters.h"
 #include "benchmarks/lines.h"
+#include "benchmarks/rounds.h"
 #include "com/bstr.h"
 #include "com/error.h"
 #include "hostkit/module_loader.h"
@@ -14,7 +12,6 @@
 namespace qs::bench {
 namespace {
 
-constexpr int kRepetitions = 15;
 constexpr int kCalls = 20'000;
 
 // VP(300 K, 101.325 kPa, no extrapolation) through IDispatch::Invoke or ITypeInfo::Invoke.
@@ -54,28 +51,7 @@ class LateVP {
   DISPPARAMS parameters_{arguments_.data(), nullptr, 4, 0};
 };
 
-// The median time of a call of each function in ns; they take turns.
-std::vector<double> mediansOf(const std::vector<std::function<double()>>& functions) {
-  std::vector<std::vector<double>> times(functions.size());
-  volatile double sum = 0.0;
-  for (int repetition = 0; repetition < kRepetitions; ++repetition)
-    for (std::size_t i = 0; i < functions.size(); ++i) {
-      const auto start = std::chrono::steady_clock::now();
-      for (int call = 0; call < kCalls; ++call) sum = sum + functions[i]();
-      const std::chrono::duration<double, std::nano> elapsed = std::chrono::steady_clock::now() - start;
-      times[i].push_back(elapsed.count() / kCalls);
-    }
-  std::vector<double> medians;
-  for (std::vector<double>& each : times) {
-    std::ranges::nth_element(each, each.begin() + kRepetitions / 2);
-    medians.push_back(each[kRepetitions / 2]);
-  }
-  return medians;
-}
-
-void measure() {
-  host::LoadedModule containers("qscontainers");
-  check(containers.registerClass(__uuidof(::COQSCompound)));
+void measureLateBinding() {
   const auto compound = host::createInstance<IBasicCompound>(__uuidof(::COQSCompound));
   check(ComPtr<ICompoundPropPut>::from(compound.get())->SetPointProperty(Bstr(L"VP").get(), 1, 3.5));
   LateVP late(compound.get());
@@ -87,10 +63,20 @@ void measure() {
   };
   if (late.invoke() != 3.5 || late.invokeOfType() != 3.5 || early() != 3.5) throw CQSCOMError(E_FAIL);
 
-  const auto medians = mediansOf({[&] { return late.invoke(); }, [&] { return late.invokeOfType(); }, early});
-  printLine("VP late-bound / the type library's Invoke", medians[0] / medians[1], 1.5, "x ", 2);
-  std::cout << std::setprecision(1) << "   (" << medians[0] << " and " << medians[1] << " ns; early-bound "
-            << medians[2] << " ns)\n";
+  Rounds rounds;
+  const auto add = [&rounds](const std::string& name, auto call) {
+    rounds.add(name, kCalls, [call] {
+      volatile double sum = 0.0;
+      for (int i = 0; i < kCalls; ++i) sum = sum + call();
+    });
+  };
+  add("late", [&] { return late.invoke(); });
+  add("of the type", [&] { return late.invokeOfType(); });
+  add("early", early);
+  rounds.run(15);
+  printLine("VP late-bound / the type library's Invoke", rounds.ratio("late", "of the type"), 1.5, "x ", 2);
+  std::cout << std::setprecision(1) << "   (" << rounds.nanoseconds("late") << " and "
+            << rounds.nanoseconds("of the type") << " ns; early-bound " << rounds.nanoseconds("early") << " ns)\n";
 }
 
 }  // namespace
@@ -99,12 +85,17 @@ void measure() {
 int main() {
   CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
   try {
-    qs::bench::measure();
+    qs::host::LoadedModule containers("qscontainers"), hostKit("qshostkit");
+    qs::check(containers.registerClass(__uuidof(::COQSCompound)));
+    qs::check(hostKit.registerClass(__uuidof(::HostRealArray)));
+    // The logarithm and the power of the Windows C library are slow.
+    qs::bench::measureGetters({{{"DIPPR101", 0.4}}});
+    qs::bench::measureLateBinding();
   } catch (const qs::CQSCOMError& error) {
-    std::cerr << "late_bound_bench: result " << std::hex << error.result() << "\n";
+    std::cerr << "qs_bench: result " << std::hex << error.result() << "\n";
     return 1;
   } catch (const std::exception& error) {
-    std::cerr << "late_bound_bench: " << error.what() << "\n";
+    std::cerr << "qs_bench: " << error.what() << "\n";
     return 1;
   }
 }
