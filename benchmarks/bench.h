@@ -5,8 +5,11 @@
 #include <cstddef>
 #include <ctime>
 #include <filesystem>
-#include <memory>
+#include <functional>
+#include <string>
+#include <vector>
 
+#include "benchmarks/pairs.h"
 #include "com/com_ptr.h"
 #include "interfaces/interfaces.h"
 
@@ -31,21 +34,20 @@ inline double processorTime() {
 //   "read", "expat"                a new compound from its text, and the parser alone over the same text
 void addXml(const std::filesystem::path& database);
 
-// database.cpp: two databases of compounds as large as usual, in a temporary directory, and the benchmarks over them:
-//   "Init", "read record"                 one compound, and the bytes of its data record through stdio
-//   "fill 10000", "fill 1000"             time per compound when every compound of a database is filled
-//   "fill collection"                     the same for the larger one, when the compounds are those of a collection
-//   "Init in a new thread", "read index"  a thread's first Init, and the bytes of the index file through stdio
-class Databases {
- public:
-  Databases();   // throws std::runtime_error when they cannot be written
-  ~Databases();  // to be ended after the last benchmark run
-  void addBenchmarks();
+// database.cpp: databases of compounds as large as usual, in a temporary directory, and comparisons over them, of those
+// whose names are wanted:
+//   "Init"                   one compound, and the bytes of its data record through stdio
+//   "fill 10000"             time per compound when all of 10,000 are filled, and all of 1,000
+//   "fill collection"        the same for 10,000, when the compounds are those of a collection and when not
+//   "first Init"             with no other object alive, and the bytes of the index file through stdio
+//   "Init in a new thread"   its first one, and the next one of a thread that has filled others
+//   "GetVelIDs"              by a name, and the bytes of both files through stdio
+//   "threads' memory"        when 16 threads each have filled a compound, and when one has
+std::vector<Comparison> compareDatabases(const std::function<bool(const std::string&)>& wanted);
 
- private:
-  struct Files;
-  std::unique_ptr<Files> files_;
-};
+// start.cpp: prints how long a program takes to its first value from a database, with its parts, when it runs for the
+// first and for the tenth time.
+void printStarts(const std::filesystem::path& program, const std::filesystem::path& database);
 
 // collection.cpp: "get Compound" and "GetBasicCompound" with the release of what they give, both also "of a view" and
 // "empty"; "add and release slots" and "move an entry", and the "memmove of the" slots or entries that they consist of.

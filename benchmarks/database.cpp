@@ -7,7 +7,9 @@
 #include <future>
 #include <memory>
 #include <numeric>
+#include <optional>
 #include <random>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -75,17 +77,12 @@ Database writeDatabase(const std::filesystem::path& directory, std::int32_t coun
   return written;
 }
 
-void fill(IBasicCompound* compound, BSTR directory, INT number) {
-  if (ComPtr<ICompoundInitFromVelDB>::from(compound)->Init(directory, number) != S_OK)
+void fill(ICompoundInitFromVelDB* compound, BSTR directory, INT number) {
+  if (compound->Init(directory, number) != S_OK)
     throw std::runtime_error("compound " + std::to_string(number) + " cannot be filled");
 }
-
-// Fills a compound twice, with so much time between that the thread's catalogue needs no further proof.
-void warmUp(const Database& database) {
-  const auto compound = newCompound();
-  fill(compound.get(), database.directory.get(), 1);
-  std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  fill(compound.get(), database.directory.get(), 1);
+void fill(IBasicCompound* compound, BSTR directory, INT number) {
+  fill(ComPtr<ICompoundInitFromVelDB>::from(compound).get(), directory, number);
 }
 
 // Opens a file, reads from an offset and closes it, as plainly as the C library can.
@@ -98,27 +95,44 @@ void readBytes(const std::string& path, std::uint64_t offset, std::span<std::byt
   if (!complete) throw std::runtime_error("cannot read " + path);
 }
 
-void initBenchmark(benchmark::State& state, const Database& database) {
-  warmUp(database);
-  const auto compound = newCompound();
-  const auto loader = ComPtr<ICompoundInitFromVelDB>::from(compound.get());
-  std::size_t i = 0;
-  HRESULT worst = S_OK;
-  for (auto _ : state) {
-    worst |= loader->Init(database.directory.get(), database.numbers[i++ % database.numbers.size()]);
-  }
-  if (worst != S_OK) throw std::runtime_error("not every compound can be filled");
+// The processor's time for a call, in nanoseconds.
+template <class Call>
+double timeOf(Call&& call) {
+  const double start = processorTime();
+  call();
+  return (processorTime() - start) * 1e9;
 }
 
-void readRecordBenchmark(benchmark::State& state, const Database& database) {
+// What a call returns in a thread of its own, which has opened nothing before.
+template <class Call>
+auto inNewThread(Call&& call) {
+  return std::async(std::launch::async, std::forward<Call>(call)).get();
+}
+
+// Filling one compound again and again, held against reading the bytes of the data records.
+Pair initPair(const Database& database) {
+  constexpr std::size_t kCompounds = 500;
+  const auto compound = newCompound();
+  const auto loader = ComPtr<ICompoundInitFromVelDB>::from(compound.get());
   const auto catalogue = openCatalogue(viewOf(database.directory.get()));
   std::vector<std::byte> buffer(catalogue->recordBytes());
   std::vector<std::uint64_t> offsets;
-  for (const INT number : database.numbers) {
+  for (const INT number : database.numbers)
     offsets.push_back((static_cast<std::uint64_t>(catalogue->dataRecordOf(number).value()) + 1) * kRecordLength);
-  }
-  std::size_t i = 0;
-  for (auto _ : state) readBytes(database.dataPath, offsets[i++ % offsets.size()], buffer);
+  std::size_t next = 0;
+  const auto timeOfEach = [&](const auto& call) {
+    return timeOf([&] {
+             for (std::size_t i = 0; i < kCompounds; ++i) call((next + i) % offsets.size());
+           }) /
+           kCompounds;
+  };
+  return inTurns(
+      101,
+      [&] {
+        next += kCompounds;
+        return timeOfEach([&](std::size_t i) { fill(loader.get(), database.directory.get(), database.numbers[i]); });
+      },
+      [&] { return timeOfEach([&](std::size_t i) { readBytes(database.dataPath, offsets[i], buffer); }); });
 }
 
 // Where compounds live side by side until all are filled.
@@ -131,73 +145,152 @@ struct InCollection {
   void add(const ComPtr<IBasicCompound>& compound) { check(compounds->AddCompound(compound.get())); }
 };
 
-// Time per compound.
+// Time per compound when every compound of a database is filled so many times.
 template <class Store>
-void fillBenchmark(benchmark::State& state, const Database& database) {
-  warmUp(database);
-  for (auto _ : state) {
+double fillAll(const Database& database, int times = 1) {
+  double time = 0.0;
+  for (int i = 0; i < times; ++i) {
     Store store;
-    const auto start = processorTime();
-    for (const INT number : database.numbers) {
-      auto compound = newCompound();
-      fill(compound.get(), database.directory.get(), number);
-      store.add(std::move(compound));
-    }
-    const double elapsed = processorTime() - start;
-    state.SetIterationTime(elapsed / static_cast<double>(database.numbers.size()));
+    time += timeOf([&] {
+      for (const INT number : database.numbers) {
+        auto compound = newCompound();
+        fill(compound.get(), database.directory.get(), number);
+        store.add(std::move(compound));
+      }
+    });
   }
+  return time / (times * static_cast<double>(database.numbers.size()));
 }
 
-// Times a function in a thread of its own, which has read nothing before.
-void inNewThread(benchmark::State& state, const std::function<void()>& function) {
-  for (auto _ : state) {
-    const double elapsed = std::async(std::launch::async, [&function] {
-                             const auto start = processorTime();
-                             function();
-                             return processorTime() - start;
-                           }).get();
-    state.SetIterationTime(elapsed);
-  }
+// The first filling in a process, which reads the index, held against reading its bytes.
+Pair firstInitPair(const Database& database) {
+  return inTurns(
+      31,
+      [&] {
+        return inNewThread([&] {
+          const auto compound = newCompound();
+          return timeOf([&] { fill(compound.get(), database.directory.get(), 1); });
+        });
+      },
+      [&] {
+        return inNewThread([&] {
+          return timeOf([&] {
+            const auto size = static_cast<std::size_t>(std::filesystem::file_size(database.indexPath));
+            const auto buffer = std::make_unique_for_overwrite<std::byte[]>(size);
+            readBytes(database.indexPath, 0, {buffer.get(), size});
+            benchmark::DoNotOptimize(buffer.get());
+          });
+        });
+      });
 }
+
+// The first filling in a thread, held against the next one in a thread that has filled others.
+Pair secondThreadPair(const Database& database) {
+  std::size_t next = 0;
+  const auto fillNext = [&] {
+    const auto compound = newCompound();
+    const INT number = database.numbers[next++ % database.numbers.size()];
+    return timeOf([&] { fill(compound.get(), database.directory.get(), number); });
+  };
+  const auto used = newCompound();
+  fill(used.get(), database.directory.get(), 1);
+  return inTurns(
+      501, [&] { return inNewThread(fillNext); }, fillNext);
+}
+
+// A query by name, held against reading both files once.
+Pair queryPair(const Database& database) {
+  const auto query = ComPtr<IQueryLoader>::from(newCollection().get());
+  const Bstr field(OLESTR("PName")), name(OLESTR("compound 4711"));
+  std::vector<std::byte> buffer(std::size_t{1} << 18);
+  return inTurns(
+      15,
+      [&] {
+        ComPtr<IIntegerArrayDisp> numbers;
+        const double time =
+            timeOf([&] { check(query->GetVelIDs(database.directory.get(), field.get(), name.get(), numbers.out())); });
+        LONG number = 0;
+        if (!numbers || numbers->get_IthValue(0, &number) != S_OK || number != 4711)
+          throw std::runtime_error("a compound is not found by its name");
+        return time;
+      },
+      [&] {
+        return timeOf([&] {
+          for (const std::string& path : {database.indexPath, database.dataPath}) {
+            const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
+            if (!file) throw std::runtime_error("cannot open " + path);
+            while (std::fread(buffer.data(), 1, buffer.size(), file.get()) == buffer.size()) benchmark::ClobberMemory();
+          }
+        });
+      });
+}
+
+// Bytes that the process holds more while so many threads each have filled a compound that they keep.
+std::size_t bytesOfThreads(const Database& database, std::size_t count) {
+  const heap::Count counted;
+  std::promise<void> end;
+  const std::shared_future<void> ended = end.get_future();
+  std::vector<std::thread> threads;
+  // One after the other, since one at a time is counted.
+  for (std::size_t i = 0; i < count; ++i) {
+    std::promise<void> filled;
+    threads.emplace_back([&] {
+      const auto compound = newCompound();
+      fill(compound.get(), database.directory.get(), database.numbers[i]);
+      filled.set_value();
+      ended.wait();
+    });
+    filled.get_future().get();
+  }
+  const std::size_t bytes = counted.bytes();
+  end.set_value();
+  for (std::thread& thread : threads) thread.join();
+  return bytes;
+}
+
+struct Files {
+  test::TemporaryDirectory directory;
+  Database small = writeDatabase(directory.path() / "small", 1'000);
+  Database large = writeDatabase(directory.path() / "large", 10'000);
+  Database largest = writeDatabase(directory.path() / "largest", 100'000);
+};
 
 }  // namespace
 
-struct Databases::Files {
-  test::TemporaryDirectory directory;
-  Database large = writeDatabase(directory.path() / "large", 10'000);
-  Database small = writeDatabase(directory.path() / "small", 1'000);
-};
-
-Databases::Databases() : files_(std::make_unique<Files>()) {}
-Databases::~Databases() = default;
-
-void Databases::addBenchmarks() {
-  const Database& large = files_->large;
-  const Database& small = files_->small;
-  using benchmark::RegisterBenchmark;
-  RegisterBenchmark("Init", [&large](benchmark::State& state) { initBenchmark(state, large); });
-  RegisterBenchmark("read record", [&large](benchmark::State& state) { readRecordBenchmark(state, large); });
-  RegisterBenchmark("fill 10000", [&large](benchmark::State& state) { fillBenchmark<InVector>(state, large); })
-      ->UseManualTime()
-      ->Iterations(2);
-  RegisterBenchmark("fill collection", [&large](benchmark::State& state) { fillBenchmark<InCollection>(state, large); })
-      ->UseManualTime()
-      ->Iterations(2);
-  RegisterBenchmark("fill 1000", [&small](benchmark::State& state) { fillBenchmark<InVector>(state, small); })
-      ->UseManualTime()
-      ->Iterations(20);
-  RegisterBenchmark("Init in a new thread", [&large](benchmark::State& state) {
-    const auto compound = newCompound();
-    inNewThread(state, [&] { fill(compound.get(), large.directory.get(), 1); });
-  })->UseManualTime();
-  RegisterBenchmark("read index", [&large](benchmark::State& state) {
-    inNewThread(state, [&] {
-      const auto size = static_cast<std::size_t>(std::filesystem::file_size(large.indexPath));
-      const auto buffer = std::make_unique_for_overwrite<std::byte[]>(size);
-      readBytes(large.indexPath, 0, {buffer.get(), size});
-      benchmark::DoNotOptimize(buffer.get());
-    });
-  })->UseManualTime();
+std::vector<Comparison> compareDatabases(const std::function<bool(const std::string&)>& wanted) {
+  std::optional<Files> files;
+  std::vector<Comparison> made;
+  const auto add = [&](const char* name, const char* title, double bound, const std::function<Pair()>& pair,
+                       const char* unit = "ns") {
+    if (!wanted(name)) return;
+    if (!files) {
+      files.emplace();
+      // Later files are younger than the time for which they would be read twice.
+      std::this_thread::sleep_for(std::chrono::seconds(3));
+    }
+    made.push_back({title, pair(), bound, unit});
+  };
+  add("Init", "Init from 10,000 compounds / reading its record", 2.2, [&] { return initPair(files->large); });
+  add("fill 10000", "filling one of 10,000 / one of 1,000", 1.2, [&] {
+    return inTurns(
+        15, [&] { return fillAll<InVector>(files->large); }, [&] { return fillAll<InVector>(files->small, 10); });
+  });
+  add("fill collection", "filling a collection / one compound after another", 1.1, [&] {
+    return inTurns(
+        15, [&] { return fillAll<InCollection>(files->large); }, [&] { return fillAll<InVector>(files->large); });
+  });
+  add("first Init", "first Init of a process / reading the index", 5.0, [&] { return firstInitPair(files->large); });
+  add("Init in a new thread", "first Init of a second thread / next of the first", 2.0,
+      [&] { return secondThreadPair(files->largest); });
+  add("GetVelIDs", "GetVelIDs over 100,000 / reading both files once", 3.0, [&] { return queryPair(files->largest); });
+  add(
+      "threads' memory", "memory of 16 threads over 100,000 / of one", 1.1,
+      [&] {
+        const auto one = static_cast<double>(bytesOfThreads(files->largest, 1));
+        return Pair{static_cast<double>(bytesOfThreads(files->largest, 16)), one};
+      },
+      "B");
+  return made;
 }
 
 std::size_t bytesOfEmptyCompound() {
@@ -209,6 +302,7 @@ std::size_t bytesOfEmptyCompound() {
 
 std::size_t bytesOfLargestCompound(const std::filesystem::path& database) {
   const Bstr directory(database.string<OLECHAR>());
+  const auto keepsCatalogue = newCompound();
   const auto catalogue = openCatalogue(viewOf(directory.get()));
   std::size_t largest = 0;
   for (std::size_t i = 0; i < catalogue->indexRecordCount(); ++i) {

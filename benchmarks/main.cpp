@@ -7,6 +7,8 @@
 #include <iomanip>
 #include <iostream>
 #include <map>
+#include <optional>
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -31,10 +33,6 @@ struct Target {
 };
 
 const Target kTargets[] = {
-    {"Init from 10,000 compounds / reading its record", "Init", "read record", 3.0},
-    {"filling one of 10,000 / one of 1,000", "fill 10000", "fill 1000", 1.2},
-    {"filling a collection / one compound after another", "fill collection", "fill 10000", 1.1},
-    {"first Init of a thread / reading the index", "Init in a new thread", "read index", 5.0},
     {"get Compound, over an empty call", "get Compound", "empty get Compound", 1.0, 10.0},
     {"get Compound of a view, over a list's", "get Compound of a view", "get Compound", 1.0, 10.0},
     {"GetBasicCompound, over an empty call", "GetBasicCompound", "empty GetBasicCompound", 1.0, 10.0},
@@ -67,10 +65,10 @@ class Medians final : public benchmark::BenchmarkReporter {
     }
   }
 
-  double of(const std::string& name) const {
+  // Nothing when the caller's options left it out.
+  std::optional<double> of(const std::string& name) const {
     const auto found = nanoseconds_.find(name);
-    if (found == nanoseconds_.end()) throw std::runtime_error("benchmark " + name + " was not run");
-    return found->second;
+    return found == nanoseconds_.end() ? std::nullopt : std::optional(found->second);
   }
 
  private:
@@ -87,13 +85,19 @@ class Medians final : public benchmark::BenchmarkReporter {
 class Lines {
  public:
   void print(const Target& target, const Medians& medians) {
-    const double subject = medians.of(target.subject);
-    const double yardstick = medians.of(target.yardstick);
-    if (target.extra > 0.0)
-      print(target.title, subject - target.factor * yardstick, target.extra, "ns", 2);
-    else
-      print(target.title, subject / yardstick, target.factor, "x ", 2);
-    std::cout << "   (" << std::setprecision(1) << subject << " and " << yardstick << " ns)\n";
+    const auto subject = medians.of(target.subject);
+    const auto yardstick = medians.of(target.yardstick);
+    if (!subject || !yardstick) return;
+    if (target.extra > 0.0) {
+      print(target.title, *subject - target.factor * *yardstick, target.extra, "ns", 2);
+      printBoth({*subject, *yardstick}, "ns");
+    } else {
+      print({target.title, {*subject, *yardstick}, target.factor, "ns"});
+    }
+  }
+  void print(const Comparison& comparison) {
+    print(comparison.title, comparison.pair.ratio(), comparison.bound, "x ", 2);
+    printBoth(comparison.pair, comparison.unit);
   }
   void printCount(const std::string& title, std::size_t measured, std::size_t bound, const std::string& unit) {
     print(title, static_cast<double>(measured), static_cast<double>(bound), unit, 0);
@@ -108,10 +112,20 @@ class Lines {
     shortCount_ += !printLine(title, measured, bound, unit, digits);
   }
 
+  static void printBoth(const Pair& pair, const std::string& unit) {
+    std::cout << "   (" << std::setprecision(1) << pair.subject << " and " << pair.yardstick << ' ' << unit << ")\n";
+  }
+
   int shortCount_ = 0;
 };
 
-void measure(const std::string& database) {
+// Whether the caller's options choose what has a name.
+bool wanted(const std::string& name) {
+  const std::string filter = benchmark::GetBenchmarkFilter();
+  return filter.empty() || filter == "all" || std::regex_search(name, std::regex(filter));
+}
+
+void measure(const std::filesystem::path& program, const std::string& database) {
   host::LoadedModule containers("qscontainers"), hostKit("qshostkit");
   containers.registerClass(__uuidof(::COQSCompound));
   containers.registerClass(__uuidof(::COQSCompoundCollection));
@@ -124,8 +138,6 @@ void measure(const std::string& database) {
   const std::size_t emptyBytes = bytesOfEmptyCompound();
   const std::size_t largestBytes = bytesOfLargestCompound(database);
 
-  Databases databases;
-  databases.addBenchmarks();
   addCollections();
   addPhases();
   addXml(database);
@@ -134,8 +146,10 @@ void measure(const std::string& database) {
   benchmark::ClearRegisteredBenchmarks();
 
   Lines lines;
-  lines.add(measureGetters({{{"DIPPR101", 2.3}, {"DIPPR106", 2.1}, {"DIPPR107", 1.4}}}));
+  if (wanted("getters")) lines.add(measureGetters({{{"DIPPR101", 2.3}, {"DIPPR106", 2.1}, {"DIPPR107", 1.4}}}));
   for (const Target& target : kTargets) lines.print(target, medians);
+  for (const Comparison& comparison : compareDatabases(wanted)) lines.print(comparison);
+  printStarts(program.parent_path() / "qs_first_value", database);
   lines.printCount("memory of an empty compound", emptyBytes, 2048, "B ");
   lines.printCount("memory of the bundled database's largest compound", largestBytes, 16384, "B ");
   lines.printCount("allocations of another ResetCollection", blocksOfReset(), 0, "  ");
@@ -180,7 +194,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    qs::bench::measure(pointers[1]);
+    qs::bench::measure(pointers[0], pointers[1]);
   } catch (const std::exception& error) {
     std::cerr << "qs_bench: " << error.what() << "\n";
     return 1;

@@ -50,8 +50,10 @@ class RecordReceiver final : public database::RecordSink {
   void groups(const database::Field& field, std::span<const database::GroupCount> values) override {
     if (!field.groups) return;
     content_.identity.groupCount = static_cast<INT>(values.size());
-    content_.identity.groupTypes.clear();
-    content_.identity.groupCounts.clear();
+    for (auto* numbers : {&content_.identity.groupTypes, &content_.identity.groupCounts}) {
+      numbers->clear();
+      numbers->reserve(values.size());
+    }
     for (const auto& [type, count] : values) {
       content_.identity.groupTypes.push_back(type);
       content_.identity.groupCounts.push_back(count);
@@ -112,7 +114,8 @@ class RecordReceiver final : public database::RecordSink {
 
 HRESULT COQSCompound::Init(BSTR directory, INT number) noexcept {
   return guarded([&] {
-    const CompoundContent old = std::exchange(content_, CompoundContent());
+    const CompoundContent old = std::move(content_);
+    content_.identity = Identity();
     content_.identity.velcorinId = number;
     content_.identity.compoundIndex = number;
 
@@ -129,10 +132,15 @@ HRESULT COQSCompound::Init(BSTR directory, INT number) noexcept {
       content_.properties.set(Key::COSTALDACEN, newPoint(nameOf(Key::COSTALDACEN), acentric));
     }
 
+    const auto found = catalogue.synonymsOf(number);
+    std::vector<Bstr>& synonyms = content_.identity.synonyms;
+    synonyms.reserve(std::min(found.size(), kMostSynonyms));
     content_.identity.synonymCount = 0;
-    for (const database::Synonym& synonym : catalogue.synonymsOf(number)) {
-      const Bstr text(catalogue.synonymText(synonym));
-      if (content_.identity.putSynonym(content_.identity.synonymCount, text.get()) != S_OK) break;
+    for (const database::Synonym& synonym : found) {
+      Bstr text(catalogue.synonymText(synonym));
+      if (synonyms.size() == kMostSynonyms) break;
+      synonyms.push_back(std::move(text));
+      ++content_.identity.synonymCount;
     }
     return S_OK;
   });

@@ -208,8 +208,10 @@ HRESULT readRecord(const Database& database, LONG dataRecord, RecordSink& sink) 
   const Catalogue& catalogue = *database.catalogue;
   const auto extent = locate(header, file.stamp().size, dataRecord, 0, catalogue.recordBytes());
   if (!extent) return E_FAIL;
-  const auto buffer = std::make_unique_for_overwrite<std::byte[]>(extent->length);
-  const std::span bytes(buffer.get(), extent->length);
+  std::array<std::byte, 4096> usual;
+  std::unique_ptr<std::byte[]> larger;
+  if (extent->length > usual.size()) larger = std::make_unique_for_overwrite<std::byte[]>(extent->length);
+  const std::span bytes(larger ? larger.get() : usual.data(), extent->length);
   const auto got = file.readAt(extent->offset, bytes);
   if (!got) return E_FAIL;
   return Decoder(bytes.first(*got), header.version, sink).decode(catalogue.fields());
