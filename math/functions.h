@@ -47,6 +47,10 @@ struct Lanes<double> {
     high = entry.high;
     low = entry.low;
   }
+  // Of the number with these bits.
+  QS_INLINE static double exponentOf(Bits bits) {
+    return __builtin_bit_cast(double, (bits >> 52) | bitsOf(0x1p52)) - (0x1p52 + 1023.0);
+  }
   QS_INLINE static double cubeRootOf(Bits power) { return kCubeRootOf[power]; }  // of 2^power, from 0 to 2
 
   // The function of each lane.
@@ -150,8 +154,8 @@ template <class V>
 QS_INLINE LogParts<V> reduceLog(V x) {
   constexpr std::uint64_t kOne = bitsOf(1.0);
   const Bits<V> t = toBits(x) + (kOne - bitsOf(0.68));
-  const V z = fromBits<V>(toBits(x) - (t & kExponentBits) + kOne);
-  const V k = fromBits<V>((t >> 52) | bitsOf(0x1p52)) - (0x1p52 + 1023.0);
+  const V z = fromBits<V>((t & ~kExponentBits) + bitsOf(0.68));
+  const V k = Lanes<V>::exponentOf(t);
   const V shifted = z + kToWhole / 32.0;
   LogParts<V> parts;
   parts.c = shifted - kToWhole / 32.0;
@@ -349,6 +353,8 @@ QS_INLINE V cbrt(V x) {
   const V root = t + t * ((quotient - t) / (t + t + quotient));
   return fromBits<V>((toBits(root) + ((third - 341) << 52)) | (bits & kSignBit));
 }
+
+QS_INLINE double atMost(double x, double limit) { return x > limit ? limit : x; }
 
 // x^(1/3) as the cube root, which is as exact; NaN for a negative number and 0 for -0, as a power has it.
 template <class V>

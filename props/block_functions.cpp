@@ -12,10 +12,10 @@ namespace qs {
 namespace form {
 namespace {
 
-using math::kLanes, math::load, math::store, math::Vector;
+using math::hasLane, math::kLanes, math::load, math::store, math::Vector;
 static_assert(kBlockStep % kLanes == 0);
 
-// A form with the same coefficients for all, or with a block of each.
+// A form with the same coefficients for all, or with a block of each. The usual exponent has a loop of its own.
 template <class Form, class Coefficients = std::make_index_sequence<Form::kCoefficients>>
 struct Evaluation;
 
@@ -23,7 +23,12 @@ template <class Form, std::size_t... i>
 struct Evaluation<Form, std::index_sequence<i...>> {
   static void of(double* x, std::size_t count, const double* coefficients, int whole) {
     const double constants[] = {coefficients[i]...};  // which the results cannot overlap
-    for (std::size_t at = 0; at < count; at += kLanes) store(x + at, Form::value(load(x + at), constants[i]..., whole));
+    if (Form::kHasExponent && whole == 2) {
+      for (std::size_t at = 0; at < count; at += kLanes) store(x + at, Form::value(load(x + at), constants[i]..., 2));
+    } else {
+      for (std::size_t at = 0; at < count; at += kLanes)
+        store(x + at, Form::value(load(x + at), constants[i]..., whole));
+    }
   }
   static void ofMany(double* x, std::size_t count, const Block* coefficients, int whole) {
     for (std::size_t at = 0; at < count; at += kLanes)
@@ -37,12 +42,9 @@ void raise(double* x, std::size_t count, double exponent) {
 }
 
 bool hasEmptyValue(const double* values, std::size_t count) {
-  math::VectorBits found{};
-  for (std::size_t at = 0; at < count; at += kLanes)
-    found |= __builtin_bit_cast(math::VectorBits, load(values + at) == math::broadcast(kEmptyValue));
-  for (int lane = 0; lane < kLanes; ++lane)
-    if (found[lane]) return true;
-  return false;
+  bool found = false;
+  for (std::size_t at = 0; at < count; at += kLanes) found |= hasLane(load(values + at), kEmptyValue);
+  return found;
 }
 
 bool forward(double* values, std::size_t count, [[maybe_unused]] double P, const Transformation& t) {

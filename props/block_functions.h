@@ -10,7 +10,7 @@
 namespace qs {
 
 inline constexpr std::size_t kBlockLength = 256;
-inline constexpr std::size_t kBlockStep = 8;  // lanes of the widest vector
+inline constexpr std::size_t kBlockStep = 16;  // lanes of the widest vector
 
 struct alignas(64) Block {
   double values[kBlockLength];

@@ -32,19 +32,19 @@ double valueOf(const CQSAbstractProp& property, double T, double P) {
   return value;
 }
 
-// Whether the form's functions give the equation's values at these temperatures: not where VELDB5 extrapolates, nor
-// without a form or the constants of a transformation.
-bool isPlain(const Equation& equation, double lowest, double highest) {
+// Whether the form's functions give the equation's values: not where VELDB5 extrapolates, nor without a form or the
+// constants of a transformation.
+bool isPlain(const Equation& equation, std::span<const double> temperatures) {
   if (equation.form.shape == PropCurveVoid || equation.x().lacksConstants() || equation.y().lacksConstants())
     return false;
-  return equation.form.shape != PropCurveVELDB5 || (equation.tMin <= lowest && highest <= equation.tMax);
+  const auto within = [&](double T) { return equation.tMin <= T && T <= equation.tMax; };
+  return equation.form.shape != PropCurveVELDB5 || std::ranges::all_of(temperatures, within);
 }
 
 // At most a block of temperatures. False when the values are to be had one by one only.
 bool evaluateBlock(const Equation& equation, std::span<const double> temperatures, double P, double* values,
                    const BlockFunctions& functions) {
-  const auto [lowest, highest] = std::ranges::minmax(temperatures);
-  if (!isPlain(equation, lowest, highest)) return false;
+  if (!isPlain(equation, temperatures)) return false;
   Block block;
   std::ranges::copy(temperatures, block.values);
   const std::size_t count = block.pad(temperatures.size());
@@ -65,7 +65,7 @@ bool evaluateTogether(std::span<const Equation* const> equations, double T, doub
   Block columns[kMostCoefficients];
   for (std::size_t i = 0; i < equations.size(); ++i) {
     block.values[i] = T;
-    if (!isPlain(*equations[i], T, T) || !transformForward(equations[i]->x(), P, &block.values[i])) return false;
+    if (!isPlain(*equations[i], {&T, 1}) || !transformForward(equations[i]->x(), P, &block.values[i])) return false;
     for (std::size_t c = 0; c < coefficients; ++c) columns[c].values[i] = equations[i]->coefficients[c];
   }
   for (std::size_t c = 0; c < coefficients; ++c) columns[c].pad(equations.size());

@@ -9,8 +9,8 @@
 
 namespace qs::form {
 
-using math::acos, math::asin, math::atan, math::cos, math::cosh, math::exp, math::log, math::log10, math::pow;
-using math::powOneThird, math::sin, math::sinh, math::tan;
+using math::acos, math::asin, math::atan, math::atMost, math::cos, math::cosh, math::exp, math::log, math::log10;
+using math::pow, math::powOneThird, math::sin, math::sinh, math::tan;
 
 // A correctly rounded operation of every processor.
 QS_INLINE double sqrt(double x) { return __builtin_sqrt(x); }
@@ -55,12 +55,6 @@ QS_INLINE Real pow(Real x, Exponent exponent, int whole) {
   }
 }
 
-template <class Real>
-QS_INLINE Real atMost(Real x, double limit) {
-  const Real most = Real{} + limit;
-  return x > most ? most : x;
-}
-
 // The molar gas constant as the forms that use it were fitted, J/(mol K).
 inline constexpr double kR = 8.314;
 
@@ -83,6 +77,7 @@ QS_INLINE Real exponentOfVELDB5(Real X, Coefficient A, Coefficient B, Coefficien
   struct name {                                                                                  \
     static constexpr std::size_t kNumber = number;                                               \
     static constexpr std::size_t kCoefficients = coefficients;                                   \
+    static constexpr bool kHasExponent = letter::exponent >= 0;                                  \
     template <class Real, class Coefficient>                                                     \
     QS_INLINE static Real value(Real X, QS_LETTERS_##coefficients, [[maybe_unused]] int whole) { \
       __VA_ARGS__                                                                                \
