@@ -26,7 +26,9 @@ class Bstr {
     std::swap(text_, other.text_);
     return *this;
   }
-  ~Bstr() { SysFreeString(text_); }
+  ~Bstr() {
+    if (text_) SysFreeString(text_);
+  }
 
   // Takes over a string that a function returned.
   static Bstr adopt(BSTR text) {

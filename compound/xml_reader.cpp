@@ -57,7 +57,7 @@ HRESULT CompoundXmlReader::startElement(WideView name, TaggedAttributes* attribu
     return S_FALSE;
   }
   const auto element = std::find_if(std::begin(kElements), std::end(kElements),
-                                    [name](const Element& known) { return known.name == name; });
+                                    [name](const Element& known) { return same(known.name, name); });
   const bool atHome =
       element != std::end(kElements) && (element->home & place_) != 0 && (!element->version1Only || version_ < 2);
   if (!atHome) return skip(name);
@@ -74,8 +74,9 @@ bool CompoundXmlReader::endElement(WideView name) {
     return false;
   }
   if (name == kCompound) return true;
-  for (const Element& element : kElements) {
-    if (element.inside != place_ || element.name != name) continue;
+  const auto opened = std::find_if(std::begin(kElements), std::end(kElements),
+                                   [this](const Element& known) { return known.inside == place_; });
+  if (opened != std::end(kElements) && same(opened->name, name)) {
     place_ = InCompound;
     pending_.reset();
   }

@@ -34,6 +34,7 @@ HRESULT AttributeSet::AddMultiple(VARIANT attributes) noexcept {
     for (std::size_t i = 0; i < locked.extent(1); ++i)
       texts.push_back(type == VT_BSTR ? WideString(viewOf(*static_cast<BSTR*>(locked.element(i))))
                                       : textOf(*static_cast<VARIANT*>(locked.element(i))));
+    own();
     // Once there is room nothing can fail.
     attributes_.reserve(attributes_.size() + texts.size() / 2);
     for (std::size_t i = 0; i < texts.size(); i += 2) add(std::move(texts[i]), std::move(texts[i + 1]));
@@ -44,6 +45,7 @@ HRESULT AttributeSet::AddMultiple(VARIANT attributes) noexcept {
 HRESULT AttributeSet::GetMultiple(VARIANT* attributes) noexcept {
   if (!attributes) return E_POINTER;
   VariantInit(attributes);
+  if (const HRESULT owned = guarded([&] { return own(), S_OK; }); FAILED(owned)) return owned;
   SAFEARRAY* array = SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(2 * attributes_.size()));
   if (!array) return E_OUTOFMEMORY;
   const HRESULT filled = guarded([&] {

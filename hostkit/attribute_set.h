@@ -24,10 +24,19 @@ class AttributeSet final : public Coclass<AttributeSet, TaggedAttributes> {
   STDMETHODIMP AddMultiple(VARIANT attributes) noexcept override;
   STDMETHODIMP GetMultiple(VARIANT* attributes) noexcept override;
 
-  void clear() { attributes_.clear(); }
+  void clear() {
+    shown_ = nullptr;
+    attributes_.clear();
+  }
   void add(WideString tag, WideString value) { attributes_.emplace_back(std::move(tag), std::move(value)); }
 
+  // Makes an empty set show what a parser holds: tags and values in turn up to a null. Nothing is widened but what is
+  // asked for. Before the parser goes on, the set must be cleared or own them.
+  void show(const char* const* attributes) { shown_ = attributes; }
+  void own();
+
  private:
+  const char* const* shown_ = nullptr;
   std::vector<std::pair<WideString, WideString>> attributes_;
 };
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/input_file.h"
+#include "platform/unit_block.h"
 #include "xml/character.h"
 
 namespace qs::hostkit {
@@ -16,9 +17,16 @@ WideView withoutBlanks(WideView text) {
   return text;
 }
 
+// The characters that most texts have are examined a block at a time.
 bool holdsCharactersAlone(WideView text) {
-  for (std::size_t i = 0; i < text.size(); ++i)
-    if (!isXmlCharacter(text, i)) return false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    while (i + kBlockUnits <= text.size()) {
+      const WideBlock block = blockAt(text.data() + i);
+      if (any(((block < 0x20) | (block >= 0xD800)) & (block != '\n'))) break;
+      i += kBlockUnits;
+    }
+    if (i < text.size() && !isXmlCharacter(text, i)) return false;
+  }
   return true;
 }
 
@@ -59,73 +67,11 @@ std::vector<std::byte> contentOf(const WideString& path) {
 
 }  // namespace
 
-template <class Make>
-HRESULT EventFeed::make(Make&& event) noexcept {
-  if (SUCCEEDED(result_))
-    if (const HRESULT made = guarded(std::forward<Make>(event)); FAILED(made)) result_ = made;
-  return result_;
-}
-
-template <class Call>
-HRESULT EventFeed::hand(Call&& call) {
-  const HRESULT answer = guarded(std::forward<Call>(call));
-  refused_ = FAILED(answer);
-  return answer;
-}
-
-// The set of the element that starts next: the last one emptied, unless the client has kept it.
-AttributeSet& EventFeed::attributes() {
-  if (!collecting_) {
-    const bool mine = attributes_ && (attributes_->AddRef(), attributes_->Release()) == 1;
-    if (!mine) attributes_ = AttributeSet::make<TaggedAttributes>();
-    static_cast<AttributeSet*>(attributes_.get())->clear();
-    collecting_ = true;
-  }
-  return *static_cast<AttributeSet*>(attributes_.get());
-}
-
-HRESULT EventFeed::attribute(WideView name, WideView value) noexcept {
-  return make([&] {
-    attributes().add(WideString(name), WideString(value));
-    return S_OK;
-  });
-}
-
-HRESULT EventFeed::startElement(WideView name) noexcept {
-  return make([&] {
-    AttributeSet& all = attributes();
-    collecting_ = false;
-    const Bstr tag(name);
-    return hand([&] { return client_.StartElement(tag.get(), &all); });
-  });
-}
-
-HRESULT EventFeed::endElement(WideView name) noexcept {
-  return make([&] {
-    const Bstr tag(name);
-    return hand([&] { return client_.EndElement(tag.get()); });
-  });
-}
-
-HRESULT EventFeed::text(WideView characters) noexcept {
-  return make([&] {
-    const Bstr data(characters);
-    return hand([&] { return client_.CharacterData(data.get()); });
-  });
-}
-
-HRESULT EventFeed::comment() noexcept {
-  return make([&] { return hand([&] { return client_.Comment(); }); });
-}
-
-HRESULT EventFeed::instruction(WideView target, WideView text) noexcept {
-  return make([&] {
-    AttributeSet& all = attributes();
-    all.add(WideString(target), WideString(text));
-    collecting_ = false;
-    const Bstr tag(target);
-    return hand([&] { return client_.ProcessElement(tag.get(), &all); });
-  });
+void EventFeed::release(AttributeSet& all) {
+  const bool mine = (all.AddRef(), all.Release()) == 1;
+  if (mine) return all.clear();
+  const auto kept = std::exchange(attributes_, ComPtr<TaggedAttributes>());
+  all.own();
 }
 
 HRESULT XmlParser::ParseText(BSTR text, IDispatch* client) noexcept {

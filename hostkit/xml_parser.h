@@ -1,6 +1,8 @@
 // Parses an XML text or file and calls an XMLParserClient for each event, in the order of the text.
 #pragma once
 
+#include <climits>
+#include <cstring>
 #include <span>
 
 #include "com/com_ptr.h"
@@ -8,7 +10,29 @@
 
 namespace qs::hostkit {
 
-// Passes events to a client, up to the first call that fails.
+// A text for a call that only reads it, in memory that the next text uses again.
+class EventText {
+ public:
+  template <class Text>
+  BSTR hold(Text text) {
+    if (text.size() > kLongest) throw CQSCOMError(E_OUTOFMEMORY);
+    if (const std::size_t size = kPrefix + text.size() + 1; size > memory_.size()) memory_.resize(size);
+    OLECHAR* const start = memory_.data() + kPrefix;
+    OLECHAR* const end = writeWide(text, start);
+    *end = 0;
+    const auto bytes = static_cast<UINT>(static_cast<std::size_t>(end - start) * sizeof(OLECHAR));
+    std::memcpy(memory_.data(), &bytes, sizeof bytes);
+    return start;
+  }
+
+ private:
+  static constexpr std::size_t kLongest = UINT_MAX / sizeof(OLECHAR);
+  static constexpr std::size_t kPrefix = sizeof(UINT) / sizeof(OLECHAR);
+
+  std::vector<OLECHAR> memory_;  // as of a BSTR: the length in bytes, the text, a zero
+};
+
+// Passes events to a client, up to the first call that fails. Text is wide, or of 8 bits and widened.
 class EventFeed {
  public:
   explicit EventFeed(XMLParserClient& client) : client_(client) {}
@@ -18,26 +42,80 @@ class EventFeed {
   // Whether the client failed.
   bool isRefused() const { return refused_; }
 
-  // An attribute of the element that starts next.
-  HRESULT attribute(WideView name, WideView value) noexcept;
-  HRESULT startElement(WideView name) noexcept;
-  HRESULT endElement(WideView name) noexcept;
-  HRESULT text(WideView characters) noexcept;
-  HRESULT comment() noexcept;
+  // The attributes of the element that starts next: one after the other, or all as a parser holds them.
+  HRESULT attribute(WideView name, WideView value) noexcept {
+    return make([&] {
+      attributes().add(WideString(name), WideString(value));
+      return S_OK;
+    });
+  }
+  HRESULT attributes(const char* const* all) noexcept {
+    return make([&] {
+      attributes().show(all);
+      return S_OK;
+    });
+  }
+  template <class Text>
+  HRESULT startElement(Text name) noexcept {
+    return make([&] {
+      return handWithAttributes(
+          [&, tag = text_.hold(name)](TaggedAttributes* all) { return client_.StartElement(tag, all); });
+    });
+  }
+  template <class Text>
+  HRESULT endElement(Text name) noexcept {
+    return make([&] { return hand([&, tag = text_.hold(name)] { return client_.EndElement(tag); }); });
+  }
+  template <class Text>
+  HRESULT text(Text characters) noexcept {
+    return make([&] { return hand([&, data = text_.hold(characters)] { return client_.CharacterData(data); }); });
+  }
+  HRESULT comment() noexcept {
+    return make([&] { return hand([&] { return client_.Comment(); }); });
+  }
   // The instruction's text comes as an attribute under the target's name.
-  HRESULT instruction(WideView target, WideView text) noexcept;
+  HRESULT instruction(WideView target, WideView text) noexcept {
+    return make([&] {
+      attributes().add(WideString(target), WideString(text));
+      return handWithAttributes(
+          [&, tag = text_.hold(target)](TaggedAttributes* all) { return client_.ProcessElement(tag, all); });
+    });
+  }
 
  private:
   // Makes an event, which hands it to the client.
   template <class Make>
-  HRESULT make(Make&& event) noexcept;
+  HRESULT make(Make&& event) noexcept {
+    if (SUCCEEDED(result_))
+      if (const HRESULT made = guarded(std::forward<Make>(event)); FAILED(made)) result_ = made;
+    return result_;
+  }
   template <class Call>
-  HRESULT hand(Call&& call);
-  AttributeSet& attributes();
+  HRESULT hand(Call&& call) {
+    const HRESULT answer = guarded(std::forward<Call>(call));
+    refused_ = FAILED(answer);
+    return answer;
+  }
+
+  template <class Call>
+  HRESULT handWithAttributes(Call&& call) {
+    AttributeSet& all = attributes();
+    const HRESULT answer = hand([&] { return call(&all); });
+    release(all);
+    return answer;
+  }
+
+  // The set of the element that starts next.
+  AttributeSet& attributes() {
+    if (!attributes_) attributes_ = AttributeSet::make<TaggedAttributes>();
+    return *static_cast<AttributeSet*>(attributes_.get());
+  }
+  // Empties the set for the next element, or leaves it to a client that has kept it.
+  void release(AttributeSet& all);
 
   XMLParserClient& client_;
   ComPtr<TaggedAttributes> attributes_;
-  bool collecting_ = false;
+  EventText text_;
   HRESULT result_ = S_OK;
   bool refused_ = false;
 };

@@ -22,34 +22,31 @@ struct Parsing {
   }
 };
 
-// A conversion may run out of memory in a handler, which must not throw.
-template <class Event>
-void handle(void* user, Event&& event) {
-  Parsing& parsing = Parsing::from(user);
-  parsing.stopUnless(guarded([&] { return event(parsing.feed); }));
-}
-
 void onStart(void* user, const XML_Char* name, const XML_Char** attributes) {
-  handle(user, [&](EventFeed& feed) {
-    for (; attributes[0]; attributes += 2) feed.attribute(widen(attributes[0]), widen(attributes[1]));
-    return feed.startElement(widen(name));
-  });
+  Parsing& parsing = Parsing::from(user);
+  parsing.feed.attributes(attributes);
+  parsing.stopUnless(parsing.feed.startElement(std::string_view(name)));
 }
 
 void onEnd(void* user, const XML_Char* name) {
-  handle(user, [&](EventFeed& feed) { return feed.endElement(widen(name)); });
+  Parsing& parsing = Parsing::from(user);
+  parsing.stopUnless(parsing.feed.endElement(std::string_view(name)));
 }
 
 void onText(void* user, const XML_Char* text, int length) {
-  handle(user, [&](EventFeed& feed) { return feed.text(widen({text, static_cast<std::size_t>(length)})); });
+  Parsing& parsing = Parsing::from(user);
+  parsing.stopUnless(parsing.feed.text(std::string_view(text, static_cast<std::size_t>(length))));
 }
 
 void onComment(void* user, const XML_Char*) {
-  handle(user, [&](EventFeed& feed) { return feed.comment(); });
+  Parsing& parsing = Parsing::from(user);
+  parsing.stopUnless(parsing.feed.comment());
 }
 
 void onInstruction(void* user, const XML_Char* target, const XML_Char* text) {
-  handle(user, [&](EventFeed& feed) { return feed.instruction(widen(target), widen(text)); });
+  Parsing& parsing = Parsing::from(user);
+  // A conversion may run out of memory in a handler, which must not throw.
+  parsing.stopUnless(guarded([&] { return parsing.feed.instruction(widen(target), widen(text)); }));
 }
 
 void onDocumentType(void* user, const XML_Char*, const XML_Char*, const XML_Char*, int) {

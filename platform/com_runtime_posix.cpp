@@ -89,7 +89,7 @@ void SysFreeString(BSTR text) noexcept {
 }
 
 UINT SysStringByteLen(BSTR text) noexcept { return text ? byteLength(text) : 0; }
-UINT SysStringLen(BSTR text) noexcept { return SysStringByteLen(text) / UINT{sizeof(OLECHAR)}; }
+UINT SysStringLen(BSTR text) noexcept { return text ? byteLength(text) / UINT{sizeof(OLECHAR)} : 0; }
 
 HRESULT CoRegisterClassObject(REFCLSID clsid, IUnknown* classObject, DWORD, DWORD, DWORD* cookie) noexcept try {
   if (!classObject || !cookie) return E_INVALIDARG;

@@ -6,18 +6,17 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <optional>
 #include <string>
 #include <system_error>
 
 namespace qs {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\n\v\f\r";
+constexpr bool isBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 // Takes leading blanks and one sign off the text; whether the sign was a minus.
 bool takeSign(std::string_view& text) {
-  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  while (!text.empty() && isBlank(text[0])) text.remove_prefix(1);
   const bool negative = text.starts_with('-');
   if (negative || text.starts_with('+')) text.remove_prefix(1);
   return negative;
@@ -54,12 +53,17 @@ std::uint64_t nanBits(bool negative, std::string_view hexadecimal) {
   return infinity | (fraction ? fraction : kUsualNaN);
 }
 
-// The 8-bit form of a value; nothing when it does not fit an 80-byte buffer with its terminator.
-std::optional<std::string> narrowValue(WideView text) {
+// Reads the 8-bit form of a text, unless it is too long to be a value.
+template <class Read>
+void readNarrow(WideView text, Read&& read) {
   constexpr std::size_t kCapacity = 80;
-  std::string bytes = narrow(text);
-  if (bytes.size() >= kCapacity) return std::nullopt;
-  return bytes;
+  if (text.size() < kCapacity && std::all_of(text.begin(), text.end(), [](OLECHAR c) { return c < 0x80; })) {
+    char bytes[kCapacity];
+    std::copy(text.begin(), text.end(), bytes);
+    read(std::string_view(bytes, text.size()));
+  } else if (const std::string bytes = narrow(text); bytes.size() < kCapacity) {
+    read(bytes);
+  }
 }
 
 }  // namespace
@@ -119,11 +123,11 @@ std::int32_t readInteger(std::string_view text) {
 }
 
 void convertValue(WideView text, double* target) {
-  if (const auto bytes = narrowValue(text)) readExactDouble(*bytes, target);
+  readNarrow(text, [target](std::string_view bytes) { readExactDouble(bytes, target); });
 }
 
 void convertValue(WideView text, LONG* target) {
-  if (const auto bytes = narrowValue(text)) *target = readInteger(*bytes);
+  readNarrow(text, [target](std::string_view bytes) { *target = readInteger(bytes); });
 }
 
 }  // namespace qs

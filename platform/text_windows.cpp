@@ -11,6 +11,11 @@ WideString widen(std::string_view text) {
   return wide;
 }
 
+OLECHAR* writeWide(std::string_view text, OLECHAR* out) {
+  const int bytes = static_cast<int>(text.size());
+  return out + (bytes > 0 ? MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, out, bytes) : 0);
+}
+
 std::string narrow(WideView text) {
   if (text.empty()) return {};
   const int units = static_cast<int>(text.size());

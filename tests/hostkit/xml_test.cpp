@@ -92,7 +92,51 @@ TEST_F(HostKitXml, RefusesTextsThatXmlCannotHoldBeforeTheClientKnows) {
   Recorder recorder;
   for (const WideString& text : texts) EXPECT_EQ(parse(text, &recorder), E_INVALIDARG) << narrow(text);
   EXPECT_EQ(create<IXMLParser>(__uuidof(::XMLParser))->ParseText(nullptr, &recorder), E_INVALIDARG);
+  for (std::size_t place = 0; place < 40; ++place) {
+    WideString text = OLESTR("<!--") + WideString(40, 'x') + OLESTR("--><a/>");
+    text[4 + place] = 0x1F;
+    EXPECT_EQ(parse(text, &recorder), E_INVALIDARG) << place;
+  }
   EXPECT_EQ(recorder.events, "");
+}
+
+// Asks for attributes without looking at the others, in the event and after it.
+class Finder final : public HostObject<XMLParserClient> {
+ public:
+  STDMETHODIMP CharacterData(BSTR) noexcept override { return S_OK; }
+  STDMETHODIMP StartElement(BSTR, TaggedAttributes* attributes) noexcept override {
+    inside = found(attributes);
+    kept = ComPtr<TaggedAttributes>(attributes);
+    return S_OK;
+  }
+  STDMETHODIMP EndElement(BSTR) noexcept override { return S_OK; }
+  STDMETHODIMP Comment() noexcept override { return S_OK; }
+  STDMETHODIMP ProcessElement(BSTR, TaggedAttributes*) noexcept override { return S_OK; }
+  STDMETHODIMP Error() noexcept override { return S_OK; }
+  STDMETHODIMP StartDocument() noexcept override { return S_OK; }
+  STDMETHODIMP EndDocument() noexcept override { return S_OK; }
+
+  static WideString found(TaggedAttributes* attributes) {
+    WideString values;
+    for (const LPCOLESTR tag : {OLESTR("ab"), OLESTR("a"), OLESTR("abc"), OLESTR(""), OLESTR("A"), OLESTR("a\xE9"),
+                                OLESTR("a\xE8"), OLESTR("empty")}) {
+      Bstr value;
+      const HRESULT hr = attributes->find(Bstr(tag).get(), value.out());
+      EXPECT_EQ(hr == S_OK, !!value) << narrow(tag);
+      values += hr == S_OK ? WideString(value.view()) + OLESTR(";") : WideString(OLESTR("-"));
+    }
+    return values;
+  }
+
+  WideString inside;
+  ComPtr<TaggedAttributes> kept;
+};
+
+TEST_F(HostKitXml, FindsAttributesByTheirWholeNames) {
+  Finder finder;
+  EXPECT_EQ(parse(OLESTR("<e a='1' ab='twelve letters\xFC\xD83D\xDE00' a\xE9='&lt;\xE9' empty=''/>"), &finder), S_OK);
+  EXPECT_EQ(finder.inside, OLESTR("twelve letters\xFC\xD83D\xDE00;1;---<\xE9;-;"));
+  EXPECT_EQ(Finder::found(finder.kept.get()), finder.inside);
 }
 
 TEST_F(HostKitXml, AStringHasNoOtherEncodingThanItsOwn) {

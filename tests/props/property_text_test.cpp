@@ -17,6 +17,14 @@ TEST(PropertyText, ReadsTheFirstOccurrenceOfAKey) {
               {OLESTR("A"), OLESTR("A"), std::nullopt},         {OLESTR("A"), OLESTR("a(1)"), std::nullopt},
               {OLESTR("A"), OLESTR(""), std::nullopt}};
   for (const auto& row : rows) EXPECT_EQ(ReadKeyValue(row.key, row.text), row.value) << narrow(row.text);
+
+  // At every place of texts of every length, among parts of the key.
+  for (const WideView key : {WideView(OLESTR("T")), WideView(OLESTR("Tmin"))})
+    for (std::size_t before = 0; before < 40; ++before)
+      for (std::size_t after = 0; after < 40; after += 13) {
+        const WideString text = WideString(before, 'n') + WideString(key) + OLESTR("(1)") + WideString(after, 'm');
+        EXPECT_EQ(ReadKeyValue(key, text), WideView(OLESTR("1"))) << narrow(text);
+      }
 }
 
 TEST(PropertyText, IsStoredWithSixDigitsAndRecalledFromNothing) {
