@@ -70,18 +70,18 @@ QS_INLINE Vector atMost(Vector x, double limit) {
   return {x.first > most ? most : x.first, x.second > most ? most : x.second};
 }
 
-// For each instruction set: whether a lane is outside [low, high) or equal to a value, and the entries of the tables
-// for the low bits of each lane's index.
+// For each instruction set: whether a lane is outside [low, high) or equal to a value, zero for no, and the entries of
+// the tables for the low bits of each lane's index.
 namespace of_register {
 
 #if defined(__AVX512F__)
 
-QS_INLINE bool outside(Register x, double low, double high) {
+QS_INLINE int outside(Register x, double low, double high) {
   const __mmask8 in = _mm512_cmp_pd_mask(x, broadcast(low), _CMP_GE_OQ);
   return _mm512_mask_cmp_pd_mask(in, x, broadcast(high), _CMP_LT_OQ) != 0xff;
 }
 
-QS_INLINE bool hasLane(Register x, double value) { return _mm512_cmp_pd_mask(x, broadcast(value), _CMP_EQ_OQ) != 0; }
+QS_INLINE int hasLane(Register x, double value) { return _mm512_cmp_pd_mask(x, broadcast(value), _CMP_EQ_OQ) != 0; }
 
 QS_INLINE Register exponentOf(RegisterBits bits) {
   return _mm512_maskz_getexp_pd(0xff, __builtin_bit_cast(Register, bits));
@@ -136,12 +136,12 @@ QS_INLINE __m128d pairAt(const void* table, std::uint64_t offset) {
 }
 
 #if defined(__AVX2__)
-QS_INLINE bool outside(Register x, double low, double high) {
+QS_INLINE int outside(Register x, double low, double high) {
   const __m256d atLeast = _mm256_cmp_pd(x, broadcast(low), _CMP_GE_OQ);
   const __m256d below = _mm256_cmp_pd(x, broadcast(high), _CMP_LT_OQ);
   return _mm256_movemask_pd(_mm256_and_pd(atLeast, below)) != 0xf;
 }
-QS_INLINE bool hasLane(Register x, double value) {
+QS_INLINE int hasLane(Register x, double value) {
   return _mm256_movemask_pd(_mm256_cmp_pd(x, broadcast(value), _CMP_EQ_OQ)) != 0;
 }
 QS_INLINE void pairsAt(const void* table, RegisterBits offsets, Register& first, Register& second) {
@@ -153,10 +153,10 @@ QS_INLINE void pairsAt(const void* table, RegisterBits offsets, Register& first,
   second = _mm256_unpackhi_pd(even, odd);
 }
 #else
-QS_INLINE bool outside(Register x, double low, double high) {
+QS_INLINE int outside(Register x, double low, double high) {
   return _mm_movemask_pd(_mm_and_pd(_mm_cmpge_pd(x, broadcast(low)), _mm_cmplt_pd(x, broadcast(high)))) != 0x3;
 }
-QS_INLINE bool hasLane(Register x, double value) { return _mm_movemask_pd(_mm_cmpeq_pd(x, broadcast(value))) != 0; }
+QS_INLINE int hasLane(Register x, double value) { return _mm_movemask_pd(_mm_cmpeq_pd(x, broadcast(value))) != 0; }
 QS_INLINE void pairsAt(const void* table, RegisterBits offsets, Register& first, Register& second) {
   // Not as lanes: gcc takes the second with an instruction that waits for the last use of its target.
   const __m128i bits = __builtin_bit_cast(__m128i, offsets);
@@ -194,7 +194,7 @@ struct Lanes<Vector> {
   using Bits = VectorBits;
 
   QS_INLINE static bool outside(Vector x, double low, double high) {
-    return of_register::outside(x.first, low, high) | of_register::outside(x.second, low, high);
+    return (of_register::outside(x.first, low, high) | of_register::outside(x.second, low, high)) != 0;
   }
   QS_INLINE static bool magnitudeOutside(Vector x, double low, double high) {
     return outside(__builtin_bit_cast(Vector, __builtin_bit_cast(Bits, x) & ~kSignBit), low, high);
@@ -231,7 +231,7 @@ struct Lanes<Vector> {
 };
 
 QS_INLINE bool hasLane(Vector x, double value) {
-  return of_register::hasLane(x.first, value) | of_register::hasLane(x.second, value);
+  return (of_register::hasLane(x.first, value) | of_register::hasLane(x.second, value)) != 0;
 }
 
 QS_INLINE Vector pow(Vector x, double y) { return pow(x, Vector{broadcast(y), broadcast(y)}); }
