@@ -28,11 +28,12 @@ inline double processorTime() {
   return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-// xml.cpp: a compound of the bundled database as XML.
-//   "store", "put pieces"          its text, and the text's fragments and numbers put into one string
-//   "store 10000", "store 100"     time per compound when a collection of so many is stored
-//   "read", "expat"                a new compound from its text, and the parser alone over the same text
-void addXml(const std::filesystem::path& database);
+// xml.cpp: comparisons of a compound of the bundled database as XML, of those whose names are wanted:
+//   "store"          its text, and the text's fragments and numbers put into one string
+//   "store 10000"    time per compound when a collection of so many is stored, and one of 100
+//   "read"           a new compound from its text, and the parser alone over the same text
+std::vector<Comparison> compareXml(const std::filesystem::path& database,
+                                   const std::function<bool(const std::string&)>& wanted);
 
 // database.cpp: databases of compounds as large as usual, in a temporary directory, and comparisons over them, of those
 // whose names are wanted:

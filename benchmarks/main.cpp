@@ -46,9 +46,6 @@ const Target kTargets[] = {
     {"ResetCollection, by compound, 1,000 / 100", "reset 1000", "reset 100", 1.2},
     {"CopyProperties, by compound, 1,000 / 100", "copy 1000", "copy 100", 1.2},
     {"finalizing 21 phases / making their 63 arrays", "finalize 21 phases", "make 63 arrays", 2.0},
-    {"XML of a compound / putting its text together", "store", "put pieces", 2.0},
-    {"XML of one of 10,000 compounds / of one of 100", "store 10000", "store 100", 1.2},
-    {"compound from XML / the parser alone", "read", "expat", 4.0},
 };
 
 // Keeps the median time of each benchmark, in nanoseconds: of the processor, which other programs on the machine
@@ -140,7 +137,6 @@ void measure(const std::filesystem::path& program, const std::string& database) 
 
   addCollections();
   addPhases();
-  addXml(database);
   Medians medians;
   benchmark::RunSpecifiedBenchmarks(&medians);
   benchmark::ClearRegisteredBenchmarks();
@@ -148,6 +144,7 @@ void measure(const std::filesystem::path& program, const std::string& database) 
   Lines lines;
   if (wanted("getters")) lines.add(measureGetters({{{"DIPPR101", 2.3}, {"DIPPR106", 2.1}, {"DIPPR107", 1.4}}}));
   for (const Target& target : kTargets) lines.print(target, medians);
+  for (const Comparison& comparison : compareXml(database, wanted)) lines.print(comparison);
   for (const Comparison& comparison : compareDatabases(wanted)) lines.print(comparison);
   printStarts(program.parent_path() / "qs_first_value", database);
   lines.printCount("memory of an empty compound", emptyBytes, 2048, "B ");

@@ -2,7 +2,6 @@
 #include <expat.h>
 
 #include <charconv>
-#include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -86,21 +85,22 @@ ComPtr<ICompoundCollection> collectionOf(IBasicCompound* compound, INT count) {
   return collection;
 }
 
-// Time per compound when collections of `count` compounds are stored. All texts are kept, so that the memory which the
-// system must bring for them is the same, however many they are.
-void storeBenchmark(benchmark::State& state, IBasicCompound* compound, INT count) {
-  const auto collection = collectionOf(compound, count);
-  for (auto _ : state) {
-    double elapsed = 0.0;
-    // The first time is not counted: a machine may have to find the memory then.
-    for (int time = 0; time < 2; ++time) {
-      std::vector<Bstr> texts;
-      const double start = processorTime();
-      for (INT stored = 0; stored < kStored; stored += count) texts.push_back(textOf(collection.get()));
-      elapsed = processorTime() - start;
-    }
-    state.SetIterationTime(elapsed / kStored);
-  }
+// Nanoseconds of a call, over some calls.
+template <class Call>
+double timeOf(Call&& call) {
+  constexpr int kCalls = 10;
+  const double start = processorTime();
+  for (int i = 0; i < kCalls; ++i) call();
+  return (processorTime() - start) / kCalls * 1e9;
+}
+
+// Time per compound when a collection is stored as often as makes kStored compounds. All texts are kept, so that the
+// memory which the system must bring for them is the same, however many they are.
+double timeOfStoring(IUnknown* collection, INT count) {
+  std::vector<Bstr> texts;
+  const double start = processorTime();
+  for (INT stored = 0; stored < kStored; stored += count) texts.push_back(textOf(collection));
+  return (processorTime() - start) / kStored * 1e9;
 }
 
 // The parser with handlers that do nothing.
@@ -115,35 +115,41 @@ void parse(std::string_view text) {
 
 }  // namespace
 
-void addXml(const std::filesystem::path& database) {
-  using benchmark::RegisterBenchmark;
+std::vector<Comparison> compareXml(const std::filesystem::path& database,
+                                   const std::function<bool(const std::string&)>& wanted) {
+  constexpr int kRounds = 501;
   const auto compound = bundledCompound(database);
-  const auto text = std::make_shared<const Bstr>(textOf(compound.get()));
-  const auto pieces = std::make_shared<const Pieces>(text->view());
-  if (pieces->put(0) != text->view()) throw std::runtime_error("the pieces are not those of the text");
+  const Bstr text = textOf(compound.get());
+  std::vector<Comparison> made;
+  const auto add = [&](const char* name, const char* title, double bound, const std::function<Pair()>& pair) {
+    if (wanted(name)) made.push_back({title, pair(), bound, "ns"});
+  };
 
-  RegisterBenchmark("store", [compound](benchmark::State& state) {
-    for (auto _ : state) benchmark::DoNotOptimize(textOf(compound.get()));
+  add("store", "XML of a compound / putting its text together", 1.2, [&] {
+    const Pieces pieces(text.view());
+    if (pieces.put(0) != text.view()) throw std::runtime_error("the pieces are not those of the text");
+    return inTurns(
+        kRounds, [&] { return timeOf([&] { benchmark::DoNotOptimize(textOf(compound.get())); }); },
+        [&] { return timeOf([&] { benchmark::DoNotOptimize(pieces.put(text.view().size())); }); });
   });
-  RegisterBenchmark("put pieces", [pieces, length = text->view().size()](benchmark::State& state) {
-    for (auto _ : state) benchmark::DoNotOptimize(pieces->put(length));
+  add("store 10000", "XML of one of 10,000 compounds / of one of 100", 1.2, [&] {
+    const auto large = collectionOf(compound.get(), kStored);
+    const auto small = collectionOf(compound.get(), 100);
+    const auto store = [&] { return timeOfStoring(large.get(), kStored); };
+    store();  // a machine may have to find the memory then
+    return inTurns(9, store, [&] { return timeOfStoring(small.get(), 100); });
   });
-  RegisterBenchmark("store 10000",
-                    [compound](benchmark::State& state) { storeBenchmark(state, compound.get(), kStored); })
-      ->UseManualTime()
-      ->Iterations(1);
-  RegisterBenchmark("store 100", [compound](benchmark::State& state) { storeBenchmark(state, compound.get(), 100); })
-      ->UseManualTime()
-      ->Iterations(1);
-  const auto parser = host::createInstance<IXMLParser>(__uuidof(::XMLParser));
-  if (!parser) throw std::runtime_error("the class XMLParser cannot be created");
-  RegisterBenchmark("read", [parser, text](benchmark::State& state) {
-    for (auto _ : state)
-      if (parser->ParseText(text->get(), newCompound().get()) != S_OK) throw std::runtime_error("the text is not read");
+  add("read", "compound from XML / the parser alone", 1.8, [&] {
+    const auto parser = host::createInstance<IXMLParser>(__uuidof(::XMLParser));
+    if (!parser) throw std::runtime_error("the class XMLParser cannot be created");
+    const auto read = [&] {
+      if (parser->ParseText(text.get(), newCompound().get()) != S_OK) throw std::runtime_error("the text is not read");
+    };
+    const std::string bytes = narrow(text.view());
+    return inTurns(
+        kRounds, [&] { return timeOf(read); }, [&] { return timeOf([&] { parse(bytes); }); });
   });
-  RegisterBenchmark("expat", [bytes = narrow(text->view())](benchmark::State& state) {
-    for (auto _ : state) parse(bytes);
-  });
+  return made;
 }
 
 }  // namespace qs::bench
