@@ -18,11 +18,13 @@ FieldKind kindOf(std::string_view text) {
   return known != std::end(kKindTexts) ? known->kind : FieldKind::Other;
 }
 
-// Text that blanks fill up; short enough for storedText to take it always.
+// Text that blanks fill up; short enough for readText to take it always.
 WideString paddedText(std::string_view text) {
   static_assert(kFieldNameLength < kTextLimit && kIndexNameLength < kTextLimit && kIndexIdentifierLength < kTextLimit);
   text = text.substr(0, text.find('\0'));
-  return *storedText(text.substr(0, text.find_last_not_of(' ') + 1));
+  WideString wide;
+  readText(text.substr(0, text.find_last_not_of(' ') + 1), wide);
+  return wide;
 }
 
 constexpr std::uint32_t kUnreadableHash = 0;  // of synonyms that are too long
@@ -75,12 +77,13 @@ Header readHeader(std::span<const std::byte> file) {
   return header;
 }
 
-std::optional<WideString> storedText(std::string_view text) {
+bool readText(std::string_view text, WideString& wide) {
   text = text.substr(0, text.find('\0'));
   // No code page takes more than four bytes for a wide character.
-  if (text.size() >= 4 * kTextLimit) return std::nullopt;
-  if (text.size() >= kTextLimit && widen(text).size() >= kTextLimit) return std::nullopt;
-  return widen(text);
+  if (text.size() >= 4 * kTextLimit) return false;
+  wide.resize(text.size());
+  wide.resize(static_cast<std::size_t>(writeWide(text, wide.data()) - wide.data()));
+  return wide.size() < kTextLimit;
 }
 
 bool sameName(WideView a, WideView b) {
@@ -198,14 +201,14 @@ std::span<const Synonym> Catalogue::synonymsOf(LONG compound) const {
   return std::span(synonyms_).subspan(*first, end - *first);
 }
 
-std::optional<WideString> Catalogue::storedTextOf(const Synonym& synonym) const {
-  return storedText(ByteCursor(bytesFrom(synonym.offset)).takeText(synonymTextLength_));
+bool Catalogue::readTextOf(const Synonym& synonym, WideString& text) const {
+  return readText(ByteCursor(bytesFrom(synonym.offset)).takeText(synonymTextLength_), text);
 }
 
 WideString Catalogue::synonymText(const Synonym& synonym) const {
-  auto text = storedTextOf(synonym);
-  if (!text) fail();
-  return *std::move(text);
+  WideString text;
+  if (!readTextOf(synonym, text)) fail();
+  return text;
 }
 
 std::vector<LONG> Catalogue::candidatesBySynonym(WideView name) const {
@@ -229,8 +232,8 @@ std::uint32_t Catalogue::hashOf(LONG compound) const {
 }
 
 std::uint32_t Catalogue::hashOf(const Synonym& synonym) const {
-  const auto text = storedTextOf(synonym);
-  return text ? nameHash(*text) : kUnreadableHash;
+  WideString text;
+  return readTextOf(synonym, text) ? nameHash(text) : kUnreadableHash;
 }
 
 }  // namespace qs::database

@@ -28,9 +28,9 @@ struct Header {
 };
 Header readHeader(std::span<const std::byte> file);
 
-// Widens the text of a String field or a synonym: it ends at the first NUL, and blanks at its end belong to it. Nothing
+// Widens the text of a String field or a synonym: it ends at the first NUL, and blanks at its end belong to it. False
 // when it has kTextLimit wide characters or more. Throws std::bad_alloc.
-std::optional<WideString> storedText(std::string_view text);
+bool readText(std::string_view text, WideString& wide);
 
 struct Field {
   std::size_t index;  // within the field table
@@ -116,7 +116,7 @@ class Catalogue {
 
   CompoundRecord compoundRecord(std::size_t i) const;
   std::optional<std::size_t> firstRecordOf(LONG compound) const;
-  std::optional<WideString> storedTextOf(const Synonym& synonym) const;
+  bool readTextOf(const Synonym& synonym, WideString& text) const;
   std::uint32_t hashOf(LONG compound) const;
   std::uint32_t hashOf(const Synonym& synonym) const;
 

@@ -86,9 +86,8 @@ class Decoder {
   bool text(const Field& field, std::uint64_t size) {
     const std::string_view bytes = cursor_.takeText(size);
     if (bytes.empty() && cursor_.cutOff()) return true;
-    const auto value = storedText(bytes);
-    if (!value) return false;
-    sink_.text(field, *value);
+    if (!readText(bytes, text_)) return false;
+    sink_.text(field, text_);
     return true;
   }
 
@@ -132,6 +131,7 @@ class Decoder {
   ByteCursor cursor_;
   const bool oldShapes_;
   RecordSink& sink_;
+  WideString text_;
   std::vector<double> coefficients_;
   std::vector<GroupCount> groups_;
 };

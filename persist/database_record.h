@@ -56,7 +56,7 @@ class RecordSink {
   virtual void shortInteger(const Field& field, std::int16_t value) = 0;
   virtual void longInteger(const Field& field, std::int32_t value) = 0;
   virtual void number(const Field& field, double value) = 0;
-  virtual void text(const Field& field, WideView value) = 0;                        // see storedText
+  virtual void text(const Field& field, WideView value) = 0;                        // see readText
   virtual void groups(const Field& field, std::span<const GroupCount> values) = 0;  // valid during the call only
   virtual void equation(const Field& field, const EquationField& value) = 0;
 
