@@ -5,12 +5,16 @@ namespace qs {
 CompoundSlots::~CompoundSlots() { dropLast(size()); }
 
 void CompoundSlots::append(ComPtr<IBasicCompound> compound) {
+  slots_.resize(static_cast<std::size_t>(size_));
   slots_.push_back(compound.get());
+  ++size_;
   if (compound.release()) ++occupied_;
 }
 
 void CompoundSlots::put(INT index, ComPtr<IBasicCompound> compound) {
-  IBasicCompound*& slot = slots_[static_cast<std::size_t>(index)];
+  const auto place = static_cast<std::size_t>(index);
+  if (place >= slots_.size()) slots_.resize(place + 1);
+  IBasicCompound*& slot = slots_[place];
   IBasicCompound* old = std::exchange(slot, compound.release());
   occupied_ += (slot ? 1 : 0) - (old ? 1 : 0);
   if (old) old->Release();
@@ -18,13 +22,14 @@ void CompoundSlots::put(INT index, ComPtr<IBasicCompound> compound) {
 
 void CompoundSlots::dropLast(INT count) {
   for (; count > 0 && occupied_ > 0; --count) {
-    IBasicCompound* last = slots_.back();
-    slots_.pop_back();
+    IBasicCompound* last = at(--size_);
+    slots_.resize(std::min(slots_.size(), static_cast<std::size_t>(size_)));
     if (!last) continue;
     --occupied_;
     last->Release();
   }
-  slots_.resize(slots_.size() - std::min(slots_.size(), static_cast<std::size_t>(count)));
+  size_ -= std::min(size_, count);
+  slots_.resize(std::min(slots_.size(), static_cast<std::size_t>(size_)));
   trim(slots_);
 }
 

@@ -29,34 +29,45 @@ void trim(std::vector<T>& entries) {
   if (entries.capacity() > kSmall && entries.size() < entries.capacity() / 4) entries.shrink_to_fit();
 }
 
-// Plain pointers, each with one reference, so that moving an entry is a move of memory.
+// Plain pointers, each with one reference, so that moving an entry is a move of memory. Empty slots at the end have
+// none.
 class CompoundSlots {
  public:
   CompoundSlots() = default;
   CompoundSlots(CompoundSlots&& other) noexcept
-      : slots_(std::exchange(other.slots_, {})), occupied_(std::exchange(other.occupied_, 0)) {}
+      : slots_(std::exchange(other.slots_, {})),
+        size_(std::exchange(other.size_, 0)),
+        occupied_(std::exchange(other.occupied_, 0)) {}
   CompoundSlots& operator=(CompoundSlots&& other) noexcept {
     slots_.swap(other.slots_);
+    std::swap(size_, other.size_);
     std::swap(occupied_, other.occupied_);
     return *this;
   }
   ~CompoundSlots();
 
-  INT size() const { return static_cast<INT>(slots_.size()); }
+  INT size() const { return size_; }
   INT occupied() const { return occupied_; }
   bool holds(INT index) const { return index >= 0 && index < size(); }
 
   // Without a reference of its own; null for an empty slot and for a position outside.
-  IBasicCompound* at(INT index) const { return holds(index) ? slots_[static_cast<std::size_t>(index)] : nullptr; }
+  IBasicCompound* at(INT index) const {
+    return index >= 0 && static_cast<std::size_t>(index) < slots_.size() ? slots_[static_cast<std::size_t>(index)]
+                                                                         : nullptr;
+  }
 
   void append(ComPtr<IBasicCompound> compound);
   void put(INT index, ComPtr<IBasicCompound> compound);
-  void grow(INT count) { slots_.resize(static_cast<std::size_t>(count)); }
+  void grow(INT count) { size_ = count; }
   void dropLast(INT count);
-  void move(INT from, INT before) { moveEntry(slots_, from, before); }
+  void move(INT from, INT before) {
+    slots_.resize(static_cast<std::size_t>(size_));
+    moveEntry(slots_, from, before);
+  }
 
  private:
-  std::vector<IBasicCompound*> slots_;
+  std::vector<IBasicCompound*> slots_;  // at most size_
+  INT size_ = 0;
   INT occupied_ = 0;  // slots with a compound; when there are none, slots are dropped without a look
 };
 

@@ -172,7 +172,7 @@ class COQSCompound final
     if (!property) return S_FALSE;
     return guarded([=] {
       property->GetValue(temperature, pressure, method, dependencies, value);
-      return *value == kEmptyValue ? S_FALSE : S_OK;
+      return isEmpty(*value) ? S_FALSE : S_OK;
     });
   }
   static HRESULT rangeOf(const CQSAbstractProp* property, double* tMin, double* tMax, double* pMin,

@@ -77,7 +77,8 @@ HRESULT COQSCompound::GetPropertyName(BYTE fixed, INT index, BSTR* name, tagProp
       key = entry.first;
       property = entry.second.get();
     }
-    *name = (property ? Bstr(property->Name) : Bstr(key)).release();
+    if (property) key = property->Name.view();
+    *name = property && property->Name.isNull() ? nullptr : Bstr(key).release();
     *type = property ? kindOf(*property) : VoidProp;
     return S_OK;
   });

@@ -259,7 +259,7 @@ HRESULT CompoundXmlReader::addCoefficient(const XmlAttributes& attributes) {
 }
 
 HRESULT CompoundXmlReader::store(Pending& pending) {
-  pending.property->Name = pending.name;
+  pending.property->Name = PropertyName(pending.name.view());
   pending.property->Loader = std::move(pending.loader);
   return content_.properties.AddPropertyToMap(pending.name.view(), pending.fixed, pending.property);
 }

@@ -110,7 +110,7 @@ double powOfMagnitude(double magnitude, double y) {
 
 double expAnywhere(double x) {
   if (isNaN(x)) return quiet(x);
-  if (magnitudeOf(x) < bitsOf(kExpLeast)) return 1.0;
+  if (magnitudeOf(x) < bitsOf(kExpLeast)) return 1.0 + x;
   if (magnitudeOf(x) > bitsOf(800.0)) return isNegative(x) ? 0.0 : kInfinity;
   return expScaled(x, 0);
 }

@@ -20,6 +20,11 @@ namespace qs::math {
 constexpr std::uint64_t bitsOf(double x) { return __builtin_bit_cast(std::uint64_t, x); }
 inline constexpr std::uint64_t kSignBit = std::uint64_t{1} << 63;
 
+// The magnitudes of the arguments of exp for which the fast code is right. Up to the second, which gives 2^-953, no
+// product underflows; below the first the result is 1 + x.
+inline constexpr double kExpLeast = 0x1p-54;
+inline constexpr double kExpMost = 660.0;
+
 // What the functions need to know of a type of argument: Lanes<double> here, vectors in vectors.h.
 template <class V>
 struct Lanes;
@@ -35,6 +40,9 @@ struct Lanes<double> {
   QS_INLINE static bool outside(double x, double low, double high) {
     return bitsOf(x) - bitsOf(low) >= bitsOf(high) - bitsOf(low);
   }
+
+  // For exp: below the range products would underflow.
+  QS_INLINE static bool outsideExp(double x) { return magnitudeOutside(x, kExpLeast, kExpMost); }
 
   QS_INLINE static void expEntry(Bits k, Bits& bits, double& tail) {
     const ExpEntry& entry = kExpTable[k % 16];
@@ -104,9 +112,6 @@ QS_INLINE V leading(V x) {
 }
 
 // exp
-
-inline constexpr double kExpLeast = 0x1p-54;
-inline constexpr double kExpMost = 660.0;  // from 2^-953 on no product underflows
 
 // x = k ln2/16 + r + rLow with |r| at most a little more than ln2/32; k in the low bits of `k`.
 template <class V>
@@ -273,7 +278,7 @@ QS_INLINE HyperbolicParts<V> reduceHyperbolic(V magnitude) {
 template <class V>
 QS_INLINE V exp(V x) {
   using namespace kernel;
-  if (Lanes<V>::magnitudeOutside(x, kExpLeast, kExpMost)) [[unlikely]]
+  if (Lanes<V>::outsideExp(x)) [[unlikely]]
     return Lanes<V>::each(expAnywhere, x);
   const ExpParts<V> parts = reduceExp(x);
   return exp2Times(parts.k, parts.r);
@@ -301,7 +306,7 @@ QS_INLINE V pow(V x, V y) {
   if (Lanes<V>::outside(x, kLeastNormal, kInfinity)) [[unlikely]]
     return Lanes<V>::each(powAnywhere, x, y);
   const Sum<V> exponent = product(y, logLong(x));
-  if (Lanes<V>::magnitudeOutside(exponent.high, kExpLeast, kExpMost)) [[unlikely]]
+  if (Lanes<V>::outsideExp(exponent.high)) [[unlikely]]
     return Lanes<V>::each(powAnywhere, x, y);
   const ExpParts<V> parts = reduceExp(exponent);
   return exp2Times(parts.k, parts.r);
@@ -356,6 +361,10 @@ QS_INLINE V cbrt(V x) {
   const V root = t + t * ((quotient - t) / (t + t + quotient));
   return fromBits<V>((toBits(root) + ((third - 341) << 52)) | (bits & kSignBit));
 }
+
+// x, or zero where its square would underflow.
+inline constexpr double kLeastSquared = 0x1p-500;
+QS_INLINE double orZero(double x) { return (bitsOf(x) & ~kSignBit) < bitsOf(kLeastSquared) ? 0.0 : x; }
 
 QS_INLINE double atMost(double x, double limit) { return x > limit ? limit : x; }
 

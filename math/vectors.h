@@ -65,13 +65,21 @@ QS_BITWISE(<<)
 QS_BITWISE(>>)
 #undef QS_BITWISE
 
+QS_INLINE Register orZero(Register x) {
+  const RegisterBits bits = __builtin_bit_cast(RegisterBits, x);
+  const Register magnitude = __builtin_bit_cast(Register, bits & ~kSignBit);
+  const auto below = magnitude < broadcast(kLeastSquared);
+  return __builtin_bit_cast(Register, bits & ~__builtin_bit_cast(RegisterBits, below));
+}
+QS_INLINE Vector orZero(Vector x) { return {orZero(x.first), orZero(x.second)}; }
+
 QS_INLINE Vector atMost(Vector x, double limit) {
   const Register most = broadcast(limit);
   return {x.first > most ? most : x.first, x.second > most ? most : x.second};
 }
 
-// For each instruction set: whether a lane is outside [low, high) or equal to a value, zero for no, and the entries of
-// the tables for the low bits of each lane's index.
+// For each instruction set: whether a lane is outside [low, high), not below or equal to a value, zero for no, and the
+// entries of the tables for the low bits of each lane's index.
 namespace of_register {
 
 #if defined(__AVX512F__)
@@ -81,6 +89,7 @@ QS_INLINE int outside(Register x, double low, double high) {
   return _mm512_mask_cmp_pd_mask(in, x, broadcast(high), _CMP_LT_OQ) != 0xff;
 }
 
+QS_INLINE int notBelow(Register x, double limit) { return _mm512_cmp_pd_mask(x, broadcast(limit), _CMP_NLT_UQ); }
 QS_INLINE int hasLane(Register x, double value) { return _mm512_cmp_pd_mask(x, broadcast(value), _CMP_EQ_OQ) != 0; }
 
 QS_INLINE Register exponentOf(RegisterBits bits) {
@@ -141,6 +150,9 @@ QS_INLINE int outside(Register x, double low, double high) {
   const __m256d below = _mm256_cmp_pd(x, broadcast(high), _CMP_LT_OQ);
   return _mm256_movemask_pd(_mm256_and_pd(atLeast, below)) != 0xf;
 }
+QS_INLINE int notBelow(Register x, double limit) {
+  return _mm256_movemask_pd(_mm256_cmp_pd(x, broadcast(limit), _CMP_NLT_UQ));
+}
 QS_INLINE int hasLane(Register x, double value) {
   return _mm256_movemask_pd(_mm256_cmp_pd(x, broadcast(value), _CMP_EQ_OQ)) != 0;
 }
@@ -156,6 +168,7 @@ QS_INLINE void pairsAt(const void* table, RegisterBits offsets, Register& first,
 QS_INLINE int outside(Register x, double low, double high) {
   return _mm_movemask_pd(_mm_and_pd(_mm_cmpge_pd(x, broadcast(low)), _mm_cmplt_pd(x, broadcast(high)))) != 0x3;
 }
+QS_INLINE int notBelow(Register x, double limit) { return _mm_movemask_pd(_mm_cmpnlt_pd(x, broadcast(limit))); }
 QS_INLINE int hasLane(Register x, double value) { return _mm_movemask_pd(_mm_cmpeq_pd(x, broadcast(value))) != 0; }
 QS_INLINE void pairsAt(const void* table, RegisterBits offsets, Register& first, Register& second) {
   // Not as lanes: gcc takes the second with an instruction that waits for the last use of its target.
@@ -198,6 +211,12 @@ struct Lanes<Vector> {
   }
   QS_INLINE static bool magnitudeOutside(Vector x, double low, double high) {
     return outside(__builtin_bit_cast(Vector, __builtin_bit_cast(Bits, x) & ~kSignBit), low, high);
+  }
+
+  // Exceptions are masked while vectors are computed, so products may underflow.
+  QS_INLINE static bool outsideExp(Vector x) {
+    const Vector magnitude = __builtin_bit_cast(Vector, __builtin_bit_cast(Bits, x) & ~kSignBit);
+    return (of_register::notBelow(magnitude.first, kExpMost) | of_register::notBelow(magnitude.second, kExpMost)) != 0;
   }
 
   QS_INLINE static void expEntry(Bits k, Bits& bits, Vector& tail) {

@@ -15,19 +15,20 @@ namespace {
 using math::hasLane, math::kLanes, math::load, math::store, math::Vector;
 static_assert(kBlockStep % kLanes == 0);
 
-// A form with the same coefficients for all, or with a block of each. The usual exponent has a loop of its own.
+// A form with the same coefficients for all, or with a block of each. The usual exponent has a loop of its own. Each
+// vector reads the coefficients again: registers that kept them would be wanting elsewhere.
 template <class Form, class Coefficients = std::make_index_sequence<Form::kCoefficients>>
 struct Evaluation;
 
 template <class Form, std::size_t... i>
 struct Evaluation<Form, std::index_sequence<i...>> {
   static void of(double* x, std::size_t count, const double* coefficients, int whole) {
-    const double constants[] = {coefficients[i]...};  // which the results cannot overlap
     if (Form::kHasExponent && whole == 2) {
-      for (std::size_t at = 0; at < count; at += kLanes) store(x + at, Form::value(load(x + at), constants[i]..., 2));
+      for (std::size_t at = 0; at < count; at += kLanes)
+        store(x + at, Form::value(load(x + at), coefficients[i]..., 2));
     } else {
       for (std::size_t at = 0; at < count; at += kLanes)
-        store(x + at, Form::value(load(x + at), constants[i]..., whole));
+        store(x + at, Form::value(load(x + at), coefficients[i]..., whole));
     }
   }
   static void ofMany(double* x, std::size_t count, const Block* coefficients, int whole) {
@@ -49,7 +50,7 @@ bool hasEmptyValue(const double* values, std::size_t count) {
 
 bool forward(double* values, std::size_t count, [[maybe_unused]] double P, const Transformation& t) {
   const double n = t.norm, a = t.a, b = t.b;
-  switch (t.shape) {
+  if (t.shape != COMx) switch (t.shape) {
 #define QS_TRANSFORMATION(shape, of_x, of_y)             \
   case shape:                                            \
     for (std::size_t at = 0; at < count; at += kLanes) { \
@@ -58,9 +59,9 @@ bool forward(double* values, std::size_t count, [[maybe_unused]] double P, const
     }                                                    \
     break;
 #include "props/transformations.def"
-    default:
-      return false;
-  }
+      default:
+        return false;
+    }
   if (hasEmptyValue(values, count)) return false;
   if (t.power != 1.0) raise(values, count, t.power);
   return true;
@@ -69,7 +70,7 @@ bool forward(double* values, std::size_t count, [[maybe_unused]] double P, const
 bool back(double* values, std::size_t count, [[maybe_unused]] double P, const Transformation& t) {
   const double n = t.norm, a = t.a, b = t.b;
   if (t.power != 1.0) raise(values, count, 1.0 / t.power);
-  switch (t.shape) {
+  if (t.shape != COMx) switch (t.shape) {
 #define QS_TRANSFORMATION(shape, of_x, of_y)             \
   case shape:                                            \
     for (std::size_t at = 0; at < count; at += kLanes) { \
@@ -78,9 +79,9 @@ bool back(double* values, std::size_t count, [[maybe_unused]] double P, const Tr
     }                                                    \
     break;
 #include "props/transformations.def"
-    default:
-      return false;
-  }
+      default:
+        return false;
+    }
   return !hasEmptyValue(values, count);
 }
 

@@ -195,11 +195,11 @@ class CQSPropCurve final : public CurveBase {
   HRESULT GetValue(double T, double P, tagExtrapolationEnum, LONG* pDependencies, double* pVal) const override {
     if (way_ == Way::Any || !isWithin(T)) [[unlikely]]
       return transformedValue(T, P, pDependencies, pVal);
-    if (T == kEmptyValue) return S_FALSE;
+    if (isEmpty(T)) return S_FALSE;
     double value = valueAt(T);
     if (way_ == Way::LnY) value = form::exp(value);
     *pVal = value;
-    if (value == kEmptyValue) return S_FALSE;
+    if (isEmpty(value)) return S_FALSE;
     *pDependencies = 1;
     return S_OK;
   }

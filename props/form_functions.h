@@ -10,7 +10,7 @@
 namespace qs::form {
 
 using math::acos, math::asin, math::atan, math::atMost, math::cos, math::cosh, math::exp, math::log, math::log10;
-using math::pow, math::powOneThird, math::sin, math::sinh, math::tan;
+using math::orZero, math::pow, math::powOneThird, math::sin, math::sinh, math::tan;
 
 // A correctly rounded operation of every processor.
 QS_INLINE double sqrt(double x) { return __builtin_sqrt(x); }

@@ -6,7 +6,7 @@ namespace qs {
 namespace {
 
 PropertyPtr named(PropertyPtr property, WideView name) {
-  property->Name = Bstr(name);
+  property->Name = PropertyName(name);
   return property;
 }
 

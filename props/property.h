@@ -5,10 +5,25 @@
 #include "com/com_ptr.h"
 #include "com/not_set.h"
 #include "interfaces/interfaces.h"
+#include "props/key_table.h"
 
 namespace qs {
 
 struct Equation;
+
+// The name of a property, null until it is set; a fixed key needs no string of its own.
+class PropertyName {
+ public:
+  PropertyName() = default;
+  explicit PropertyName(WideView name) : key_(findKey(name)), other_(key_ ? Bstr() : Bstr(name)) {}
+
+  bool isNull() const { return !key_ && !other_; }
+  WideView view() const { return key_ ? nameOf(*key_) : other_.view(); }
+
+ private:
+  std::optional<Key> key_;
+  Bstr other_;
+};
 
 // The operations of every kind, in the fixed order of their slots; a kind overrides those that it supports. Results
 // are S_OK, or S_FALSE for what a kind does not support or does not have; out-parameters then hold the values given in
@@ -77,7 +92,7 @@ class CQSAbstractProp {
   }
 
   // The key or other name under which the owner keeps the object; null until the owner sets it.
-  Bstr Name;
+  PropertyName Name;
 
   // The name of the loader that the content came from; null for none. The owner sets and copies it.
   Bstr Loader;

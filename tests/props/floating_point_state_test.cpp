@@ -74,7 +74,8 @@ TEST_F(FloatingPointState, IsLeftAloneByEveryForm) {
   for (const LONG form : {3, 11, 21}) expectLeftAlone({form, vapour});
   expectLeftAlone({PropCurveVELDB7, {5.459, 0.30542, kCritical, 0.081}});
   expectLeftAlone({PropCurveDIPPR106, {5.2e7, 0.32, -0.212, 0.258, 0.0, kCritical}});
-  expectLeftAlone({PropCurveDIPPR107, {33363, 26790, 2610.5, 8896, 1169}, COMx, COMx, 50.0, 2273.15});
+  for (const double tMin : {2.0, 3.7, 5.0, 50.0})  // C/T of 1305, for which sinh is infinite, 705.5, 522 and 52
+    expectLeftAlone({PropCurveDIPPR107, {33363, 26790, 2610.5, 8896, 1169}, COMx, COMx, tMin, 2273.15});
   expectLeftAlone({PropCurvePPDS9, {0.5, 1.1, 500.0, 150.0, 2e-5}, COMxppdsm1});
 }
 

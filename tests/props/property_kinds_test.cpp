@@ -110,7 +110,7 @@ TEST(PropertyKinds, CopyTakesNameAndValue) {
   target.SetType(PointProp);
   source.SetValue(647.1);
   for (const WideView name : {WideView(OLESTR("TC")), WideView()}) {
-    source.Name = name.empty() ? Bstr() : Bstr(name);
+    source.Name = name.empty() ? PropertyName() : PropertyName(name);
     for (CQSPointProp* from : {&source, &target}) {
       EXPECT_EQ(target.Copy(from), S_OK);
       EXPECT_EQ(target.Name.view(), name);
@@ -130,7 +130,7 @@ TEST(PropertyKinds, CopyRefusesOtherTypes) {
   const std::string before = stored(*curve);
   for (LONG own = 0; own < 4; ++own) {
     CQSAbstractProp& target = *targets[own];
-    target.Name = Bstr(OLESTR("kept"));
+    target.Name = PropertyName(OLESTR("kept"));
     EXPECT_EQ(target.Copy(nullptr), S_FALSE);
     for (LONG type = 0; type <= 8; ++type) {
       if (type == own) continue;
@@ -155,7 +155,7 @@ TEST(PropertyKinds, CopyOfAComponentPropertyLeavesItToItsOwner) {
   CQSCOMProp source, target;
   source.SetType(COMProp);
   target.SetType(COMProp);
-  source.Name = Bstr(OLESTR("User"));
+  source.Name = PropertyName(OLESTR("User"));
   source.SetCOMClassName(Bstr(OLESTR("Class")).get());
   for (const CQSCOMProp* from : {&source, &target}) {
     target.SetCOMObject(&fake);
