@@ -164,7 +164,7 @@ ComPtr<IBasicCompound> compoundWith(const Subject& subject, LONG yShape = COMx) 
 void addSubject(Rounds& rounds, const Subject& subject) {
   const auto compound = compoundWith(subject), lnY = compoundWith(subject, COMlnx);
   const std::shared_ptr<const CQSAbstractProp> property =
-      newEquation(OLESTR("TC"), {subject.shape, 1.0, 2000.0, 1e-5, 1e15, subject.coefficients});
+      newEquation(Key::TC, {subject.shape, 1.0, 2000.0, 1e-5, 1e15, subject.coefficients});
   const double* coefficients = subject.coefficients.data();
   rounds.add("library " + subject.name, kCount, [=] { subject.library(coefficients); });
   rounds.add("own " + subject.name, kCount, [=] { subject.own(coefficients); });

@@ -42,7 +42,7 @@ class RecordReceiver final : public database::RecordSink {
   void longInteger(const database::Field& field, std::int32_t value) override { put(kIntegers, field, value); }
 
   void number(const database::Field& field, double value) override {
-    store(field.key, field.name, newPoint(field.name, value));
+    store(field.key, field.name, newPoint(nameFrom(field.key, field.name), value));
   }
 
   void text(const database::Field& field, WideView value) override { put(kTexts, field, value); }
@@ -82,7 +82,9 @@ class RecordReceiver final : public database::RecordSink {
     if (field.identity) content_.identity.*places[static_cast<std::size_t>(*field.identity)] = T(value);
   }
 
-  // A key is that of the name.
+  // A key is that of the name, and known without a search.
+  static PropertyName nameFrom(std::optional<Key> key, WideView name) { return key ? PropertyName(*key) : name; }
+
   void store(std::optional<Key> key, WideView name, PropertyPtr property) {
     if (key)
       content_.properties.set(*key, std::move(property));
@@ -97,7 +99,8 @@ class RecordReceiver final : public database::RecordSink {
     std::array<double, kMostCoefficients> coefficients{};
     std::copy_n(field.coefficients.begin(), std::min(field.coefficients.size(), coefficients.size()),
                 coefficients.begin());
-    PropertyPtr equation = newEquation(name, {shape, field.tMin, field.tMax, field.pMin, field.pMax, coefficients});
+    PropertyPtr equation =
+        newEquation(nameFrom(key, name), {shape, field.tMin, field.tMax, field.pMin, field.pMax, coefficients});
     equation->SetXYShape(field.xShape, field.yShape);
     equation->SetXYPow(field.xPower, field.yPower);
     if (field.fromOldShapes && field.xShape == COMxr) equation->SetXYNorm(molecularWeight(), 1.0);
@@ -129,7 +132,7 @@ HRESULT COQSCompound::Init(BSTR directory, INT number) noexcept {
     if (!content_.properties[Key::PRPVOLT]) {
       const CQSAbstractProp* volume = content_.properties[Key::SRKVC];
       const double acentric = volume ? standardValue(*volume) : kEmptyValue;
-      content_.properties.set(Key::COSTALDACEN, newPoint(nameOf(Key::COSTALDACEN), acentric));
+      content_.properties.set(Key::COSTALDACEN, newPoint(Key::COSTALDACEN, acentric));
     }
 
     const auto found = catalogue.synonymsOf(number);

@@ -1,12 +1,14 @@
 #include "props/new_property.h"
 
+#include <utility>
+
 #include "props/curve.h"
 
 namespace qs {
 namespace {
 
-PropertyPtr named(PropertyPtr property, WideView name) {
-  property->Name = PropertyName(name);
+PropertyPtr named(PropertyPtr property, PropertyName name) {
+  property->Name = std::move(name);
   return property;
 }
 
@@ -52,28 +54,28 @@ PropertyPtr duplicate(const CQSAbstractProp& source) {
   return copy;
 }
 
-PropertyPtr newVoid(WideView name) { return named(newProperty(VoidProp), name); }
+PropertyPtr newVoid(PropertyName name) { return named(newProperty(VoidProp), std::move(name)); }
 
-PropertyPtr newPoint(WideView name, double value) {
-  PropertyPtr point = named(newProperty(PointProp), name);
+PropertyPtr newPoint(PropertyName name, double value) {
+  PropertyPtr point = named(newProperty(PointProp), std::move(name));
   point->SetValue(value);
   return point;
 }
 
-PropertyPtr newComponentProperty(WideView name, BSTR className, IPCProperty* component) {
-  PropertyPtr property = named(newProperty(COMProp), name);
+PropertyPtr newComponentProperty(PropertyName name, BSTR className, IPCProperty* component) {
+  PropertyPtr property = named(newProperty(COMProp), std::move(name));
   property->SetCOMClassName(className);
   property->SetCOMObject(component);
   return property;
 }
 
-PropertyPtr newEquation(WideView name, const EquationData& data) {
+PropertyPtr newEquation(PropertyName name, const EquationData& data) {
   PropertyPtr equation = newProperty(EquationProp, data.shape);
   if (!equation) throw CQSCOMError(E_FAIL);
   equation->SetTRange(data.tMin, data.tMax);
   equation->SetPRange(data.pMin, data.pMax);
   check(equation->SetParameters(data.coefficients.data(), static_cast<LONG>(data.coefficients.size())));
-  return named(std::move(equation), name);
+  return named(std::move(equation), std::move(name));
 }
 
 }  // namespace qs

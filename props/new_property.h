@@ -18,9 +18,9 @@ PropertyPtr newProperty(LONG kind, LONG shape = PropCurveVoid);
 PropertyPtr duplicate(const CQSAbstractProp& source);
 
 // Objects with their name and content.
-PropertyPtr newVoid(WideView name);
-PropertyPtr newPoint(WideView name, double value);
-PropertyPtr newComponentProperty(WideView name, BSTR className, IPCProperty* component);
+PropertyPtr newVoid(PropertyName name);
+PropertyPtr newPoint(PropertyName name, double value);
+PropertyPtr newComponentProperty(PropertyName name, BSTR className, IPCProperty* component);
 
 struct EquationData {
   LONG shape;  // a tagEquationShapeEnum
@@ -29,6 +29,6 @@ struct EquationData {
 };
 
 // Throws CQSCOMError(E_FAIL) for a number that is no shape and for too few coefficients; further ones are ignored.
-PropertyPtr newEquation(WideView name, const EquationData& data);
+PropertyPtr newEquation(PropertyName name, const EquationData& data);
 
 }  // namespace qs

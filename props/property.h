@@ -15,7 +15,8 @@ struct Equation;
 class PropertyName {
  public:
   PropertyName() = default;
-  explicit PropertyName(WideView name) : key_(findKey(name)), other_(key_ ? Bstr() : Bstr(name)) {}
+  PropertyName(Key key) : key_(key) {}
+  PropertyName(WideView name) : key_(findKey(name)), other_(key_ ? Bstr() : Bstr(name)) {}
 
   bool isNull() const { return !key_ && !other_; }
   WideView view() const { return key_ ? nameOf(*key_) : other_.view(); }
