@@ -90,7 +90,7 @@ bool sameName(WideView a, WideView b) {
   return std::ranges::equal(withoutTrailingBlanks(a), withoutTrailingBlanks(b), {}, lowerCase, lowerCase);
 }
 
-Catalogue::Catalogue(std::vector<std::byte> indexFile, WideString dataPath)
+Catalogue::Catalogue(std::vector<std::byte> indexFile, FilePath dataPath)
     : file_(std::move(indexFile)), dataPath_(std::move(dataPath)) {
   if (file_.size() > kLargestIndexFile) fail();
   const Header header = readHeader(file_);

@@ -12,7 +12,7 @@
 
 #include "persist/database_format.h"
 #include "persist/hashed_positions.h"
-#include "platform/text.h"
+#include "platform/input_file.h"
 #include "props/identity_fields.h"
 #include "props/key_table.h"
 
@@ -74,7 +74,7 @@ class Catalogue {
  public:
   // Throws CQSCOMError(E_FAIL) when the sections cannot be positioned: a record length that is not positive, a negative
   // number of fields, or a file of 2 GiB and more.
-  explicit Catalogue(std::vector<std::byte> indexFile, WideString dataPath = {});
+  explicit Catalogue(std::vector<std::byte> indexFile, FilePath dataPath = {});
 
   // The build that the data file must be of.
   std::optional<std::uint64_t> build() const { return build_; }
@@ -85,7 +85,7 @@ class Catalogue {
   std::uint64_t recordBytes() const { return recordBytes_; }
 
   // The path of the data file beside the index file.
-  const WideString& dataPath() const { return dataPath_; }
+  const FilePath& dataPath() const { return dataPath_; }
 
   // The data record number of a compound, from the first index record that carries the compound's number.
   std::optional<LONG> dataRecordOf(LONG compound) const;
@@ -121,7 +121,7 @@ class Catalogue {
   std::uint32_t hashOf(const Synonym& synonym) const;
 
   std::vector<std::byte> file_;
-  WideString dataPath_;
+  FilePath dataPath_;
   std::optional<std::uint64_t> build_;
   DBFieldTable fields_;
   std::uint64_t recordBytes_ = 0;

@@ -157,9 +157,9 @@ std::optional<Extent> locate(const Header& header, std::uint64_t fileSize, LONG 
 }
 
 // The header of the data file that this thread read last, if that was this one.
-std::optional<Header> headerOf(const WideString& path, const InputFile& file) {
+std::optional<Header> headerOf(const FilePath& path, const InputFile& file) {
   struct LastRead {
-    WideString path;
+    FilePath path;
     FileWatch watch;
     Header header;
   };
@@ -179,7 +179,7 @@ std::optional<Header> headerOf(const WideString& path, const InputFile& file) {
   return last.header;
 }
 
-std::optional<DataFile> openData(const WideString& path) {
+std::optional<DataFile> openData(const FilePath& path) {
   auto file = InputFile::open(path);
   if (!file) return std::nullopt;
   const auto header = headerOf(path, *file);
@@ -194,7 +194,7 @@ Database openDatabase(WideView directory) {
   constexpr std::chrono::milliseconds kPause{5};
   for (int left = kReadings;; --left) {
     auto catalogue = openCatalogue(directory);
-    auto data = openData(catalogue ? catalogue->dataPath() : joinPath(directory, widen(kDataFile)));
+    auto data = openData(catalogue ? catalogue->dataPath() : FilePath(joinPath(directory, widen(kDataFile))));
     if (catalogue && data && catalogue->build() == data->header.build) return {std::move(catalogue), std::move(data)};
     if (left == 1 && catalogue && !data) return {std::move(catalogue), std::nullopt};
     if (left == 1 || (!catalogue && !data)) throw CQSCOMError(E_FAIL);

@@ -39,7 +39,7 @@ std::vector<std::byte> readWhole(const InputFile& file) {
 struct Reading {
   Clock::time_point begin;
   FileWatch watch;
-  WideString indexPath;
+  FilePath indexPath;
   Catalogue catalogue;
 
   bool holds() const {
@@ -63,7 +63,7 @@ class Index {
     // What another thread has read since is as new as what this one would read.
     if (latest_ && latest_->begin > asked) return latest_;
 
-    WideString path = joinPath(directory_, widen(kIndexFile));
+    FilePath path = joinPath(directory_, widen(kIndexFile));
     const auto file = InputFile::open(path);
     if (file && latest_ && latest_->watch.holds(file->stamp())) return latest_;
     latest_.reset();

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 
 #include "platform/text.h"
 
@@ -20,10 +21,29 @@ struct FileStamp {
   bool operator==(const FileStamp&) const = default;
 };
 
+// A path as the system takes it: whoever opens a file often converts its path once.
+class FilePath {
+ public:
+#ifdef _WIN32
+  using Native = WideString;
+#else
+  using Native = std::string;
+#endif
+
+  FilePath() = default;
+  FilePath(const WideString& path);
+
+  const Native& native() const { return native_; }
+  bool operator==(const FilePath&) const = default;
+
+ private:
+  Native native_;
+};
+
 class InputFile {
  public:
   // Opens a regular file for reading, shared with other readers and writers. Nothing when it cannot be opened.
-  static std::optional<InputFile> open(const WideString& path);
+  static std::optional<InputFile> open(const FilePath& path);
 
   InputFile(InputFile&& other) noexcept;
   InputFile& operator=(InputFile&&) = delete;
@@ -42,7 +62,7 @@ class InputFile {
 };
 
 // The state of a file by its path; nothing when there is no regular file.
-std::optional<FileStamp> stampOf(const WideString& path);
+std::optional<FileStamp> stampOf(const FilePath& path);
 
 // A file's path from its directory, given without a trailing separator, and its name.
 WideString joinPath(WideView directory, WideView name);

@@ -18,11 +18,12 @@ FileStamp stampFrom(const struct stat& status) {
 
 }  // namespace
 
-std::optional<InputFile> InputFile::open(const WideString& path) {
+FilePath::FilePath(const WideString& path) : native_(narrow(path)) {}
+
+std::optional<InputFile> InputFile::open(const FilePath& path) {
   // Non-blocking, so that a path that names a pipe is refused below and does not wait for a writer.
-  const std::string name = narrow(path);
   const int descriptor =
-      callSystem(FileOperation::Open, [&] { return ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
+      callSystem(FileOperation::Open, [&] { return ::open(path.native().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
   if (descriptor < 0) return std::nullopt;
   struct stat status;
   if (callSystem(FileOperation::Examine, [&] { return ::fstat(descriptor, &status); }) != 0 ||
@@ -54,10 +55,9 @@ std::optional<std::size_t> InputFile::readAt(std::uint64_t offset, std::span<std
   return done;
 }
 
-std::optional<FileStamp> stampOf(const WideString& path) {
-  const std::string name = narrow(path);
+std::optional<FileStamp> stampOf(const FilePath& path) {
   struct stat status;
-  if (callSystem(FileOperation::Examine, [&] { return ::stat(name.c_str(), &status); }) != 0 ||
+  if (callSystem(FileOperation::Examine, [&] { return ::stat(path.native().c_str(), &status); }) != 0 ||
       !S_ISREG(status.st_mode))
     return std::nullopt;
   return stampFrom(status);

@@ -23,10 +23,12 @@ std::int64_t nanosecondsSince1970(const FILETIME& time) {
 
 }  // namespace
 
-std::optional<InputFile> InputFile::open(const WideString& path) {
+FilePath::FilePath(const WideString& path) : native_(path) {}
+
+std::optional<InputFile> InputFile::open(const FilePath& path) {
   if (!mayHappen(FileOperation::Open)) return std::nullopt;
-  const HANDLE handle =
-      CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  const HANDLE handle = CreateFileW(path.native().c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
   if (handle == INVALID_HANDLE_VALUE) return std::nullopt;
   BY_HANDLE_FILE_INFORMATION info;
   if (!mayHappen(FileOperation::Examine) || GetFileType(handle) != FILE_TYPE_DISK ||
@@ -65,7 +67,7 @@ std::optional<std::size_t> InputFile::readAt(std::uint64_t offset, std::span<std
   return done;
 }
 
-std::optional<FileStamp> stampOf(const WideString& path) {
+std::optional<FileStamp> stampOf(const FilePath& path) {
   // Only an open handle has the file's identity.
   const auto file = InputFile::open(path);
   if (!file) return std::nullopt;
