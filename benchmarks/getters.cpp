@@ -240,7 +240,7 @@ int measureGetters(std::span<const GetterBound> bounds) {
   ComPtr<ICompoundPropPut>::from(point.get())->SetPointProperty(Bstr(OLESTR("TC")).get(), 1, 647.096);
   rounds.add("point", kCount, [&] { getterLoop(point.get()); });
   rounds.add("empty call", kCount, [] { getterLoop(emptyCompound()); });
-  rounds.run(100);
+  rounds.run(1000);
 
   Lines lines(rounds);
   lines.excess("getter of a point property, over an empty call", "point", 1.0, "empty call", 3.0);
