@@ -11,6 +11,12 @@ void CompoundSlots::append(ComPtr<IBasicCompound> compound) {
   if (compound.release()) ++occupied_;
 }
 
+void CompoundSlots::grow(INT count) {
+  const auto wanted = static_cast<std::size_t>(count);
+  if (wanted > slots_.capacity()) slots_.reserve(std::max(wanted, 2 * slots_.capacity()));
+  size_ = count;
+}
+
 void CompoundSlots::put(INT index, ComPtr<IBasicCompound> compound) {
   const auto place = static_cast<std::size_t>(index);
   if (place >= slots_.size()) slots_.resize(place + 1);
@@ -29,7 +35,7 @@ void CompoundSlots::dropLast(INT count) {
     last->Release();
   }
   size_ -= std::min(size_, count);
-  slots_.resize(std::min(slots_.size(), static_cast<std::size_t>(size_)));
+  slots_.resize(static_cast<std::size_t>(size_));  // what is trimmed keeps room for all
   trim(slots_);
 }
 

@@ -29,8 +29,8 @@ void trim(std::vector<T>& entries) {
   if (entries.capacity() > kSmall && entries.size() < entries.capacity() / 4) entries.shrink_to_fit();
 }
 
-// Plain pointers, each with one reference, so that moving an entry is a move of memory. Empty slots at the end have
-// none.
+// Plain pointers, each with one reference, so that moving an entry is a move of memory. Empty slots at the end are
+// not written to: memory for them is reserved, so that filling or moving one cannot fail.
 class CompoundSlots {
  public:
   CompoundSlots() = default;
@@ -58,7 +58,7 @@ class CompoundSlots {
 
   void append(ComPtr<IBasicCompound> compound);
   void put(INT index, ComPtr<IBasicCompound> compound);
-  void grow(INT count) { size_ = count; }
+  void grow(INT count);
   void dropLast(INT count);
   void move(INT from, INT before) {
     slots_.resize(static_cast<std::size_t>(size_));
@@ -66,7 +66,7 @@ class CompoundSlots {
   }
 
  private:
-  std::vector<IBasicCompound*> slots_;  // at most size_
+  std::vector<IBasicCompound*> slots_;  // at most size_, with room for size_
   INT size_ = 0;
   INT occupied_ = 0;  // slots with a compound; when there are none, slots are dropped without a look
 };
