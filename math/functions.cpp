@@ -182,11 +182,11 @@ double cbrtAnywhere(double x) {
   return isNegative(x) ? -root : root;
 }
 
-double librarySin(double x) { return std::sin(x); }
-double libraryCos(double x) { return std::cos(x); }
-double libraryTan(double x) { return std::tan(x); }
-double libraryAsin(double x) { return std::asin(x); }
-double libraryAcos(double x) { return std::acos(x); }
-double libraryAtan(double x) { return std::atan(x); }
+double sinAnywhere(double x) { return std::sin(x); }
+double cosAnywhere(double x) { return std::cos(x); }
+double tanAnywhere(double x) { return std::tan(x); }
+double asinAnywhere(double x) { return std::asin(x); }
+double acosAnywhere(double x) { return std::acos(x); }
+double atanAnywhere(double x) { return std::atan(x); }
 
 }  // namespace qs::math

@@ -76,14 +76,6 @@ struct Lanes<double> {
 [[gnu::const]] double coshAnywhere(double x);
 [[gnu::const]] double cbrtAnywhere(double x);
 
-// The C library's.
-double librarySin(double x);
-double libraryCos(double x);
-double libraryTan(double x);
-double libraryAsin(double x);
-double libraryAcos(double x);
-double libraryAtan(double x);
-
 namespace kernel {
 
 template <class V>
@@ -377,30 +369,19 @@ QS_INLINE V powOneThird(V x) {
   return cbrt(x);
 }
 
-// Their last bits differ from system to system.
-template <class V>
-QS_INLINE V sin(V x) {
-  return Lanes<V>::each(librarySin, x);
-}
-template <class V>
-QS_INLINE V cos(V x) {
-  return Lanes<V>::each(libraryCos, x);
-}
-template <class V>
-QS_INLINE V tan(V x) {
-  return Lanes<V>::each(libraryTan, x);
-}
-template <class V>
-QS_INLINE V asin(V x) {
-  return Lanes<V>::each(libraryAsin, x);
-}
-template <class V>
-QS_INLINE V acos(V x) {
-  return Lanes<V>::each(libraryAcos, x);
-}
-template <class V>
-QS_INLINE V atan(V x) {
-  return Lanes<V>::each(libraryAtan, x);
-}
+// The C library's: their last bits differ from system to system.
+#define QS_LIBRARY_FUNCTION(name)             \
+  double name##Anywhere(double x);            \
+  template <class V>                          \
+  QS_INLINE V name(V x) {                     \
+    return Lanes<V>::each(name##Anywhere, x); \
+  }
+QS_LIBRARY_FUNCTION(sin)
+QS_LIBRARY_FUNCTION(cos)
+QS_LIBRARY_FUNCTION(tan)
+QS_LIBRARY_FUNCTION(asin)
+QS_LIBRARY_FUNCTION(acos)
+QS_LIBRARY_FUNCTION(atan)
+#undef QS_LIBRARY_FUNCTION
 
 }  // namespace qs::math

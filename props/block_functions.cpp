@@ -48,16 +48,19 @@ bool hasEmptyValue(const double* values, std::size_t count) {
   return found;
 }
 
+// Replaces each number of the block, by the name `letter`, by the value of an expression.
+#define QS_REPLACE(letter, expression)                 \
+  for (std::size_t at = 0; at < count; at += kLanes) { \
+    const Vector letter = load(values + at);           \
+    store(values + at, expression);                    \
+  }
+
 bool forward(double* values, std::size_t count, [[maybe_unused]] double P, const Transformation& t) {
   const double n = t.norm, a = t.a, b = t.b;
   if (t.shape != COMx) switch (t.shape) {
-#define QS_TRANSFORMATION(shape, of_x, of_y)             \
-  case shape:                                            \
-    for (std::size_t at = 0; at < count; at += kLanes) { \
-      const Vector x = load(values + at);                \
-      store(values + at, of_x);                          \
-    }                                                    \
-    break;
+#define QS_TRANSFORMATION(shape, of_x, of_y) \
+  case shape:                                \
+    QS_REPLACE(x, of_x) break;
 #include "props/transformations.def"
       default:
         return false;
@@ -71,13 +74,9 @@ bool back(double* values, std::size_t count, [[maybe_unused]] double P, const Tr
   const double n = t.norm, a = t.a, b = t.b;
   if (t.power != 1.0) raise(values, count, 1.0 / t.power);
   if (t.shape != COMx) switch (t.shape) {
-#define QS_TRANSFORMATION(shape, of_x, of_y)             \
-  case shape:                                            \
-    for (std::size_t at = 0; at < count; at += kLanes) { \
-      const Vector y = load(values + at);                \
-      store(values + at, of_y);                          \
-    }                                                    \
-    break;
+#define QS_TRANSFORMATION(shape, of_x, of_y) \
+  case shape:                                \
+    QS_REPLACE(y, of_y) break;
 #include "props/transformations.def"
       default:
         return false;
