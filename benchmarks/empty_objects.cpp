@@ -20,7 +20,7 @@ class EmptyObject : public I {
 class EmptyCompound final : public EmptyObject<IBasicCompound> {
  public:
   // Those of other interfaces than IBasicCompound override nothing.
-#define FIXED_KEY(key, help, interface_name, dispid)                                                           \
+#define FIXED_KEY(key, help, unit, policy, interface_name, dispid)                                             \
   virtual HRESULT STDMETHODCALLTYPE get_##key(double, double, tagExtrapolationEnum, LONG*, double*) noexcept { \
     return S_OK;                                                                                               \
   }                                                                                                            \

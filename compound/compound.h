@@ -55,7 +55,7 @@ class COQSCompound final
   ~COQSCompound();
 
   // Values and ranges of the fixed keys. Two interfaces that read the same key return the same.
-#define FIXED_KEY(key, help, interface_name, dispid)                                                           \
+#define FIXED_KEY(key, help, unit, policy, interface_name, dispid)                                             \
   STDMETHODIMP get_##key(double temperature, double pressure, tagExtrapolationEnum method, LONG* dependencies, \
                          double* value) noexcept override {                                                    \
     return valueOf(content_.properties[Key::key], temperature, pressure, method, dependencies, value);         \

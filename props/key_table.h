@@ -1,4 +1,4 @@
-// The fixed property keys: their order, names and help texts, and the way from a name to a key.
+// The fixed property keys: their order, names, help texts, units and policies, and the way from a name to a key.
 #pragma once
 
 #include <algorithm>
@@ -7,26 +7,29 @@
 #include <cstdint>
 #include <optional>
 
+#include "interfaces/interfaces.h"
 #include "platform/text.h"
 
 namespace qs {
 
 // A fixed key; its number is the key's place in the table and its slot in a compound.
 enum class Key : int {
-#define FIXED_KEY(key, help, interface_name, dispid) key,
-#define FIXED_KEY_BY_NAME(key, help) key,
+#define FIXED_KEY(key, help, unit, policy, interface_name, dispid) key,
+#define FIXED_KEY_BY_NAME(key, help, unit, policy) key,
 #include "props/keys.def"
 };
 
 struct KeyEntry {
   WideView name;
   WideView help;
+  WideView unit;              // of the bundled data
+  tagLimitPolicyEnum policy;  // recommended outside the range
 };
 
 // In the order of Key.
 inline constexpr auto kKeys = std::to_array<KeyEntry>({
-#define FIXED_KEY(key, help, interface_name, dispid) {OLESTR(#key), OLESTR(help)},
-#define FIXED_KEY_BY_NAME(key, help) {OLESTR(#key), OLESTR(help)},
+#define FIXED_KEY_BY_NAME(key, help, unit, policy) {OLESTR(#key), OLESTR(help), OLESTR(unit), e##policy},
+#define FIXED_KEY(key, help, unit, policy, interface_name, dispid) FIXED_KEY_BY_NAME(key, help, unit, policy)
 #include "props/keys.def"
 });
 inline constexpr int kKeyCount = static_cast<int>(kKeys.size());

@@ -35,7 +35,7 @@ struct Getter {
 #define READ_VALUE(key, I) [](IUnknown* compound) { return read<I>(compound, &I::get_##key); }
 #define READ_RANGE(key, I) [](IUnknown* compound) { return readRange<I>(compound, &I::get_##key##TPRange); }
 const Getter kGetters[] = {
-#define FIXED_KEY(key, help, I, dispid) {#key, READ_VALUE(key, I), READ_RANGE(key, I)},
+#define FIXED_KEY(key, help, unit, policy, I, dispid) {#key, READ_VALUE(key, I), READ_RANGE(key, I)},
 #define FIXED_KEY_ALSO(key, I, dispid) {#key, READ_VALUE(key, I), nullptr},
 #include "props/keys.def"
 };

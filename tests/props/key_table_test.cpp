@@ -32,7 +32,8 @@ TEST(KeyTable, AgreesWithTheTypeLibraryBothWays) {
   std::map<std::string, std::string> helpOf;
   for (const KeyEntry& key : kKeys) helpOf[narrow(key.name)] = narrow(key.help);
   const std::vector<std::string> expected = {
-#define FIXED_KEY(key, help, interface_name, dispid) getter(#interface_name, dispid, dispid + 1, #key, help),
+#define FIXED_KEY(key, help, unit, policy, interface_name, dispid) \
+  getter(#interface_name, dispid, dispid + 1, #key, help),
 #define FIXED_KEY_ALSO(key, interface_name, dispid) getter(#interface_name, dispid, 0, #key, helpOf.at(#key)),
 #include "props/keys.def"
   };
