@@ -1,7 +1,5 @@
 #include "props/evaluator.h"
 
-#include <xmmintrin.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -9,21 +7,10 @@
 
 #include "props/curve.h"
 #include "props/form_functions.h"
+#include "props/masked_exceptions.h"
 
 namespace qs {
 namespace {
-
-// What is infinite or no number beyond a property's range must not stop the host.
-class MaskedExceptions {
- public:
-  MaskedExceptions() : state_(_mm_getcsr()) { _mm_setcsr(state_ | _MM_MASK_MASK); }
-  MaskedExceptions(const MaskedExceptions&) = delete;
-  MaskedExceptions& operator=(const MaskedExceptions&) = delete;
-  ~MaskedExceptions() { _mm_setcsr(state_); }
-
- private:
-  unsigned state_;
-};
 
 double valueOf(const CQSAbstractProp& property, double T, double P) {
   double value = kEmptyValue;

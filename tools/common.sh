@@ -27,6 +27,7 @@ wine wine
 /usr/lib/wine/wine64 wine64
 /usr/include/wine/wine/windows/oaidl.idl libwine-dev
 /usr/src/googletest/CMakeLists.txt googletest
+/usr/include/boost/math/tools/toms748_solve.hpp libboost-dev
 /usr/include/nlohmann/json.hpp nlohmann-json3-dev
 /usr/include/CLI/CLI.hpp libcli11-dev
 /usr/include/expat.h libexpat1-dev
