@@ -265,6 +265,21 @@ QS_INLINE HyperbolicParts<V> reduceHyperbolic(V magnitude) {
   return p;
 }
 
+template <class V>
+QS_INLINE V sinhOf(const HyperbolicParts<V>& p, Bits<V> sign) {
+  const V sumHigh = leading(p.sum), rHigh = leading(p.r);
+  const V main = sumHigh * rHigh;  // exact
+  const V rest = (p.sum - sumHigh) * rHigh + (p.sum * (p.r - rHigh) + (p.sum * p.rLow + p.sumLow * p.r));
+  const V sum = p.difference + main;
+  const V lost = (p.difference - sum) + main;
+  const V result = sum + ((lost + (p.differenceLow + rest)) + (p.sum * p.odd + p.difference * p.even));
+  return fromBits<V>(toBits(result) ^ sign);
+}
+template <class V>
+QS_INLINE V coshOf(const HyperbolicParts<V>& p) {
+  return p.sum + (p.sumLow + (p.difference * (p.r + p.odd) + p.sum * p.even));
+}
+
 }  // namespace kernel
 
 template <class V>
@@ -310,14 +325,7 @@ QS_INLINE V sinh(V x) {
   if (Lanes<V>::magnitudeOutside(x, kHyperbolicLeast, kHyperbolicMost)) [[unlikely]]
     return Lanes<V>::each(sinhAnywhere, x);
   const Bits<V> sign = toBits(x) & kSignBit;
-  const HyperbolicParts<V> p = reduceHyperbolic(fromBits<V>(toBits(x) ^ sign));
-  const V sumHigh = leading(p.sum), rHigh = leading(p.r);
-  const V main = sumHigh * rHigh;  // exact
-  const V rest = (p.sum - sumHigh) * rHigh + (p.sum * (p.r - rHigh) + (p.sum * p.rLow + p.sumLow * p.r));
-  const V sum = p.difference + main;
-  const V lost = (p.difference - sum) + main;
-  const V result = sum + ((lost + (p.differenceLow + rest)) + (p.sum * p.odd + p.difference * p.even));
-  return fromBits<V>(toBits(result) ^ sign);
+  return sinhOf(reduceHyperbolic(fromBits<V>(toBits(x) ^ sign)), sign);
 }
 
 template <class V>
@@ -325,8 +333,22 @@ QS_INLINE V cosh(V x) {
   using namespace kernel;
   if (Lanes<V>::magnitudeOutside(x, kHyperbolicLeast, kHyperbolicMost)) [[unlikely]]
     return Lanes<V>::each(coshAnywhere, x);
-  const HyperbolicParts<V> p = reduceHyperbolic(fromBits<V>(toBits(x) & ~kSignBit));
-  return p.sum + (p.sumLow + (p.difference * (p.r + p.odd) + p.sum * p.even));
+  return coshOf(reduceHyperbolic(fromBits<V>(toBits(x) & ~kSignBit)));
+}
+
+// Both of one number.
+template <class V>
+struct SinhAndCosh {
+  V sinh, cosh;
+};
+template <class V>
+QS_INLINE SinhAndCosh<V> sinhAndCosh(V x) {
+  using namespace kernel;
+  if (Lanes<V>::magnitudeOutside(x, kHyperbolicLeast, kHyperbolicMost)) [[unlikely]]
+    return {Lanes<V>::each(sinhAnywhere, x), Lanes<V>::each(coshAnywhere, x)};
+  const Bits<V> sign = toBits(x) & kSignBit;
+  const HyperbolicParts<V> parts = reduceHyperbolic(fromBits<V>(toBits(x) ^ sign));
+  return {sinhOf(parts, sign), coshOf(parts)};
 }
 
 // |x| = 8^q 2^m z, z in [1, 2): a polynomial gives t to 2^-19, of which 26 bits are kept so that t^2 is exact; one step
@@ -359,6 +381,12 @@ inline constexpr double kLeastSquared = 0x1p-500;
 QS_INLINE double orZero(double x) { return (bitsOf(x) & ~kSignBit) < bitsOf(kLeastSquared) ? 0.0 : x; }
 
 QS_INLINE double atMost(double x, double limit) { return x > limit ? limit : x; }
+
+// x, or zero where a is less than b.
+QS_INLINE double zeroWhereLess(double x, double a, double b) { return a < b ? 0.0 : x; }
+
+// A correctly rounded operation of every processor.
+QS_INLINE double sqrt(double x) { return __builtin_sqrt(x); }
 
 // x^(1/3) as the cube root, which is as exact; NaN for a negative number and 0 for -0, as a power has it.
 template <class V>

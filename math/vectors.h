@@ -65,11 +65,17 @@ QS_BITWISE(<<)
 QS_BITWISE(>>)
 #undef QS_BITWISE
 
+QS_INLINE Register zeroWhereLess(Register x, Register a, Register b) {
+  const auto less = a < b;
+  return __builtin_bit_cast(Register, __builtin_bit_cast(RegisterBits, x) & ~__builtin_bit_cast(RegisterBits, less));
+}
+QS_INLINE Vector zeroWhereLess(Vector x, Vector a, Vector b) {
+  return {zeroWhereLess(x.first, a.first, b.first), zeroWhereLess(x.second, a.second, b.second)};
+}
+
 QS_INLINE Register orZero(Register x) {
-  const RegisterBits bits = __builtin_bit_cast(RegisterBits, x);
-  const Register magnitude = __builtin_bit_cast(Register, bits & ~kSignBit);
-  const auto below = magnitude < broadcast(kLeastSquared);
-  return __builtin_bit_cast(Register, bits & ~__builtin_bit_cast(RegisterBits, below));
+  const RegisterBits magnitude = __builtin_bit_cast(RegisterBits, x) & ~kSignBit;
+  return zeroWhereLess(x, __builtin_bit_cast(Register, magnitude), broadcast(kLeastSquared));
 }
 QS_INLINE Vector orZero(Vector x) { return {orZero(x.first), orZero(x.second)}; }
 
@@ -78,11 +84,13 @@ QS_INLINE Vector atMost(Vector x, double limit) {
   return {x.first > most ? most : x.first, x.second > most ? most : x.second};
 }
 
-// For each instruction set: whether a lane is outside [low, high), not below or equal to a value, zero for no, and the
-// entries of the tables for the low bits of each lane's index.
+// For each instruction set: the square root, whether a lane is outside [low, high), not below or equal to a value, zero
+// for no, and the entries of the tables for the low bits of each lane's index.
 namespace of_register {
 
 #if defined(__AVX512F__)
+
+QS_INLINE Register sqrt(Register x) { return _mm512_maskz_sqrt_pd(0xff, x); }
 
 QS_INLINE int outside(Register x, double low, double high) {
   const __mmask8 in = _mm512_cmp_pd_mask(x, broadcast(low), _CMP_GE_OQ);
@@ -145,6 +153,7 @@ QS_INLINE __m128d pairAt(const void* table, std::uint64_t offset) {
 }
 
 #if defined(__AVX2__)
+QS_INLINE Register sqrt(Register x) { return _mm256_sqrt_pd(x); }
 QS_INLINE int outside(Register x, double low, double high) {
   const __m256d atLeast = _mm256_cmp_pd(x, broadcast(low), _CMP_GE_OQ);
   const __m256d below = _mm256_cmp_pd(x, broadcast(high), _CMP_LT_OQ);
@@ -165,6 +174,7 @@ QS_INLINE void pairsAt(const void* table, RegisterBits offsets, Register& first,
   second = _mm256_unpackhi_pd(even, odd);
 }
 #else
+QS_INLINE Register sqrt(Register x) { return _mm_sqrt_pd(x); }
 QS_INLINE int outside(Register x, double low, double high) {
   return _mm_movemask_pd(_mm_and_pd(_mm_cmpge_pd(x, broadcast(low)), _mm_cmplt_pd(x, broadcast(high)))) != 0x3;
 }
@@ -248,6 +258,8 @@ struct Lanes<Vector> {
     return load(lanes);
   }
 };
+
+QS_INLINE Vector sqrt(Vector x) { return {of_register::sqrt(x.first), of_register::sqrt(x.second)}; }
 
 QS_INLINE bool hasLane(Vector x, double value) {
   return (of_register::hasLane(x.first, value) | of_register::hasLane(x.second, value)) != 0;

@@ -5,8 +5,9 @@
 #include <utility>
 
 #include "math/vectors.h"
-// After the vectors, whose functions it takes over.
+// After the vectors, whose functions they take over.
 #include "props/form_functions.h"
+#include "props/series.h"
 
 namespace qs {
 namespace form {
@@ -15,6 +16,32 @@ namespace {
 using math::hasLane, math::kLanes, math::load, math::store, math::Vector;
 static_assert(kBlockStep % kLanes == 0);
 
+// What a block is read and written as: values alone, or with their derivatives by the temperature.
+struct Values {
+  double* values;
+
+  Vector at(std::size_t i) const { return load(values + i); }
+  void put(std::size_t i, Vector x) const { store(values + i, x); }
+
+  // As a form's variable, by which it is differentiated itself, and back.
+  Vector variableAt(std::size_t i) const { return at(i); }
+  void putResult(std::size_t i, Vector y) const { put(i, y); }
+};
+struct WithSlopes {
+  double* values;
+  double* slopes;
+
+  using Number = Series<Vector, 1>;
+  Number at(std::size_t i) const { return {load(values + i), load(slopes + i), {}}; }
+  void put(std::size_t i, Number x) const {
+    store(values + i, x.value);
+    store(slopes + i, x.first);
+  }
+
+  Number variableAt(std::size_t i) const { return {load(values + i), Vector{} + 1.0, {}}; }
+  void putResult(std::size_t i, Number y) const { put(i, composed(at(i), y.value, y.first, Vector{})); }
+};
+
 // A form with the same coefficients for all, or with a block of each. The usual exponent has a loop of its own. Each
 // vector reads the coefficients again: registers that kept them would be wanting elsewhere.
 template <class Form, class Coefficients = std::make_index_sequence<Form::kCoefficients>>
@@ -22,14 +49,21 @@ struct Evaluation;
 
 template <class Form, std::size_t... i>
 struct Evaluation<Form, std::index_sequence<i...>> {
-  static void of(double* x, std::size_t count, const double* coefficients, int whole) {
+  template <class Numbers>
+  QS_INLINE static void replace(Numbers numbers, std::size_t count, const double* coefficients, int whole) {
     if (Form::kHasExponent && whole == 2) {
       for (std::size_t at = 0; at < count; at += kLanes)
-        store(x + at, Form::value(load(x + at), coefficients[i]..., 2));
+        numbers.putResult(at, Form::value(numbers.variableAt(at), coefficients[i]..., 2));
     } else {
       for (std::size_t at = 0; at < count; at += kLanes)
-        store(x + at, Form::value(load(x + at), coefficients[i]..., whole));
+        numbers.putResult(at, Form::value(numbers.variableAt(at), coefficients[i]..., whole));
     }
+  }
+  static void of(double* x, std::size_t count, const double* coefficients, int whole) {
+    replace(Values{x}, count, coefficients, whole);
+  }
+  static void withSlopes(double* x, double* slopes, std::size_t count, const double* coefficients, int whole) {
+    replace(WithSlopes{x, slopes}, count, coefficients, whole);
   }
   static void ofMany(double* x, std::size_t count, const Block* coefficients, int whole) {
     for (std::size_t at = 0; at < count; at += kLanes)
@@ -37,9 +71,10 @@ struct Evaluation<Form, std::index_sequence<i...>> {
   }
 };
 
-void raise(double* x, std::size_t count, double exponent) {
+template <class Numbers>
+void raise(Numbers numbers, std::size_t count, double exponent) {
   const int whole = wholeOf(exponent);
-  for (std::size_t at = 0; at < count; at += kLanes) store(x + at, pow(load(x + at), exponent, whole));
+  for (std::size_t at = 0; at < count; at += kLanes) numbers.put(at, pow(numbers.at(at), exponent, whole));
 }
 
 bool hasEmptyValue(const double* values, std::size_t count) {
@@ -51,11 +86,12 @@ bool hasEmptyValue(const double* values, std::size_t count) {
 // Replaces each number of the block, by the name `letter`, by the value of an expression.
 #define QS_REPLACE(letter, expression)                 \
   for (std::size_t at = 0; at < count; at += kLanes) { \
-    const Vector letter = load(values + at);           \
-    store(values + at, expression);                    \
+    const auto letter = numbers.at(at);                \
+    numbers.put(at, expression);                       \
   }
 
-bool forward(double* values, std::size_t count, [[maybe_unused]] double P, const Transformation& t) {
+template <class Numbers>
+bool transformForward(Numbers numbers, std::size_t count, [[maybe_unused]] double P, const Transformation& t) {
   const double n = t.norm, a = t.a, b = t.b;
   if (t.shape != COMx) switch (t.shape) {
 #define QS_TRANSFORMATION(shape, of_x, of_y) \
@@ -65,14 +101,15 @@ bool forward(double* values, std::size_t count, [[maybe_unused]] double P, const
       default:
         return false;
     }
-  if (hasEmptyValue(values, count)) return false;
-  if (t.power != 1.0) raise(values, count, t.power);
+  if (hasEmptyValue(numbers.values, count)) return false;
+  if (t.power != 1.0) raise(numbers, count, t.power);
   return true;
 }
 
-bool back(double* values, std::size_t count, [[maybe_unused]] double P, const Transformation& t) {
+template <class Numbers>
+bool transformBack(Numbers numbers, std::size_t count, [[maybe_unused]] double P, const Transformation& t) {
   const double n = t.norm, a = t.a, b = t.b;
-  if (t.power != 1.0) raise(values, count, 1.0 / t.power);
+  if (t.power != 1.0) raise(numbers, count, 1.0 / t.power);
   if (t.shape != COMx) switch (t.shape) {
 #define QS_TRANSFORMATION(shape, of_x, of_y) \
   case shape:                                \
@@ -81,7 +118,34 @@ bool back(double* values, std::size_t count, [[maybe_unused]] double P, const Tr
       default:
         return false;
     }
-  return !hasEmptyValue(values, count);
+  return !hasEmptyValue(numbers.values, count);
+}
+
+bool forward(double* x, std::size_t count, double P, const Transformation& t) {
+  return transformForward(Values{x}, count, P, t);
+}
+bool back(double* y, std::size_t count, double P, const Transformation& t) {
+  return transformBack(Values{y}, count, P, t);
+}
+bool forwardWithSlopes(double* x, double* slopes, std::size_t count, double P, const Transformation& t) {
+  return transformForward(WithSlopes{x, slopes}, count, P, t);
+}
+bool backWithSlopes(double* y, double* slopes, std::size_t count, double P, const Transformation& t) {
+  return transformBack(WithSlopes{y, slopes}, count, P, t);
+}
+
+bool allWithin(const double* values, std::size_t count, double low, double high) {
+  std::size_t at = 0;
+  auto within = math::broadcast(0.0) == math::broadcast(0.0);
+  for (; at + kLanes <= count; at += kLanes) {
+    const Vector x = load(values + at);
+    within &= (x.first >= low) & (x.first <= high) & (x.second >= low) & (x.second <= high);
+  }
+  for (int i = 0; i < math::kRegisterLanes; ++i)
+    if (!within[i]) return false;
+  for (; at < count; ++at)
+    if (!(low <= values[at] && values[at] <= high)) return false;
+  return true;
 }
 
 }  // namespace
@@ -98,8 +162,15 @@ const BlockFunctions QS_INSTRUCTION_SET = {
 #define QS_FORM(number, name, coefficients, exponent, formula, ...) &form::Evaluation<form::name>::ofMany,
 #include "props/forms.def"
     },
+    {
+#define QS_FORM(number, name, coefficients, exponent, formula, ...) &form::Evaluation<form::name>::withSlopes,
+#include "props/forms.def"
+    },
     form::forward,
     form::back,
+    form::forwardWithSlopes,
+    form::backWithSlopes,
+    form::allWithin,
 };
 
 }  // namespace qs

@@ -23,7 +23,8 @@ struct alignas(64) Block {
   }
 };
 
-// Functions that replace the first numbers of a block by their results; counts are multiples of kBlockStep.
+// Functions that replace the first numbers of a block by their results; counts are multiples of kBlockStep. A slope has
+// the bits of the first of derivativesOf, or is NaN where that may be a number.
 struct BlockFunctions {
   const char* instructionSet;
 
@@ -34,10 +35,21 @@ struct BlockFunctions {
   Form forms[kFormCount];
   FormOfMany formsOfMany[kFormCount];
 
+  // The values of a form as above, with their derivatives by the temperature: `slopes` has those of x, and is replaced.
+  using FormWithSlopes = void (*)(double* x, double* slopes, std::size_t n, const double* coefficients, int whole);
+  FormWithSlopes formsWithSlopes[kFormCount];
+
   // As transformForward and transformBack, for a transformation that lacks no constants. False for a shape that is no
   // transformation, and when a number becomes the empty value; the block then holds nothing of use.
   bool (*forward)(double* x, std::size_t n, double P, const Transformation& transformation);
   bool (*back)(double* y, std::size_t n, double P, const Transformation& transformation);
+
+  // The same for numbers with their derivatives by the temperature.
+  bool (*forwardWithSlopes)(double* x, double* slopes, std::size_t n, double P, const Transformation& transformation);
+  bool (*backWithSlopes)(double* y, double* slopes, std::size_t n, double P, const Transformation& transformation);
+
+  // Whether each of n numbers, of which there may be any count at any address, is in [low, high]; NaN is not.
+  bool (*allWithin)(const double* values, std::size_t n, double low, double high);
 };
 
 // Those that processor and operating system support, from the narrowest to the widest.

@@ -193,7 +193,7 @@ class CQSPropCurve final : public CurveBase {
   CQSPropCurve() : CurveBase(kForm, coefficients_) { coefficients_.fill(kEmptyValue); }
 
   HRESULT GetValue(double T, double P, tagExtrapolationEnum, LONG* pDependencies, double* pVal) const override {
-    if (way_ == Way::Any || !isWithin(T)) [[unlikely]]
+    if (way_ == Way::Any || extrapolatesAt(T)) [[unlikely]]
       return transformedValue(T, P, pDependencies, pVal);
     if (isEmpty(T)) return S_FALSE;
     double value = valueAt(T);
@@ -208,8 +208,7 @@ class CQSPropCurve final : public CurveBase {
   static constexpr const EquationForm& kForm = kEquationForms[Form::kNumber];
   static constexpr bool kExtrapolates = Form::kNumber == form::VELDB5::kNumber;
 
-  // Whether the form's function holds: VELDB5 extrapolates outside its temperature range.
-  bool isWithin(double T) const { return !kExtrapolates || (data_.tMin <= T && T <= data_.tMax); }
+  bool extrapolatesAt(double T) const { return kExtrapolates && data_.extrapolatesAt(T); }
 
   double valueAt(double x) const {
     return std::apply([&](auto... coefficients) { return Form::value(x, coefficients..., data_.whole); },
@@ -217,10 +216,10 @@ class CQSPropCurve final : public CurveBase {
   }
 
   [[gnu::noinline]] HRESULT transformedValue(double T, double P, LONG* pDependencies, double* pVal) const {
-    double value = isWithin(T) ? T : T > data_.tMax ? data_.tMax : data_.tMin;
+    double value = !extrapolatesAt(T) ? T : T > data_.tMax ? data_.tMax : data_.tMin;
     if (!transformForward(data_.x(), P, &value)) return S_FALSE;
     if constexpr (kExtrapolates)
-      value = isWithin(T) ? valueAt(value) : extrapolated(T, value);
+      value = extrapolatesAt(T) ? form::extrapolatedVELDB5(T, value, data_.coefficients, data_.whole) : valueAt(value);
     else
       value = valueAt(value);
     *pVal = value;
@@ -228,14 +227,6 @@ class CQSPropCurve final : public CurveBase {
     *pVal = value;
     *pDependencies = 1;
     return S_OK;
-  }
-
-  // From a bound of the temperature range on, x when it is transformed, VELDB5's exponent goes on linearly in 1/T.
-  double extrapolated(double T, double x) const {
-    const auto& [A, B, C, D, E, F] = coefficients_;
-    const double slope = -form::power<2>(x) * (E * F * form::pow(x, F - 1.0) + D / x - B / form::power<2>(x + C));
-    const double exponent = form::exponentOfVELDB5(x, A, B, C, D, E, F, data_.whole) - slope / x + slope / T;
-    return form::exp(form::atMost(exponent, form::kLargestExponentOfVELDB5));
   }
 
   std::array<double, kForm.coefficients> coefficients_;

@@ -2,21 +2,24 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <numeric>
 
 #include "props/curve.h"
+#include "props/derivatives.h"
 #include "props/form_functions.h"
 #include "props/masked_exceptions.h"
 
 namespace qs {
 namespace {
 
-double valueOf(const CQSAbstractProp& property, double T, double P) {
+double valueOf(const CQSAbstractProp& property, double T, double P, double noValue) {
   double value = kEmptyValue;
   LONG dependencies = 0;
   property.GetValue(T, P, eNoExtrapolation, &dependencies, &value);
-  return value;
+  return isEmpty(value) ? noValue : value;
 }
 
 // Whether the form's functions give the equation's values: not where VELDB5 extrapolates, nor without a form or the
@@ -24,8 +27,8 @@ double valueOf(const CQSAbstractProp& property, double T, double P) {
 bool isPlain(const Equation& equation, std::span<const double> temperatures) {
   if (equation.form.shape == PropCurveVoid || equation.x().lacksConstants() || equation.y().lacksConstants())
     return false;
-  const auto within = [&](double T) { return equation.tMin <= T && T <= equation.tMax; };
-  return equation.form.shape != PropCurveVELDB5 || std::ranges::all_of(temperatures, within);
+  return equation.form.shape != PropCurveVELDB5 ||
+         std::ranges::none_of(temperatures, [&](double T) { return equation.extrapolatesAt(T); });
 }
 
 // At most a block of temperatures. False when the values are to be had one by one only.
@@ -39,6 +42,38 @@ bool evaluateBlock(const Equation& equation, std::span<const double> temperature
   functions.forms[equation.form.shape](block.values, count, equation.coefficients.data(), equation.whole);
   if (!functions.back(block.values, count, P, equation.y())) return false;
   std::copy_n(block.values, temperatures.size(), values);
+  return true;
+}
+
+// The same with the derivatives.
+bool evaluateBlock(const Equation& equation, std::span<const double> temperatures, double P, double* values,
+                   double* slopes, const BlockFunctions& functions) {
+  if (!isPlain(equation, temperatures)) return false;
+  Block block, slopesOfBlock;
+  std::ranges::copy(temperatures, block.values);
+  const std::size_t count = block.pad(temperatures.size());
+  std::fill_n(slopesOfBlock.values, count, 1.0);
+  if (!functions.forwardWithSlopes(block.values, slopesOfBlock.values, count, P, equation.x())) return false;
+  functions.formsWithSlopes[equation.form.shape](block.values, slopesOfBlock.values, count,
+                                                 equation.coefficients.data(), equation.whole);
+  if (!functions.backWithSlopes(block.values, slopesOfBlock.values, count, P, equation.y())) return false;
+
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  const auto areNumbers = [&](const double* numbers) {
+    return functions.allWithin(numbers, temperatures.size(), -kInfinity, kInfinity);
+  };
+  if (!areNumbers(block.values) || !areNumbers(slopesOfBlock.values)) {
+    Derivatives exact;
+    for (std::size_t i = 0; i < temperatures.size(); ++i) {
+      double& slope = slopesOfBlock.values[i];
+      if (std::isnan(block.values[i]))
+        slope = block.values[i];
+      else if (std::isnan(slope))
+        slope = derivativesOf(equation, temperatures[i], P, exact) ? exact.first : slope;
+    }
+  }
+  std::copy_n(block.values, temperatures.size(), values);
+  std::copy_n(slopesOfBlock.values, temperatures.size(), slopes);
   return true;
 }
 
@@ -72,7 +107,7 @@ bool evaluateTogether(std::span<const Equation* const> equations, double T, doub
 
 // At most a block of properties.
 void evaluateMany(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
-                  const BlockFunctions& functions) {
+                  const BlockFunctions& functions, double noValue) {
   // The equations sorted by form and by what is multiplied out: how many are before each kind, then their places.
   constexpr std::size_t kWholes = form::kNotWhole + 2;
   const auto kindOf = [](const Equation& equation) {
@@ -86,7 +121,7 @@ void evaluateMany(std::span<const CQSAbstractProp* const> properties, double T, 
     if (equations[i])
       ++ends[kindOf(*equations[i]) + 1];
     else
-      values[i] = properties[i] ? valueOf(*properties[i], T, P) : kEmptyValue;
+      values[i] = properties[i] ? valueOf(*properties[i], T, P, noValue) : noValue;
   }
   const MaskedExceptions masked;
   std::partial_sum(ends.begin(), ends.end(), ends.begin());
@@ -102,34 +137,65 @@ void evaluateMany(std::span<const CQSAbstractProp* const> properties, double T, 
     std::ranges::transform(group, together.begin(), [&](std::uint8_t place) { return equations[place]; });
     const bool done = evaluateTogether(std::span(together).first(group.size()), T, P, results.data(), functions);
     for (std::size_t i = 0; i < group.size(); ++i)
-      values[group[i]] = done ? results[i] : valueOf(*properties[group[i]], T, P);
+      values[group[i]] = done ? results[i] : valueOf(*properties[group[i]], T, P, noValue);
   }
 }
 
 }  // namespace
 
 void evaluate(const CQSAbstractProp& property, std::span<const double> temperatures, double P, double* values,
-              const BlockFunctions& functions) {
+              const BlockFunctions& functions, double noValue) {
   const Equation* equation = property.equation();
   if (!equation) {
-    for (const double T : temperatures) *values++ = valueOf(property, T, P);
+    for (const double T : temperatures) *values++ = valueOf(property, T, P, noValue);
     return;
   }
   const MaskedExceptions masked;
   while (!temperatures.empty()) {
     const auto block = temperatures.first(std::min(temperatures.size(), kBlockLength));
     if (!evaluateBlock(*equation, block, P, values, functions))
-      for (std::size_t i = 0; i < block.size(); ++i) values[i] = valueOf(property, block[i], P);
+      for (std::size_t i = 0; i < block.size(); ++i) values[i] = valueOf(property, block[i], P, noValue);
     temperatures = temperatures.subspan(block.size());
     values += block.size();
   }
 }
 
+void evaluateWithSlopes(const CQSAbstractProp& property, std::span<const double> temperatures, double P, double* values,
+                        double* slopes, const BlockFunctions& functions, double noValue) {
+  const Equation* equation = property.equation();
+  if (!equation) {
+    LONG type = VoidProp;
+    property.GetType(&type);
+    for (const double T : temperatures) {
+      const double value = valueOf(property, T, P, kEmptyValue);
+      *values++ = isEmpty(value) ? noValue : value;
+      *slopes++ = isEmpty(value) || type != PointProp ? noValue : 0.0;
+    }
+    return;
+  }
+  const MaskedExceptions masked;
+  while (!temperatures.empty()) {
+    const auto block = temperatures.first(std::min(temperatures.size(), kBlockLength));
+    if (!evaluateBlock(*equation, block, P, values, slopes, functions)) {
+      for (std::size_t i = 0; i < block.size(); ++i) {
+        const double T = block[i];
+        Derivatives derivatives;
+        const bool done = derivativesOf(*equation, T, P, derivatives);
+        values[i] = done ? derivatives.value : valueOf(property, T, P, noValue);
+        slopes[i] = done ? derivatives.first : noValue;
+      }
+    }
+    temperatures = temperatures.subspan(block.size());
+    values += block.size();
+    slopes += block.size();
+  }
+}
+
 void evaluate(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
-              const BlockFunctions& functions) {
+              const BlockFunctions& functions, double noValue) {
   while (!properties.empty()) {
     const auto block = properties.first(std::min(properties.size(), kBlockLength));
-    evaluateMany(block, T, P, values, functions);
+    evaluateMany(block, T, P, values, functions, noValue);
     properties = properties.subspan(block.size());
     values += block.size();
   }

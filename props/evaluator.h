@@ -9,16 +9,23 @@
 namespace qs {
 
 // Writes to `values`, which has as many places and may be the same array, what GetValue writes at each of the
-// temperatures, in K, and pressure P, in kPa: bit for bit the same, and the empty value where it writes nothing.
+// temperatures, in K, and pressure P, in kPa: bit for bit the same, and `noValue` in the place of the empty value and
+// where it writes nothing.
 // Allocates nothing for constants and equations, and leaves the floating-point state as it was; the host's exceptions
 // are masked while an equation is evaluated. An external component is asked for each value; the caller keeps the
 // property alive meanwhile. Throws what GetValue throws.
 void evaluate(const CQSAbstractProp& property, std::span<const double> temperatures, double P, double* values,
-              const BlockFunctions& functions = *supportedBlockFunctions().back());
+              const BlockFunctions& functions = *supportedBlockFunctions().back(), double noValue = kEmptyValue);
 
-// The same for many properties, of which null has the empty value, at one temperature. Equations of the same form are
-// evaluated together.
+// The same with the derivatives by T, per K: bit for bit the first of derivativesOf, and `noValue` where it has no
+// result and for an external component. Either array may be that of the temperatures.
+void evaluateWithSlopes(const CQSAbstractProp& property, std::span<const double> temperatures, double P, double* values,
+                        double* slopes, const BlockFunctions& functions = *supportedBlockFunctions().back(),
+                        double noValue = kEmptyValue);
+
+// The values of many properties, of which null has none, at one temperature. Equations of the same form are evaluated
+// together.
 void evaluate(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
-              const BlockFunctions& functions = *supportedBlockFunctions().back());
+              const BlockFunctions& functions = *supportedBlockFunctions().back(), double noValue = kEmptyValue);
 
 }  // namespace qs

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 
 #include "math/functions.h"
 #include "props/forms.h"
@@ -10,10 +11,7 @@
 namespace qs::form {
 
 using math::acos, math::asin, math::atan, math::atMost, math::cos, math::cosh, math::exp, math::log, math::log10;
-using math::orZero, math::pow, math::powOneThird, math::sin, math::sinh, math::tan;
-
-// A correctly rounded operation of every processor.
-QS_INLINE double sqrt(double x) { return __builtin_sqrt(x); }
+using math::orZero, math::pow, math::powOneThird, math::sin, math::sinh, math::sqrt, math::tan;
 
 // Integral powers by multiplication.
 template <int n, class Real>
@@ -63,6 +61,16 @@ template <class Real, class Coefficient>
 QS_INLINE Real exponentOfVELDB5(Real X, Coefficient A, Coefficient B, Coefficient C, Coefficient D, Coefficient E,
                                 Coefficient F, int whole) {
   return A + B / (C + X) + E * pow(X, F, whole) + D * log(X);
+}
+
+// From a bound of the temperature range on, x when it is transformed, VELDB5's exponent goes on linearly in 1/T.
+template <class Real>
+Real extrapolatedVELDB5(Real T, double x, std::span<const double> coefficients, int whole) {
+  const double A = coefficients[0], B = coefficients[1], C = coefficients[2], D = coefficients[3], E = coefficients[4],
+               F = coefficients[5];
+  const double slope = -power<2>(x) * (E * F * pow(x, F - 1.0) + D / x - B / power<2>(x + C));
+  const double exponent = exponentOfVELDB5(x, A, B, C, D, E, F, whole);
+  return exp(atMost(exponent - slope / x + slope / T, kLargestExponentOfVELDB5));
 }
 
 // A struct for each form: its function of the transformed temperature, the coefficients, of which it may leave some

@@ -20,10 +20,12 @@ struct Transformation {
 };
 
 // Transforms *x at pressure P, then raises it to the power. False for a shape that is no transformation, for missing
-// constants and for the empty value; *x then holds nothing of use.
-bool transformForward(const Transformation& transformation, double P, double* x);
+// constants and for the empty value; *x then holds nothing of use. A number is a double or a Series<double, 2>.
+template <class Number>
+bool transformForward(const Transformation& transformation, double P, Number* x);
 
 // The same for results: undoes the power, then the shape.
-bool transformBack(const Transformation& transformation, double P, double* y);
+template <class Number>
+bool transformBack(const Transformation& transformation, double P, Number* y);
 
 }  // namespace qs
