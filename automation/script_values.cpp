@@ -109,6 +109,22 @@ ComPtr<IDispatch> arrayObject(REFIID iid, const Numbers& numbers) {
   return ComPtr<IDispatch>(newIntegerArray(integers).get());
 }
 
+template <class T>
+VARIANT variantOfAny(std::span<const T> numbers, bool isArray, std::size_t rows) {
+  if (!isArray) return Variant(numbers[0]).release();
+  const std::size_t columns = rows > 0 ? numbers.size() / rows : numbers.size();
+  SAFEARRAYBOUND bounds[] = {{static_cast<ULONG>(rows > 0 ? rows : columns), 0}, {static_cast<ULONG>(columns), 0}};
+  VARIANT result{};
+  result.parray = SafeArrayCreate(VT_VARIANT, rows > 0 ? 2 : 1, bounds);
+  if (!result.parray) throw CQSCOMError(E_OUTOFMEMORY);
+  result.vt = VT_ARRAY | VT_VARIANT;
+  // In memory the first dimension varies fastest. A new array's elements are empty.
+  auto* const elements = static_cast<VARIANT*>(result.parray->pvData);
+  for (std::size_t i = 0; i < numbers.size(); ++i)
+    elements[rows > 0 ? i % columns * rows + i / columns : i] = Variant(numbers[i]).release();
+  return result;
+}
+
 }  // namespace
 
 const VARIANT& behind(const VARIANT& given) {
@@ -129,6 +145,9 @@ std::size_t valueSize(VARTYPE type) {
 }
 
 double numberFrom(const VARIANT& value) {
+  const VARIANT& given = behind(value);
+  if (given.vt == VT_R8) return given.dblVal;
+  if (given.vt == (VT_BYREF | VT_R8) && given.byref) return *static_cast<const double*>(given.byref);
   Variant number;
   const HRESULT hr = VariantChangeType(number.address(), const_cast<VARIANT*>(&value), 0, VT_R8);
   if (FAILED(hr)) throw CQSCOMError(hr == DISP_E_OVERFLOW || hr == E_OUTOFMEMORY ? hr : DISP_E_TYPEMISMATCH);
@@ -148,6 +167,28 @@ void interfaceFrom(const VARIANT& value, REFIID iid, void** out) {
     check(arrayObject(iid, *numbers)->QueryInterface(iid, out));
   else if (!object || !any || FAILED(object->get()->QueryInterface(iid, out)))
     refuse();
+}
+
+OneOrMany numbersFrom(const VARIANT& value) {
+  const VARIANT& given = behind(value);
+  const auto object = objectIn(given);
+  if (object) {
+    if (const auto reals = ComPtr<IRealArrayDisp>::from(object->get())) return {elementsOf<double>(reals.get()), true};
+    if (const auto integers = ComPtr<IIntegerArrayDisp>::from(object->get())) {
+      const std::vector<LONG> elements = elementsOf<LONG>(integers.get());
+      return {{elements.begin(), elements.end()}, true};
+    }
+  }
+  if (auto numbers = numbersIn(given, object, 1)) return {std::move(numbers->elements), true};
+  if (given.vt == VT_EMPTY || given.vt == VT_NULL || (object && !object->get())) refuse();
+  return {{numberFrom(given)}, false};
+}
+
+VARIANT variantOf(std::span<const double> numbers, bool isArray, std::size_t rows) {
+  return variantOfAny(numbers, isArray, rows);
+}
+VARIANT variantOf(std::span<const LONG> numbers, bool isArray, std::size_t rows) {
+  return variantOfAny(numbers, isArray, rows);
 }
 
 }  // namespace qs

@@ -4,6 +4,8 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
+#include <vector>
 
 #include "com/com_ptr.h"
 
@@ -30,5 +32,20 @@ ComPtr<I> interfaceFrom(const VARIANT& value) {
   interfaceFrom(value, __uuidof(I), result.outAny());
   return result;
 }
+
+// What a script passes where it may pass one number or many.
+struct OneOrMany {
+  std::vector<double> numbers;
+  bool isArray = false;
+};
+
+// A number, a safe array of one dimension with any lower bound, a host's array, or a script's own array.
+OneOrMany numbersFrom(const VARIANT& value);
+
+// Numbers as scripts take them: one as itself, many as an array of variants from 0, which is the only kind that all
+// script languages index; with `rows` above 0 as an array of two dimensions, from numbers row by row. The caller owns
+// the variant.
+VARIANT variantOf(std::span<const double> numbers, bool isArray, std::size_t rows = 0);
+VARIANT variantOf(std::span<const LONG> numbers, bool isArray, std::size_t rows = 0);
 
 }  // namespace qs

@@ -4,8 +4,8 @@
 
 namespace qs {
 
-PropertyTable::Entry PropertyTable::find(WideView name) const {
-  if (const auto key = findKey(name)) return {true, true, (*this)[*key]};
+PropertyTable::Entry PropertyTable::find(std::optional<Key> key, WideView name) const {
+  if (key) return {true, true, (*this)[*key]};
   const auto found = others_.find(name);
   return found == others_.end() ? Entry{} : Entry{true, false, found->second.get()};
 }

@@ -25,7 +25,9 @@ class PropertyTable {
   const OtherMap& others() const { return others_; }
 
   // A fixed key hides the same name in the other map.
-  Entry find(WideView name) const;
+  Entry find(WideView name) const { return find(findKey(name), name); }
+  // The same where the name's key is known.
+  Entry find(std::optional<Key> key, WideView name) const;
 
   // Stores an object under a fixed key, in place of the one that stood there.
   void set(Key key, PropertyPtr property) { slots_[static_cast<std::size_t>(key)] = std::move(property); }
