@@ -2,7 +2,6 @@
 
 #include "props/form_functions.h"
 #include "props/series.h"
-#include "props/terms.h"
 
 namespace qs {
 namespace form {
@@ -37,6 +36,16 @@ Number back(Number y, double P, const Transformation& t) {
 }  // namespace
 }  // namespace form
 
+bool Transformation::isDefined() const {
+  switch (shape) {
+#define QS_TRANSFORMATION(shape, of_x, of_y) case shape:
+#include "props/transformations.def"
+    return !lacksConstants();
+    default:
+      return false;
+  }
+}
+
 template <class Number>
 bool transformForward(const Transformation& transformation, double P, Number* x) {
   if (transformation.lacksConstants()) return false;
@@ -60,7 +69,5 @@ template bool transformForward(const Transformation&, double, double*);
 template bool transformBack(const Transformation&, double, double*);
 template bool transformForward(const Transformation&, double, form::Series<double, 2>*);
 template bool transformBack(const Transformation&, double, form::Series<double, 2>*);
-template bool transformForward(const Transformation&, double, form::ShiftedPower*);
-template bool transformBack(const Transformation&, double, form::ShiftedPower*);
 
 }  // namespace qs

@@ -16,12 +16,13 @@ struct Transformation {
 
   bool operator==(const Transformation&) const = default;
 
+  // Whether the shape is that of a transformation, with the constants that it needs.
+  bool isDefined() const;
   bool lacksConstants() const { return shape == COMxppdsm1 && (a == kEmptyValue || b == kEmptyValue); }
 };
 
 // Transforms *x at pressure P, then raises it to the power. False for a shape that is no transformation, for missing
-// constants and for the empty value; *x then holds nothing of use. A number is a double, a Series<double, 2> or a
-// ShiftedPower.
+// constants and for the empty value; *x then holds nothing of use. A number is a double or a Series<double, 2>.
 template <class Number>
 bool transformForward(const Transformation& transformation, double P, Number* x);
 
