@@ -15,6 +15,7 @@
 #include "collection/component_registry.h"
 #include "collection/compound_slots.h"
 #include "persist/shared_catalogues.h"
+#include "props/evaluation.h"
 #include "xml/reading.h"
 
 namespace qs {
@@ -22,7 +23,8 @@ namespace qs {
 class COQSCompoundCollection final
     : public Coclass<COQSCompoundCollection, ICompoundCollection, ICompoundCollectionSetup, ICompoundManipulation,
                      ICompCollnIPInfo, ILoadCompoundProp, ISubCompList, ISubCompList1, IQueryLoader,
-                     IPureEstimatorHandler, XMLParserClient, IXMLStore, IXMLStoreEx> {
+                     IPureEstimatorHandler, XMLParserClient, IXMLStore, IXMLStoreEx, ICompoundCollectionEvaluation,
+                     ICompoundCollectionEvaluationArrays> {
  public:
   ~COQSCompoundCollection();
 
@@ -91,6 +93,16 @@ class COQSCompoundCollection final
   // query.cpp. The compounds of a database, in the order of its index, whose field has the text. Fields of names match
   // regardless of case and through synonyms too; the field "Synonym" is the synonyms alone.
   STDMETHODIMP GetVelIDs(BSTR directory, BSTR field, BSTR text, IIntegerArrayDisp** numbers) noexcept override;
+
+  // evaluation.cpp. A view's compounds are those of its parent. An empty slot and a position outside have no such
+  // property; a compound of another maker is asked for values, and has no derivatives. Results as COQSCompound's.
+  STDMETHODIMP EvaluateCompounds(BSTR name, tagQuantityEnum quantity, VARIANT temperatures, double pressure,
+                                 tagLimitPolicyEnum policy, VARIANT positions, VARIANT* statuses,
+                                 VARIANT* values) noexcept override;
+  STDMETHODIMP EvaluateCompoundArray(LPCOLESTR name, LONG rows, const LONG* positions, LONG count,
+                                     const double* temperatures, double pressure, tagLimitPolicyEnum policy,
+                                     double* values, double* firstDerivatives, double* secondDerivatives,
+                                     LONG* statuses) noexcept override;
 
   // estimators.cpp. A view uses the estimators of its parent. What cannot be estimated is S_FALSE.
   STDMETHODIMP EstimateProperty(INT index, BSTR property, BSTR estimator, BYTE useEstimator) noexcept override;
@@ -170,6 +182,12 @@ class COQSCompoundCollection final
   // Takes out the last entry that is this compound, in a view the last one with this position in the parent; false when
   // there is none.
   bool takeOut(IBasicCompound* compound, LONG position);
+
+  // Without a reference of its own; null for an empty slot and for a position outside.
+  IBasicCompound* compoundAt(LONG position) const;
+  // Whether all numbers of the compound at a position are there.
+  bool evaluate(LONG position, std::optional<Key> key, WideView name, std::span<const double> temperatures,
+                double pressure, tagLimitPolicyEnum policy, const EvaluationResults& results) const;
 
   Positions checkedPositions(IIntegerArrayDisp* array);
   ComPtr<ICompoundCollection> newView(std::shared_ptr<Positions> positions);

@@ -5,6 +5,8 @@
 // ranges do not check. An object belongs to its apartment; calls are not synchronised.
 #pragma once
 
+#include <atomic>
+#include <cstring>
 #include <memory>
 
 #include "automation/coclass.h"
@@ -12,6 +14,7 @@
 #include "compound/peer.h"
 #include "compound/xml_reader.h"
 #include "persist/shared_catalogues.h"
+#include "props/evaluation.h"
 #include "xml/reading.h"
 
 namespace qs {
@@ -50,8 +53,10 @@ class COQSCompound final
                      ICompoundPRSV, ICompoundSRK, ICompoundWilson, CompoundIDImpl, CompoundFamilyImpl, ICompoundUNIFAC1,
                      ICompoundUNIQUAC1, ICompoundSolidProperties, ICompoundIDPut, ICompoundFamilyPut,
                      ICompoundUNIFAC1Put, ICompoundInitFromVelDB, ICompoundProp, ICompoundPropPut, ICompoundCopy,
-                     XMLParserClient, IXMLStore, IUserProperty, ICompEqnXYShape, IXMLStoreEx, ICompoundPeer> {
+                     XMLParserClient, IXMLStore, IUserProperty, ICompEqnXYShape, IXMLStoreEx, ICompoundEvaluation,
+                     ICompoundEvaluationArrays, ICompoundPeer> {
  public:
+  COQSCompound() { virtualTable_.store(virtualTableOf(this), std::memory_order_relaxed); }
   ~COQSCompound();
 
   // Values and ranges of the fixed keys. Two interfaces that read the same key return the same.
@@ -135,6 +140,36 @@ class COQSCompound final
   STDMETHODIMP SetEquationPropertyXYShape(BSTR name, tagXYShapeEnum xShape, tagXYShapeEnum yShape, double xNorm,
                                           double yNorm, double xPow, double yPow, double a, double b) noexcept override;
 
+  // evaluation.cpp. S_OK when every number is there, S_FALSE when a status says that one is not. E_INVALIDARG for a
+  // number that is not of its enumeration, a negative count, and results that overlap what is read otherwise than as
+  // one buffer; E_POINTER where no result is wanted. DISP_E_TYPEMISMATCH for a variant without numbers.
+  STDMETHODIMP Evaluate(BSTR name, tagQuantityEnum quantity, VARIANT temperatures, double pressure,
+                        tagLimitPolicyEnum policy, VARIANT* statuses, VARIANT* values) noexcept override;
+  STDMETHODIMP Integrate(BSTR name, tagIntegrandEnum integrand, double from, VARIANT to, double pressure,
+                         tagLimitPolicyEnum policy, VARIANT* statuses, VARIANT* values) noexcept override;
+  STDMETHODIMP FindTemperature(BSTR name, VARIANT values, double pressure, VARIANT* statuses,
+                               VARIANT* temperatures) noexcept override;
+  // Constants have the range of an equation for which none was set.
+  STDMETHODIMP GetRange(BSTR name, double* tMin, double* tMax, double* pMin, double* pMax) noexcept override;
+  // Unit, help text and recommended policy are those of a key, set or not. The transformations are the shapes, norms
+  // and powers of X and Y in turn, then A and B.
+  STDMETHODIMP Describe(BSTR name, tagPropTypeEnum* type, tagEquationShapeEnum* shape, BSTR* form,
+                        VARIANT* coefficients, double* tMin, double* tMax, double* pMin, double* pMax,
+                        VARIANT* transformations, BSTR* unit, BSTR* help, tagLimitPolicyEnum* policy) noexcept override;
+  STDMETHODIMP EvaluateArray(LPCOLESTR name, LONG count, const double* temperatures, double pressure,
+                             tagLimitPolicyEnum policy, double* values, double* firstDerivatives,
+                             double* secondDerivatives, LONG* statuses) noexcept override;
+  STDMETHODIMP IntegrateArray(LPCOLESTR name, tagIntegrandEnum integrand, LONG count, const double* from,
+                              const double* to, double pressure, tagLimitPolicyEnum policy, double* integrals,
+                              LONG* statuses) noexcept override;
+  STDMETHODIMP FindTemperatures(LPCOLESTR name, LONG count, const double* values, double pressure, double* temperatures,
+                                LONG* statuses) noexcept override;
+  // As EvaluateArray, of a name and the key that it is, if it is one. Returns whether all numbers are there.
+  bool evaluate(std::optional<Key> key, WideView name, std::span<const double> temperatures, double pressure,
+                tagLimitPolicyEnum policy, const EvaluationResults& results) const;
+  // Null where there is none.
+  const CQSAbstractProp* property(std::optional<Key> key, WideView name) const { return find(key, name).property; }
+
   // user_properties.cpp
   STDMETHODIMP SetUserProperty(BSTR name, BSTR classId, IDispatch* component) noexcept override;
   STDMETHODIMP GetUserProperty(BSTR name, IDispatch** component) noexcept override;
@@ -148,6 +183,14 @@ class COQSCompound final
   COQSCompound* STDMETHODCALLTYPE compound(const void* module) noexcept override;
   // The compound of an interface, without a reference of its own; null when it is not of this module.
   static const COQSCompound* ofThisModule(IUnknown* object);
+  // The same without a call, for what has the virtual table of this class.
+  static const COQSCompound* ofThisModule(IBasicCompound* object) {
+    if (object && virtualTableOf(object) == virtualTable_.load(std::memory_order_relaxed)) {
+      const auto* own = static_cast<COQSCompound*>(object);
+      if (!own->isAggregated()) return own;
+    }
+    return ofThisModule(static_cast<IUnknown*>(object));
+  }
   INT compoundIndex() const { return content_.identity.compoundIndex; }
 
   // xml.cpp; xml_reader.h describes the results of a parser's events. Elements outside a Compound element return
@@ -167,6 +210,14 @@ class COQSCompound final
  private:
   friend class RecordReceiver;
 
+  // A property and the status where there is none.
+  struct Found {
+    const CQSAbstractProp* property;
+    LONG missing;
+  };
+  Found find(std::optional<Key> key, WideView name) const;
+  EvaluationRequest requestFor(std::optional<Key> key, double pressure, tagLimitPolicyEnum policy) const;
+
   static HRESULT valueOf(const CQSAbstractProp* property, double temperature, double pressure,
                          tagExtrapolationEnum method, LONG* dependencies, double* value) noexcept {
     if (!property) return S_FALSE;
@@ -185,6 +236,13 @@ class COQSCompound final
   HRESULT knownVelcorinId(INT* value) noexcept override;
   HRESULT basicFamily(tagCompoundFamilyEnum* value) noexcept override;
   HRESULT knownFamily(tagCompoundFamilyEnum* value) noexcept override;
+
+  static const void* virtualTableOf(const IBasicCompound* object) {
+    const void* table;
+    std::memcpy(&table, static_cast<const void*>(object), sizeof table);
+    return table;
+  }
+  static inline std::atomic<const void*> virtualTable_ = nullptr;
 
   [[no_unique_address]] database::CatalogueUse catalogueUse_;
   CompoundContent content_;

@@ -49,9 +49,9 @@ ComPtr<ITypeInfo> referred(ITypeInfo& type, HREFTYPE reference) {
 
 std::string typeName(ITypeInfo& type, const TYPEDESC& description) {
   static const std::map<VARTYPE, const char*> names = {
-      {VT_R8, "double"},           {VT_I4, "LONG"},           {VT_INT, "INT"},   {VT_UI1, "BYTE"},
-      {VT_UI4, "DWORD"},           {VT_BOOL, "VARIANT_BOOL"}, {VT_BSTR, "BSTR"}, {VT_VARIANT, "VARIANT"},
-      {VT_DISPATCH, "IDispatch*"}, {VT_UNKNOWN, "IUnknown*"}};
+      {VT_R8, "double"},           {VT_I4, "LONG"},           {VT_INT, "INT"},        {VT_UI1, "BYTE"},
+      {VT_UI4, "DWORD"},           {VT_BOOL, "VARIANT_BOOL"}, {VT_BSTR, "BSTR"},      {VT_VARIANT, "VARIANT"},
+      {VT_DISPATCH, "IDispatch*"}, {VT_UNKNOWN, "IUnknown*"}, {VT_LPWSTR, "LPOLESTR"}};
   if (description.vt == VT_PTR) return typeName(type, *description.lptdesc) + "*";
   if (description.vt == VT_USERDEFINED) return nameOf(*referred(type, description.hreftype).get());
   return names.at(description.vt);

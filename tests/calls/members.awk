@@ -2,7 +2,9 @@
 #   INTERFACE_BEGIN(IOne)
 #   MEMBER(IOne, get_Name, (LONG a1, BSTR* a2), (a1, a2))
 #   INTERFACE_END(IOne)
+# Those named *Arrays are left out: nothing can make up the buffers that their arguments say.
 /^MIDL_INTERFACE/ { named = 1; next }
+named && /^[A-Za-z0-9_]+Arrays : public/ { named = 0 }
 named && match($0, /^[A-Za-z0-9_]+ : public/) {
   face = $1
   print "INTERFACE_BEGIN(" face ")"

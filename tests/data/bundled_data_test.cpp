@@ -192,5 +192,48 @@ TEST_F(BundledData, ValuesAgreeWithASecondSource) {
       EXPECT_NEAR(value(load(name), key, 298.15), expected.get<double>(), 0.01 * expected.get<double>()) << key << name;
 }
 
+// Every correlation over its range in 201 steps, and beyond it by every policy.
+TEST_F(BundledData, EveryNumberComesWithItsStatus) {
+  std::size_t count = 0;
+  for (const json& entry : source()) {
+    const auto compound = load(entry["number"].get<INT>());
+    const auto arrays = query<ICompoundEvaluationArrays>(compound);
+    for (const auto& [key, correlation] : entry["correlations"].items()) {
+      SCOPED_TRACE(entry["name"].get<std::string>() + " " + key);
+      ++count;
+      const double tMin = correlation["tmin"], tMax = correlation["tmax"];
+      std::vector<double> T{-1.0, 0.0}, values(400);
+      for (int j = 0; j < 20; ++j) T.push_back(1.0 + (tMin - 1.0) * j / 20);
+      const std::size_t first = T.size(), beyond = first + 201;
+      for (int j = 0; j <= 200; ++j) T.push_back(tMin + (tMax - tMin) * j / 200);
+      for (int j = 1; j <= 50; ++j) T.push_back(tMax + 10.0 * j);
+      std::vector<LONG> statuses(400);
+      for (const auto policy : {eNotSetOutside, eValueAtLimit, eTangentAtLimit, eTangentLnYOverInverseT,
+                                eTangentToCritical, eRecommended, eAsFormGoesOn}) {
+        SCOPED_TRACE(policy);
+        arrays->EvaluateArray(widen(key).c_str(), static_cast<LONG>(T.size()), T.data(), 101.325, policy, values.data(),
+                              nullptr, nullptr, statuses.data());
+        double before = 0.0;
+        for (std::size_t i = 0; i < T.size(); ++i) {
+          SCOPED_TRACE(T[i]);
+          const bool isNumber = std::isfinite(values[i]) && values[i] != -32767.0;
+          EXPECT_EQ(isNumber, (statuses[i] & (eStatusNotSet | eStatusNotANumber)) == 0);
+          if (i >= first && i < beyond && policy != eAsFormGoesOn) {
+            EXPECT_EQ(statuses[i], eStatusInside);
+          } else if (T[i] < tMin || i >= beyond) {
+            EXPECT_TRUE(statuses[i] & (T[i] < tMin ? eStatusBelow : eStatusAbove)) << statuses[i];
+          }
+          if (policy == eAsFormGoesOn) continue;
+          EXPECT_TRUE(isNumber || values[i] == -32767.0) << values[i];
+          if (policy != eRecommended || !isNumber) continue;
+          EXPECT_TRUE(key != "VP" || values[i] >= std::exchange(before, values[i])) << values[i];
+          EXPECT_TRUE((key != "LDN" && key != "SDN") || values[i] >= 0.0) << values[i];
+        }
+      }
+    }
+  }
+  EXPECT_GE(count, 600u);
+}
+
 }  // namespace
 }  // namespace qs::test

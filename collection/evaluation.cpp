@@ -1,0 +1,156 @@
+// One property of many compounds with the status of every number.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numeric>
+
+#include "collection/collection.h"
+#include "com/query.h"
+#include "compound/compound.h"
+#include "compound/evaluation_arguments.h"
+#include "props/block_functions.h"
+
+namespace qs {
+namespace {
+
+// A property of a compound of another maker, as its ICompoundProp returns it.
+class ForeignProperty final : public CQSAbstractProp {
+ public:
+  ForeignProperty(ICompoundProp& compound, WideView name) : compound_(compound), name_(name) {
+    SetType(COMProp);
+    tagPropTypeEnum type = VoidProp;
+    known_ = SUCCEEDED(compound.GetPropertyType(name_.get(), &type)) && type != VoidProp;
+    if (!known_ || type != EquationProp) return;
+    tagEquationShapeEnum shape{};
+    INT count = 0;
+    Bstr form;
+    ComPtr<IRealArrayDisp> coefficients;
+    hasRange_ = compound.GetEquationProperty(name_.get(), &shape, form.out(), &range_.tMin, &range_.tMax, &range_.pMin,
+                                             &range_.pMax, &count, coefficients.out()) == S_OK;
+  }
+
+  bool isKnown() const { return known_; }
+
+  HRESULT GetValue(double T, double P, tagExtrapolationEnum method, LONG* dependencies, double* value) const override {
+    return compound_.GetPropertyValue(name_.get(), T, P, method, dependencies, value);
+  }
+  HRESULT GetTRange(double* tMin, double* tMax) const override { return give(range_.tMin, range_.tMax, tMin, tMax); }
+  HRESULT GetPRange(double* pMin, double* pMax) const override { return give(range_.pMin, range_.pMax, pMin, pMax); }
+
+  HRESULT Copy(const CQSAbstractProp*) override { return S_FALSE; }
+  HRESULT Store(BSTR*) const override { return S_FALSE; }
+  HRESULT Recall(BSTR) override { return S_FALSE; }
+
+ private:
+  HRESULT give(double least, double most, double* min, double* max) const {
+    *min = least;
+    *max = most;
+    return hasRange_ ? S_OK : S_FALSE;
+  }
+
+  ICompoundProp& compound_;
+  const Bstr name_;
+  PropertyRange range_;
+  bool known_ = false, hasRange_ = false;
+};
+
+}  // namespace
+
+IBasicCompound* COQSCompoundCollection::compoundAt(LONG position) const {
+  const COQSCompoundCollection* list = this;
+  for (; list->isView(); list = &implementation(list->state_.parent)) position = list->inParent(position);
+  return list->state_.slots.at(position);
+}
+
+bool COQSCompoundCollection::evaluate(LONG position, std::optional<Key> key, WideView name,
+                                      std::span<const double> temperatures, double P, tagLimitPolicyEnum policy,
+                                      const EvaluationResults& results) const {
+  // It stays alive while it is asked; what it calls may take it out of the list.
+  const ComPtr<IBasicCompound> compound(compoundAt(position));
+  if (const COQSCompound* own = COQSCompound::ofThisModule(compound.get()))
+    return own->evaluate(key, name, temperatures, P, policy, results);
+  const auto properties = ComPtr<ICompoundProp>::from(compound.get());
+  std::optional<ForeignProperty> foreign;
+  if (properties) foreign.emplace(*properties.get(), name);
+  if (policy == eRecommended) policy = eNotSetOutside;
+  const bool known = foreign && foreign->isKnown();
+  return qs::evaluate(known ? &*foreign : nullptr, eStatusNoSuchProperty, temperatures, {P, policy}, results);
+}
+
+HRESULT COQSCompoundCollection::EvaluateCompoundArray(LPCOLESTR name, LONG rows, const LONG* positions, LONG count,
+                                                      const double* temperatures, double P, tagLimitPolicyEnum policy,
+                                                      double* values, double* firstDerivatives,
+                                                      double* secondDerivatives, LONG* statuses) noexcept {
+  const EvaluationResults results{values, firstDerivatives, secondDerivatives, statuses};
+  if (const HRESULT hr = checkEvaluation(rows, count, temperatures, policy, results); FAILED(hr)) return hr;
+  return guarded([&] {
+    const WideView text = viewOf(name);
+    const auto key = findKey(text);
+    const auto positionOf = [&](LONG row) { return positions ? positions[row] : row; };
+    const auto columns = static_cast<std::size_t>(count);
+    bool all = true;
+    if (count == 1 && !firstDerivatives && !secondDerivatives) {
+      const double T = *temperatures;
+      for (LONG row = 0; row < rows;) {
+        // No call leaves the module between taking properties and evaluating them.
+        std::array<const CQSAbstractProp*, kBlockLength> properties;
+        std::array<double, kBlockLength> numbers;
+        std::array<LONG, kBlockLength> found;
+        const std::size_t block = std::min(static_cast<std::size_t>(rows - row), kBlockLength);
+        for (std::size_t i = 0; i < block; ++i) {
+          const COQSCompound* own = COQSCompound::ofThisModule(compoundAt(positionOf(row + static_cast<LONG>(i))));
+          properties[i] = own ? own->property(key, text) : nullptr;
+        }
+        evaluateWithin({properties.data(), block}, T, P, numbers.data(), found.data());
+        for (std::size_t i = 0; i < block; ++i, ++row) {
+          const EvaluationResults place = results.from(static_cast<std::size_t>(row));
+          if (found[i] == 0) {
+            all &= evaluate(positionOf(row), key, text, {&T, 1}, P, policy, place);
+            continue;
+          }
+          if (place.values) *place.values = numbers[i];
+          if (place.statuses) *place.statuses = found[i];
+        }
+      }
+      return all ? S_OK : S_FALSE;
+    }
+    // The first row may be the temperatures.
+    for (LONG row = rows; row-- > 0;)
+      all &= evaluate(positionOf(row), key, text, {temperatures, columns}, P, policy,
+                      results.from(static_cast<std::size_t>(row) * columns));
+    return all ? S_OK : S_FALSE;
+  });
+}
+
+HRESULT COQSCompoundCollection::EvaluateCompounds(BSTR name, tagQuantityEnum quantity, VARIANT temperatures, double P,
+                                                  tagLimitPolicyEnum policy, VARIANT positions, VARIANT* statuses,
+                                                  VARIANT* values) noexcept {
+  if (!statuses || !values) return E_POINTER;
+  return guarded([&] {
+    const OneOrMany given = numbersFrom(temperatures);
+    std::vector<LONG> chosen;
+    if (positions.vt == VT_EMPTY || positions.vt == VT_NULL) {
+      chosen.resize(static_cast<std::size_t>(count()));
+      std::iota(chosen.begin(), chosen.end(), 0);
+    } else {
+      // What is no whole number is the position of no compound.
+      for (const double position : numbersFrom(positions).numbers)
+        chosen.push_back(position >= 0 && position < kMostElements && position == std::floor(position)
+                             ? static_cast<LONG>(position)
+                             : -1);
+    }
+    const std::size_t rows = chosen.size(), columns = given.numbers.size();
+    if (columns > 0 && rows > std::size_t{kMostElements} / columns) return E_OUTOFMEMORY;
+    std::vector<double> numbers(rows * columns);
+    std::vector<LONG> found(rows * columns);
+    const EvaluationResults results = resultsOf(quantity, numbers.data(), found.data());
+    const HRESULT hr = EvaluateCompoundArray(name, static_cast<LONG>(rows), chosen.data(), static_cast<LONG>(columns),
+                                             given.numbers.data(), P, policy, results.values, results.firstDerivatives,
+                                             results.secondDerivatives, results.statuses);
+    check(hr);
+    give(numbers, found, true, given.isArray ? rows : 0, values, statuses);
+    return hr;
+  });
+}
+
+}  // namespace qs
