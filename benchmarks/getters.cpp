@@ -8,7 +8,6 @@
 
 #include "benchmarks/empty_objects.h"
 #include "benchmarks/lines.h"
-#include "benchmarks/rounds.h"
 #include "com/bstr.h"
 #include "hostkit/module_loader.h"
 #include "props/evaluator.h"
@@ -194,39 +193,6 @@ void addSubject(Rounds& rounds, const Subject& subject) {
   rounds.add("get lnY " + subject.name, kCount, [=] { getterLoop(lnY.get()); });
 }
 
-// The printed lines.
-class Lines {
- public:
-  explicit Lines(const Rounds& rounds) : rounds_(rounds) {}
-
-  void ratio(const std::string& title, const std::string& name, const std::string& yardstick, double bound) {
-    if (!rounds_.has(name)) {
-      std::cout << title << ": not measured, the machine has no such instructions\n";
-      return;
-    }
-    short_ += !printLine(title, rounds_.ratio(name, yardstick), bound, "x ", 2);
-    printTimes(name, yardstick);
-    std::cout << ")\n";
-  }
-  void excess(const std::string& title, const std::string& name, double factor, const std::string& yardstick,
-              double bound, const std::string& beside = {}) {
-    short_ += !printLine(title, rounds_.excess(name, factor, yardstick), bound, "ns", 2);
-    printTimes(name, yardstick);
-    if (!beside.empty()) std::cout << "; the C library's " << rounds_.nanoseconds(beside) << " ns";
-    std::cout << ")\n";
-  }
-  int shortCount() const { return short_; }
-
- private:
-  void printTimes(const std::string& name, const std::string& yardstick) {
-    std::cout << "   (" << std::setprecision(1) << rounds_.nanoseconds(name) << " and "
-              << rounds_.nanoseconds(yardstick) << " ns";
-  }
-
-  const Rounds& rounds_;
-  int short_ = 0;
-};
-
 }  // namespace
 
 int measureGetters(std::span<const GetterBound> bounds) {
@@ -242,7 +208,7 @@ int measureGetters(std::span<const GetterBound> bounds) {
   rounds.add("empty call", kCount, [] { getterLoop(emptyCompound()); });
   rounds.run(1000);
 
-  Lines lines(rounds);
+  RoundLines lines(rounds);
   lines.excess("getter of a point property, over an empty call", "point", 1.0, "empty call", 3.0);
   for (const std::string name : {"DIPPR101", "DIPPR106", "DIPPR107", "VELDB1"}) {
     lines.excess("getter of " + name + ", over 1.25 x inline", "get " + name, 1.25, "own " + name, 5.0,

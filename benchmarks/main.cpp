@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "benchmarks/bench.h"
+#include "benchmarks/evaluation.h"
 #include "benchmarks/getters.h"
 #include "benchmarks/heap.h"
 #include "benchmarks/lines.h"
@@ -143,6 +144,7 @@ void measure(const std::filesystem::path& program, const std::string& database) 
 
   Lines lines;
   if (wanted("getters")) lines.add(measureGetters({{{"DIPPR101", 2.3}, {"DIPPR106", 2.1}, {"DIPPR107", 1.4}}}));
+  if (wanted("evaluation")) lines.add(measureEvaluation());
   for (const Target& target : kTargets) lines.print(target, medians);
   for (const Comparison& comparison : compareXml(database, wanted)) lines.print(comparison);
   for (const Comparison& comparison : compareDatabases(wanted)) lines.print(comparison);
