@@ -84,8 +84,9 @@ QS_INLINE Vector atMost(Vector x, double limit) {
   return {x.first > most ? most : x.first, x.second > most ? most : x.second};
 }
 
-// For each instruction set: the square root, whether a lane is outside [low, high), not below or equal to a value, zero
-// for no, and the entries of the tables for the low bits of each lane's index.
+// For each instruction set: the square root; zero for no when asked whether a lane is outside [low, high), not below or
+// equal to a value, or whether all are within [low, high]; the entries of the tables for the low bits of each lane's
+// index.
 namespace of_register {
 
 #if defined(__AVX512F__)
@@ -97,6 +98,10 @@ QS_INLINE int outside(Register x, double low, double high) {
   return _mm512_mask_cmp_pd_mask(in, x, broadcast(high), _CMP_LT_OQ) != 0xff;
 }
 
+QS_INLINE int within(Register x, double low, double high) {
+  const __mmask8 in = _mm512_cmp_pd_mask(x, broadcast(low), _CMP_GE_OQ);
+  return _mm512_mask_cmp_pd_mask(in, x, broadcast(high), _CMP_LE_OQ) == 0xff;
+}
 QS_INLINE int notBelow(Register x, double limit) { return _mm512_cmp_pd_mask(x, broadcast(limit), _CMP_NLT_UQ); }
 QS_INLINE int hasLane(Register x, double value) { return _mm512_cmp_pd_mask(x, broadcast(value), _CMP_EQ_OQ) != 0; }
 
@@ -159,6 +164,11 @@ QS_INLINE int outside(Register x, double low, double high) {
   const __m256d below = _mm256_cmp_pd(x, broadcast(high), _CMP_LT_OQ);
   return _mm256_movemask_pd(_mm256_and_pd(atLeast, below)) != 0xf;
 }
+QS_INLINE int within(Register x, double low, double high) {
+  const __m256d atLeast = _mm256_cmp_pd(x, broadcast(low), _CMP_GE_OQ);
+  const __m256d atMost = _mm256_cmp_pd(x, broadcast(high), _CMP_LE_OQ);
+  return _mm256_movemask_pd(_mm256_and_pd(atLeast, atMost)) == 0xf;
+}
 QS_INLINE int notBelow(Register x, double limit) {
   return _mm256_movemask_pd(_mm256_cmp_pd(x, broadcast(limit), _CMP_NLT_UQ));
 }
@@ -177,6 +187,9 @@ QS_INLINE void pairsAt(const void* table, RegisterBits offsets, Register& first,
 QS_INLINE Register sqrt(Register x) { return _mm_sqrt_pd(x); }
 QS_INLINE int outside(Register x, double low, double high) {
   return _mm_movemask_pd(_mm_and_pd(_mm_cmpge_pd(x, broadcast(low)), _mm_cmplt_pd(x, broadcast(high)))) != 0x3;
+}
+QS_INLINE int within(Register x, double low, double high) {
+  return _mm_movemask_pd(_mm_and_pd(_mm_cmpge_pd(x, broadcast(low)), _mm_cmple_pd(x, broadcast(high)))) == 0x3;
 }
 QS_INLINE int notBelow(Register x, double limit) { return _mm_movemask_pd(_mm_cmpnlt_pd(x, broadcast(limit))); }
 QS_INLINE int hasLane(Register x, double value) { return _mm_movemask_pd(_mm_cmpeq_pd(x, broadcast(value))) != 0; }
@@ -263,6 +276,9 @@ QS_INLINE Vector sqrt(Vector x) { return {of_register::sqrt(x.first), of_registe
 
 QS_INLINE bool hasLane(Vector x, double value) {
   return (of_register::hasLane(x.first, value) | of_register::hasLane(x.second, value)) != 0;
+}
+QS_INLINE bool within(Vector x, double low, double high) {
+  return (of_register::within(x.first, low, high) & of_register::within(x.second, low, high)) != 0;
 }
 
 QS_INLINE Vector pow(Vector x, double y) { return pow(x, Vector{broadcast(y), broadcast(y)}); }

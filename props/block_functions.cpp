@@ -13,19 +13,17 @@ namespace qs {
 namespace form {
 namespace {
 
-using math::hasLane, math::kLanes, math::load, math::store, math::Vector;
+using math::hasLane, math::kLanes, math::load, math::store, math::Vector, math::within;
 static_assert(kBlockStep % kLanes == 0);
 
-// What a block is read and written as: values alone, or with their derivatives by the temperature.
+// What a block is read and written as: values alone, or with derivatives.
 struct Values {
   double* values;
 
   Vector at(std::size_t i) const { return load(values + i); }
   void put(std::size_t i, Vector x) const { store(values + i, x); }
 
-  // As a form's variable, by which it is differentiated itself, and back.
   Vector variableAt(std::size_t i) const { return at(i); }
-  void putResult(std::size_t i, Vector y) const { put(i, y); }
 };
 struct WithSlopes {
   double* values;
@@ -38,8 +36,8 @@ struct WithSlopes {
     store(slopes + i, x.first);
   }
 
+  // By which a form is differentiated.
   Number variableAt(std::size_t i) const { return {load(values + i), Vector{} + 1.0, {}}; }
-  void putResult(std::size_t i, Number y) const { put(i, composed(at(i), y.value, y.first, Vector{})); }
 };
 
 // A form with the same coefficients for all, or with a block of each. The usual exponent has a loop of its own. Each
@@ -53,10 +51,10 @@ struct Evaluation<Form, std::index_sequence<i...>> {
   QS_INLINE static void replace(Numbers numbers, std::size_t count, const double* coefficients, int whole) {
     if (Form::kHasExponent && whole == 2) {
       for (std::size_t at = 0; at < count; at += kLanes)
-        numbers.putResult(at, Form::value(numbers.variableAt(at), coefficients[i]..., 2));
+        numbers.put(at, Form::value(numbers.variableAt(at), coefficients[i]..., 2));
     } else {
       for (std::size_t at = 0; at < count; at += kLanes)
-        numbers.putResult(at, Form::value(numbers.variableAt(at), coefficients[i]..., whole));
+        numbers.put(at, Form::value(numbers.variableAt(at), coefficients[i]..., whole));
     }
   }
   static void of(double* x, std::size_t count, const double* coefficients, int whole) {
@@ -136,13 +134,8 @@ bool backWithSlopes(double* y, double* slopes, std::size_t count, double P, cons
 
 bool allWithin(const double* values, std::size_t count, double low, double high) {
   std::size_t at = 0;
-  auto within = math::broadcast(0.0) == math::broadcast(0.0);
-  for (; at + kLanes <= count; at += kLanes) {
-    const Vector x = load(values + at);
-    within &= (x.first >= low) & (x.first <= high) & (x.second >= low) & (x.second <= high);
-  }
-  for (int i = 0; i < math::kRegisterLanes; ++i)
-    if (!within[i]) return false;
+  for (; at + kLanes <= count; at += kLanes)
+    if (!within(load(values + at), low, high)) return false;
   for (; at < count; ++at)
     if (!(low <= values[at] && values[at] <= high)) return false;
   return true;

@@ -35,7 +35,7 @@ struct BlockFunctions {
   Form forms[kFormCount];
   FormOfMany formsOfMany[kFormCount];
 
-  // The values of a form as above, with their derivatives by the temperature: `slopes` has those of x, and is replaced.
+  // The same with the derivatives by x, for which there is room.
   using FormWithSlopes = void (*)(double* x, double* slopes, std::size_t n, const double* coefficients, int whole);
   FormWithSlopes formsWithSlopes[kFormCount];
 

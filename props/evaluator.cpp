@@ -49,13 +49,19 @@ bool evaluateBlock(const Equation& equation, std::span<const double> temperature
 bool evaluateBlock(const Equation& equation, std::span<const double> temperatures, double P, double* values,
                    double* slopes, const BlockFunctions& functions) {
   if (!isPlain(equation, temperatures)) return false;
-  Block block, slopesOfBlock;
+  Block block, slopesOfBlock, slopesOfX;
   std::ranges::copy(temperatures, block.values);
   const std::size_t count = block.pad(temperatures.size());
-  std::fill_n(slopesOfBlock.values, count, 1.0);
-  if (!functions.forwardWithSlopes(block.values, slopesOfBlock.values, count, P, equation.x())) return false;
+  const Transformation x = equation.x();
+  const bool isT = x.shape == COMx && x.power == 1.0;
+  if (!isT) std::fill_n(slopesOfX.values, count, 1.0);
+  if (!(isT ? functions.forward(block.values, count, P, x)
+            : functions.forwardWithSlopes(block.values, slopesOfX.values, count, P, x)))
+    return false;
   functions.formsWithSlopes[equation.form.shape](block.values, slopesOfBlock.values, count,
                                                  equation.coefficients.data(), equation.whole);
+  if (!isT)
+    for (std::size_t i = 0; i < count; ++i) slopesOfBlock.values[i] *= slopesOfX.values[i];
   if (!functions.backWithSlopes(block.values, slopesOfBlock.values, count, P, equation.y())) return false;
 
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
