@@ -7,7 +7,7 @@ else()
   set(QS_QSDB $<TARGET_FILE:qsdb>)
 endif()
 
-set(programs qsdb first_steps property_table collection flash)
+set(programs qsdb first_steps property_table collection flash evaluation)
 if(WIN32)
   list(APPEND programs without_registration)
   if(CMAKE_SIZEOF_VOID_P EQUAL 4)
