@@ -58,7 +58,7 @@ inline constexpr double kR = 8.314;
 
 inline constexpr double kLargestExponentOfVELDB5 = 690.0;
 template <class Real, class Coefficient>
-QS_INLINE Real exponentOfVELDB5(Real X, Coefficient A, Coefficient B, Coefficient C, Coefficient D, Coefficient E,
+QS_INLINE auto exponentOfVELDB5(Real X, Coefficient A, Coefficient B, Coefficient C, Coefficient D, Coefficient E,
                                 Coefficient F, int whole) {
   return A + B / (C + X) + E * pow(X, F, whole) + D * log(X);
 }
@@ -87,7 +87,7 @@ Real extrapolatedVELDB5(Real T, double x, std::span<const double> coefficients, 
     static constexpr std::size_t kCoefficients = coefficients;                                   \
     static constexpr bool kHasExponent = letter::exponent >= 0;                                  \
     template <class Real, class Coefficient>                                                     \
-    QS_INLINE static Real value(Real X, QS_LETTERS_##coefficients, [[maybe_unused]] int whole) { \
+    QS_INLINE static auto value(Real X, QS_LETTERS_##coefficients, [[maybe_unused]] int whole) { \
       __VA_ARGS__                                                                                \
     }                                                                                            \
   };

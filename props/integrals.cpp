@@ -6,9 +6,12 @@
 #include <cmath>
 #include <limits>
 #include <span>
+#include <utility>
 
 #include "props/curve.h"
+#include "props/form_functions.h"
 #include "props/masked_exceptions.h"
+#include "props/terms.h"
 
 namespace qs {
 namespace {
@@ -73,40 +76,160 @@ std::optional<double> quadratureUp(FunctionOfT function, double from, double to)
   }
 }
 
+std::optional<double> negated(std::optional<double> x) { return x ? std::optional(-*x) : x; }
+
+// A sum of differences of two ends, and the magnitude that its error is in proportion to.
+struct Difference {
+  double value = 0.0, magnitude = 0.0;
+
+  void add(double factor, double atFrom, double atTo) {
+    value += factor * (atTo - atFrom);
+    magnitude += std::fabs(factor) * (std::fabs(atFrom) + std::fabs(atTo));
+  }
+  void addExact(double difference) {
+    value += difference;
+    magnitude += 2.0 * std::fabs(difference);
+  }
+};
+
+constexpr double kRoundingOfMagnitude = 2e-15;
+
+// Multiplied out where the exponent is whole.
+double wholePower(double x, double exponent) {
+  const double magnitude = std::fabs(exponent);
+  if (magnitude > 20.0 || magnitude != static_cast<int>(magnitude)) return form::pow(x, exponent);
+  double result = 1.0;
+  for (int rest = static_cast<int>(magnitude); rest != 0; rest >>= 1, x *= x)
+    if (rest & 1) result *= x;
+  return exponent < 0.0 ? 1.0 / result : result;
+}
+
+void addIntegral(const form::Term& term, Integrand integrand, double from, double to, Difference& sum) {
+  const double n = integrand == Integrand::Y ? term.power + 1.0 : term.power;
+  const auto part = [&](double T) {
+    const double log = n == 0.0 || term.withLog ? form::log(T) : 0.0;
+    if (n == 0.0) return term.withLog ? 0.5 * log * log : log;
+    return wholePower(T, n) * (term.withLog ? log - 1.0 / n : 1.0);
+  };
+  sum.add(n == 0.0 ? term.factor : term.factor / n, part(from), part(to));
+}
+
+// An equation of which X is a power of the temperature, and Y a linear function of the form's value.
+struct ClosedForm {
+  const double* coefficients;
+  int whole;
+  form::ShiftedPower x, y;
+};
+
+template <class Form>
+auto termsOf(const ClosedForm& closed) {
+  return [&]<std::size_t... i>(std::index_sequence<i...>) {
+    return Form::value(form::Power{closed.x.factor, closed.x.power}, closed.coefficients[i]..., closed.whole);
+  }
+  (std::make_index_sequence<Form::kCoefficients>());
+}
+
+template <class Form>
+Difference differenceOf(const ClosedForm& closed, Integrand integrand, double from, double to) {
+  Difference sum;
+  for (const form::Term& term : form::sumOf(termsOf<Form>(closed)).terms)
+    addIntegral({closed.y.factor * term.factor, term.power, term.withLog}, integrand, from, to, sum);
+  if (closed.y.offset != 0.0) addIntegral({closed.y.offset, 0.0, false}, integrand, from, to, sum);
+  return sum;
+}
+
+// No sum of powers, but with integrals of its own.
+template <>
+Difference differenceOf<form::DIPPR107>(const ClosedForm& closed, Integrand integrand, double from, double to) {
+  const double slope = closed.y.factor, scale = closed.x.factor;
+  const double A = closed.y.offset + slope * closed.coefficients[0], B = slope * closed.coefficients[1],
+               D = slope * closed.coefficients[3];
+  const double C = std::fabs(closed.coefficients[2] / scale), E = std::fabs(closed.coefficients[4] / scale);
+  Difference sum;
+  // What is so large that rounding shows in an exponential.
+  if (closed.x.power != 1.0 || !(std::max(C, E) < 200.0 * std::min(from, to))) return sum;
+  const double cFrom = C / from, cTo = C / to, eFrom = E / from, eTo = E / to;
+  if (integrand == Integrand::Y) {
+    // C coth(C/T) and -E tanh(E/T), whose differences are quotients.
+    const double inverses = (to - from) / from / to;
+    sum.addExact(A * (to - from));
+    sum.addExact(B * C * form::sinh(C * inverses) / form::sinh(cFrom) / form::sinh(cTo));
+    sum.addExact(D * E * form::sinh(E * inverses) / form::cosh(eFrom) / form::cosh(eTo));
+  } else {
+    // c coth c - ln sinh c and ln cosh e - e tanh e, of c = C/T and e = E/T, so that large numbers do not cancel.
+    const auto ofC = [](double c) {
+      const double s = form::sinh(c), exponential = form::exp(-c);
+      return c * exponential / s - form::log(2.0 * exponential * s);
+    };
+    const auto ofE = [](double e) {
+      const double q = form::exp(-2.0 * e);
+      return form::log(1.0 + q) + 2.0 * e * q / (1.0 + q);
+    };
+    sum.add(A, form::log(from), form::log(to));
+    sum.add(B, ofC(cFrom), ofC(cTo));
+    sum.add(D, ofE(eFrom), ofE(eTo));
+    sum.magnitude += std::fabs(B) + std::fabs(D);  // 1 is rounded where the exponentials vanish
+  }
+  return sum;
+}
+
+// By number of the form; null where there is no closed form.
+template <class Form>
+constexpr auto closedFormOf() -> Difference (*)(const ClosedForm&, Integrand, double, double) {
+  using Terms = decltype(termsOf<Form>(std::declval<ClosedForm>()));
+  if constexpr (std::same_as<Terms, form::Unknown> && !std::same_as<Form, form::DIPPR107>)
+    return nullptr;
+  else
+    return &differenceOf<Form>;
+}
+constexpr auto kClosedForms = std::to_array({
+#define QS_FORM(number, name, coefficients, exponent, formula, ...) closedFormOf<form::name>(),
+#include "props/forms.def"
+});
+
+std::optional<double> closedIntegral(const Equation& equation, Integrand integrand, double from, double to, double P) {
+  if (equation.form.shape == PropCurveVoid || !(0.0 < from && 0.0 < to)) return std::nullopt;
+  const auto differenceOfForm = kClosedForms[static_cast<std::size_t>(equation.form.shape)];
+  if (!differenceOfForm) return std::nullopt;
+  const form::ShiftedPower itself{0.0, 1.0, 1.0};
+  ClosedForm closed{equation.coefficients.data(), equation.whole, itself, itself};
+  if (!transformForward(equation.x(), P, &closed.x) || !transformBack(equation.y(), P, &closed.y)) return std::nullopt;
+  if (closed.x.offset != 0.0 || closed.y.power != 1.0) return std::nullopt;
+  const Difference difference = differenceOfForm(closed, integrand, from, to);
+  if (!(kRoundingOfMagnitude * difference.magnitude < kTolerance * std::fabs(difference.value))) return std::nullopt;
+  return difference.value;
+}
+
 }  // namespace
 
 std::optional<double> quadrature(FunctionOfT function, double from, double to) {
   const MaskedExceptions masked;
-  if (!isFinite(function(from)) || !isFinite(function(to))) return std::nullopt;
+  if (!isFinite(from) || !isFinite(to) || !isFinite(function(from)) || !isFinite(function(to))) return std::nullopt;
   if (from == to) return 0.0;
-  const auto up = quadratureUp(function, std::min(from, to), std::max(from, to));
-  return up && to < from ? -*up : up;
+  return from < to ? quadratureUp(function, from, to) : negated(quadratureUp(function, to, from));
 }
 
 std::optional<double> integral(const CQSAbstractProp& equation, Integrand integrand, double from, double to, double P) {
+  if (to < from) return negated(integral(equation, integrand, to, from, P));
   const auto function = [&](double T) {
     LONG dependencies = 0;
     double y = kEmptyValue;
     if (equation.GetValue(T, P, eNoExtrapolation, &dependencies, &y) != S_OK || isEmpty(y)) return kNaN;
     return integrand == Integrand::Y ? y : y / T;
   };
-  // VELDB5 bends at its limits.
+  const MaskedExceptions masked;
   const Equation* data = equation.equation();
-  double sum = 0.0, start = from;
-  const auto goTo = [&](double T) {
-    const auto part = quadrature(function, start, T);
-    if (part) sum += *part;
-    start = T;
-    return part.has_value();
-  };
-  const auto isBetween = [&](double T) { return (start < T && T < to) || (to < T && T < start); };
-  if (data && data->form.shape == PropCurveVELDB5) {
-    const auto [first, last] = from < to ? std::pair(data->tMin, data->tMax) : std::pair(data->tMax, data->tMin);
-    if (isBetween(first) && !goTo(first)) return std::nullopt;
-    if (isBetween(last) && !goTo(last)) return std::nullopt;
-  }
-  if (!goTo(to)) return std::nullopt;
-  return sum;
+  if (data && isFinite(function(from)))
+    if (const auto closed = closedIntegral(*data, integrand, from, to, P)) return closed;
+  if (!data || data->form.shape != PropCurveVELDB5) return quadrature(function, from, to);
+  // It bends at its limits, those in the interval.
+  const auto limit = [&](double T) { return std::clamp(T, from, to); };
+  const double atMin = limit(data->tMin), atMax = limit(data->tMax);
+  const auto below = quadrature(function, from, atMin);
+  const auto inside = quadrature(function, atMin, atMax);
+  const auto above = quadrature(function, atMax, to);
+  if (!below || !inside || !above) return std::nullopt;
+  return *below + *inside + *above;
 }
 
 }  // namespace qs

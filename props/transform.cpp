@@ -2,6 +2,7 @@
 
 #include "props/form_functions.h"
 #include "props/series.h"
+#include "props/terms.h"
 
 namespace qs {
 namespace form {
@@ -69,5 +70,7 @@ template bool transformForward(const Transformation&, double, double*);
 template bool transformBack(const Transformation&, double, double*);
 template bool transformForward(const Transformation&, double, form::Series<double, 2>*);
 template bool transformBack(const Transformation&, double, form::Series<double, 2>*);
+template bool transformForward(const Transformation&, double, form::ShiftedPower*);
+template bool transformBack(const Transformation&, double, form::ShiftedPower*);
 
 }  // namespace qs

@@ -22,7 +22,8 @@ struct Transformation {
 };
 
 // Transforms *x at pressure P, then raises it to the power. False for a shape that is no transformation, for missing
-// constants and for the empty value; *x then holds nothing of use. A number is a double or a Series<double, 2>.
+// constants and for the empty value; *x then holds nothing of use. A number is a double, a Series<double, 2> or a
+// ShiftedPower.
 template <class Number>
 bool transformForward(const Transformation& transformation, double P, Number* x);
 
