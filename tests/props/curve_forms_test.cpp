@@ -2,10 +2,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <map>
 
-#include "props/forms.h"
-#include "tests/support/formula.h"
+#include "tests/support/curve_formulas.h"
 #include "tests/support/properties.h"
 #include "tests/support/ulps.h"
 
@@ -14,39 +12,19 @@ namespace {
 
 using Real = long double;
 
-// Forms that compute something else than they display, because the stored data were fitted so.
-const std::map<LONG, std::string> kComputed = {
-    {PropCurveVELDB10, "B*ln(X) + 2*C*X + 1.5*D*X^2 + 1.33333333333*E*X^3 + 1.25*F*X^4 + G"},
-    {PropCurveDIPPR115, "A + B/X + C*ln(X) + D*X^2 + E/X^2"},
-    {PropCurveDIPPR116, "A + B*X^0.35 + C*X^(2/3) + D*X + E*X^(4/3)"},
-    {PropCurveQUOT1, "A*B^(C + D/X + E/X^2)"},
-};
-
-Real expectedOf(const EquationForm& form, const std::vector<double>& coefficients, Real x) {
-  test::Formula::Variables variables{{'X', x}, {'R', 8.314}, {'e', std::exp(Real(1))}};
-  for (std::size_t i = 0; i < coefficients.size(); ++i) variables[static_cast<char>('A' + i)] = coefficients[i];
-  if (const auto computed = kComputed.find(form.shape); computed != kComputed.end())
-    return test::Formula::valueOf(computed->second, variables);
-  const std::string formula = narrow(form.formula);
-  const Real right = test::Formula::valueOf(formula.substr(formula.find('=') + 1), variables);
-  return formula.starts_with("lnY") ? std::exp(right) : right;
-}
-
-// The last letter of a formula tells how many coefficients there are; these are in the domain of every form.
+// The last letter of a formula tells how many coefficients there are.
 TEST(CurveForms, EvaluateTheFormulaThatTheyDisplay) {
   for (const EquationForm& form : kEquationForms) {
     if (form.shape == PropCurveVoid) continue;
     SCOPED_TRACE(narrow(form.className));
     const auto curve = equation(form.shape);
-    std::vector<double> coefficients{1.75, 0.6, 1.25, 0.8, 0.02, 1.5, 3.0};
-    ASSERT_LE(form.coefficients, static_cast<LONG>(coefficients.size()));
-    coefficients.resize(static_cast<std::size_t>(form.coefficients));
+    const std::vector<double> coefficients = test::coefficientsFor(form);
     ASSERT_EQ(curve->SetParameters(coefficients.data(), form.coefficients), S_OK);
     for (const double x : {0.3, 0.55, 0.9}) {
       const Evaluation value = evaluate(*curve, x);
       EXPECT_EQ(value.result, S_OK);
       EXPECT_EQ(value.dependencies, 1);
-      EXPECT_LE(ulps(value.value, expectedOf(form, coefficients, x)), 8.0) << x;
+      EXPECT_LE(ulps(value.value, test::valueOfForm(form, coefficients, x)), 8.0) << x;
     }
     char last = 'A';
     for (const char letter : narrow(form.formula))

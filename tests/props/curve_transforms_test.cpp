@@ -1,8 +1,7 @@
 // The transformations of X and Y, seen through an equation whose form is Y = X.
 #include <cmath>
-#include <sstream>
 
-#include "tests/support/formula.h"
+#include "tests/support/curve_formulas.h"
 #include "tests/support/properties.h"
 #include "tests/support/ulps.h"
 
@@ -11,10 +10,7 @@ namespace {
 
 using Real = long double;
 
-constexpr double kNorm = 0.9;
-constexpr double kPressure = 2.5;
-constexpr double kA = 3.0;
-constexpr double kB = 1.25;
+using test::kA, test::kB, test::kNorm, test::kPressure;
 
 std::unique_ptr<CQSAbstractProp> identity() {
   auto curve = equation(PropCurvePOLY2);
@@ -25,23 +21,13 @@ std::unique_ptr<CQSAbstractProp> identity() {
   return curve;
 }
 
-// The transformations of X in the order of their numbers, from 1, with the norm N and the pressure P; a dash where a
-// number is none.
-const char kFormulas[] =
-    "X X/N 1-X/N log10(X) log10(X/N) log10(1-X/N) ln(X) ln(X/N) ln(1-X/N) exp(X) exp(X/N) exp(1-X/N) sin(X) cos(X) "
-    "tan(X) sin(X/N) cos(X/N) tan(X/N) sin(1-X/N) cos(1-X/N) tan(1-X/N) 1-X X-1 X/N-1 (1-X/N)^(1/3) (A-B)/(X-B)-1 "
-    "ln(XN) X/(X+N) XN N^0.5/X - - - X/P XP ln(XP)";
-
 // As one of Y a transformation is undone, but for the scale, whose sign turns.
 TEST(CurveTransforms, TransformBothWays) {
   const auto curve = identity();
-  std::istringstream formulas(kFormulas);
-  LONG shape = 1;
-  for (std::string formula; formulas >> formula; ++shape) {
-    if (formula == "-") continue;
+  for (const auto& [shape, formula] : test::transformationFormulas()) {
     for (const double x : {0.3, 0.45, 0.7}) {
       SCOPED_TRACE(testing::Message() << "shape " << shape << " of " << x);
-      const Real y = test::Formula::valueOf(formula, {{'X', x}, {'N', kNorm}, {'P', kPressure}, {'A', kA}, {'B', kB}});
+      const Real y = test::transformed(formula, x);
       curve->SetXYShape(shape, COMx);
       const Evaluation forward = evaluate(*curve, x, kPressure);
       EXPECT_EQ(forward.result, S_OK);
@@ -55,7 +41,7 @@ TEST(CurveTransforms, TransformBothWays) {
       EXPECT_NEAR(back.value, shape == COMxscale ? -x : x, 1e-14);
     }
   }
-  EXPECT_EQ(shape, COMlnxp + 1);
+  EXPECT_EQ(test::transformationFormulas().rbegin()->first, COMlnxp);
 }
 
 TEST(CurveTransforms, ApplyPowersInsideTheShapes) {

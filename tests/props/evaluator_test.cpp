@@ -7,6 +7,7 @@
 #include <random>
 #include <sstream>
 
+#include "props/derivatives.h"
 #include "props/evaluator.h"
 #include "tests/support/files.h"
 #include "tests/support/properties.h"
@@ -100,12 +101,21 @@ Values oneByOne(const CQSAbstractProp& property, const Values& temperatures) {
   return values;
 }
 
+Values slopesOneByOne(const CQSAbstractProp& property, const Values& temperatures) {
+  Values slopes;
+  for (const double T : temperatures) {
+    Derivatives derivatives;
+    slopes.push_back(derivativesOf(*property.equation(), T, kP, derivatives) ? derivatives.first : kEmptyValue);
+  }
+  return slopes;
+}
+
 TEST(Evaluator, HasTheSameBitsInEveryInstructionSetAndSystem) {
   std::ifstream file(test::kSourceFolder / "tests/props/value_bits.txt");
   std::string expected;
   const Values temperatures = numbers();
   for (const auto& [name, property] : cases()) {
-    const Values values = oneByOne(*property, temperatures);
+    const Values values = oneByOne(*property, temperatures), slopes = slopesOneByOne(*property, temperatures);
     std::ostringstream line;
     line << name << " " << std::hex << hashOf(values);
     std::getline(file, expected);
@@ -114,6 +124,11 @@ TEST(Evaluator, HasTheSameBitsInEveryInstructionSetAndSystem) {
       Values inBlocks = temperatures;
       evaluate(*property, inBlocks, kP, inBlocks.data(), *functions);
       EXPECT_EQ(hashOf(inBlocks), hashOf(values)) << name << " " << functions->instructionSet;
+      inBlocks = temperatures;
+      Values slopesInBlocks(temperatures.size());
+      evaluateWithSlopes(*property, inBlocks, kP, inBlocks.data(), slopesInBlocks.data(), *functions);
+      EXPECT_EQ(hashOf(inBlocks), hashOf(values)) << name << " " << functions->instructionSet;
+      EXPECT_EQ(hashOf(slopesInBlocks), hashOf(slopes)) << name << " " << functions->instructionSet;
     }
   }
   EXPECT_FALSE(std::getline(file, expected)) << expected;
