@@ -51,65 +51,84 @@ double interpolated(const std::array<Point, 4>& points) {
   return between(between(ab, bc, a, c), between(bc, cd, b, d), a, d);
 }
 
-// The solution between a point of the scan and the next one, whose differences have opposite signs.
+// Two temperatures where the curve differs from the value in opposite directions.
+struct Bracket {
+  const CQSAbstractProp& equation;
+  double value;
+  double P;
+  Point low, high;
+  bool hasNumbers = true;
+
+  bool holds(double T) const { return low.T < T && T < high.T; }
+
+  // At a temperature inside, to which an end then moves; both where there is no difference. Zero ends a search.
+  double differenceAt(double T) {
+    if (!holds(T)) return 0.0;
+    double y = kEmptyValue;
+    LONG dependencies = 0;
+    equation.GetValue(T, P, eNoExtrapolation, &dependencies, &y);
+    const double difference = differenceOf(y, value);
+    hasNumbers = !std::isnan(difference);
+    if (!hasNumbers) return 0.0;
+    if (difference == 0.0)
+      low = high = {T, difference};
+    else
+      ((difference < 0.0) == (low.difference < 0.0) ? low : high) = {T, difference};
+    return difference;
+  }
+};
+
+// Where the curve is smooth, two or three steps lead next to the solution, and one or two more beyond it.
+void approach(Bracket& bracket, std::array<Point, 4> points) {
+  double nearest = bracket.low.T;
+  for (int step = 0; step < 4 && bracket.hasNumbers; ++step) {
+    const double T = interpolated(points);
+    if (!bracket.holds(T) || std::fabs(T - nearest) <= 0x1p-52 * T) break;
+    const auto isNearer = [&](const Point& a, const Point& b) { return std::fabs(a.T - T) < std::fabs(b.T - T); };
+    *std::max_element(points.begin(), points.end(), isNearer) = {T, bracket.differenceAt(T)};
+    nearest = T;
+  }
+  for (int places = 2; places <= 8 && bracket.hasNumbers; places *= 2) {
+    const bool isBelow = nearest == bracket.low.T;
+    nearest = isBelow ? moved(bracket.low.T, places) : moved(bracket.high.T, -places);
+    if (!bracket.holds(nearest)) break;
+    bracket.differenceAt(nearest);
+    if (isBelow != (nearest == bracket.low.T)) break;
+  }
+}
+
+// The solution between a point of the scan and the next one.
 [[gnu::noinline]] std::optional<double> refined(const CQSAbstractProp& equation, double value, double P,
                                                 const Scan& scan, std::size_t place) {
   const Point first = scan.at(place, value), last = scan.at(place + 1, value);
   if (std::isnan(first.difference) || std::isnan(last.difference)) return std::nullopt;
-  Point low = first, high = last;
-  bool hasNumbers = true;
-  const auto difference = [&](double T) {
-    if (!(low.T < T && T < high.T)) return 0.0;  // ends the search
-    double y = kEmptyValue;
-    LONG dependencies = 0;
-    equation.GetValue(T, P, eNoExtrapolation, &dependencies, &y);
-    const double result = differenceOf(y, value);
-    if (std::isnan(result)) {
-      hasNumbers = false;
-      return 0.0;
-    }
-    if (result == 0.0)
-      low = high = {T, result};
-    else
-      ((result < 0.0) == (low.difference < 0.0) ? low : high) = {T, result};
-    return result;
-  };
-  // Where the curve is smooth, two or three steps lead next to the solution, and some more beyond it.
-  std::array<Point, 4> points;
-  const std::size_t start = std::min(std::max(place, std::size_t{1}) - 1, kPoints - points.size());
-  for (std::size_t i = 0; i < points.size(); ++i) points[i] = scan.at(start + i, value);
-  double nearest = low.T;
-  for (int step = 0; step < 4; ++step) {
-    const double T = interpolated(points);
-    if (!(low.T < T && T < high.T) || std::fabs(T - nearest) <= 0x1p-52 * T) break;
-    const auto isNearer = [&](const Point& a, const Point& b) { return std::fabs(a.T - T) < std::fabs(b.T - T); };
-    *std::max_element(points.begin(), points.end(), isNearer) = {T, difference(T)};
-    nearest = T;
-  }
-  for (int step = 2; step <= 8; step *= 2) {
-    const bool isBelow = nearest == low.T;
-    const double T = isBelow ? moved(low.T, step) : moved(high.T, -step);
-    if (!(low.T < T && T < high.T)) break;
-    difference(T);
-    if (T == (isBelow ? high.T : low.T)) break;
-    nearest = T;
-  }
-  using Policy =
-      boost::math::policies::policy<boost::math::policies::domain_error<boost::math::policies::ignore_error>,
-                                    boost::math::policies::evaluation_error<boost::math::policies::ignore_error>>;
+  Bracket bracket{equation, value, P, first, last};
+  const std::size_t start = std::min(std::max(place, std::size_t{1}) - 1, kPoints - 4);
+  approach(bracket,
+           {scan.at(start, value), scan.at(start + 1, value), scan.at(start + 2, value), scan.at(start + 3, value)});
+
+  using Ignored = boost::math::policies::domain_error<boost::math::policies::ignore_error>;
+  const auto difference = [&](double T) { return bracket.differenceAt(T); };
+  const auto isClose = [](double low, double high) { return high - low <= 0x1p-50 * low; };
   std::uintmax_t evaluations = 100;
-  const auto isClose = [](double a, double b) { return b - a <= 0x1p-50 * a; };
-  boost::math::tools::toms748_solve(difference, low.T, high.T, low.difference, high.difference, isClose, evaluations,
-                                    Policy());
-  while (hasNumbers) {
-    const double middle = low.T + (high.T - low.T) / 2.0;
-    if (middle <= low.T || middle >= high.T) break;
-    difference(middle);
+  if (bracket.hasNumbers)
+    boost::math::tools::toms748_solve(difference, bracket.low.T, bracket.high.T, bracket.low.difference,
+                                      bracket.high.difference, isClose, evaluations,
+                                      boost::math::policies::policy<Ignored>());
+  while (bracket.hasNumbers) {
+    const double middle = bracket.low.T + (bracket.high.T - bracket.low.T) / 2.0;
+    if (!bracket.holds(middle)) break;
+    bracket.differenceAt(middle);
   }
-  const double atLow = std::fabs(low.difference), atHigh = std::fabs(high.difference);
-  const bool isPole = atLow > std::fabs(first.difference) && atHigh > std::fabs(last.difference);
-  if (!hasNumbers || isPole) return std::nullopt;
-  return atLow < atHigh ? low.T : high.T;
+  if (!bracket.hasNumbers) return std::nullopt;
+
+  // At a pole the curve grows on both sides.
+  const auto change = [](const Point& from, const Point& to) {
+    return std::fabs(to.difference) - std::fabs(from.difference);
+  };
+  const double below = change(first, bracket.low), above = change(last, bracket.high);
+  if (below >= 0.0 && above >= 0.0 && below + above > 0.0) return std::nullopt;
+  return std::fabs(bracket.low.difference) < std::fabs(bracket.high.difference) ? bracket.low.T : bracket.high.T;
 }
 
 }  // namespace
@@ -137,7 +156,7 @@ Solution temperatureAt(const CQSAbstractProp& equation, double value, double P, 
   for (std::size_t i = 0; i < count && solution.crossings < 2; ++i) {
     const bool isBelow = values[i] < value;
     if (values[i] == value) {
-      found(temperatures[i]);
+      if (i == 0 || temperatures[i - 1] < temperatures[i]) found(temperatures[i]);
     } else if (isBelow != wasBelow && values[i - 1] != value) {
       if (const auto T = refined(equation, value, P, scan, i - 1)) found(*T);
     }
