@@ -49,8 +49,9 @@ function printVapourPressures(c) {
                  statusText(pressures.statuses[i]));
 }
 
-// Along the boiling curve, T dP/dT (Vg - Vl). The vapour's volume is that of an ideal gas, corrected by the second virial
-// coefficient where there is one. Acetic acid has none, and its vapour is far from ideal: most molecules are in pairs.
+// Along the boiling curve, T dP/dT (Vg - Vl). The vapour's volume is that of an ideal gas, corrected by the second
+// virial coefficient where there is one. Acetic acid has none, and its vapour is far from ideal: most molecules are in
+// pairs.
 function printHeatsOfVaporisation(c) {
   var pressures = [10, 50, 101.325, 500, 1000];
   var T = listOf(listOf(c.FindTemperature("VP", pressures, P))[0]);

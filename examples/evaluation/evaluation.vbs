@@ -44,8 +44,9 @@ Sub PrintVapourPressures(c)
   Next
 End Sub
 
-' Along the boiling curve, T dP/dT (Vg - Vl). The vapour's volume is that of an ideal gas, corrected by the second virial
-' coefficient where there is one. Acetic acid has none, and its vapour is far from ideal: most molecules are in pairs.
+' Along the boiling curve, T dP/dT (Vg - Vl). The vapour's volume is that of an ideal gas, corrected by the second
+' virial coefficient where there is one. Acetic acid has none, and its vapour is far from ideal: most molecules are in
+' pairs.
 Sub PrintHeatsOfVaporisation(c)
   Dim pressures, T, heats, slopes, masses, densities, virials, statuses, virial, clapeyron, i
   pressures = Array(10, 50, 101.325, 500, 1000)
