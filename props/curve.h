@@ -29,6 +29,9 @@ struct Equation {
 
   Transformation x() const { return {xShape, xNorm, xPow, a, b}; }
   Transformation y() const { return {yShape, yNorm, yPow, a, b}; }
+  bool lacksConstants() const {
+    return (xShape == COMxppdsm1 || yShape == COMxppdsm1) && (a == kEmptyValue || b == kEmptyValue);
+  }
 
   // Whether not the form's function holds but form::extrapolatedVELDB5.
   bool extrapolatesAt(double T) const { return form.shape == PropCurveVELDB5 && !(tMin <= T && T <= tMax); }

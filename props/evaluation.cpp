@@ -23,13 +23,17 @@ constexpr double kAboveEmpty = -32766.0;
 // A temperature so near to the range is within it: the steps of a table do not end exactly at its limits.
 constexpr int kNearUlps = 4;
 
+// Temperatures that are looked at before they are evaluated: several blocks of the evaluator.
+constexpr std::size_t kMostTogether = 4 * kBlockLength;
+
 bool isNumber(double value) { return std::isfinite(value) && !isEmpty(value); }
 bool isTemperature(double T) { return std::isfinite(T) && T > 0.0; }
 
+// A temperature some units in the last place away.
 double ulpsAway(double T, int ulps) {
-  for (; isTemperature(T) && ulps > 0; --ulps) T = std::nextafter(T, kMostNumber);
-  for (; isTemperature(T) && ulps < 0; ++ulps) T = std::nextafter(T, 0.0);
-  return T;
+  constexpr double kLeast = 1e-300;
+  if (!(T > kLeast && T < kMostNumber / 2)) return T;
+  return __builtin_bit_cast(double, math::bitsOf(T) + static_cast<std::uint64_t>(std::int64_t{ulps}));
 }
 
 bool hasValues(const Equation& equation) {
@@ -54,9 +58,9 @@ class Evaluation {
     status_ = set ? 0 : LONG{eStatusNotSet};
     if (const auto range = rangeOf(*property)) range_ = *range;
     if (!(range_.pMin <= request.P && request.P <= range_.pMax)) status_ |= eStatusOutsidePressure;
-    const int near = asFormGoesOn() ? 0 : kNearUlps;
-    low_ = ulpsAway(range_.tMin, -near);
-    high_ = ulpsAway(range_.tMax, near);
+    const int margin = asFormGoesOn() ? 0 : kNearUlps;
+    low_ = ulpsAway(range_.tMin, -margin);
+    high_ = ulpsAway(range_.tMax, margin);
   }
 
   bool evaluate(std::span<const double> temperatures, const EvaluationResults& results) {
@@ -67,8 +71,8 @@ class Evaluation {
       return all;
     }
     const MaskedExceptions masked;
-    for (std::size_t i = 0; i < temperatures.size(); i += kBlockLength)
-      all &= putBlock(temperatures.subspan(i, std::min(temperatures.size() - i, kBlockLength)), results.from(i));
+    for (std::size_t i = 0; i < temperatures.size(); i += kMostTogether)
+      all &= putTogether(temperatures.subspan(i, std::min(temperatures.size() - i, kMostTogether)), results.from(i));
     return all;
   }
 
@@ -225,16 +229,6 @@ class Evaluation {
   // Judges what is at a temperature, and puts it where the caller wants it.
   bool put(double T, const EvaluationResults& results) {
     const bool derivatives = results.firstDerivatives || results.secondDerivatives;
-    // Most calls want a value within the range. These comparisons raise nothing that a host could trap.
-    if (equation_ && !derivatives && !hasNone() && std::isgreaterequal(T, range_.tMin) &&
-        std::islessequal(T, range_.tMax)) {
-      const double value = valueOf(T);
-      if (std::isfinite(value) && !isEmpty(value)) {
-        if (results.values) *results.values = value;
-        if (results.statuses) *results.statuses = status_ | eStatusInside;
-        return true;
-      }
-    }
     std::optional<MaskedExceptions> masked;
     if (!isAsked()) masked.emplace();
     return put(at(T, derivatives), results);
@@ -256,21 +250,21 @@ class Evaluation {
     return !(numbers.status & kNoNumber);
   }
 
-  // Values and first derivatives of an equation at no more temperatures than a block has.
-  bool putBlock(std::span<const double> temperatures, const EvaluationResults& results) {
+  // Values and first derivatives of an equation at no more than kMostTogether temperatures.
+  bool putTogether(std::span<const double> temperatures, const EvaluationResults& results) {
     const BlockFunctions& functions = *supportedBlockFunctions().back();
     const std::size_t count = temperatures.size();
-    double given[kBlockLength], near[kBlockLength], ownValues[kBlockLength], ownSlopes[kBlockLength];
+    double given[kMostTogether], clamped[kMostTogether], ownValues[kMostTogether], ownSlopes[kMostTogether];
     double* const values = results.values ? results.values : ownValues;
     double* const slopes = results.firstDerivatives ? results.firstDerivatives : ownSlopes;
     // Results may be written over the temperatures.
     const bool within = functions.allWithin(temperatures.data(), count, range_.tMin, range_.tMax);
     if (!within) {
       std::ranges::copy(temperatures, given);
-      std::ranges::transform(temperatures, near, [&](double T) {
+      std::ranges::transform(temperatures, clamped, [&](double T) {
         return asFormGoesOn() ? T : place(T) & eStatusInside ? std::clamp(T, range_.tMin, range_.tMax) : range_.tMin;
       });
-      temperatures = {near, count};
+      temperatures = {clamped, count};
     }
     if (results.firstDerivatives)
       evaluateWithSlopes(*property_, temperatures, request_.P, values, slopes, functions);
@@ -313,26 +307,45 @@ std::optional<PropertyRange> rangeOf(const CQSAbstractProp& property) {
   return isEmpty(value) ? std::nullopt : std::optional(PropertyRange());
 }
 
+namespace {
+
+// These comparisons raise nothing that a host could trap.
+bool isWithin(const Equation& equation, double T, double P) {
+  return std::isgreaterequal(T, equation.tMin) && std::islessequal(T, equation.tMax) &&
+         std::isgreaterequal(P, equation.pMin) && std::islessequal(P, equation.pMax);
+}
+
+// The value of an equation within its range, which most calls ask for. Puts nothing for any other.
+bool putWithin(const CQSAbstractProp& property, double T, double P, const EvaluationResults& results) {
+  const Equation* equation = property.equation();
+  if (!equation || results.firstDerivatives || results.secondDerivatives || !isWithin(*equation, T, P)) return false;
+  double value = kEmptyValue;
+  LONG dependencies = 0;
+  if (property.GetValue(T, P, eNoExtrapolation, &dependencies, &value) != S_OK || !isNumber(value)) return false;
+  if (results.values) *results.values = value;
+  if (results.statuses) *results.statuses = eStatusInside;
+  return true;
+}
+
+}  // namespace
+
 bool evaluate(const CQSAbstractProp* property, LONG missing, std::span<const double> temperatures,
               const EvaluationRequest& request, const EvaluationResults& results) {
+  if (property && temperatures.size() == 1 && putWithin(*property, temperatures[0], request.P, results)) return true;
   return Evaluation(property, missing, request).evaluate(temperatures, results);
 }
 
 void evaluateWithin(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
                     LONG* statuses) {
-  std::array<const CQSAbstractProp*, kBlockLength> block;
+  std::array<const Equation*, kBlockLength> equations;
   while (!properties.empty()) {
     const std::size_t count = std::min(properties.size(), kBlockLength);
     for (std::size_t i = 0; i < count; ++i) {
       const Equation* equation = properties[i] ? properties[i]->equation() : nullptr;
-      const bool within = equation && std::isgreaterequal(T, equation->tMin) && std::islessequal(T, equation->tMax);
-      block[i] = within ? properties[i] : nullptr;
-      const bool inPressure = within && std::isgreaterequal(P, equation->pMin) && std::islessequal(P, equation->pMax);
-      statuses[i] = within && inPressure && hasValues(*equation) ? LONG{eStatusInside} : 0;
+      equations[i] = equation && isWithin(*equation, T, P) ? equation : nullptr;
     }
-    evaluate({block.data(), count}, T, P, values);
-    for (std::size_t i = 0; i < count; ++i)
-      if (!isNumber(values[i])) statuses[i] = 0;
+    evaluateTogether({equations.data(), count}, T, P, values);
+    for (std::size_t i = 0; i < count; ++i) statuses[i] = isNumber(values[i]) ? LONG{eStatusInside} : 0;
     properties = properties.subspan(count);
     values += count;
     statuses += count;

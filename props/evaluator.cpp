@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <numeric>
 
 #include "props/curve.h"
 #include "props/derivatives.h"
@@ -25,8 +24,7 @@ double valueOf(const CQSAbstractProp& property, double T, double P, double noVal
 // Whether the form's functions give the equation's values: not where VELDB5 extrapolates, nor without a form or the
 // constants of a transformation.
 bool isPlain(const Equation& equation, std::span<const double> temperatures) {
-  if (equation.form.shape == PropCurveVoid || equation.x().lacksConstants() || equation.y().lacksConstants())
-    return false;
+  if (equation.form.shape == PropCurveVoid || equation.lacksConstants()) return false;
   return equation.form.shape != PropCurveVELDB5 ||
          std::ranges::none_of(temperatures, [&](double T) { return equation.extrapolatesAt(T); });
 }
@@ -85,66 +83,38 @@ bool evaluateBlock(const Equation& equation, std::span<const double> temperature
 
 // At most a block of equations of one form, whose exponents are multiplied out alike, at one temperature. False as
 // above.
-bool evaluateTogether(std::span<const Equation* const> equations, double T, double P, double* values,
-                      const BlockFunctions& functions) {
+bool evaluateAlike(std::span<const Equation* const> equations, double T, double P, double* values,
+                   const BlockFunctions& functions) {
+  if (isEmpty(T)) return false;
   const Equation& first = *equations[0];
   const std::size_t coefficients = first.coefficients.size();
   Block block;
   Block columns[kMostCoefficients];
   for (std::size_t i = 0; i < equations.size(); ++i) {
     block.values[i] = T;
-    if (!isPlain(*equations[i], {&T, 1}) || !transformForward(equations[i]->x(), P, &block.values[i])) return false;
-    for (std::size_t c = 0; c < coefficients; ++c) columns[c].values[i] = equations[i]->coefficients[c];
+    const Equation& equation = *equations[i];
+    if (!isPlain(equation, {&T, 1})) return false;
+    const bool isT = equation.xShape == COMx && equation.xPow == 1.0;
+    if (!isT && !transformForward(equation.x(), P, &block.values[i])) return false;
+    for (std::size_t c = 0; c < coefficients; ++c) columns[c].values[i] = equation.coefficients[c];
   }
   for (std::size_t c = 0; c < coefficients; ++c) columns[c].pad(equations.size());
   const std::size_t count = block.pad(equations.size());
   functions.formsOfMany[first.form.shape](block.values, count, columns, first.whole);
 
-  const auto sameY = [&](const Equation* equation) { return equation->y() == first.y(); };
+  const Transformation y = first.y();
+  const auto sameY = [&](const Equation* equation) {
+    const bool plain = equation->yShape == COMx && y.shape == COMx && equation->yPow == 1.0 && y.power == 1.0;
+    return plain || equation->y() == y;
+  };
   if (std::ranges::all_of(equations, sameY)) {
-    if (!functions.back(block.values, count, P, first.y())) return false;
+    if (!functions.back(block.values, count, P, y)) return false;
   } else {
     for (std::size_t i = 0; i < equations.size(); ++i)
       if (!transformBack(equations[i]->y(), P, &block.values[i])) return false;
   }
   std::copy_n(block.values, equations.size(), values);
   return true;
-}
-
-// At most a block of properties.
-void evaluateMany(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
-                  const BlockFunctions& functions, double noValue) {
-  // The equations sorted by form and by what is multiplied out: how many are before each kind, then their places.
-  constexpr std::size_t kWholes = form::kNotWhole + 2;
-  const auto kindOf = [](const Equation& equation) {
-    return static_cast<std::size_t>(equation.form.shape) * kWholes + static_cast<std::size_t>(equation.whole + 1);
-  };
-  std::array<std::uint16_t, kFormCount * kWholes + 1> ends{};
-  std::array<const Equation*, kBlockLength> equations{};
-  for (std::size_t i = 0; i < properties.size(); ++i) {
-    equations[i] = properties[i] ? properties[i]->equation() : nullptr;
-    if (equations[i] && equations[i]->form.shape == PropCurveVoid) equations[i] = nullptr;
-    if (equations[i])
-      ++ends[kindOf(*equations[i]) + 1];
-    else
-      values[i] = properties[i] ? valueOf(*properties[i], T, P, noValue) : noValue;
-  }
-  const MaskedExceptions masked;
-  std::partial_sum(ends.begin(), ends.end(), ends.begin());
-  std::array<std::uint8_t, kBlockLength> places;
-  for (std::size_t i = 0; i < properties.size(); ++i)
-    if (equations[i]) places[ends[kindOf(*equations[i])]++] = static_cast<std::uint8_t>(i);
-  // Each end is now that of its own kind.
-  std::array<const Equation*, kBlockLength> together{};
-  std::array<double, kBlockLength> results{};
-  for (std::size_t kind = 0, begin = 0; kind < kFormCount * kWholes; begin = ends[kind++]) {
-    const auto group = std::span(places).subspan(begin, ends[kind] - begin);
-    if (group.empty()) continue;
-    std::ranges::transform(group, together.begin(), [&](std::uint8_t place) { return equations[place]; });
-    const bool done = evaluateTogether(std::span(together).first(group.size()), T, P, results.data(), functions);
-    for (std::size_t i = 0; i < group.size(); ++i)
-      values[group[i]] = done ? results[i] : valueOf(*properties[group[i]], T, P, noValue);
-  }
 }
 
 }  // namespace
@@ -197,11 +167,48 @@ void evaluateWithSlopes(const CQSAbstractProp& property, std::span<const double>
   }
 }
 
+void evaluateTogether(std::span<const Equation* const> equations, double T, double P, double* values,
+                      const BlockFunctions& functions) {
+  constexpr int kMostKinds = 8;
+  const MaskedExceptions masked;
+  std::array<const Equation*, kBlockLength> left, together;
+  std::array<std::uint8_t, kBlockLength> places, placesTogether;
+  std::array<double, kBlockLength> results;
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < equations.size(); ++i) {
+    values[i] = kEmptyValue;
+    if (!equations[i]) continue;
+    left[count] = equations[i];
+    places[count++] = static_cast<std::uint8_t>(i);
+  }
+  for (int kind = 0; count > 0 && kind < kMostKinds; ++kind) {
+    const Equation& first = *left[0];
+    std::size_t alike = 0, others = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+      if (&left[i]->form == &first.form && left[i]->whole == first.whole) {
+        together[alike] = left[i];
+        placesTogether[alike++] = places[i];
+      } else {
+        left[others] = left[i];
+        places[others++] = places[i];
+      }
+    }
+    count = others;
+    if (!evaluateAlike({together.data(), alike}, T, P, results.data(), functions)) continue;
+    for (std::size_t i = 0; i < alike; ++i) values[placesTogether[i]] = results[i];
+  }
+}
+
 void evaluate(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
               const BlockFunctions& functions, double noValue) {
+  std::array<const Equation*, kBlockLength> equations;
   while (!properties.empty()) {
     const auto block = properties.first(std::min(properties.size(), kBlockLength));
-    evaluateMany(block, T, P, values, functions, noValue);
+    std::ranges::transform(block, equations.begin(),
+                           [](const CQSAbstractProp* property) { return property ? property->equation() : nullptr; });
+    evaluateTogether(std::span(equations).first(block.size()), T, P, values, functions);
+    for (std::size_t i = 0; i < block.size(); ++i)
+      if (isEmpty(values[i])) values[i] = block[i] ? valueOf(*block[i], T, P, noValue) : noValue;
     properties = properties.subspan(block.size());
     values += block.size();
   }

@@ -23,9 +23,13 @@ void evaluateWithSlopes(const CQSAbstractProp& property, std::span<const double>
                         double* slopes, const BlockFunctions& functions = *supportedBlockFunctions().back(),
                         double noValue = kEmptyValue);
 
-// The values of many properties, of which null has none, at one temperature. Equations of the same form are evaluated
-// together.
+// The values of many properties, of which null has none, at one temperature.
 void evaluate(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
               const BlockFunctions& functions = *supportedBlockFunctions().back(), double noValue = kEmptyValue);
+
+// The values at one temperature of no more than kBlockLength equations, of which null is none, that can be had
+// together: those of one form, with exponents multiplied out alike, of the first few kinds. The empty value for others.
+void evaluateTogether(std::span<const Equation* const> equations, double T, double P, double* values,
+                      const BlockFunctions& functions = *supportedBlockFunctions().back());
 
 }  // namespace qs

@@ -37,7 +37,7 @@ Number back(Number y, double P, const Transformation& t) {
 }  // namespace
 }  // namespace form
 
-bool Transformation::isDefined() const {
+bool Transformation::isOther() const {
   switch (shape) {
 #define QS_TRANSFORMATION(shape, of_x, of_y) case shape:
 #include "props/transformations.def"

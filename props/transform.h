@@ -17,8 +17,11 @@ struct Transformation {
   bool operator==(const Transformation&) const = default;
 
   // Whether the shape is that of a transformation, with the constants that it needs.
-  bool isDefined() const;
+  bool isDefined() const { return shape == COMx || shape == COMlnx || isOther(); }
   bool lacksConstants() const { return shape == COMxppdsm1 && (a == kEmptyValue || b == kEmptyValue); }
+
+ private:
+  bool isOther() const;
 };
 
 // Transforms *x at pressure P, then raises it to the power. False for a shape that is no transformation, for missing
