@@ -97,12 +97,17 @@ void addOnes(Rounds& rounds, const std::string& name, const Subject& subject) {
   });
 }
 
+// With forms and exponents as often as the bundled compounds' vapour pressures have them.
 ComPtr<ICompoundCollection> manyCompounds(std::vector<ComPtr<IBasicCompound>>& compounds) {
   auto list = newObject<ICompoundCollection>(__uuidof(::COQSCompoundCollection));
   for (std::size_t i = 0; i < kCompounds; ++i) {
-    const double factor = 1.0 + 0.001 * static_cast<double>(i);
-    compounds.push_back(compoundWith(
-        PropCurveDIPPR101, {59.8335, -7258.2 * factor, -7.3037, i % 3 ? 4.1653e-6 : 1e-18, i % 3 ? 2.0 : 6.0}));
+    const double B = -7258.2 * (1.0 + 0.001 * static_cast<double>(i));
+    if (i % 18 == 0)
+      compounds.push_back(compoundWith(PropCurveVELDB5, {59.8335, B, 0.0, -7.3037, 4.1653e-6, 2.0}));
+    else if (i % 18 == 6)
+      compounds.push_back(compoundWith(PropCurveDIPPR101, {59.8335, B, -7.3037, 1e-18, 6.0}));
+    else
+      compounds.push_back(compoundWith(PropCurveDIPPR101, {59.8335, B, -7.3037, 4.1653e-6, i % 27 == 1 ? 1.0 : 2.0}));
     check(list->AddCompound(compounds.back().get()));
   }
   return list;

@@ -168,7 +168,9 @@ class COQSCompound final
   bool evaluate(std::optional<Key> key, WideView name, std::span<const double> temperatures, double pressure,
                 tagLimitPolicyEnum policy, const EvaluationResults& results) const;
   // Null where there is none.
-  const CQSAbstractProp* property(std::optional<Key> key, WideView name) const { return find(key, name).property; }
+  const CQSAbstractProp* property(std::optional<Key> key, WideView name) const {
+    return key ? content_.properties[*key] : content_.properties.find(key, name).property;
+  }
 
   // user_properties.cpp
   STDMETHODIMP SetUserProperty(BSTR name, BSTR classId, IDispatch* component) noexcept override;

@@ -63,9 +63,8 @@ class CurveBase : public CQSAbstractProp {
 
  protected:
   // `coefficients` is the array that the derived class owns.
-  CurveBase(const EquationForm& form, std::span<double> coefficients) : data_{form, coefficients, form::kNotWhole} {}
-
-  const Equation* equation() const override { return &data_; }
+  CurveBase(const EquationForm& form, std::span<double> coefficients)
+      : CQSAbstractProp(&data_), data_{form, coefficients, form::kNotWhole} {}
 
   Equation data_;
 

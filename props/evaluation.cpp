@@ -77,7 +77,9 @@ class Evaluation {
   }
 
   NumberWithStatus integrate(Integrand integrand, double from, double to) {
-    const auto none = [&](LONG status) { return NumberWithStatus{request_.noValue, status}; };
+    const auto none = [&](LONG status) {
+      return NumberWithStatus{request_.noValue, status & ~LONG{eStatusByPolicy | eStatusClamped}};
+    };
     if (hasNone() || isAsked()) return none(hasNone() ? status_ : status_ | eStatusNotSet);
     const MaskedExceptions masked;
     const double least = std::min(from, to), most = std::max(from, to);
@@ -88,7 +90,7 @@ class Evaluation {
       // What a policy lacks at an end it lacks between.
       for (const double end : {least, most})
         if (const Numbers there = at(end, false); !asFormGoesOn() && !isNumber(there.value))
-          return none((status & ~LONG{eStatusByPolicy}) | there.status);
+          return none(status | there.status);
     }
     double sum = 0.0;
     const auto addEquation = [&](double begin, double end) {
@@ -198,7 +200,7 @@ class Evaluation {
     const Numbers held{limit.value, 0.0, 0.0, status | eStatusClamped};
     if (request_.policy == eValueAtLimit || !equation_) return held;
     if (request_.policy == eTangentLnYOverInverseT) {
-      if (!(limit.value > 0.0)) return none((status & ~LONG{eStatusByPolicy}) | eStatusNotANumber);
+      if (!(limit.value > 0.0)) return none(status | eStatusNotANumber);
       // ln Y = ln Yb + s (1/T - 1/Tb), s = d ln Y/d(1/T) = -Tb^2 Y'/Y.
       const double s = -bound * (bound * limit.first) / limit.value;
       const double value = limit.value * math::exp(s * (1.0 / T - 1.0 / bound));
@@ -207,7 +209,8 @@ class Evaluation {
     }
     if (request_.policy == eTangentAtLimit || below) return tangent(limit, T - bound, status);
     const double critical = request_.criticalTemperature;
-    if (!(critical > bound)) return held;
+    // At the end of a curve that has a critical temperature of its own the slope is unbounded.
+    if (!(critical > bound) || !std::isfinite(limit.first)) return held;
     if (T <= critical) return tangent(limit, T - bound, status);
     const Numbers there = tangent(limit, critical - bound, status);
     return isEmpty(there.value) ? there : Numbers{there.value, 0.0, 0.0, status | eStatusClamped};
@@ -217,7 +220,7 @@ class Evaluation {
   Numbers tangent(const Numbers& limit, double distance, LONG status) const {
     const Numbers numbers{limit.value + limit.first * distance, limit.first, 0.0, status};
     const bool changesSign = request_.policy == eTangentToCritical && numbers.value * limit.value < 0.0;
-    return changesSign ? none((status & ~LONG{eStatusByPolicy}) | eStatusNotSet) : numbers;
+    return changesSign ? none(status | eStatusNotSet) : numbers;
   }
 
   const Numbers& limitAt(double bound, bool below) {
@@ -240,6 +243,7 @@ class Evaluation {
     if (!std::isfinite(numbers.value) || isMissing(results.firstDerivatives, numbers.first) ||
         isMissing(results.secondDerivatives, numbers.second))
       if (!(numbers.status & kNoNumber)) numbers.status |= eStatusNotANumber;
+    if (numbers.status & kNoNumber) numbers.status &= ~LONG{eStatusByPolicy | eStatusClamped};
     const auto settled = [&](double number) {
       return isEmpty(number) || !(asFormGoesOn() || std::isfinite(number)) ? request_.noValue : number;
     };

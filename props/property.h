@@ -32,7 +32,8 @@ class PropertyName {
 // when memory runs out, and what an external component throws; nothing else.
 class CQSAbstractProp {
  public:
-  CQSAbstractProp() = default;
+  // `equation` is what an equation consists of, which the derived class owns.
+  explicit CQSAbstractProp(const Equation* equation = nullptr) : equation_(equation) {}
   CQSAbstractProp(const CQSAbstractProp&) = delete;
   CQSAbstractProp& operator=(const CQSAbstractProp&) = delete;
 
@@ -80,7 +81,7 @@ class CQSAbstractProp {
   virtual HRESULT SetCOMObject(IPCProperty* obj);
 
   // What an equation consists of; null for the other kinds.
-  virtual const Equation* equation() const { return nullptr; }
+  const Equation* equation() const { return equation_; }
 
   // The kind, a tagPropTypeEnum. Whoever creates an object sets it; a new object says VoidProp.
   HRESULT GetType(LONG* type) const {
@@ -103,6 +104,7 @@ class CQSAbstractProp {
   static bool isOfType(const CQSAbstractProp* src, tagPropTypeEnum type) { return src && src->type_ == type; }
 
  private:
+  const Equation* const equation_;
   LONG type_ = VoidProp;
 };
 

@@ -111,6 +111,9 @@ TEST_F(CompoundEvaluation, GoesOnByThePolicyOutsideTheRange) {
     EXPECT_EQ(statuses[8], kInside);
     EXPECT_EQ(values[8], getter(each.name, 350.0));
   }
+  // A curve that ends with an unbounded slope before the critical temperature of the compound.
+  put(OLESTR("HVP"), PropCurveDIPPR106, {40.0, 0.38, 0.0, 0.0, 0.0, 400.0});
+  expectSame(at(OLESTR("HVP"), 430.0, eRecommended), {0.0, 0.0, 0.0, kAbove | kHeld}, "unbounded slope");
   query<ICompoundPropPut>(compound)->ErasePropFromMap(Bstr(OLESTR("TC")).get(), 1);
   expectSame(at(OLESTR("LDN"), 430.0, eRecommended), {15.0, 0.0, 0.0, kAbove | kHeld}, "no critical temperature");
 }
@@ -286,7 +289,7 @@ TEST_F(CompoundEvaluation, IntegratesByThePolicyAndFindsTemperatures) {
       {OLESTR("MW"), eIntegralOfYOverT, 100.0, 300.0, eRecommended, 18.0 * std::log(3.0), kInside},
       {OLESTR("LIQH"), eIntegralOfY, 0.0, 350.0, eRecommended, kEmpty, kBelow | kNoNumber},
       {OLESTR("LIQH"), eIntegralOfY, kNaN, 350.0, eRecommended, kEmpty, kNoNumber},
-      {OLESTR("ST"), eIntegralOfY, 0.5, 1.5, eAsFormGoesOn, kEmpty, kBelow | kPolicy | eStatusNoConvergence},
+      {OLESTR("ST"), eIntegralOfY, 0.5, 1.5, eAsFormGoesOn, kEmpty, kBelow | eStatusNoConvergence},
       {OLESTR("NBP"), eIntegralOfY, 310.0, 390.0, eRecommended, kEmpty, kNotSet},
   };
   for (const auto& each : kCases) {
