@@ -48,7 +48,7 @@ struct Subject {
         equation(newEquation(Key::TC, {shape, 273.16, 647.096, 1e-5, 1e15, coefficients})) {}
 
   void evaluate(std::size_t count, double* values, double* derivatives, LONG* found) const {
-    check(arrays->EvaluateArray(kName, static_cast<LONG>(count), temperatures.data(), kPressure, eNotSetOutside, values,
+    check(arrays->EvaluateArray(kName, static_cast<LONG>(count), temperatures.data(), kPressure, eAsFormGoesOn, values,
                                 derivatives, nullptr, found));
   }
 

@@ -91,26 +91,22 @@ HRESULT COQSCompoundCollection::EvaluateCompoundArray(LPCOLESTR name, LONG rows,
     bool all = true;
     if (count == 1 && !firstDerivatives && !secondDerivatives) {
       const double T = *temperatures;
-      for (LONG row = 0; row < rows;) {
+      std::array<double, kBlockLength> ownValues;
+      std::array<LONG, kBlockLength> ownStatuses;
+      std::array<const CQSAbstractProp*, kBlockLength> properties;
+      for (LONG row = 0; row < rows; row += static_cast<LONG>(kBlockLength)) {
+        const EvaluationResults block = results.from(static_cast<std::size_t>(row));
+        const std::size_t size = std::min(static_cast<std::size_t>(rows - row), kBlockLength);
         // No call leaves the module between taking properties and evaluating them.
-        std::array<const CQSAbstractProp*, kBlockLength> properties;
-        std::array<double, kBlockLength> numbers;
-        std::array<LONG, kBlockLength> found;
-        const std::size_t block = std::min(static_cast<std::size_t>(rows - row), kBlockLength);
-        for (std::size_t i = 0; i < block; ++i) {
+        for (std::size_t i = 0; i < size; ++i) {
           const COQSCompound* own = COQSCompound::ofThisModule(compoundAt(positionOf(row + static_cast<LONG>(i))));
           properties[i] = own ? own->property(key, text) : nullptr;
         }
-        evaluateWithin({properties.data(), block}, T, P, numbers.data(), found.data());
-        for (std::size_t i = 0; i < block; ++i, ++row) {
-          const EvaluationResults place = results.from(static_cast<std::size_t>(row));
-          if (found[i] == 0) {
-            all &= evaluate(positionOf(row), key, text, {&T, 1}, P, policy, place);
-            continue;
-          }
-          if (place.values) *place.values = numbers[i];
-          if (place.statuses) *place.statuses = found[i];
-        }
+        LONG* const found = block.statuses ? block.statuses : ownStatuses.data();
+        evaluateWithin({properties.data(), size}, T, P, block.values ? block.values : ownValues.data(), found);
+        for (std::size_t i = 0; i < size; ++i)
+          if (found[i] == 0)
+            all &= evaluate(positionOf(row + static_cast<LONG>(i)), key, text, {&T, 1}, P, policy, block.from(i));
       }
       return all ? S_OK : S_FALSE;
     }

@@ -63,9 +63,9 @@ struct Evaluation<Form, std::index_sequence<i...>> {
   static void withSlopes(double* x, double* slopes, std::size_t count, const double* coefficients, int whole) {
     replace(WithSlopes{x, slopes}, count, coefficients, whole);
   }
-  static void ofMany(double* x, std::size_t count, const Block* coefficients, int whole) {
+  static void ofMany(double* x, std::size_t count, const double* coefficients, std::size_t stride, int whole) {
     for (std::size_t at = 0; at < count; at += kLanes)
-      store(x + at, Form::value(load(x + at), load(coefficients[i].values + at)..., whole));
+      store(x + at, Form::value(load(x + at), load(coefficients + i * stride + at)..., whole));
   }
 };
 

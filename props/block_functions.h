@@ -29,9 +29,10 @@ struct BlockFunctions {
   const char* instructionSet;
 
   // By number of the form: the transformed temperature is replaced by the form's value. `whole` is form::wholeOf the
-  // form's exponent. Either with the same coefficients for all, or with a block of each coefficient.
+  // form's exponent. Either with the same coefficients for all, or with a column of each coefficient, `stride`
+  // numbers after the one before.
   using Form = void (*)(double* x, std::size_t n, const double* coefficients, int whole);
-  using FormOfMany = void (*)(double* x, std::size_t n, const Block* coefficients, int whole);
+  using FormOfMany = void (*)(double* x, std::size_t n, const double* coefficients, std::size_t stride, int whole);
   Form forms[kFormCount];
   FormOfMany formsOfMany[kFormCount];
 

@@ -50,13 +50,17 @@ class Evaluation {
       return;
     }
     equation_ = property->equation();
-    LONG type = VoidProp;
-    property->GetType(&type);
-    if (type == COMProp) property->GetCOMObject(component_.out());
-    isConstant_ = type == PointProp;
-    const bool set = equation_ ? hasValues(*equation_) : isConstant_ ? !isEmpty(valueOf(0.0)) : type == COMProp;
-    status_ = set ? 0 : LONG{eStatusNotSet};
-    if (const auto range = rangeOf(*property)) range_ = *range;
+    if (equation_) {
+      range_ = {equation_->tMin, equation_->tMax, equation_->pMin, equation_->pMax};
+      status_ = hasValues(*equation_) ? 0 : LONG{eStatusNotSet};
+    } else {
+      LONG type = VoidProp;
+      property->GetType(&type);
+      if (type == COMProp) property->GetCOMObject(component_.out());
+      isConstant_ = type == PointProp;
+      status_ = (isConstant_ ? !isEmpty(valueOf(0.0)) : type == COMProp) ? 0 : LONG{eStatusNotSet};
+      if (const auto range = rangeOf(*property)) range_ = *range;
+    }
     if (!(range_.pMin <= request.P && request.P <= range_.pMax)) status_ |= eStatusOutsidePressure;
     const int margin = asFormGoesOn() ? 0 : kNearUlps;
     low_ = ulpsAway(range_.tMin, -margin);
@@ -262,7 +266,8 @@ class Evaluation {
     double* const values = results.values ? results.values : ownValues;
     double* const slopes = results.firstDerivatives ? results.firstDerivatives : ownSlopes;
     // Results may be written over the temperatures.
-    const bool within = functions.allWithin(temperatures.data(), count, range_.tMin, range_.tMax);
+    const bool within = (asFormGoesOn() && !results.statuses) ||
+                        functions.allWithin(temperatures.data(), count, range_.tMin, range_.tMax);
     if (!within) {
       std::ranges::copy(temperatures, given);
       std::ranges::transform(temperatures, clamped, [&](double T) {
@@ -341,19 +346,13 @@ bool evaluate(const CQSAbstractProp* property, LONG missing, std::span<const dou
 
 void evaluateWithin(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
                     LONG* statuses) {
-  std::array<const Equation*, kBlockLength> equations;
-  while (!properties.empty()) {
-    const std::size_t count = std::min(properties.size(), kBlockLength);
-    for (std::size_t i = 0; i < count; ++i) {
-      const Equation* equation = properties[i] ? properties[i]->equation() : nullptr;
-      equations[i] = equation && isWithin(*equation, T, P) ? equation : nullptr;
-    }
-    evaluateTogether({equations.data(), count}, T, P, values);
-    for (std::size_t i = 0; i < count; ++i) statuses[i] = isNumber(values[i]) ? LONG{eStatusInside} : 0;
-    properties = properties.subspan(count);
-    values += count;
-    statuses += count;
+  AlikeEquations equations(T, P, values);
+  for (std::size_t i = 0; i < properties.size(); ++i) {
+    const Equation* equation = properties[i] ? properties[i]->equation() : nullptr;
+    if (!equation || !isWithin(*equation, T, P) || !equations.add(*equation, i)) values[i] = kEmptyValue;
   }
+  equations.finish();
+  for (std::size_t i = 0; i < properties.size(); ++i) statuses[i] = isNumber(values[i]) ? LONG{eStatusInside} : 0;
 }
 
 NumberWithStatus integrate(const CQSAbstractProp* property, LONG missing, Integrand integrand, double from, double to,

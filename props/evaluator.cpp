@@ -81,42 +81,6 @@ bool evaluateBlock(const Equation& equation, std::span<const double> temperature
   return true;
 }
 
-// At most a block of equations of one form, whose exponents are multiplied out alike, at one temperature. False as
-// above.
-bool evaluateAlike(std::span<const Equation* const> equations, double T, double P, double* values,
-                   const BlockFunctions& functions) {
-  if (isEmpty(T)) return false;
-  const Equation& first = *equations[0];
-  const std::size_t coefficients = first.coefficients.size();
-  Block block;
-  Block columns[kMostCoefficients];
-  for (std::size_t i = 0; i < equations.size(); ++i) {
-    block.values[i] = T;
-    const Equation& equation = *equations[i];
-    if (!isPlain(equation, {&T, 1})) return false;
-    const bool isT = equation.xShape == COMx && equation.xPow == 1.0;
-    if (!isT && !transformForward(equation.x(), P, &block.values[i])) return false;
-    for (std::size_t c = 0; c < coefficients; ++c) columns[c].values[i] = equation.coefficients[c];
-  }
-  for (std::size_t c = 0; c < coefficients; ++c) columns[c].pad(equations.size());
-  const std::size_t count = block.pad(equations.size());
-  functions.formsOfMany[first.form.shape](block.values, count, columns, first.whole);
-
-  const Transformation y = first.y();
-  const auto sameY = [&](const Equation* equation) {
-    const bool plain = equation->yShape == COMx && y.shape == COMx && equation->yPow == 1.0 && y.power == 1.0;
-    return plain || equation->y() == y;
-  };
-  if (std::ranges::all_of(equations, sameY)) {
-    if (!functions.back(block.values, count, P, y)) return false;
-  } else {
-    for (std::size_t i = 0; i < equations.size(); ++i)
-      if (!transformBack(equations[i]->y(), P, &block.values[i])) return false;
-  }
-  std::copy_n(block.values, equations.size(), values);
-  return true;
-}
-
 }  // namespace
 
 void evaluate(const CQSAbstractProp& property, std::span<const double> temperatures, double P, double* values,
@@ -167,51 +131,56 @@ void evaluateWithSlopes(const CQSAbstractProp& property, std::span<const double>
   }
 }
 
-void evaluateTogether(std::span<const Equation* const> equations, double T, double P, double* values,
-                      const BlockFunctions& functions) {
-  constexpr int kMostKinds = 8;
+bool AlikeEquations::add(const Equation& equation, std::size_t place) {
+  const bool plain = equation.xShape == COMx && equation.xPow == 1.0 && equation.yPow == 1.0 &&
+                     (equation.yShape == COMx || equation.yShape == COMlnx);
+  if (!plain || equation.form.shape == PropCurveVoid || isEmpty(T_) || equation.extrapolatesAt(T_)) return false;
+  Group* group = last_;
+  if (!group || !group->takes(equation)) {
+    const auto groups = std::span(groups_).first(groupCount_);
+    const auto found = std::ranges::find_if(groups, [&](const Group& each) { return each.takes(equation); });
+    if (found == groups.end() && groupCount_ == groups_.size()) return false;
+    if (found == groups.end()) groups_[groupCount_++].begin(equation);
+    group = last_ = &*found;
+  }
+  for (std::size_t c = 0; c < equation.coefficients.size(); ++c)
+    group->coefficients[c * kGroup + group->count] = equation.coefficients[c];
+  group->places[group->count++] = static_cast<std::uint32_t>(place);
+  if (group->count == kGroup) evaluate(*group);
+  return true;
+}
+
+void AlikeEquations::finish() {
+  for (Group& group : std::span(groups_).first(groupCount_)) evaluate(group);
+}
+
+void AlikeEquations::evaluate(Group& group) {
+  if (group.count == 0) return;
   const MaskedExceptions masked;
-  std::array<const Equation*, kBlockLength> left, together;
-  std::array<std::uint8_t, kBlockLength> places, placesTogether;
-  std::array<double, kBlockLength> results;
-  std::size_t count = 0;
-  for (std::size_t i = 0; i < equations.size(); ++i) {
-    values[i] = kEmptyValue;
-    if (!equations[i]) continue;
-    left[count] = equations[i];
-    places[count++] = static_cast<std::uint8_t>(i);
+  const std::size_t lanes = (group.count + kBlockStep - 1) / kBlockStep * kBlockStep;
+  double values[kGroup];
+  std::fill_n(values, lanes, T_);
+  for (std::size_t c = 0; c < static_cast<std::size_t>(group.form->coefficients); ++c) {
+    double* column = group.coefficients + c * kGroup;
+    std::fill(column + group.count, column + lanes, column[0]);
   }
-  for (int kind = 0; count > 0 && kind < kMostKinds; ++kind) {
-    const Equation& first = *left[0];
-    std::size_t alike = 0, others = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-      if (&left[i]->form == &first.form && left[i]->whole == first.whole) {
-        together[alike] = left[i];
-        placesTogether[alike++] = places[i];
-      } else {
-        left[others] = left[i];
-        places[others++] = places[i];
-      }
-    }
-    count = others;
-    if (!evaluateAlike({together.data(), alike}, T, P, results.data(), functions)) continue;
-    for (std::size_t i = 0; i < alike; ++i) values[placesTogether[i]] = results[i];
-  }
+  functions_.formsOfMany[group.form->shape](values, lanes, group.coefficients, kGroup, group.whole);
+  if (group.yShape != COMx) functions_.back(values, lanes, P_, {group.yShape, 1.0, 1.0, kEmptyValue, kEmptyValue});
+  for (std::size_t i = 0; i < group.count; ++i) values_[group.places[i]] = values[i];
+  group.count = 0;
 }
 
 void evaluate(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
               const BlockFunctions& functions, double noValue) {
-  std::array<const Equation*, kBlockLength> equations;
-  while (!properties.empty()) {
-    const auto block = properties.first(std::min(properties.size(), kBlockLength));
-    std::ranges::transform(block, equations.begin(),
-                           [](const CQSAbstractProp* property) { return property ? property->equation() : nullptr; });
-    evaluateTogether(std::span(equations).first(block.size()), T, P, values, functions);
-    for (std::size_t i = 0; i < block.size(); ++i)
-      if (isEmpty(values[i])) values[i] = block[i] ? valueOf(*block[i], T, P, noValue) : noValue;
-    properties = properties.subspan(block.size());
-    values += block.size();
+  AlikeEquations equations(T, P, values, functions);
+  for (std::size_t i = 0; i < properties.size(); ++i) {
+    const Equation* equation = properties[i] ? properties[i]->equation() : nullptr;
+    if (!equation || !equations.add(*equation, i))
+      values[i] = properties[i] ? valueOf(*properties[i], T, P, kEmptyValue) : kEmptyValue;
   }
+  equations.finish();
+  for (double& value : std::span(values, properties.size()))
+    if (isEmpty(value)) value = noValue;
 }
 
 }  // namespace qs

@@ -1,9 +1,12 @@
 // The values of properties in one call: of one at many temperatures, or of many at one.
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <span>
 
 #include "props/block_functions.h"
+#include "props/curve.h"
 #include "props/property.h"
 
 namespace qs {
@@ -27,9 +30,50 @@ void evaluateWithSlopes(const CQSAbstractProp& property, std::span<const double>
 void evaluate(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
               const BlockFunctions& functions = *supportedBlockFunctions().back(), double noValue = kEmptyValue);
 
-// The values at one temperature of no more than kBlockLength equations, of which null is none, that can be had
-// together: those of one form, with exponents multiplied out alike, of the first few kinds. The empty value for others.
-void evaluateTogether(std::span<const Equation* const> equations, double T, double P, double* values,
-                      const BlockFunctions& functions = *supportedBlockFunctions().back());
+// Evaluates equations at one temperature, which come one after the other, together where they are alike: of one form,
+// with exponents multiplied out alike and without transformations but of ln Y.
+class AlikeEquations {
+ public:
+  // Values go to the places of `values`.
+  AlikeEquations(double T, double P, double* values,
+                 const BlockFunctions& functions = *supportedBlockFunctions().back())
+      : T_(T), P_(P), values_(values), functions_(functions) {}
+
+  // False for an equation that must be evaluated by itself. Coefficients are copied.
+  bool add(const Equation& equation, std::size_t place);
+
+  // Puts the values that are not there yet.
+  void finish();
+
+ private:
+  static constexpr std::size_t kGroup = 4 * kBlockStep;
+  struct Group {
+    void begin(const Equation& equation) {
+      form = &equation.form;
+      whole = equation.whole;
+      yShape = equation.yShape;
+      count = 0;
+    }
+    bool takes(const Equation& equation) const {
+      return form == &equation.form && whole == equation.whole && yShape == equation.yShape;
+    }
+
+    const EquationForm* form;
+    int whole;
+    LONG yShape;
+    std::size_t count;
+    std::uint32_t places[kGroup];
+    double coefficients[kMostCoefficients * kGroup];
+  };
+
+  void evaluate(Group& group);
+
+  const double T_, P_;
+  double* const values_;
+  const BlockFunctions& functions_;
+  std::size_t groupCount_ = 0;
+  Group* last_ = nullptr;
+  std::array<Group, 6> groups_;
+};
 
 }  // namespace qs
