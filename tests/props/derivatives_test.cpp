@@ -6,23 +6,15 @@
 
 #include "props/evaluator.h"
 #include "tests/support/curve_formulas.h"
-#include "tests/support/properties.h"
 
 namespace qs {
 namespace {
 
+using test::curveOf;
 using test::Real;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
-std::unique_ptr<CQSAbstractProp> curveOf(LONG shape, const std::vector<double>& coefficients) {
-  auto curve = equation(shape);
-  curve->SetParameters(coefficients.data(), static_cast<LONG>(coefficients.size()));
-  curve->SetXYNorm(test::kNorm, test::kNorm);
-  curve->SetAB(test::kA, test::kB);
-  return curve;
-}
 
 Derivatives derivativesAt(const CQSAbstractProp& curve, double T) {
   Derivatives result{kUnwritten, kUnwritten, kUnwritten};

@@ -7,6 +7,7 @@
 
 #include "props/forms.h"
 #include "tests/support/formula.h"
+#include "tests/support/properties.h"
 
 namespace qs::test {
 
@@ -58,6 +59,15 @@ constexpr double kB = 1.25;
 
 inline Real transformed(const std::string& formula, Real x) {
   return Formula::valueOf(formula, {{'X', x}, {'N', kNorm}, {'P', kPressure}, {'A', kA}, {'B', kB}});
+}
+
+// An equation with those constants.
+inline std::unique_ptr<CQSAbstractProp> curveOf(LONG shape, const std::vector<double>& coefficients) {
+  auto curve = equation(shape);
+  curve->SetParameters(coefficients.data(), static_cast<LONG>(coefficients.size()));
+  curve->SetXYNorm(kNorm, kNorm);
+  curve->SetAB(kA, kB);
+  return curve;
 }
 
 }  // namespace qs::test
