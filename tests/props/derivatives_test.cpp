@@ -75,7 +75,7 @@ TEST(CurveDerivatives, AreThoseThroughEveryTransformation) {
   const auto polynomial = [&](Real x) { return test::valueOfForm(form, coefficients, x); };
   for (const auto& [shape, formula] : test::transformationFormulas())
     for (const double power : {1.0, 3.0, 0.4}) {
-      const auto transformation = [&](Real x) {
+      const auto transformation = [&, &formula = formula](Real x) {
         const Real y = test::transformed(formula, x);
         return power == 1.0 ? y : std::pow(y, Real(power));
       };
