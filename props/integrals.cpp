@@ -94,24 +94,37 @@ struct Difference {
 
 constexpr double kRoundingOfMagnitude = 2e-15;
 
+// What a function is at both ends.
+struct Ends {
+  double from, to;
+};
+
 // Multiplied out where the exponent is whole.
-double wholePower(double x, double exponent) {
+Ends powersOf(Ends T, double exponent) {
   const double magnitude = std::fabs(exponent);
-  if (magnitude > 20.0 || magnitude != static_cast<int>(magnitude)) return form::pow(x, exponent);
-  double result = 1.0;
-  for (int rest = static_cast<int>(magnitude); rest != 0; rest >>= 1, x *= x)
-    if (rest & 1) result *= x;
-  return exponent < 0.0 ? 1.0 / result : result;
+  if (magnitude > 20.0 || magnitude != static_cast<int>(magnitude))
+    return {form::pow(T.from, exponent), form::pow(T.to, exponent)};
+  Ends result{1.0, 1.0};
+  for (int rest = static_cast<int>(magnitude); rest != 0; rest >>= 1, T = {T.from * T.from, T.to * T.to})
+    if (rest & 1) result = {result.from * T.from, result.to * T.to};
+  return exponent < 0.0 ? Ends{1.0 / result.from, 1.0 / result.to} : result;
 }
 
-void addIntegral(const form::Term& term, Integrand integrand, double from, double to, Difference& sum) {
+void addIntegral(const form::Term& term, Integrand integrand, Ends T, Difference& sum) {
   const double n = integrand == Integrand::Y ? term.power + 1.0 : term.power;
-  const auto part = [&](double T) {
-    const double log = n == 0.0 || term.withLog ? form::log(T) : 0.0;
-    if (n == 0.0) return term.withLog ? 0.5 * log * log : log;
-    return wholePower(T, n) * (term.withLog ? log - 1.0 / n : 1.0);
-  };
-  sum.add(n == 0.0 ? term.factor : term.factor / n, part(from), part(to));
+  Ends log{0.0, 0.0};
+  if (n == 0.0 || term.withLog) log = {form::log(T.from), form::log(T.to)};
+  if (n != 0.0) {
+    const Ends power = powersOf(T, n);
+    if (term.withLog)
+      sum.add(term.factor / n, power.from * (log.from - 1.0 / n), power.to * (log.to - 1.0 / n));
+    else
+      sum.add(term.factor / n, power.from, power.to);
+  } else if (term.withLog) {
+    sum.add(0.5 * term.factor, log.from * log.from, log.to * log.to);
+  } else {
+    sum.add(term.factor, log.from, log.to);
+  }
 }
 
 // An equation of which X is a power of the temperature, and Y a linear function of the form's value.
@@ -133,8 +146,8 @@ template <class Form>
 Difference differenceOf(const ClosedForm& closed, Integrand integrand, double from, double to) {
   Difference sum;
   for (const form::Term& term : form::sumOf(termsOf<Form>(closed)).terms)
-    addIntegral({closed.y.factor * term.factor, term.power, term.withLog}, integrand, from, to, sum);
-  if (closed.y.offset != 0.0) addIntegral({closed.y.offset, 0.0, false}, integrand, from, to, sum);
+    addIntegral({closed.y.factor * term.factor, term.power, term.withLog}, integrand, {from, to}, sum);
+  if (closed.y.offset != 0.0) addIntegral({closed.y.offset, 0.0, false}, integrand, {from, to}, sum);
   return sum;
 }
 
@@ -193,7 +206,9 @@ std::optional<double> closedIntegral(const Equation& equation, Integrand integra
   if (!differenceOfForm) return std::nullopt;
   const form::ShiftedPower itself{0.0, 1.0, 1.0};
   ClosedForm closed{equation.coefficients.data(), equation.whole, itself, itself};
-  if (!transformForward(equation.x(), P, &closed.x) || !transformBack(equation.y(), P, &closed.y)) return std::nullopt;
+  const auto isNone = [](const Transformation& t) { return t.shape == COMx && t.power == 1.0; };
+  if (!isNone(equation.x()) && !transformForward(equation.x(), P, &closed.x)) return std::nullopt;
+  if (!isNone(equation.y()) && !transformBack(equation.y(), P, &closed.y)) return std::nullopt;
   if (closed.x.offset != 0.0 || closed.y.power != 1.0) return std::nullopt;
   const Difference difference = differenceOfForm(closed, integrand, from, to);
   if (!(kRoundingOfMagnitude * difference.magnitude < kTolerance * std::fabs(difference.value))) return std::nullopt;
