@@ -215,19 +215,18 @@ TEST_F(BundledData, EveryNumberComesWithItsStatus) {
                               nullptr, nullptr, statuses.data());
         double before = 0.0;
         for (std::size_t i = 0; i < T.size(); ++i) {
-          SCOPED_TRACE(T[i]);
           const bool isNumber = std::isfinite(values[i]) && values[i] != -32767.0;
-          EXPECT_EQ(isNumber, (statuses[i] & (eStatusNotSet | eStatusNotANumber)) == 0);
+          EXPECT_EQ(isNumber, (statuses[i] & (eStatusNotSet | eStatusNotANumber)) == 0) << T[i];
           if (i >= first && i < beyond && policy != eAsFormGoesOn) {
-            EXPECT_EQ(statuses[i], eStatusInside);
+            EXPECT_EQ(statuses[i], eStatusInside) << T[i];
           } else if (T[i] < tMin || i >= beyond) {
-            EXPECT_TRUE(statuses[i] & (T[i] < tMin ? eStatusBelow : eStatusAbove)) << statuses[i];
+            EXPECT_TRUE(statuses[i] & (T[i] < tMin ? eStatusBelow : eStatusAbove)) << T[i];
           }
           if (policy == eAsFormGoesOn) continue;
-          EXPECT_TRUE(isNumber || values[i] == -32767.0) << values[i];
+          EXPECT_TRUE(isNumber || values[i] == -32767.0) << T[i];
           if (policy != eRecommended || !isNumber) continue;
-          EXPECT_TRUE(key != "VP" || values[i] >= std::exchange(before, values[i])) << values[i];
-          EXPECT_TRUE((key != "LDN" && key != "SDN") || values[i] >= 0.0) << values[i];
+          EXPECT_TRUE(key != "VP" || values[i] >= std::exchange(before, values[i])) << T[i];
+          EXPECT_TRUE((key != "LDN" && key != "SDN") || values[i] >= 0.0) << T[i];
         }
       }
     }

@@ -34,6 +34,13 @@ Check "a loader that works", again.GetLoader("json").Get_DBIdentification = "Fol
 Check "a named view", again.GetSubCompList("alcohols").Compound(0).Name = collection.Compound(1).Name
 Check "nothing is lost", again.StoreAsXMLEx(EXACT) = text
 
+Dim matrix, statuses
+matrix = collection.EvaluateCompounds("VP", 0, Array(300, 310), 101.325, 6, Array(1, 0, 99), statuses)
+Check "a matrix of values", UBound(matrix, 1) = 2 And UBound(matrix, 2) = 1 And matrix(1, 0) = collection.Compound(0).VP(300, 101.325, 0, 0)
+Check "a position outside has no property", matrix(2, 1) = -32767 And statuses(2, 1) = 128
+matrix = collection.EvaluateCompounds("VP", 0, 310, 101.325, 6, Empty, statuses)
+Check "one value of each compound", matrix(0) = collection.Compound(0).VP(310, 101.325, 0, 0) And statuses(0) = 1
+
 Dim attributes, values
 Set attributes = CreateObject("QsHostKit.AttributeSet.1")
 attributes.AddMultiple Array("A", "1", "B", 2)

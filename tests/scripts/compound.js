@@ -39,6 +39,14 @@ check("a result code alone", c.IsMethanol() === true && c.IsWater() === false);
 c.SetEquationProperty("LCP", 1, 19, 200, 400, 1, 1000, [1, 2, 0.5]);
 check("an equation from the script's own array", c.LCP(10, P, 0, 0) == 71);
 
+function elements(array) { return new VBArray(array).toArray(); }
+var found = elements(c.Evaluate("LCP", 0, [300, 500], P, 1));
+check("many values with their statuses", elements(found[0]).join() == "45601,-32767" && elements(found[1]).join() == "1,68");
+check("one slope and its status", elements(c.Evaluate("LCP", 1, 300, P, 1)).join() == "302,1");
+check("an inverse", Math.abs(elements(c.FindTemperature("LCP", 45601, P))[0] - 300) < 1e-9);
+check("a description", elements(c.Describe("LCP"))[2] == "Y = A + B*X + C*X^2");
+check("what is no temperature is an error", fails(function () { c.Evaluate("LCP", 0, null, P, 1); }));
+
 var phase = new ActiveXObject("COQSPhase.COQSPhase.1");
 phase.AddDerivativeProp(1, 2, 2, 2);
 phase.PutVariantDerivative(0, [3, 4]);

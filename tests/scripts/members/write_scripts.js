@@ -21,7 +21,7 @@ var memberArguments = {
 };
 var parameterArguments = {
   dTemp: "300", dPres: "101.325", eExtrapolationMethod: "0", Name: '"density"', strName: '"mine"', shape: "19",
-  pGroupTypes: "groups", nNumGroup: "2", attribs: "attributes"
+  pGroupTypes: "groups", nNumGroup: "2", attribs: "attributes", Temp: "300", dFrom: "300", To: "310", Value: "46"
 };
 var typeArguments = { INT: "0", BYTE: "1", "IIntegerArrayDisp*": "integers", "IDispatch*": "groups" };
 // A put stores a value of its own; groups are as many as their arrays hold.
@@ -146,7 +146,7 @@ function writeJScript(path, steps) {
 // VBScript gives variables for the out-parameters too, and assigns objects by Set.
 function writeVBScript(path, steps) {
   var lines = [
-    "Dim database, integers, reals, yes, none, groups, attributes, other, c, value, outs(8), passes",
+    "Dim database, integers, reals, yes, none, groups, attributes, other, c, value, outs(12), passes",
     "database = WScript.Arguments(0)",
     "integers = Array(1, 2)",
     "reals = Array(1, 2, 0.5)",
@@ -162,7 +162,7 @@ function writeVBScript(path, steps) {
     "Sub Start()",
     "  Dim i",
     "  value = Empty",
-    "  For i = 0 To 8",
+    "  For i = 0 To 12",
     '    outs(i) = "before"',
     "  Next",
     "  Err.Clear",
