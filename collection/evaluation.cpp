@@ -93,20 +93,19 @@ HRESULT COQSCompoundCollection::EvaluateCompoundArray(LPCOLESTR name, LONG rows,
       const double T = *temperatures;
       std::array<double, kBlockLength> ownValues;
       std::array<LONG, kBlockLength> ownStatuses;
-      std::array<const CQSAbstractProp*, kBlockLength> properties;
-      for (LONG row = 0; row < rows; row += static_cast<LONG>(kBlockLength)) {
-        const EvaluationResults block = results.from(static_cast<std::size_t>(row));
-        const std::size_t size = std::min(static_cast<std::size_t>(rows - row), kBlockLength);
-        // No call leaves the module between taking properties and evaluating them.
-        for (std::size_t i = 0; i < size; ++i) {
-          const COQSCompound* own = COQSCompound::ofThisModule(compoundAt(positionOf(row + static_cast<LONG>(i))));
-          properties[i] = own ? own->property(key, text) : nullptr;
-        }
+      for (LONG begin = 0; begin < rows; begin += static_cast<LONG>(kBlockLength)) {
+        const EvaluationResults block = results.from(static_cast<std::size_t>(begin));
+        const std::size_t size = std::min(static_cast<std::size_t>(rows - begin), kBlockLength);
+        const auto positionIn = [&](std::size_t i) { return positionOf(begin + static_cast<LONG>(i)); };
         LONG* const found = block.statuses ? block.statuses : ownStatuses.data();
-        evaluateWithin({properties.data(), size}, T, P, block.values ? block.values : ownValues.data(), found);
+        // No call leaves the module between taking properties and evaluating them.
+        const auto propertyAt = [&](std::size_t i) -> const CQSAbstractProp* {
+          const COQSCompound* own = COQSCompound::ofThisModule(compoundAt(positionIn(i)));
+          return own ? own->property(key, text) : nullptr;
+        };
+        evaluateWithin(size, propertyAt, T, P, block.values ? block.values : ownValues.data(), found);
         for (std::size_t i = 0; i < size; ++i)
-          if (found[i] == 0)
-            all &= evaluate(positionOf(row + static_cast<LONG>(i)), key, text, {&T, 1}, P, policy, block.from(i));
+          if (found[i] == 0) all &= evaluate(positionIn(i), key, text, {&T, 1}, P, policy, block.from(i));
       }
       return all ? S_OK : S_FALSE;
     }

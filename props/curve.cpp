@@ -68,9 +68,6 @@ class CurveBase : public CQSAbstractProp {
 
   Equation data_;
 
-  // Which transformations there are.
-  enum class Way : std::uint8_t { Plain, LnY, Any } way_ = Way::Plain;
-
  private:
   template <class T>
   static HRESULT give(T value, T* out) {
@@ -180,9 +177,9 @@ void CurveBase::put(LONG i, double v) {
 HRESULT CurveBase::chooseWay() {
   const bool plainX = data_.xShape == COMx && data_.xPow == 1.0, powerlessY = data_.yPow == 1.0;
   if (plainX && powerlessY && data_.yShape == COMx)
-    way_ = Way::Plain;
+    data_.way = Equation::Way::Plain;
   else
-    way_ = plainX && powerlessY && data_.yShape == COMlnx ? Way::LnY : Way::Any;
+    data_.way = plainX && powerlessY && data_.yShape == COMlnx ? Equation::Way::LnY : Equation::Way::Any;
   return S_OK;
 }
 
@@ -192,11 +189,11 @@ class CQSPropCurve final : public CurveBase {
   CQSPropCurve() : CurveBase(kForm, coefficients_) { coefficients_.fill(kEmptyValue); }
 
   HRESULT GetValue(double T, double P, tagExtrapolationEnum, LONG* pDependencies, double* pVal) const override {
-    if (way_ == Way::Any || extrapolatesAt(T)) [[unlikely]]
+    if (data_.way == Equation::Way::Any || extrapolatesAt(T)) [[unlikely]]
       return transformedValue(T, P, pDependencies, pVal);
     if (isEmpty(T)) return S_FALSE;
     double value = valueAt(T);
-    if (way_ == Way::LnY) value = form::exp(value);
+    if (data_.way == Equation::Way::LnY) value = form::exp(value);
     *pVal = value;
     if (isEmpty(value)) return S_FALSE;
     *pDependencies = 1;

@@ -14,6 +14,8 @@ struct Equation {
   const EquationForm& form;
   std::span<double> coefficients;  // as many as the form has
   int whole;                       // form::wholeOf the form's exponent, where it has one
+  // Which transformations there are: none, that to ln Y alone, or others.
+  enum class Way { Plain, LnY, Any } way = Way::Plain;
   double tMin = 1e-05;
   double tMax = 1e+10;
   double pMin = 1e-05;

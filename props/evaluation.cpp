@@ -318,12 +318,6 @@ std::optional<PropertyRange> rangeOf(const CQSAbstractProp& property) {
 
 namespace {
 
-// These comparisons raise nothing that a host could trap.
-bool isWithin(const Equation& equation, double T, double P) {
-  return std::isgreaterequal(T, equation.tMin) && std::islessequal(T, equation.tMax) &&
-         std::isgreaterequal(P, equation.pMin) && std::islessequal(P, equation.pMax);
-}
-
 // The value of an equation within its range, which most calls ask for. Puts nothing for any other.
 bool putWithin(const CQSAbstractProp& property, double T, double P, const EvaluationResults& results) {
   const Equation* equation = property.equation();
@@ -342,17 +336,6 @@ bool evaluate(const CQSAbstractProp* property, LONG missing, std::span<const dou
               const EvaluationRequest& request, const EvaluationResults& results) {
   if (property && temperatures.size() == 1 && putWithin(*property, temperatures[0], request.P, results)) return true;
   return Evaluation(property, missing, request).evaluate(temperatures, results);
-}
-
-void evaluateWithin(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
-                    LONG* statuses) {
-  AlikeEquations equations(T, P, values);
-  for (std::size_t i = 0; i < properties.size(); ++i) {
-    const Equation* equation = properties[i] ? properties[i]->equation() : nullptr;
-    if (!equation || !isWithin(*equation, T, P) || !equations.add(*equation, i)) values[i] = kEmptyValue;
-  }
-  equations.finish();
-  for (std::size_t i = 0; i < properties.size(); ++i) statuses[i] = isNumber(values[i]) ? LONG{eStatusInside} : 0;
 }
 
 NumberWithStatus integrate(const CQSAbstractProp* property, LONG missing, Integrand integrand, double from, double to,

@@ -2,10 +2,12 @@
 // a policy, beyond it. docs/evaluation.md describes what the statuses and policies mean.
 #pragma once
 
+#include <cmath>
 #include <optional>
 #include <span>
 
 #include "com/not_set.h"
+#include "props/evaluator.h"
 #include "props/integrals.h"
 #include "props/property.h"
 
@@ -55,10 +57,27 @@ struct EvaluationResults {
 bool evaluate(const CQSAbstractProp* property, LONG missing, std::span<const double> temperatures,
               const EvaluationRequest& request, const EvaluationResults& results);
 
-// The values at one temperature of those properties that are equations within their ranges, where they are numbers. The
-// status of all others, null ones too, is 0, and they are still to be evaluated.
-void evaluateWithin(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
-                    LONG* statuses);
+// Whether state and equation are such that the equation's value has no other status than eStatusInside. These
+// comparisons raise nothing that a host could trap.
+inline bool isWithin(const Equation& equation, double T, double P) {
+  return std::isgreaterequal(T, equation.tMin) && std::islessequal(T, equation.tMax) &&
+         std::isgreaterequal(P, equation.pMin) && std::islessequal(P, equation.pMax);
+}
+
+// The values at one temperature of those properties, from `propertyAt(0)` on, that are equations within their ranges,
+// where they are numbers. The status of all others, null ones too, is 0, and they are still to be evaluated.
+template <class PropertyAt>
+void evaluateWithin(std::size_t count, PropertyAt&& propertyAt, double T, double P, double* values, LONG* statuses) {
+  AlikeEquations equations(T, values);
+  for (std::size_t i = 0; i < count; ++i) {
+    const CQSAbstractProp* property = propertyAt(i);
+    const Equation* equation = property ? property->equation() : nullptr;
+    if (!equation || !isWithin(*equation, T, P) || !equations.add(*equation, i)) values[i] = kEmptyValue;
+  }
+  equations.finish();
+  for (std::size_t i = 0; i < count; ++i)
+    statuses[i] = std::isfinite(values[i]) && !isEmpty(values[i]) ? LONG{eStatusInside} : 0;
+}
 
 struct NumberWithStatus {
   double value;

@@ -131,23 +131,18 @@ void evaluateWithSlopes(const CQSAbstractProp& property, std::span<const double>
   }
 }
 
-bool AlikeEquations::add(const Equation& equation, std::size_t place) {
-  const bool plain = equation.xShape == COMx && equation.xPow == 1.0 && equation.yPow == 1.0 &&
-                     (equation.yShape == COMx || equation.yShape == COMlnx);
-  if (!plain || equation.form.shape == PropCurveVoid || isEmpty(T_) || equation.extrapolatesAt(T_)) return false;
-  Group* group = last_;
-  if (!group || !group->takes(equation)) {
-    const auto groups = std::span(groups_).first(groupCount_);
-    const auto found = std::ranges::find_if(groups, [&](const Group& each) { return each.takes(equation); });
-    if (found == groups.end() && groupCount_ == groups_.size()) return false;
-    if (found == groups.end()) groups_[groupCount_++].begin(equation);
-    group = last_ = &*found;
-  }
-  for (std::size_t c = 0; c < equation.coefficients.size(); ++c)
-    group->coefficients[c * kGroup + group->count] = equation.coefficients[c];
-  group->places[group->count++] = static_cast<std::uint32_t>(place);
-  if (group->count == kGroup) evaluate(*group);
-  return true;
+AlikeEquations::Group* AlikeEquations::groupOf(const Equation& equation) {
+  if (equation.form.shape == PropCurveVoid) return nullptr;
+  const auto groups = std::span(groups_).first(groupCount_);
+  const auto found = std::ranges::find_if(groups, [&](const Group& group) { return group.takes(equation); });
+  if (found != groups.end()) return &*found;
+  if (groupCount_ == groups_.size()) return nullptr;
+  Group& group = groups_[groupCount_++];
+  group.form = &equation.form;
+  group.whole = equation.whole;
+  group.way = equation.way;
+  group.count = 0;
+  return &group;
 }
 
 void AlikeEquations::finish() {
@@ -165,14 +160,15 @@ void AlikeEquations::evaluate(Group& group) {
     std::fill(column + group.count, column + lanes, column[0]);
   }
   functions_.formsOfMany[group.form->shape](values, lanes, group.coefficients, kGroup, group.whole);
-  if (group.yShape != COMx) functions_.back(values, lanes, P_, {group.yShape, 1.0, 1.0, kEmptyValue, kEmptyValue});
+  if (group.way == Equation::Way::LnY)
+    functions_.back(values, lanes, 0.0, {COMlnx, 1.0, 1.0, kEmptyValue, kEmptyValue});
   for (std::size_t i = 0; i < group.count; ++i) values_[group.places[i]] = values[i];
   group.count = 0;
 }
 
 void evaluate(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
               const BlockFunctions& functions, double noValue) {
-  AlikeEquations equations(T, P, values, functions);
+  AlikeEquations equations(T, values, functions);
   for (std::size_t i = 0; i < properties.size(); ++i) {
     const Equation* equation = properties[i] ? properties[i]->equation() : nullptr;
     if (!equation || !equations.add(*equation, i))

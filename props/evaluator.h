@@ -35,12 +35,27 @@ void evaluate(std::span<const CQSAbstractProp* const> properties, double T, doub
 class AlikeEquations {
  public:
   // Values go to the places of `values`.
-  AlikeEquations(double T, double P, double* values,
-                 const BlockFunctions& functions = *supportedBlockFunctions().back())
-      : T_(T), P_(P), values_(values), functions_(functions) {}
+  AlikeEquations(double T, double* values, const BlockFunctions& functions = *supportedBlockFunctions().back())
+      : T_(T), values_(values), functions_(functions) {}
 
   // False for an equation that must be evaluated by itself. Coefficients are copied.
-  bool add(const Equation& equation, std::size_t place);
+  bool add(const Equation& equation, std::size_t place) {
+    if (equation.way == Equation::Way::Any || isEmpty(T_) || equation.extrapolatesAt(T_)) return false;
+    if (!last_ || !last_->takes(equation)) {
+      Group* const group = groupOf(equation);
+      if (!group) return false;
+      last_ = group;
+    }
+    Group& group = *last_;
+    double* column = group.coefficients + group.count;
+    for (const double coefficient : equation.coefficients) {
+      *column = coefficient;
+      column += kGroup;
+    }
+    group.places[group.count++] = static_cast<std::uint32_t>(place);
+    if (group.count == kGroup) evaluate(group);
+    return true;
+  }
 
   // Puts the values that are not there yet.
   void finish();
@@ -48,27 +63,22 @@ class AlikeEquations {
  private:
   static constexpr std::size_t kGroup = 4 * kBlockStep;
   struct Group {
-    void begin(const Equation& equation) {
-      form = &equation.form;
-      whole = equation.whole;
-      yShape = equation.yShape;
-      count = 0;
-    }
     bool takes(const Equation& equation) const {
-      return form == &equation.form && whole == equation.whole && yShape == equation.yShape;
+      return form == &equation.form && whole == equation.whole && way == equation.way;
     }
 
     const EquationForm* form;
     int whole;
-    LONG yShape;
+    Equation::Way way;
     std::size_t count;
     std::uint32_t places[kGroup];
     double coefficients[kMostCoefficients * kGroup];
   };
 
+  Group* groupOf(const Equation& equation);
   void evaluate(Group& group);
 
-  const double T_, P_;
+  const double T_;
   double* const values_;
   const BlockFunctions& functions_;
   std::size_t groupCount_ = 0;
