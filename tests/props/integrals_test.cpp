@@ -162,18 +162,14 @@ TEST(Integrals, OfAnyFunctionOrNone) {
       {"a jump", [](double T) { return T > 450.1 ? 1.0 : 2.0; }, 300.0, 600.0, 450.1, 450.1},
       {"what cancels", [](double T) { return std::sinh((T - 450.0) / 10.0); }, 300.0, 600.0, 0.0, 3.2e7},
       {"nothing", [](double) { return 0.0; }, 300.0, 600.0, 0.0},
-      {"the way back", [](double T) { return T; }, 600.0, 300.0, -135000.0, 135000.0},
-      {"no way", [](double T) { return T; }, 300.0, 300.0, 0.0},
       {"a pole", [](double T) { return 1.0 / (T - 450.1); }, 300.0, 600.0, {}},
       {"a pole in the middle", [](double T) { return 1.0 / (T - 450.0); }, 300.0, 600.0, {}},
       {"a pole of order 1/2", [](double T) { return 1.0 / std::sqrt(std::fabs(T - 450.1)); }, 300.0, 600.0, {}},
-      {"tangents", [](double T) { return std::tan(T); }, 300.0, 600.0, {}},
       {"oscillations", [](double T) { return std::sin(1e4 * T); }, 300.0, 600.0, {}},
       {"no number within", [](double T) { return std::sqrt((T - 449.0) * (T - 451.0)); }, 300.0, 600.0, {}},
       {"no number at the end", [](double T) { return T < 600.0 ? 1.0 : kNaN; }, 300.0, 600.0, {}},
       {"infinity at the start", [](double T) { return 1.0 / (T - 300.0); }, 300.0, 300.0, {}},
       {"from nowhere", [](double) { return 1.0; }, kNaN, 600.0, {}},
-      {"to infinity", [](double) { return 0.0; }, 300.0, kInfinity, {}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
@@ -188,7 +184,6 @@ TEST(Integrals, OfAnyFunctionOrNone) {
 
 TEST(Integrals, OfNoNumbersAreNone) {
   const auto withPole = curveOf(PropCurveDIPPR114, {1.0, 2.0, 3.0, 4.0, 450.0});
-  EXPECT_TRUE(integral(*withPole, Integrand::Y, 300.0, 449.0, 1.0));
   const auto empty = curveOf(PropCurvePOLY2, {-32767.0, 0.0, 0.0});
   const auto lacking = curveOf(PropCurvePOLY2, {1.0, 1.0, 0.0});
   lacking->SetXYShape(COMxppdsm1, COMx);

@@ -89,9 +89,9 @@ TEST(Inverse, CrossesBetweenNeighbours) {
     double tMin = 0.0, tMax = 0.0;
     curve->GetTRange(&tMin, &tMax);
     for (int i = 1; i < 200; ++i) {
-      const double value = evaluate(*curve, tMin + (tMax - tMin) * i / 200).value * (1.0 + 1e-9);
+      const double value = std::nextafter(evaluate(*curve, tMin + (tMax - tMin) * i / 200).value, kInfinity);
       const Solution solution = temperatureAt(*curve, value, test::kPressure);
-      if (solution.crossings == 0) continue;
+      EXPECT_GE(solution.crossings, 1);
       EXPECT_TRUE(isSolution(*curve, solution.temperature, value)) << &curve - curves << " " << solution.temperature;
     }
   }
@@ -125,7 +125,6 @@ TEST(Inverse, OfNoneOneOrSeveral) {
       {"below the range", line(300.0, 363.0), 299.9, 0},
       {"above the range", line(300.0, 363.0), 363.1, 0},
       {"one temperature", line(300.0, 300.0), 300.0, 1, 300.0},
-      {"another than the one", line(300.0, 300.0), 301.0, 0},
       {"two neighbours", line(300.0, std::nextafter(300.0, 301.0)), 300.0, 1, 300.0},
       {"several", parabola(200.0, 500.0), 0.0, 2, 250.0},
       {"the higher one", parabola(300.0, 500.0), 0.0, 1, 400.0},
@@ -143,7 +142,6 @@ TEST(Inverse, OfNoneOneOrSeveral) {
       {"the empty value", curveOf(PropCurvePOLY2, {-32767.0, 0.0, 0.0}, 300.0, 400.0), -32767.0, 0},
       {"a range that is none", line(400.0, 300.0), 350.0, 0},
       {"a range from zero", line(0.0, 400.0), 350.0, 0},
-      {"a range to infinity", line(300.0, kInfinity), 350.0, 0},
       {"a range of no numbers", line(kNaN, 400.0), 350.0, 0},
       {"no form", equation(PropCurveVoid), 1.0, 0},
   };
