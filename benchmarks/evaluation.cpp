@@ -148,7 +148,9 @@ int measureEvaluation() {
   large.run(40);
 
   Rounds rounds;
-  for (const auto& [name, subject] : subjects) {
+  for (const auto& each : subjects) {
+    const auto& name = each.first;
+    const Subject& subject = each.second;
     addOnes(rounds, name, subject);
     rounds.add("batch " + name, kBatch, [&] { subject.evaluate(kBatch, results.data(), nullptr, nullptr); });
     rounds.add("slopes " + name, kBatch, [&] { subject.evaluate(kBatch, results.data(), slopes.data(), nullptr); });

@@ -96,17 +96,18 @@ class Evaluation {
         if (const Numbers there = at(end, false); !asFormGoesOn() && !isNumber(there.value))
           return none(status | there.status);
     }
+    constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
     double sum = 0.0;
     const auto addEquation = [&](double begin, double end) {
-      if (begin <= end) sum += integral(*property_, integrand, begin, end, request_.P).value_or(kEmptyValue);
+      if (begin <= end) sum += integral(*property_, integrand, begin, end, request_.P).value_or(kNoValue);
     };
     const auto addContinuation = [&](double begin, double end) {
       const auto integrated = [&](double T) {
         const double value = at(T, false).value;
-        if (isEmpty(value)) return std::numeric_limits<double>::quiet_NaN();
+        if (isEmpty(value)) return kNoValue;
         return integrand == Integrand::YOverT ? value / T : value;
       };
-      if (begin < end) sum += quadrature(integrated, begin, end).value_or(kEmptyValue);
+      if (begin < end) sum += quadrature(integrated, begin, end).value_or(kNoValue);
     };
     if (!equation_) {
       addContinuation(least, most);
@@ -279,8 +280,13 @@ class Evaluation {
       evaluateWithSlopes(*property_, temperatures, request_.P, values, slopes, functions);
     else
       qs::evaluate(*property_, temperatures, request_.P, values, functions);
-    if (within && functions.allWithin(values, count, kAboveEmpty, kMostNumber) &&
-        (!results.firstDerivatives || functions.allWithin(slopes, count, kAboveEmpty, kMostNumber))) {
+    const auto areFrom = [&](double least, const double* numbers) {
+      return functions.allWithin(numbers, count, least, kMostNumber);
+    };
+    const bool areNumbers =
+        areFrom(kAboveEmpty, values) ||
+        (areFrom(-kMostNumber, values) && std::find(values, values + count, kEmptyValue) == values + count);
+    if (within && areNumbers && (!results.firstDerivatives || areFrom(-kMostNumber, slopes))) {
       if (results.statuses) std::fill_n(results.statuses, count, status_ | eStatusInside);
       return true;
     }

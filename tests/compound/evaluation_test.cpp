@@ -258,6 +258,7 @@ TEST_F(CompoundEvaluation, IntegratesByThePolicyAndFindsTemperatures) {
   put(OLESTR("LIQH"), PropCurvePOLY2, {3.0, -0.01, 1e-4});
   put(OLESTR("LDN"), PropCurvePOLY2, {3.0, -0.01, 1e-4});
   put(OLESTR("ST"), PropCurvePPDS1, {0.0, 1.0, 0.0, 0.0});
+  put(OLESTR("IT"), PropCurvePPDS1, {0.0, 1.0, 0.0, 0.0}, 0.5, 1.55);
   put(OLESTR("MW"), 18.0);
   put(OLESTR("TC"), 450.0);
   const auto cubic = [](double a, double b) {
@@ -290,6 +291,7 @@ TEST_F(CompoundEvaluation, IntegratesByThePolicyAndFindsTemperatures) {
       {OLESTR("LIQH"), eIntegralOfY, 0.0, 350.0, eRecommended, kEmpty, kBelow | kNoNumber},
       {OLESTR("LIQH"), eIntegralOfY, kNaN, 350.0, eRecommended, kEmpty, kNoNumber},
       {OLESTR("ST"), eIntegralOfY, 0.5, 1.5, eAsFormGoesOn, kEmpty, kBelow | eStatusNoConvergence},
+      {OLESTR("IT"), eIntegralOfY, 0.4, 1.6, eValueAtLimit, kEmpty, kBelow | kAbove | eStatusNoConvergence},
       {OLESTR("NBP"), eIntegralOfY, 310.0, 390.0, eRecommended, kEmpty, kNotSet},
   };
   for (const auto& each : kCases) {
