@@ -1,4 +1,6 @@
 // One property of many compounds: lists, views, empty slots, and compounds that call back or are of another maker.
+#include <gmock/gmock.h>
+
 #include "com/variant.h"
 #include "tests/support/collections.h"
 #include "tests/support/components.h"

@@ -1,4 +1,6 @@
 // Values, derivatives, integrals and inverses with their statuses, within ranges and beyond them by each policy.
+#include <gmock/gmock.h>
+
 #include <cmath>
 #include <limits>
 
