@@ -98,9 +98,9 @@ HRESULT COQSCompoundCollection::EvaluateCompoundArray(LPCOLESTR name, LONG rows,
         const std::size_t size = std::min(static_cast<std::size_t>(rows - begin), kBlockLength);
         const auto positionIn = [&](std::size_t i) { return positionOf(begin + static_cast<LONG>(i)); };
         LONG* const found = block.statuses ? block.statuses : ownStatuses.data();
-        // No call leaves the module between taking properties and evaluating them.
+        // No call leaves the module between taking a property and evaluating it.
         const auto propertyAt = [&](std::size_t i) -> const CQSAbstractProp* {
-          const COQSCompound* own = COQSCompound::ofThisModule(compoundAt(positionIn(i)));
+          const COQSCompound* own = COQSCompound::ofThisClass(compoundAt(positionIn(i)));
           return own ? own->property(key, text) : nullptr;
         };
         evaluateWithin(size, propertyAt, T, P, block.values ? block.values : ownValues.data(), found);

@@ -185,13 +185,11 @@ class COQSCompound final
   COQSCompound* STDMETHODCALLTYPE compound(const void* module) noexcept override;
   // The compound of an interface, without a reference of its own; null when it is not of this module.
   static const COQSCompound* ofThisModule(IUnknown* object);
-  // The same without a call, for what has the virtual table of this class.
-  static const COQSCompound* ofThisModule(IBasicCompound* object) {
-    if (object && virtualTableOf(object) == virtualTable_.load(std::memory_order_relaxed)) {
-      const auto* own = static_cast<COQSCompound*>(object);
-      if (!own->isAggregated()) return own;
-    }
-    return ofThisModule(static_cast<IUnknown*>(object));
+  // The same without a call; null for an aggregated compound too.
+  static const COQSCompound* ofThisClass(IBasicCompound* object) {
+    if (!object || virtualTableOf(object) != virtualTable_.load(std::memory_order_relaxed)) return nullptr;
+    const auto* own = static_cast<COQSCompound*>(object);
+    return own->isAggregated() ? nullptr : own;
   }
   INT compoundIndex() const { return content_.identity.compoundIndex; }
 
