@@ -24,7 +24,7 @@ constexpr double kAboveEmpty = -32766.0;
 constexpr int kNearUlps = 4;
 
 // Temperatures that are looked at before they are evaluated: several blocks of the evaluator.
-constexpr std::size_t kMostTogether = 4 * kBlockLength;
+constexpr std::size_t kMostTogether = 8 * kBlockLength;
 
 bool isNumber(double value) { return std::isfinite(value) && !isEmpty(value); }
 bool isTemperature(double T) { return std::isfinite(T) && T > 0.0; }

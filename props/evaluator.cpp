@@ -29,6 +29,15 @@ bool isPlain(const Equation& equation, std::span<const double> temperatures) {
          std::ranges::none_of(temperatures, [&](double T) { return equation.extrapolatesAt(T); });
 }
 
+// Has the processor fetch the block of numbers from an address on, which may be no array, while it computes another.
+template <bool forWriting>
+void fetch(const double* numbers) {
+  constexpr std::uintptr_t kCacheLine = 64;
+  const auto first = reinterpret_cast<std::uintptr_t>(numbers);
+  for (std::uintptr_t line = first; line < first + sizeof(Block); line += kCacheLine)
+    __builtin_prefetch(reinterpret_cast<const void*>(line), forWriting ? 1 : 0);
+}
+
 // At most a block of temperatures. False when the values are to be had one by one only.
 bool evaluateBlock(const Equation& equation, std::span<const double> temperatures, double P, double* values,
                    const BlockFunctions& functions) {
@@ -93,6 +102,10 @@ void evaluate(const CQSAbstractProp& property, std::span<const double> temperatu
   const MaskedExceptions masked;
   while (!temperatures.empty()) {
     const auto block = temperatures.first(std::min(temperatures.size(), kBlockLength));
+    if (block.size() == kBlockLength) {
+      fetch<false>(block.data() + kBlockLength);
+      fetch<true>(values + kBlockLength);
+    }
     if (!evaluateBlock(*equation, block, P, values, functions))
       for (std::size_t i = 0; i < block.size(); ++i) values[i] = valueOf(property, block[i], P, noValue);
     temperatures = temperatures.subspan(block.size());

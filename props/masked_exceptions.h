@@ -8,7 +8,9 @@ namespace qs {
 // Masks the floating-point exceptions, and restores the floating-point state.
 class MaskedExceptions {
  public:
-  MaskedExceptions() : state_(_mm_getcsr()) { _mm_setcsr(state_ | _MM_MASK_MASK); }
+  MaskedExceptions() : state_(_mm_getcsr()) {
+    if ((~state_ & _MM_MASK_MASK) != 0) _mm_setcsr(state_ | _MM_MASK_MASK);
+  }
   MaskedExceptions(const MaskedExceptions&) = delete;
   MaskedExceptions& operator=(const MaskedExceptions&) = delete;
   ~MaskedExceptions() { _mm_setcsr(state_); }
