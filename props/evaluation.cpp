@@ -89,6 +89,7 @@ class Evaluation {
     const double least = std::min(from, to), most = std::max(from, to);
     LONG status = status_ | place(least) | place(most);
     if (!isTemperature(from) || !isTemperature(to)) return none((status & ~LONG{eStatusInside}) | eStatusNotANumber);
+    if (!asFormGoesOn() && !(range_.tMin <= range_.tMax)) return none(status | eStatusNotSet);
     if (status & (eStatusBelow | eStatusAbove)) {
       status = (status & ~LONG{eStatusInside}) | eStatusByPolicy;
       // What a policy lacks at an end it lacks between.
@@ -115,7 +116,7 @@ class Evaluation {
       addEquation(least, most);
     } else {
       // The continuation has a kink at the critical temperature.
-      const double critical = std::clamp(request_.criticalTemperature, range_.tMax, std::max(most, range_.tMax));
+      const double critical = std::max(range_.tMax, request_.criticalTemperature);
       addContinuation(least, std::min(most, range_.tMin));
       addEquation(std::max(least, range_.tMin), std::min(most, range_.tMax));
       addContinuation(std::max(least, range_.tMax), std::min(most, critical));

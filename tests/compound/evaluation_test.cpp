@@ -261,6 +261,7 @@ TEST_F(CompoundEvaluation, IntegratesByThePolicyAndFindsTemperatures) {
   put(OLESTR("LDN"), PropCurvePOLY2, {3.0, -0.01, 1e-4});
   put(OLESTR("ST"), PropCurvePPDS1, {0.0, 1.0, 0.0, 0.0});
   put(OLESTR("IT"), PropCurvePPDS1, {0.0, 1.0, 0.0, 0.0}, 0.5, 1.55);
+  put(OLESTR("LVS"), PropCurvePOLY2, {1.0, 0.0, 0.0}, kNaN, kNaN);
   put(OLESTR("MW"), 18.0);
   put(OLESTR("TC"), 450.0);
   const auto cubic = [](double a, double b) {
@@ -295,6 +296,7 @@ TEST_F(CompoundEvaluation, IntegratesByThePolicyAndFindsTemperatures) {
       {OLESTR("ST"), eIntegralOfY, 0.5, 1.5, eAsFormGoesOn, kEmpty, kBelow | eStatusNoConvergence},
       {OLESTR("IT"), eIntegralOfY, 0.4, 1.6, eValueAtLimit, kEmpty, kBelow | kAbove | eStatusNoConvergence},
       {OLESTR("NBP"), eIntegralOfY, 310.0, 390.0, eRecommended, kEmpty, kNotSet},
+      {OLESTR("LVS"), eIntegralOfY, 310.0, 390.0, eRecommended, kEmpty, kNotSet},
   };
   for (const auto& each : kCases) {
     SCOPED_TRACE(narrow(each.name) + " " + std::to_string(each.from) + " to " + std::to_string(each.to));
