@@ -29,13 +29,11 @@ bool isPlain(const Equation& equation, std::span<const double> temperatures) {
          std::ranges::none_of(temperatures, [&](double T) { return equation.extrapolatesAt(T); });
 }
 
-// Has the processor fetch the block of numbers from an address on, which may be no array, while it computes another.
+// Has the processor fetch a block of numbers while it computes another.
 template <bool forWriting>
-void fetch(const double* numbers) {
-  constexpr std::uintptr_t kCacheLine = 64;
-  const auto first = reinterpret_cast<std::uintptr_t>(numbers);
-  for (std::uintptr_t line = first; line < first + sizeof(Block); line += kCacheLine)
-    __builtin_prefetch(reinterpret_cast<const void*>(line), forWriting ? 1 : 0);
+void fetch(const double* numbers, std::size_t count) {
+  constexpr std::size_t kInCacheLine = 8;
+  for (std::size_t i = 0; i < count; i += kInCacheLine) __builtin_prefetch(numbers + i, forWriting ? 1 : 0);
 }
 
 // At most a block of temperatures. False when the values are to be had one by one only.
@@ -102,10 +100,9 @@ void evaluate(const CQSAbstractProp& property, std::span<const double> temperatu
   const MaskedExceptions masked;
   while (!temperatures.empty()) {
     const auto block = temperatures.first(std::min(temperatures.size(), kBlockLength));
-    if (block.size() == kBlockLength) {
-      fetch<false>(block.data() + kBlockLength);
-      fetch<true>(values + kBlockLength);
-    }
+    const std::size_t next = std::min(temperatures.size() - block.size(), kBlockLength);
+    fetch<false>(block.data() + block.size(), next);
+    fetch<true>(values + block.size(), next);
     if (!evaluateBlock(*equation, block, P, values, functions))
       for (std::size_t i = 0; i < block.size(); ++i) values[i] = valueOf(property, block[i], P, noValue);
     temperatures = temperatures.subspan(block.size());
