@@ -186,7 +186,7 @@ class COQSCompoundCollection final
   // Without a reference of its own; null for an empty slot and for a position outside.
   IBasicCompound* compoundAt(LONG position) const;
   // Whether all numbers of the compound at a position are there.
-  bool evaluate(LONG position, std::optional<Key> key, WideView name, std::span<const double> temperatures,
+  bool evaluate(LONG position, const std::optional<Key>& key, WideView name, std::span<const double> temperatures,
                 double pressure, tagLimitPolicyEnum policy, const EvaluationResults& results) const;
 
   Positions checkedPositions(IIntegerArrayDisp* array);

@@ -62,7 +62,7 @@ IBasicCompound* COQSCompoundCollection::compoundAt(LONG position) const {
   return list->state_.slots.at(position);
 }
 
-bool COQSCompoundCollection::evaluate(LONG position, std::optional<Key> key, WideView name,
+bool COQSCompoundCollection::evaluate(LONG position, const std::optional<Key>& key, WideView name,
                                       std::span<const double> temperatures, double P, tagLimitPolicyEnum policy,
                                       const EvaluationResults& results) const {
   // It stays alive while it is asked; what it calls may take it out of the list.

@@ -165,10 +165,10 @@ class COQSCompound final
   STDMETHODIMP FindTemperatures(LPCOLESTR name, LONG count, const double* values, double pressure, double* temperatures,
                                 LONG* statuses) noexcept override;
   // As EvaluateArray, of a name and the key that it is, if it is one. Returns whether all numbers are there.
-  bool evaluate(std::optional<Key> key, WideView name, std::span<const double> temperatures, double pressure,
+  bool evaluate(const std::optional<Key>& key, WideView name, std::span<const double> temperatures, double pressure,
                 tagLimitPolicyEnum policy, const EvaluationResults& results) const;
   // Null where there is none.
-  const CQSAbstractProp* property(std::optional<Key> key, WideView name) const {
+  const CQSAbstractProp* property(const std::optional<Key>& key, WideView name) const {
     return key ? content_.properties[*key] : content_.properties.find(key, name).property;
   }
 
@@ -215,8 +215,8 @@ class COQSCompound final
     const CQSAbstractProp* property;
     LONG missing;
   };
-  Found find(std::optional<Key> key, WideView name) const;
-  EvaluationRequest requestFor(std::optional<Key> key, double pressure, tagLimitPolicyEnum policy) const;
+  Found find(const std::optional<Key>& key, WideView name) const;
+  EvaluationRequest requestFor(const std::optional<Key>& key, double pressure, tagLimitPolicyEnum policy) const;
 
   static HRESULT valueOf(const CQSAbstractProp* property, double temperature, double pressure,
                          tagExtrapolationEnum method, LONG* dependencies, double* value) noexcept {

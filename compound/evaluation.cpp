@@ -37,7 +37,7 @@ HRESULT putEach(LONG count, const EvaluationResults& results, Compute&& compute)
 
 }  // namespace
 
-EvaluationRequest COQSCompound::requestFor(std::optional<Key> key, double P, tagLimitPolicyEnum policy) const {
+EvaluationRequest COQSCompound::requestFor(const std::optional<Key>& key, double P, tagLimitPolicyEnum policy) const {
   if (policy == eRecommended) policy = key ? kKeys[static_cast<std::size_t>(*key)].policy : eNotSetOutside;
   EvaluationRequest request{P, policy};
   const CQSAbstractProp* critical = content_.properties[Key::TC];
@@ -45,13 +45,13 @@ EvaluationRequest COQSCompound::requestFor(std::optional<Key> key, double P, tag
   return request;
 }
 
-COQSCompound::Found COQSCompound::find(std::optional<Key> key, WideView name) const {
+COQSCompound::Found COQSCompound::find(const std::optional<Key>& key, WideView name) const {
   const PropertyTable::Entry entry = content_.properties.find(key, name);
   return {entry.property, entry.present ? eStatusNotSet : eStatusNoSuchProperty};
 }
 
-bool COQSCompound::evaluate(std::optional<Key> key, WideView name, std::span<const double> temperatures, double P,
-                            tagLimitPolicyEnum policy, const EvaluationResults& results) const {
+bool COQSCompound::evaluate(const std::optional<Key>& key, WideView name, std::span<const double> temperatures,
+                            double P, tagLimitPolicyEnum policy, const EvaluationResults& results) const {
   // First, since the critical temperature may be of a component that takes the property away.
   const EvaluationRequest request = requestFor(key, P, policy);
   const Found found = find(key, name);
@@ -61,12 +61,19 @@ bool COQSCompound::evaluate(std::optional<Key> key, WideView name, std::span<con
 HRESULT COQSCompound::EvaluateArray(LPCOLESTR name, LONG count, const double* temperatures, double P,
                                     tagLimitPolicyEnum policy, double* values, double* firstDerivatives,
                                     double* secondDerivatives, LONG* statuses) noexcept {
+  const WideView text = viewOf(name);
+  const auto key = findKey(text);
+  // Most calls want one value.
+  if (count == 1 && temperatures && (values || statuses) && !firstDerivatives && !secondDerivatives &&
+      isPolicy(policy)) {
+    const CQSAbstractProp* property = this->property(key, text);
+    if (property && evaluateWithin(*property, *temperatures, P, values, statuses)) return S_OK;
+  }
   const EvaluationResults results{values, firstDerivatives, secondDerivatives, statuses};
   if (const HRESULT hr = checkEvaluation(1, count, temperatures, policy, results); FAILED(hr)) return hr;
   return guarded([&] {
-    const WideView text = viewOf(name);
     const std::span given(temperatures, static_cast<std::size_t>(count));
-    return evaluate(findKey(text), text, given, P, policy, results) ? S_OK : S_FALSE;
+    return evaluate(key, text, given, P, policy, results) ? S_OK : S_FALSE;
   });
 }
 

@@ -24,11 +24,13 @@ bool mayReplace(const In* in, std::size_t count, const Out* out, std::size_t out
          inBegin >= outBegin + outCount * sizeof(Out);
 }
 
+constexpr bool isPolicy(tagLimitPolicyEnum policy) { return policy >= eAsFormGoesOn && policy <= eRecommended; }
+
 // Arguments of EvaluateArray and EvaluateCompoundArray: E_INVALIDARG for numbers that are out of their ranges and for
 // results that overlap what is read, E_POINTER where no result is wanted or no temperature is given.
 inline HRESULT checkEvaluation(LONG rows, LONG count, const double* temperatures, tagLimitPolicyEnum policy,
                                const EvaluationResults& results) {
-  if (rows < 0 || count < 0 || policy < eAsFormGoesOn || policy > eRecommended) return E_INVALIDARG;
+  if (rows < 0 || count < 0 || !isPolicy(policy)) return E_INVALIDARG;
   if (!results.values && !results.firstDerivatives && !results.secondDerivatives && !results.statuses) return E_POINTER;
   if (!temperatures && count > 0) return E_POINTER;
   const auto read = static_cast<std::size_t>(count);

@@ -4,8 +4,7 @@
 
 namespace qs {
 
-PropertyTable::Entry PropertyTable::find(std::optional<Key> key, WideView name) const {
-  if (key) return {true, true, (*this)[*key]};
+PropertyTable::Entry PropertyTable::findOther(WideView name) const {
   const auto found = others_.find(name);
   return found == others_.end() ? Entry{} : Entry{true, false, found->second.get()};
 }

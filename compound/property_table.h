@@ -26,8 +26,10 @@ class PropertyTable {
 
   // A fixed key hides the same name in the other map.
   Entry find(WideView name) const { return find(findKey(name), name); }
-  // The same where the name's key is known.
-  Entry find(std::optional<Key> key, WideView name) const;
+  // The same where the name's key is known. Inline, since an optional is slow to pass by value.
+  Entry find(const std::optional<Key>& key, WideView name) const {
+    return key ? Entry{true, true, (*this)[*key]} : findOther(name);
+  }
 
   // Stores an object under a fixed key, in place of the one that stood there.
   void set(Key key, PropertyPtr property) { slots_[static_cast<std::size_t>(key)] = std::move(property); }
@@ -46,6 +48,8 @@ class PropertyTable {
   PropertyTable copy() const;
 
  private:
+  Entry findOther(WideView name) const;
+
   std::array<PropertyPtr, kKeyCount> slots_;
   OtherMap others_;
 };

@@ -323,25 +323,8 @@ std::optional<PropertyRange> rangeOf(const CQSAbstractProp& property) {
   return isEmpty(value) ? std::nullopt : std::optional(PropertyRange());
 }
 
-namespace {
-
-// The value of an equation within its range, which most calls ask for. Puts nothing for any other.
-bool putWithin(const CQSAbstractProp& property, double T, double P, const EvaluationResults& results) {
-  const Equation* equation = property.equation();
-  if (!equation || results.firstDerivatives || results.secondDerivatives || !isWithin(*equation, T, P)) return false;
-  double value = kEmptyValue;
-  LONG dependencies = 0;
-  if (property.GetValue(T, P, eNoExtrapolation, &dependencies, &value) != S_OK || !isNumber(value)) return false;
-  if (results.values) *results.values = value;
-  if (results.statuses) *results.statuses = eStatusInside;
-  return true;
-}
-
-}  // namespace
-
 bool evaluate(const CQSAbstractProp* property, LONG missing, std::span<const double> temperatures,
               const EvaluationRequest& request, const EvaluationResults& results) {
-  if (property && temperatures.size() == 1 && putWithin(*property, temperatures[0], request.P, results)) return true;
   return Evaluation(property, missing, request).evaluate(temperatures, results);
 }
 

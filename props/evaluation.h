@@ -64,6 +64,20 @@ inline bool isWithin(const Equation& equation, double T, double P) {
          std::isgreaterequal(P, equation.pMin) && std::islessequal(P, equation.pMax);
 }
 
+// The value of an equation within its range, which most calls ask for, and its status, where they are wanted. False,
+// and nothing is written, for anything else.
+inline bool evaluateWithin(const CQSAbstractProp& property, double T, double P, double* value, LONG* status) {
+  const Equation* equation = property.equation();
+  if (!equation || !isWithin(*equation, T, P)) return false;
+  double found = kEmptyValue;
+  LONG dependencies = 0;
+  if (property.GetValue(T, P, eNoExtrapolation, &dependencies, &found) != S_OK || isEmpty(found)) return false;
+  if (!std::isfinite(found)) return false;
+  if (value) *value = found;
+  if (status) *status = eStatusInside;
+  return true;
+}
+
 // The values at one temperature of those properties, from `propertyAt(0)` on, that are equations within their ranges,
 // where they are numbers. The status of all others, null ones too, is 0, and they are still to be evaluated.
 template <class PropertyAt>
