@@ -5,7 +5,6 @@
 #include <numeric>
 
 #include "collection/collection.h"
-#include "com/query.h"
 #include "compound/compound.h"
 #include "compound/evaluation_arguments.h"
 #include "props/block_functions.h"

@@ -1,7 +1,6 @@
 #include "props/evaluation.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -26,7 +25,6 @@ constexpr int kNearUlps = 4;
 // Temperatures that are looked at before they are evaluated: several blocks of the evaluator.
 constexpr std::size_t kMostTogether = 8 * kBlockLength;
 
-bool isNumber(double value) { return std::isfinite(value) && !isEmpty(value); }
 bool isTemperature(double T) { return std::isfinite(T) && T > 0.0; }
 
 // A temperature some units in the last place away.

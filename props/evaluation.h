@@ -27,6 +27,8 @@ std::optional<PropertyRange> rangeOf(const CQSAbstractProp& property);
 // The statuses of a number that there is not.
 inline constexpr LONG kNoNumber = eStatusNotSet | eStatusNoSuchProperty | eStatusNotANumber | eStatusNoConvergence;
 
+inline bool isNumber(double value) { return std::isfinite(value) && !isEmpty(value); }
+
 struct EvaluationRequest {
   double P;                   // kPa
   tagLimitPolicyEnum policy;  // not eRecommended
@@ -71,8 +73,7 @@ inline bool evaluateWithin(const CQSAbstractProp& property, double T, double P, 
   if (!equation || !isWithin(*equation, T, P)) return false;
   double found = kEmptyValue;
   LONG dependencies = 0;
-  if (property.GetValue(T, P, eNoExtrapolation, &dependencies, &found) != S_OK || isEmpty(found)) return false;
-  if (!std::isfinite(found)) return false;
+  if (property.GetValue(T, P, eNoExtrapolation, &dependencies, &found) != S_OK || !isNumber(found)) return false;
   if (value) *value = found;
   if (status) *status = eStatusInside;
   return true;
@@ -89,8 +90,7 @@ void evaluateWithin(std::size_t count, PropertyAt&& propertyAt, double T, double
     if (!equation || !isWithin(*equation, T, P) || !equations.add(*equation, i)) values[i] = kEmptyValue;
   }
   equations.finish();
-  for (std::size_t i = 0; i < count; ++i)
-    statuses[i] = std::isfinite(values[i]) && !isEmpty(values[i]) ? LONG{eStatusInside} : 0;
+  for (std::size_t i = 0; i < count; ++i) statuses[i] = isNumber(values[i]) ? LONG{eStatusInside} : 0;
 }
 
 struct NumberWithStatus {

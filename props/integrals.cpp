@@ -18,9 +18,6 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-// False for NaN too.
-bool isFinite(double x) { return x - x == 0.0; }
-
 // A part of the interval: the integral and that of the magnitude, and a generous estimate of the former's error.
 struct Panel {
   double from, to;
@@ -56,7 +53,7 @@ std::optional<double> quadratureUp(FunctionOfT function, double from, double to)
       error += panel.error;
       if (panel.error > worst->error) worst = &panel;
     }
-    if (!isFinite(error) || !isFinite(magnitude)) return std::nullopt;
+    if (!std::isfinite(error) || !std::isfinite(magnitude)) return std::nullopt;
     if (error <= kTolerance * magnitude) return integral;
     const double middle = worst->from + (worst->to - worst->from) / 2.0;
     if (count == kMostPanels || middle <= worst->from || middle >= worst->to) return std::nullopt;
@@ -219,7 +216,8 @@ std::optional<double> closedIntegral(const Equation& equation, Integrand integra
 
 std::optional<double> quadrature(FunctionOfT function, double from, double to) {
   const MaskedExceptions masked;
-  if (!isFinite(from) || !isFinite(to) || !isFinite(function(from)) || !isFinite(function(to))) return std::nullopt;
+  if (!std::isfinite(from) || !std::isfinite(to) || !std::isfinite(function(from)) || !std::isfinite(function(to)))
+    return std::nullopt;
   if (from == to) return 0.0;
   return from < to ? quadratureUp(function, from, to) : negated(quadratureUp(function, to, from));
 }
@@ -234,7 +232,7 @@ std::optional<double> integral(const CQSAbstractProp& equation, Integrand integr
   };
   const MaskedExceptions masked;
   const Equation* data = equation.equation();
-  if (data && isFinite(function(from)))
+  if (data && std::isfinite(function(from)))
     if (const auto closed = closedIntegral(*data, integrand, from, to, P)) return closed;
   if (!data || data->form.shape != PropCurveVELDB5) return quadrature(function, from, to);
   // It bends at its limits, those in the interval.
