@@ -124,15 +124,7 @@ TEST_F(CollectionEvaluation, SurvivesCompoundsThatCallBack) {
 }
 
 // A compound of another maker around one of this module: it knows one property, an equation from 300 to 400 K.
-struct ForeignCompound : Stub<ICompoundProp> {
-  ForeignCompound() {
-    CoCreateInstance(__uuidof(::COQSCompound), this, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
-                     reinterpret_cast<void**>(inner.out()));
-  }
-  STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
-    return IsEqualGUID(iid, __uuidof(IBasicCompound)) ? inner->QueryInterface(iid, out)
-                                                      : Stub::QueryInterface(iid, out);
-  }
+struct ForeignCompound : CompoundAround<ICompoundProp> {
   STDMETHODIMP GetPropertyType(BSTR name, tagPropTypeEnum* type) override {
     *type = viewOf(name) == OLESTR("VP") ? EquationProp : VoidProp;
     return *type == VoidProp ? S_FALSE : S_OK;
@@ -147,8 +139,6 @@ struct ForeignCompound : Stub<ICompoundProp> {
     return S_OK;
   }
   static constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-  ComPtr<IUnknown> inner;
 };
 
 TEST_F(CollectionEvaluation, ReadsCompoundsOfAnotherMaker) {

@@ -313,19 +313,9 @@ TEST_F(CollectionLoadingTest, ALoaderMayCallBack) {
 }
 
 // A compound of another implementation, which takes numbers and does not remember where they come from.
-struct ForgetfulCompound : Stub<ICompoundPropPut> {
-  ForgetfulCompound() {
-    CoCreateInstance(__uuidof(::COQSCompound), this, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
-                     reinterpret_cast<void**>(inner.out()));
-  }
-  STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
-    return IsEqualGUID(iid, __uuidof(IBasicCompound)) ? inner->QueryInterface(iid, out)
-                                                      : Stub::QueryInterface(iid, out);
-  }
+struct ForgetfulCompound : CompoundAround<ICompoundPropPut> {
   STDMETHODIMP SetPointProperty(BSTR, BYTE, double) noexcept override { return S_OK; }
   STDMETHODIMP SetPropertyLoader(BSTR, BSTR) noexcept override { return E_OUTOFMEMORY; }
-
-  ComPtr<IUnknown> inner;
 };
 
 TEST_F(CollectionLoadingTest, ReturnsThatTheNameOfAnEstimatorIsNotKept) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tests/support/compounds.h"
+#include "tests/support/host_object.h"
 
 namespace qs::test {
 
@@ -64,6 +65,21 @@ class CollectionTest : public CompoundTest {
     EXPECT_EQ(query<ISubCompList>(parent)->CreateSubCompList(integers(positions).get(), view.out()), S_OK);
     return view;
   }
+};
+
+// A compound of another implementation around one of this module, of which a test writes an interface.
+template <class I>
+struct CompoundAround : Stub<I> {
+  CompoundAround() {
+    CoCreateInstance(__uuidof(::COQSCompound), this, CLSCTX_INPROC_SERVER, __uuidof(IUnknown),
+                     reinterpret_cast<void**>(inner.out()));
+  }
+  STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
+    return IsEqualGUID(iid, __uuidof(IBasicCompound)) ? inner->QueryInterface(iid, out)
+                                                      : Stub<I>::QueryInterface(iid, out);
+  }
+
+  ComPtr<IUnknown> inner;
 };
 
 }  // namespace qs::test
