@@ -1,14 +1,11 @@
 #include "benchmarks/evaluation.h"
 
-#include <array>
 #include <map>
 #include <stdexcept>
 #include <vector>
 
+#include "benchmarks/compounds.h"
 #include "benchmarks/lines.h"
-#include "com/bstr.h"
-#include "com/host_arrays.h"
-#include "hostkit/module_loader.h"
 #include "props/evaluator.h"
 #include "props/new_property.h"
 
@@ -22,30 +19,15 @@ constexpr std::size_t kMany = 100'000, kBatch = 2'048, kOnes = 512, kMost = 1'00
 std::vector<double> temperatures, results(kMost), slopes(kMost);
 std::vector<LONG> statuses(kMost);
 
-template <class I>
-ComPtr<I> newObject(REFCLSID clsid) {
-  auto object = host::createInstance<I>(clsid);
-  if (!object) throw std::runtime_error("a class cannot be created");
-  return object;
-}
-
-ComPtr<IBasicCompound> compoundWith(LONG shape, const std::vector<double>& coefficients) {
-  const auto parameters = newObject<IRealArrayDisp>(__uuidof(::HostRealArray));
-  setElements<IRealArrayDisp, double>(parameters.get(), coefficients);
-  auto compound = newObject<IBasicCompound>(__uuidof(::COQSCompound));
-  check(ComPtr<ICompoundPropPut>::from(compound.get())
-            ->SetEquationProperty(Bstr(kName).get(), 1, static_cast<tagEquationShapeEnum>(shape), 273.16, 647.096, 1e-5,
-                                  1e15, parameters.get()));
-  return compound;
-}
+constexpr double kMin = 273.16, kMax = 647.096;
 
 // An equation of water as a compound's property, and by itself.
 struct Subject {
   Subject(LONG shape, const std::vector<double>& coefficients)
-      : compound(compoundWith(shape, coefficients)),
+      : compound(compoundWith(shape, coefficients, kMin, kMax)),
         arrays(ComPtr<ICompoundEvaluationArrays>::from(compound.get())),
         properties(ComPtr<ICompoundProp>::from(compound.get())),
-        equation(newEquation(Key::TC, {shape, 273.16, 647.096, 1e-5, 1e15, coefficients})) {}
+        equation(newEquation(Key::TC, {shape, kMin, kMax, 1e-5, 1e15, coefficients})) {}
 
   void evaluate(std::size_t count, double* values, double* derivatives, LONG* found) const {
     check(arrays->EvaluateArray(kName, static_cast<LONG>(count), temperatures.data(), kPressure, eAsFormGoesOn, values,
@@ -103,11 +85,12 @@ ComPtr<ICompoundCollection> manyCompounds(std::vector<ComPtr<IBasicCompound>>& c
   for (std::size_t i = 0; i < kCompounds; ++i) {
     const double B = -7258.2 * (1.0 + 0.001 * static_cast<double>(i));
     if (i % 18 == 0)
-      compounds.push_back(compoundWith(PropCurveVELDB5, {59.8335, B, 0.0, -7.3037, 4.1653e-6, 2.0}));
+      compounds.push_back(compoundWith(PropCurveVELDB5, {59.8335, B, 0.0, -7.3037, 4.1653e-6, 2.0}, kMin, kMax));
     else if (i % 18 == 6)
-      compounds.push_back(compoundWith(PropCurveDIPPR101, {59.8335, B, -7.3037, 1e-18, 6.0}));
+      compounds.push_back(compoundWith(PropCurveDIPPR101, {59.8335, B, -7.3037, 1e-18, 6.0}, kMin, kMax));
     else
-      compounds.push_back(compoundWith(PropCurveDIPPR101, {59.8335, B, -7.3037, 4.1653e-6, i % 27 == 1 ? 1.0 : 2.0}));
+      compounds.push_back(
+          compoundWith(PropCurveDIPPR101, {59.8335, B, -7.3037, 4.1653e-6, i % 27 == 1 ? 1.0 : 2.0}, kMin, kMax));
     check(list->AddCompound(compounds.back().get()));
   }
   return list;

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "benchmarks/compounds.h"
 #include "benchmarks/empty_objects.h"
 #include "benchmarks/lines.h"
 #include "com/bstr.h"
@@ -136,23 +137,9 @@ void nameLoop(ICompoundProp* compound, INT index) {
   }
 }
 
-ComPtr<IBasicCompound> newCompound() {
-  auto compound = host::createInstance<IBasicCompound>(__uuidof(::COQSCompound));
-  if (!compound) throw std::runtime_error("a compound cannot be created");
-  return compound;
-}
-
 ComPtr<IBasicCompound> compoundWith(const Subject& subject, LONG yShape = COMx) {
-  const auto parameters = host::createInstance<IRealArrayDisp>(__uuidof(::HostRealArray));
-  if (!parameters) throw std::runtime_error("the class RealArray cannot be created");
-  parameters->put_Size(static_cast<LONG>(subject.coefficients.size()));
-  for (std::size_t i = 0; i < subject.coefficients.size(); ++i)
-    parameters->put_IthValue(static_cast<LONG>(i), subject.coefficients[i]);
-  auto compound = newCompound();
+  auto compound = bench::compoundWith(subject.shape, subject.coefficients, 1.0, 2000.0);
   const Bstr name(OLESTR("TC"));
-  ComPtr<ICompoundPropPut>::from(compound.get())
-      ->SetEquationProperty(name.get(), 1, static_cast<tagEquationShapeEnum>(subject.shape), 1.0, 2000.0, 1e-5, 1e15,
-                            parameters.get());
   ComPtr<ICompEqnXYShape>::from(compound.get())
       ->SetEquationPropertyXYShape(name.get(), COMx, static_cast<tagXYShapeEnum>(yShape), 1.0, 1.0, 1.0, 1.0, -32767.0,
                                    -32767.0);
@@ -202,7 +189,7 @@ int measureGetters(std::span<const GetterBound> bounds) {
   rounds.add("by name", kCount, [&] { byNameLoop(named.get()); });
   rounds.add("first name", kCount, [&] { nameLoop(named.get(), 0); });
   rounds.add("last name", kCount, [&] { nameLoop(named.get(), static_cast<INT>(kKeyCount) - 1); });
-  const auto point = newCompound();
+  const auto point = newObject<IBasicCompound>(__uuidof(::COQSCompound));
   ComPtr<ICompoundPropPut>::from(point.get())->SetPointProperty(Bstr(OLESTR("TC")).get(), 1, 647.096);
   rounds.add("point", kCount, [&] { getterLoop(point.get()); });
   rounds.add("empty call", kCount, [] { getterLoop(emptyCompound()); });

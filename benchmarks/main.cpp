@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "benchmarks/bench.h"
+#include "benchmarks/compounds.h"
 #include "benchmarks/evaluation.h"
 #include "benchmarks/getters.h"
 #include "benchmarks/heap.h"
@@ -155,17 +156,6 @@ void measure(const std::filesystem::path& program, const std::string& database) 
   lines.printCount("allocations of another CopyProperties / its arrays'", blocksOfPhaseCopy(), blocksOfArrayCopies(),
                    "  ");
   std::cout << lines.shortCount() << " short\n";
-}
-
-}  // namespace
-
-namespace {
-
-template <class I>
-ComPtr<I> newObject(REFCLSID clsid) {
-  auto object = host::createInstance<I>(clsid);
-  if (!object) throw std::runtime_error("a class of qscontainers cannot be created");
-  return object;
 }
 
 }  // namespace
