@@ -1,0 +1,22 @@
+// What is wrong with a source or a database.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace qs::bank {
+
+enum class Severity { Error, Warning };
+
+struct Finding {
+  std::string rule;  // its name, as in docs/checks.md
+  Severity severity = Severity::Error;
+  std::string file;
+  int line = 0;          // 0 in a database
+  std::string compound;  // as database::describe names it; empty where no compound is meant
+  std::string field;     // a key or a member
+  std::string message;
+  std::string waiver;  // the reason for which it is accepted; empty where it is not
+};
+
+}  // namespace qs::bank
