@@ -133,20 +133,6 @@ void checkCorrelation(const CompoundData& compound, Key key, const Correlation& 
 
 bool derivesFromEnthalpy(Key key) { return key == Key::IGCP || key == Key::IGS; }
 
-// What a compound's field holds. Readers derive IGCP and IGS from IGH, but a later field replaces them, so where other
-// compounds bring such a field of their own, the derived correlation is written out.
-std::optional<Correlation> correlationOf(const CompoundData& compound, Key key) {
-  if (const auto own = compound.correlations.find(key); own != compound.correlations.end()) return own->second;
-  const auto enthalpy = compound.correlations.find(Key::IGH);
-  if (!derivesFromEnthalpy(key) || enthalpy == compound.correlations.end()) return std::nullopt;
-  Correlation derived = enthalpy->second;
-  derived.form = key == Key::IGCP ? PropCurveVELDB9 : PropCurveVELDB10;
-  derived.coefficients.resize(coefficientCount(key, derived.form));
-  derived.xShape = derived.yShape = COMx;
-  derived.xPower = derived.yPower = 1.0;
-  return derived;
-}
-
 // The fields whose number and sizes depend on the compounds.
 struct Layout {
   std::size_t groups = 0;
@@ -301,6 +287,18 @@ std::uint64_t checksum(const DatabaseFiles& files) {
 
 std::string describe(const CompoundData& compound) {
   return "compound " + std::to_string(compound.number) + " (" + compound.name + ")";
+}
+
+std::optional<Correlation> correlationOf(const CompoundData& compound, Key key) {
+  if (const auto own = compound.correlations.find(key); own != compound.correlations.end()) return own->second;
+  const auto enthalpy = compound.correlations.find(Key::IGH);
+  if (!derivesFromEnthalpy(key) || enthalpy == compound.correlations.end()) return std::nullopt;
+  Correlation derived = enthalpy->second;
+  derived.form = key == Key::IGCP ? PropCurveVELDB9 : PropCurveVELDB10;
+  derived.coefficients.resize(coefficientCount(key, derived.form));
+  derived.xShape = derived.yShape = COMx;
+  derived.xPower = derived.yPower = 1.0;
+  return derived;
 }
 
 DatabaseFiles encodeDatabase(std::span<const CompoundData> compounds) {

@@ -45,6 +45,10 @@ struct CompoundData {
   std::map<Key, Correlation> correlations;
 };
 
+// A compound's correlation of a key. Readers derive IGCP and IGS from IGH, but a later field replaces them, so where
+// other compounds bring such a field of their own, the derived correlation is written out.
+std::optional<Correlation> correlationOf(const CompoundData& compound, Key key);
+
 // The bytes of both files; the compounds may come in any order. Throws std::invalid_argument, naming compound and
 // field, for anything that the files cannot hold or that readers would take for something else.
 DatabaseFiles encodeDatabase(std::span<const CompoundData> compounds);
