@@ -88,22 +88,6 @@ auto findNamed(const Table& table, WideView name) -> decltype(std::begin(table))
   return entry == std::end(table) ? nullptr : entry;
 }
 
-// The correlation of a key, or one that follows from the ideal-gas enthalpy: its derivative and the integral of that
-// over the logarithm of temperature have the same coefficients in forms of their own.
-std::optional<Correlation> correlationOf(const CompoundData& compound, Key key) {
-  const auto own = compound.correlations.find(key);
-  if (own != compound.correlations.end()) return own->second;
-  const auto enthalpy = compound.correlations.find(Key::IGH);
-  if ((key != Key::IGCP && key != Key::IGS) || enthalpy == compound.correlations.end() ||
-      compound.constants.contains(key))
-    return std::nullopt;
-  Correlation derived = enthalpy->second;
-  derived.form = key == Key::IGCP ? PropCurveVELDB9 : PropCurveVELDB10;
-  derived.xShape = derived.yShape = COMx;
-  derived.xPower = derived.yPower = 1.0;
-  return derived;
-}
-
 // What a compound has under a name; VoidProp for nothing.
 tagPropTypeEnum kindOf(const CompoundData& compound, WideView name) {
   if (const auto* field = findNamed(kIdentityFields, name)) return field->text(compound) ? field->type : VoidProp;

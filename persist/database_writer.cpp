@@ -292,7 +292,8 @@ std::string describe(const CompoundData& compound) {
 std::optional<Correlation> correlationOf(const CompoundData& compound, Key key) {
   if (const auto own = compound.correlations.find(key); own != compound.correlations.end()) return own->second;
   const auto enthalpy = compound.correlations.find(Key::IGH);
-  if (!derivesFromEnthalpy(key) || enthalpy == compound.correlations.end()) return std::nullopt;
+  if (!derivesFromEnthalpy(key) || enthalpy == compound.correlations.end() || compound.constants.contains(key))
+    return std::nullopt;
   Correlation derived = enthalpy->second;
   derived.form = key == Key::IGCP ? PropCurveVELDB9 : PropCurveVELDB10;
   derived.coefficients.resize(coefficientCount(key, derived.form));
