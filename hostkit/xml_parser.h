@@ -7,6 +7,7 @@
 
 #include "com/com_ptr.h"
 #include "hostkit/attribute_set.h"
+#include "xml/parser.h"
 
 namespace qs::hostkit {
 
@@ -33,7 +34,7 @@ class EventText {
 };
 
 // Passes events to a client, up to the first call that fails. Text is wide, or of 8 bits and widened.
-class EventFeed {
+class EventFeed final : public XmlEvents {
  public:
   explicit EventFeed(XMLParserClient& client) : client_(client) {}
 
@@ -42,39 +43,29 @@ class EventFeed {
   // Whether the client failed.
   bool isRefused() const { return refused_; }
 
-  // The attributes of the element that starts next: one after the other, or all as a parser holds them.
-  HRESULT attribute(WideView name, WideView value) noexcept {
+  HRESULT attribute(WideView name, WideView value) noexcept override {
     return make([&] {
       attributes().add(WideString(name), WideString(value));
       return S_OK;
     });
   }
-  HRESULT attributes(const char* const* all) noexcept {
+  HRESULT attributes(const char* const* all) noexcept override {
     return make([&] {
       attributes().show(all);
       return S_OK;
     });
   }
-  template <class Text>
-  HRESULT startElement(Text name) noexcept {
-    return make([&] {
-      return handWithAttributes(
-          [&, tag = text_.hold(name)](TaggedAttributes* all) { return client_.StartElement(tag, all); });
-    });
-  }
-  template <class Text>
-  HRESULT endElement(Text name) noexcept {
-    return make([&] { return hand([&, tag = text_.hold(name)] { return client_.EndElement(tag); }); });
-  }
-  template <class Text>
-  HRESULT text(Text characters) noexcept {
-    return make([&] { return hand([&, data = text_.hold(characters)] { return client_.CharacterData(data); }); });
-  }
-  HRESULT comment() noexcept {
+  HRESULT startElement(WideView name) noexcept override { return start(name); }
+  HRESULT startElement(std::string_view name) noexcept override { return start(name); }
+  HRESULT endElement(WideView name) noexcept override { return end(name); }
+  HRESULT endElement(std::string_view name) noexcept override { return end(name); }
+  HRESULT text(WideView characters) noexcept override { return handText(characters); }
+  HRESULT text(std::string_view characters) noexcept override { return handText(characters); }
+  HRESULT comment() noexcept override {
     return make([&] { return hand([&] { return client_.Comment(); }); });
   }
-  // The instruction's text comes as an attribute under the target's name.
-  HRESULT instruction(WideView target, WideView text) noexcept {
+  // The text comes as an attribute under the target's name.
+  HRESULT instruction(WideView target, WideView text) noexcept override {
     return make([&] {
       attributes().add(WideString(target), WideString(text));
       return handWithAttributes(
@@ -97,6 +88,21 @@ class EventFeed {
     return answer;
   }
 
+  template <class Text>
+  HRESULT start(Text name) noexcept {
+    return make([&] {
+      return handWithAttributes(
+          [&, tag = text_.hold(name)](TaggedAttributes* all) { return client_.StartElement(tag, all); });
+    });
+  }
+  template <class Text>
+  HRESULT end(Text name) noexcept {
+    return make([&] { return hand([&, tag = text_.hold(name)] { return client_.EndElement(tag); }); });
+  }
+  template <class Text>
+  HRESULT handText(Text characters) noexcept {
+    return make([&] { return hand([&, data = text_.hold(characters)] { return client_.CharacterData(data); }); });
+  }
   template <class Call>
   HRESULT handWithAttributes(Call&& call) {
     AttributeSet& all = attributes();
@@ -119,13 +125,6 @@ class EventFeed {
   HRESULT result_ = S_OK;
   bool refused_ = false;
 };
-
-// Parse a text, whose declared encoding is ignored, or a file's bytes in the encoding that they declare, up to the end
-// or the feed's first failure. False for a document that is not well-formed. Document types are refused where the
-// parser reports them, because a few lines can expand to gigabytes. Throw CQSCOMError when there is no parser, and
-// E_OUTOFMEMORY when it runs out of memory. Implemented in xml_parser_posix.cpp and xml_parser_windows.cpp.
-bool parseXml(WideView text, EventFeed& feed);
-bool parseXml(std::span<const std::byte> bytes, EventFeed& feed);
 
 // Returns the client's failure. Calls the client's Error and returns E_FAIL for a document that is not well-formed, and
 // E_OUTOFMEMORY. Without any call to the client: E_FAIL for a file that cannot be read, E_INVALIDARG for an object that

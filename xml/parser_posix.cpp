@@ -3,18 +3,22 @@
 #include <climits>
 #include <memory>
 
-#include "hostkit/xml_parser.h"
+#include "com/error.h"
+#include "xml/parser.h"
 
-namespace qs::hostkit {
+namespace qs {
 namespace {
 
-// The parser and the feed of one document, as expat's handlers receive them, and what a handler failed with.
+// The parser and the receiver of one document, as expat's handlers receive them, and what a handler failed with.
 struct Parsing {
   XML_Parser parser;
-  EventFeed& feed;
+  XmlEvents& events;
   HRESULT result = S_OK;
 
   static Parsing& from(void* user) { return *static_cast<Parsing*>(user); }
+  void reachLine() {
+    if (events.line) *events.line = static_cast<int>(XML_GetCurrentLineNumber(parser));
+  }
   void stopUnless(HRESULT handled) {
     if (SUCCEEDED(handled)) return;
     result = handled;
@@ -24,29 +28,30 @@ struct Parsing {
 
 void onStart(void* user, const XML_Char* name, const XML_Char** attributes) {
   Parsing& parsing = Parsing::from(user);
-  parsing.feed.attributes(attributes);
-  parsing.stopUnless(parsing.feed.startElement(std::string_view(name)));
+  parsing.reachLine();
+  parsing.events.attributes(attributes);
+  parsing.stopUnless(parsing.events.startElement(std::string_view(name)));
 }
 
 void onEnd(void* user, const XML_Char* name) {
   Parsing& parsing = Parsing::from(user);
-  parsing.stopUnless(parsing.feed.endElement(std::string_view(name)));
+  parsing.stopUnless(parsing.events.endElement(std::string_view(name)));
 }
 
 void onText(void* user, const XML_Char* text, int length) {
   Parsing& parsing = Parsing::from(user);
-  parsing.stopUnless(parsing.feed.text(std::string_view(text, static_cast<std::size_t>(length))));
+  parsing.stopUnless(parsing.events.text(std::string_view(text, static_cast<std::size_t>(length))));
 }
 
 void onComment(void* user, const XML_Char*) {
   Parsing& parsing = Parsing::from(user);
-  parsing.stopUnless(parsing.feed.comment());
+  parsing.stopUnless(parsing.events.comment());
 }
 
 void onInstruction(void* user, const XML_Char* target, const XML_Char* text) {
   Parsing& parsing = Parsing::from(user);
   // A conversion may run out of memory in a handler, which must not throw.
-  parsing.stopUnless(guarded([&] { return parsing.feed.instruction(widen(target), widen(text)); }));
+  parsing.stopUnless(guarded([&] { return parsing.events.instruction(widen(target), widen(text)); }));
 }
 
 void onDocumentType(void* user, const XML_Char*, const XML_Char*, const XML_Char*, int) {
@@ -54,10 +59,10 @@ void onDocumentType(void* user, const XML_Char*, const XML_Char*, const XML_Char
 }
 
 // `encoding` overrides the declared one; null uses that.
-bool parse(std::string_view bytes, const XML_Char* encoding, EventFeed& feed) {
+bool parse(std::string_view bytes, const XML_Char* encoding, XmlEvents& events) {
   const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate(encoding), XML_ParserFree);
   if (!parser) throw CQSCOMError(E_OUTOFMEMORY);
-  Parsing parsing{parser.get(), feed};
+  Parsing parsing{parser.get(), events};
   XML_SetUserData(parser.get(), &parsing);
   XML_SetElementHandler(parser.get(), onStart, onEnd);
   XML_SetCharacterDataHandler(parser.get(), onText);
@@ -71,6 +76,7 @@ bool parse(std::string_view bytes, const XML_Char* encoding, EventFeed& feed) {
     const std::string_view piece = bytes.substr(0, kPiece);
     bytes.remove_prefix(piece.size());
     if (XML_Parse(parser.get(), piece.data(), static_cast<int>(piece.size()), bytes.empty()) != XML_STATUS_OK) {
+      parsing.reachLine();
       if (XML_GetErrorCode(parser.get()) == XML_ERROR_NO_MEMORY) throw CQSCOMError(E_OUTOFMEMORY);
       check(parsing.result);
       return false;
@@ -81,10 +87,10 @@ bool parse(std::string_view bytes, const XML_Char* encoding, EventFeed& feed) {
 
 }  // namespace
 
-bool parseXml(WideView text, EventFeed& feed) { return parse(narrow(text), "UTF-8", feed); }
+bool parseXml(WideView text, XmlEvents& events) { return parse(narrow(text), "UTF-8", events); }
 
-bool parseXml(std::span<const std::byte> bytes, EventFeed& feed) {
-  return parse({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, nullptr, feed);
+bool parseXml(std::span<const std::byte> bytes, XmlEvents& events) {
+  return parse({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, nullptr, events);
 }
 
-}  // namespace qs::hostkit
+}  // namespace qs

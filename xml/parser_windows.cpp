@@ -1,8 +1,12 @@
-#include "hostkit/xml_parser.h"
+#include "xml/parser.h"
+
+#include "com/bstr.h"
+#include "com/com_ptr.h"
+#include "com/error.h"
 // The system's header comes after those that say how to include it.
 #include <msxml2.h>
 
-namespace qs::hostkit {
+namespace qs {
 namespace {
 
 constexpr CLSID kReaderClass = {0x88d96a0c, 0xf192, 0x11d4, {0xa6, 0x5f, 0x00, 0x40, 0x96, 0x32, 0x51, 0xe5}};
@@ -17,7 +21,11 @@ WideView viewOf(const wchar_t* text, int length) {
 // Passes the reader's events on. Lives on the stack of one parse.
 class Handler final : public ISAXContentHandler, public ISAXLexicalHandler {
  public:
-  explicit Handler(EventFeed& feed) : feed_(feed) {}
+  explicit Handler(XmlEvents& events) : events_(events) {}
+
+  void reachLine() {
+    if (locator_ && events_.line) locator_->getLineNumber(&*events_.line);
+  }
 
   STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
     *out = nullptr;
@@ -32,6 +40,7 @@ class Handler final : public ISAXContentHandler, public ISAXLexicalHandler {
 
   STDMETHODIMP startElement(const wchar_t*, int, const wchar_t*, int, const wchar_t* name, int length,
                             ISAXAttributes* attributes) noexcept override {
+    reachLine();
     int count = 0;
     if (const HRESULT hr = attributes->getLength(&count); FAILED(hr)) return hr;
     for (int i = 0; i < count; ++i) {
@@ -41,29 +50,32 @@ class Handler final : public ISAXContentHandler, public ISAXLexicalHandler {
       int valueLength = 0;
       if (const HRESULT hr = attributes->getQName(i, &tag, &tagLength); FAILED(hr)) return hr;
       if (const HRESULT hr = attributes->getValue(i, &value, &valueLength); FAILED(hr)) return hr;
-      feed_.attribute(viewOf(tag, tagLength), viewOf(value, valueLength));
+      events_.attribute(viewOf(tag, tagLength), viewOf(value, valueLength));
     }
-    return feed_.startElement(viewOf(name, length));
+    return events_.startElement(viewOf(name, length));
   }
   STDMETHODIMP endElement(const wchar_t*, int, const wchar_t*, int, const wchar_t* name, int length) noexcept override {
-    return feed_.endElement(viewOf(name, length));
+    return events_.endElement(viewOf(name, length));
   }
   STDMETHODIMP characters(const wchar_t* text, int length) noexcept override {
-    return feed_.text(viewOf(text, length));
+    return events_.text(viewOf(text, length));
   }
   STDMETHODIMP ignorableWhitespace(const wchar_t* text, int length) noexcept override {
-    return feed_.text(viewOf(text, length));
+    return events_.text(viewOf(text, length));
   }
   STDMETHODIMP processingInstruction(const wchar_t* target, int targetLength, const wchar_t* text,
                                      int length) noexcept override {
-    return feed_.instruction(viewOf(target, targetLength), viewOf(text, length));
+    return events_.instruction(viewOf(target, targetLength), viewOf(text, length));
   }
-  STDMETHODIMP comment(const wchar_t*, int) noexcept override { return feed_.comment(); }
+  STDMETHODIMP comment(const wchar_t*, int) noexcept override { return events_.comment(); }
   STDMETHODIMP startDTD(const wchar_t*, int, const wchar_t*, int, const wchar_t*, int) noexcept override {
     return E_FAIL;
   }
 
-  STDMETHODIMP putDocumentLocator(ISAXLocator*) noexcept override { return S_OK; }
+  STDMETHODIMP putDocumentLocator(ISAXLocator* locator) noexcept override {
+    locator_ = ComPtr<ISAXLocator>(locator);
+    return S_OK;
+  }
   STDMETHODIMP startDocument() noexcept override { return S_OK; }
   STDMETHODIMP endDocument() noexcept override { return S_OK; }
   STDMETHODIMP startPrefixMapping(const wchar_t*, int, const wchar_t*, int) noexcept override { return S_OK; }
@@ -76,7 +88,8 @@ class Handler final : public ISAXContentHandler, public ISAXLexicalHandler {
   STDMETHODIMP endCDATA() noexcept override { return S_OK; }
 
  private:
-  EventFeed& feed_;
+  XmlEvents& events_;
+  ComPtr<ISAXLocator> locator_;
 };
 
 // The text with UTF-16 as its declared encoding, because the reader would use any other.
@@ -89,10 +102,10 @@ Bstr inItsEncoding(WideView text) {
   return Bstr(WideString(text.substr(0, quote + 1)).append(OLESTR("UTF-16")).append(text.substr(end)));
 }
 
-bool parse(const VARIANT& source, EventFeed& feed) {
+bool parse(const VARIANT& source, XmlEvents& events) {
   ComPtr<ISAXXMLReader> reader;
   check(CoCreateInstance(kReaderClass, nullptr, CLSCTX_INPROC_SERVER, kReader, reader.outAny()));
-  Handler handler(feed);
+  Handler handler(events);
   check(reader->putContentHandler(&handler));
   VARIANT lexical;
   V_VT(&lexical) = VT_UNKNOWN;
@@ -100,20 +113,21 @@ bool parse(const VARIANT& source, EventFeed& feed) {
   check(reader->putProperty(L"http://xml.org/sax/properties/lexical-handler", lexical));
   const HRESULT parsed = reader->parse(source);
   reader->putContentHandler(nullptr);
+  if (FAILED(parsed)) handler.reachLine();
   return succeeded(parsed);
 }
 
 }  // namespace
 
-bool parseXml(WideView text, EventFeed& feed) {
+bool parseXml(WideView text, XmlEvents& events) {
   const Bstr copy = inItsEncoding(text);
   VARIANT source;
   V_VT(&source) = VT_BSTR;
   V_BSTR(&source) = copy.get();
-  return parse(source, feed);
+  return parse(source, events);
 }
 
-bool parseXml(std::span<const std::byte> bytes, EventFeed& feed) {
+bool parseXml(std::span<const std::byte> bytes, XmlEvents& events) {
   ComPtr<IStream> stream;
   check(CreateStreamOnHGlobal(nullptr, TRUE, stream.out()));
   check(stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), nullptr));
@@ -121,7 +135,7 @@ bool parseXml(std::span<const std::byte> bytes, EventFeed& feed) {
   VARIANT source;
   V_VT(&source) = VT_UNKNOWN;
   V_UNKNOWN(&source) = stream.get();
-  return parse(source, feed);
+  return parse(source, events);
 }
 
-}  // namespace qs::hostkit
+}  // namespace qs
