@@ -15,12 +15,13 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <type_traits>
 #include <utility>
 #include <variant>
 
+#include "bank/names.h"
 #include "platform/text.h"
-#include "props/forms.h"
 
 namespace qs::bank {
 namespace {
@@ -40,283 +41,414 @@ struct Value {
   }
 
   std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double, std::string, List, Object> content;
+  int line = 0;
 };
 
-constexpr std::pair<std::string_view, tagCompoundFamilyEnum> kFamilies[] = {
-    {"Hydrocarbon", eHydrocarbon},
-    {"Solid", eSolid},
-    {"Miscellaneous", eMiscellaneous},
-    {"Amine", eAmine},
-    {"Alcohol", eAlcohol},
-    {"Ketone", eKetone},
-    {"Aldehyde", eAldehyde},
-    {"Ester", eEster},
-    {"CarboxylicAcid", eCarboxylicAcid},
-    {"Halogen", eHalogen},
-    {"Nitrile", eNitrile},
-    {"Phenol", ePhenol},
-    {"Ether", eEther},
-    {"Polymer", ePolymer},
+// Where a value is, and what is wrong with it.
+struct Place {
+  int line = 0;
+  std::string compound = {}, field = {};
+  std::string inside = {};  // the way from the field on, as "form: "
+
+  // A member's place: the outermost is the field.
+  Place at(std::string_view member, int memberLine) const {
+    Place place{memberLine, compound, field, inside};
+    if (field.empty())
+      place.field = member;
+    else
+      place.inside.append(member).append(": ");
+    return place;
+  }
 };
 
-// By number, from COMx = 1 on.
-constexpr std::string_view kTransformations[] = {
-    "COMx",    "COMxr",       "COM1mxr",    "COMlogx",         "COMlogxr",   "COMlog1mxr", "COMlnx",
-    "COMlnxr", "COMln1mxr",   "COMexpx",    "COMexpxr",        "COMexp1mxr", "COMsinx",    "COMcosx",
-    "COMtanx", "COMsinxr",    "COMcosxr",   "COMtanxr",        "COMsin1mxr", "COMcos1mxr", "COMtan1mxr",
-    "COM1mx",  "COMxm1",      "COMxrm1",    "COMcuberoot1mxr", "COMxppdsm1", "COMlnxxo",   "COMxscale",
-    "COMxxo",  "COMrootxodx", "COMscalexy", "COMydx",          "COMrootxdy", "COMxdp",     "COMxp",
-    "COMlnxp",
+struct Fault {
+  std::string_view rule;
+  std::string message;
 };
-static_assert(std::size(kTransformations) == COMlnxp);
+constexpr std::string_view kSyntax = "syntax", kShape = "shape", kName = "name", kUnit = "unit";
 
-[[noreturn]] void fail(const std::string& where, const std::string& why) {
-  throw std::runtime_error(where.empty() ? why : where + ": " + why);
+class Faults {
+ public:
+  Faults(const std::string& file, std::vector<Finding>& findings) : file_(file), findings_(findings) {}
+
+  void add(const Place& place, const Fault& fault) {
+    findings_.push_back({.rule = std::string(fault.rule),
+                         .file = file_,
+                         .line = place.line,
+                         .compound = place.compound,
+                         .field = place.field,
+                         .message = place.inside + fault.message});
+  }
+
+ private:
+  const std::string& file_;
+  std::vector<Finding>& findings_;
+};
+
+Fault unknown(std::string_view what, const std::string& name, const std::string& suggested) {
+  return {kName, std::string("no ").append(what).append(" \"") + name + '"' + suggested};
 }
 
+Fault unknownKey(const std::string& name) {
+  std::vector<std::string> keys;
+  for (const KeyEntry& key : kKeys) keys.push_back(narrow(key.name));
+  return unknown("property key", name, suggestion(name, {keys.begin(), keys.end()}));
+}
+
+std::optional<Key> keyOf(const std::string& name) { return findKey(widen(name)); }
+
+// The value as another type, or nothing and the fault.
 template <class T>
-T convert(const Value& value, const std::string& where) {
+std::optional<T> convert(const Value& value, Fault& fault) {
   if constexpr (std::is_same_v<T, std::int32_t>) {
     const auto* whole = value.as<std::int64_t>();
     const auto* large = value.as<std::uint64_t>();
-    if (!whole && !large) fail(where, "not an integer");
-    if (large ? !std::in_range<T>(*large) : !std::in_range<T>(*whole))
-      fail(where, "out of the range of 32-bit integers");
-    return static_cast<T>(large ? static_cast<std::int64_t>(*large) : *whole);
-  } else if constexpr (std::is_same_v<T, tagCompoundFamilyEnum>) {
-    const auto name = convert<std::string>(value, where);
-    const auto* known = std::ranges::find(kFamilies, name, &std::pair<std::string_view, T>::first);
-    if (known == std::end(kFamilies)) fail(where, "no family \"" + name + '"');
-    return known->second;
+    fault = {kShape, !whole && !large ? "not an integer" : "out of the range of 32-bit integers"};
+    if (whole && std::in_range<T>(*whole)) return static_cast<T>(*whole);
+    if (large && std::in_range<T>(*large)) return static_cast<T>(*large);
+    return std::nullopt;
   } else {
     if (const auto* found = value.as<T>()) return *found;
     if constexpr (std::is_same_v<T, double>) {
       if (const auto* whole = value.as<std::int64_t>()) return static_cast<double>(*whole);
       if (const auto* large = value.as<std::uint64_t>()) return static_cast<double>(*large);
-      fail(where, "not a number");
+      fault = {kShape, "not a number"};
     } else if constexpr (std::is_same_v<T, bool>) {
-      fail(where, "neither true nor false");
+      fault = {kShape, "neither true nor false"};
     } else {
       static_assert(std::is_same_v<T, std::string>);
-      fail(where, "not a text");
+      fault = {kShape, "not a text"};
     }
+    return std::nullopt;
   }
 }
 
-const Value::List& listIn(const Value& value, const std::string& where) {
-  const auto* list = value.as<Value::List>();
-  if (!list) fail(where, "not a list");
-  return *list;
-}
-
-const Value::Object& objectIn(const Value& value, const std::string& where) {
-  const auto* object = value.as<Value::Object>();
-  if (!object) fail(where, "not an object");
-  return *object;
-}
-
-template <class T>
-std::vector<T> convertList(const Value& value, const std::string& where) {
-  std::vector<T> list;
-  for (const Value& element : listIn(value, where)) list.push_back(convert<T>(element, where));
-  return list;
-}
-
-// An object whose members are taken one by one; what is left in the end was not expected. `where` names it in messages;
-// it is empty for the outermost object.
+// An object whose members are taken one by one; what is left in the end was not expected.
 class Members {
  public:
-  Members(const Value& value, std::string where) : object_(objectIn(value, where)), where_(std::move(where)) {}
+  Members(Faults& faults, const Value& value, Place place)
+      : faults_(faults), place_(std::move(place)), object_(value.as<Value::Object>()) {
+    if (!object_) fault({kShape, "not an object"});
+  }
 
-  const std::string& where() const { return where_; }
-  std::string where(std::string_view name) const {
-    return std::string(where_).append(where_.empty() ? "" : ", ").append(name);
+  const Place& place() const { return place_; }
+
+  void fault(const Fault& fault) { this->fault(place_.line, fault); }
+  void fault(int line, const Fault& fault) {
+    Place place = place_;
+    place.line = line;
+    faults_.add(place, fault);
+    sound_ = false;
+  }
+  void fault(const char* name, const Value& value, const Fault& fault) {
+    faults_.add(place_.at(name, value.line), fault);
+    sound_ = false;
   }
 
   const Value* find(const char* name) {
-    const auto found = object_.find(name);
-    if (found == object_.end()) return nullptr;
-    taken_.insert(name);
-    return &found->second;
+    known_.push_back(name);
+    if (!object_) return nullptr;
+    const auto found = object_->find(name);
+    return found == object_->end() ? nullptr : &found->second;
   }
 
-  const Value& need(const char* name) {
+  const Value* need(const char* name) {
     const Value* value = find(name);
-    if (!value) fail(where_, std::string("no member \"") + name + '"');
-    return *value;
+    if (!value && object_) fault({kShape, std::string("no member \"") + name + '"'});
+    return value;
+  }
+
+  // Leaves the target as it is, and returns false, when there is no such member.
+  template <class T>
+  bool read(const char* name, T& target) {
+    const Value* value = find(name);
+    return value && put(name, *value, target);
+  }
+  // The same for a member that must be there.
+  template <class T>
+  bool get(const char* name, T& target) {
+    const Value* value = need(name);
+    return value && put(name, *value, target);
+  }
+
+  // One of a table of names (bank/names.h).
+  template <class Table, class T>
+  void readName(const char* name, std::string_view what, const Table& table, T& target) {
+    std::string text;
+    const Value* value = find(name);
+    if (!value || !put(name, *value, text)) return;
+    if (const auto* known = valueOf(table, text))
+      target = *known;
+    else
+      fault(name, *value, unknown(what, text, suggestionFrom(table, text)));
   }
 
   template <class T>
-  T get(const char* name) {
-    return convert<T>(need(name), where(name));
-  }
-
-  // Leaves the target as it is when there is no such member.
-  template <class T>
-  void read(const char* name, T& target) {
-    if (const Value* value = find(name)) target = convert<T>(*value, where(name));
+  void getList(const char* name, std::vector<T>& target) {
+    if (need(name)) readList(name, target);
   }
   template <class T>
-  void read(const char* name, std::optional<T>& target) {
-    if (const Value* value = find(name)) target = convert<T>(*value, where(name));
+  void readList(const char* name, std::vector<T>& target) {
+    for (const Value& element : list(name)) put(name, element, target.emplace_back());
   }
 
-  void finish() const {
-    for (const auto& [name, value] : object_) {
-      if (!taken_.contains(name)) fail(where_, "unknown member \"" + name + '"');
+  // The elements of a member that is a list; none where it is not there.
+  const Value::List& list(const char* name) {
+    static const Value::List none;
+    const Value* value = find(name);
+    const auto* elements = value ? value->as<Value::List>() : nullptr;
+    if (value && !elements) fault(name, *value, {kShape, "not a list"});
+    return elements ? *elements : none;
+  }
+  const Value::Object& object(const char* name) {
+    static const Value::Object none;
+    const Value* value = find(name);
+    const auto* members = value ? value->as<Value::Object>() : nullptr;
+    if (value && !members) fault(name, *value, {kShape, "not an object"});
+    return members ? *members : none;
+  }
+
+  // Whether all was as expected.
+  bool finish() {
+    if (!object_) return false;
+    for (const auto& [name, value] : *object_) {
+      if (std::ranges::find(known_, name) == known_.end())
+        fault(value.line, {kShape, "unknown member \"" + name + '"' + suggestion(name, known_)});
     }
+    return sound_;
   }
 
  private:
-  const Value::Object& object_;
-  const std::string where_;
-  std::set<std::string> taken_;
+  template <class T>
+  struct Plain {
+    using Type = T;
+  };
+  template <class T>
+  struct Plain<std::optional<T>> {
+    using Type = T;
+  };
+
+  template <class T>
+  bool put(const char* name, const Value& value, T& target) {
+    Fault found;
+    if (auto converted = convert<typename Plain<T>::Type>(value, found)) {
+      target = *std::move(converted);
+      return true;
+    }
+    fault(name, value, found);
+    return false;
+  }
+
+  Faults& faults_;
+  Place place_;
+  const Value::Object* object_;
+  std::vector<std::string_view> known_;
+  bool sound_ = true;
 };
 
 class SourceReader {
  public:
-  explicit SourceReader(const Value& root) : root_(root, "") {}
+  SourceReader(const Value& root, Faults& faults) : faults_(faults), root_(faults, root, {.line = root.line}) {}
 
-  std::vector<CompoundData> read() {
-    root_.get<std::string>("description");
-    readSources();
-    readIdentitySources();
+  Source read() {
+    root_.get("description", source_.description);
+    readOrigins();
+    readIdentityOrigins();
     readUnits();
-    std::vector<CompoundData> compounds;
-    for (const Value& compound : listIn(root_.need("compounds"), root_.where("compounds")))
-      compounds.push_back(readCompound(compound, compounds.size() + 1));
+    readWaivers();
+    root_.need("compounds");
+    const auto& compounds = root_.list("compounds");
+    for (std::size_t i = 0; i < compounds.size(); ++i) readCompound(compounds[i], i + 1);
     root_.finish();
-    return compounds;
+    return std::move(source_);
   }
 
  private:
-  void readSources() {
-    for (const auto& [name, value] : objectIn(root_.need("sources"), root_.where("sources"))) {
-      Members source(value, root_.where("sources, " + name));
-      for (const char* member : {"title", "authors", "licence"}) source.get<std::string>(member);
-      std::string changes;
-      source.read("changes", changes);
-      source.finish();
-      sources_.insert(name);
+  void readOrigins() {
+    root_.need("sources");
+    for (const auto& [name, value] : root_.object("sources")) {
+      Members members(faults_, value, Place{value.line, "", "sources", name + ": "});
+      Origin& origin = source_.origins[name];
+      members.get("title", origin.title);
+      members.get("authors", origin.authors);
+      members.get("licence", origin.licence);
+      members.read("changes", origin.changes);
+      members.read("year", origin.year);
+      members.finish();
     }
   }
 
-  void readIdentitySources() {
-    const std::string where = root_.where("identity_sources");
-    for (const auto& [name, value] : objectIn(root_.need("identity_sources"), where)) {
-      checkSource(convert<std::string>(value, where), where + ", " + name);
-      identityFields_.insert(name);
+  void readIdentityOrigins() {
+    root_.need("identity_sources");
+    for (const auto& [name, value] : root_.object("identity_sources")) {
+      const Place place{value.line, "", "identity_sources", name + ": "};
+      Fault fault;
+      const auto origin = convert<std::string>(value, fault);
+      if (!origin)
+        faults_.add(place, fault);
+      else if (!source_.origins.contains(*origin))
+        faults_.add(place, unknownOrigin(*origin));
+      else
+        source_.identityOrigins[name] = *origin;
+      identityMembers_.push_back(name);
     }
   }
 
   void readUnits() {
-    const std::string where = root_.where("units");
-    for (const auto& [name, value] : objectIn(root_.need("units"), where)) {
-      units_[keyOf(name, where)] = convert<std::string>(value, where + ", " + name);
+    root_.need("units");
+    for (const auto& [name, value] : root_.object("units")) {
+      const Place place{value.line, "", "units", name + ": "};
+      Fault fault;
+      const auto key = keyOf(name);
+      const auto unit = convert<std::string>(value, fault);
+      if (!key)
+        faults_.add({value.line, "", "units"}, unknownKey(name));
+      else if (!unit)
+        faults_.add(place, fault);
+      else
+        units_[*key] = *unit;
     }
   }
 
-  CompoundData readCompound(const Value& value, std::size_t position) {
+  void readWaivers() {
+    for (const Value& value : root_.list("waivers")) {
+      Members members(faults_, value, Place{value.line, "", "waivers"});
+      Waiver waiver;
+      waiver.line = value.line;
+      members.get("rule", waiver.rule);
+      std::int32_t compound = 0;
+      members.read("compound", compound);
+      waiver.compound = compound;
+      members.read("field", waiver.field);
+      if (members.get("reason", waiver.reason) && waiver.reason.empty()) members.fault({kShape, "no reason"});
+      if (members.finish()) source_.waivers.push_back(std::move(waiver));
+    }
+  }
+
+  // As messages name the compound; nothing where it has no number or no name.
+  static std::optional<std::string> titleOf(const Value& value) {
+    const auto* object = value.as<Value::Object>();
+    const auto member = [object](const char* name) {
+      static const Value null{};
+      const auto found = object ? object->find(name) : Value::Object::const_iterator();
+      return object && found != object->end() ? found->second : null;
+    };
+    Fault ignored;
+    const auto number = convert<std::int32_t>(member("number"), ignored);
+    const auto name = convert<std::string>(member("name"), ignored);
+    if (!number || !name) return std::nullopt;
     CompoundData compound;
-    const std::string place = root_.where("compound at position " + std::to_string(position));
-    {
-      Members naming(value, place);
-      compound.number = naming.get<std::int32_t>("number");
-      compound.name = naming.get<std::string>("name");
-    }
-    Members members(value, root_.where(database::describe(compound)));
-    for (const auto& [name, ignored] : objectIn(value, place)) {
-      if (name != "constants" && name != "correlations" && !identityFields_.contains(name)) {
-        fail(members.where(name), "not in identity_sources");
-      }
-    }
-    members.find("number");
-#define BANK_FIELD(key, field, record_name, member) members.read(member, compound.field);
-#include "props/identity.def"
-    if (const Value* synonyms = members.find("synonyms")) {
-      compound.synonyms = convertList<std::string>(*synonyms, members.where("synonyms"));
-    }
-    readGroups(members, compound);
-    forEachKey(members, "constants",
-               [&](Key key, Members& item) { compound.constants[key] = item.get<double>("value"); });
-    forEachKey(members, "correlations",
-               [&](Key key, Members& item) { compound.correlations[key] = readCorrelation(item); });
-    members.finish();
-    return compound;
+    compound.number = *number;
+    compound.name = *name;
+    return database::describe(compound);
   }
 
-  static void readGroups(Members& members, CompoundData& compound) {
-    const Value* groups = members.find("unifac");
-    if (!groups) return;
-    for (const Value& value : listIn(*groups, members.where("unifac"))) {
-      Members group(value, members.where("unifac"));
-      compound.unifac.push_back({group.get<std::int32_t>("subgroup"), group.get<std::int32_t>("count")});
+  void readCompound(const Value& value, std::size_t position) {
+    const auto title = titleOf(value);
+    Members members(faults_, value,
+                    Place{value.line, title.value_or("compound at position " + std::to_string(position)), ""});
+    Compound compound;
+    compound.line = value.line;
+    CompoundData& data = compound.data;
+    members.get("number", data.number);
+    members.need("name");
+#define BANK_TEXT(key, field, record_name, size, member) members.read(member, data.field);
+#define BANK_LONG(key, field, record_name, member) members.read(member, data.field);
+#define BANK_SHORT(key, field, type, record_name, member) readShort(members, member, data.field);
+#include "props/identity.def"
+    members.readList("synonyms", data.synonyms);
+    for (const Value& element : members.list("unifac")) {
+      Members group(faults_, element, members.place().at("unifac", element.line));
+      auto& [subgroup, count] = data.unifac.emplace_back();
+      group.get("subgroup", subgroup);
+      group.get("count", count);
       group.finish();
     }
+    forEachValue(members, "constants", compound, [&](Key key, Members& item) {
+      item.get("value", data.constants[key]);
+      return item.finish() || data.constants.erase(key) == 0;
+    });
+    forEachValue(members, "correlations", compound, [&](Key key, Members& item) {
+      readCorrelation(item, data.correlations[key]);
+      return item.finish() || data.correlations.erase(key) == 0;
+    });
+    members.finish();
+    if (const auto* object = value.as<Value::Object>()) {
+      for (const auto& [name, member] : *object) {
+        if (isIdentityMember(name) && std::ranges::find(identityMembers_, name) == identityMembers_.end())
+          members.fault(name.c_str(), member, {kShape, "not in identity_sources"});
+      }
+    }
+    if (title) source_.compounds.push_back(std::move(compound));
   }
 
-  // Hands out the items of an object whose members are keys, once unit, source and note are checked.
+  static bool isIdentityMember(std::string_view name) {
+#define BANK_FIELD(key, field, record_name, member) \
+  if (name == member) return true;
+#include "props/identity.def"
+    return name == "number" || name == "synonyms" || name == "unifac";
+  }
+
+  static void readShort(Members& members, const char* name, std::optional<tagCompoundFamilyEnum>& family) {
+    members.readName(name, "family", kFamilies, family);
+  }
+  static void readShort(Members& members, const char* name, std::optional<bool>& flag) { members.read(name, flag); }
+
+  // Hands out the items of an object whose members are keys, once unit and provenance are read. `read` returns whether
+  // the item is kept.
   template <class Read>
-  void forEachKey(Members& members, const char* name, Read read) {
-    const Value* object = members.find(name);
-    if (!object) return;
-    for (const auto& [keyText, value] : objectIn(*object, members.where(name))) {
-      const Key key = keyOf(keyText, members.where());
-      Members item(value, members.where(keyText));
-      checkUnit(key, item.get<std::string>("unit"), item.where());
-      checkSource(item.get<std::string>("source"), item.where());
-      std::string note;
-      item.read("note", note);
-      read(key, item);
-      item.finish();
+  void forEachValue(Members& members, const char* group, Compound& compound, Read read) {
+    for (const auto& [name, value] : members.object(group)) {
+      const auto key = keyOf(name);
+      if (!key) {
+        members.fault(group, value, unknownKey(name));
+        continue;
+      }
+      Members item(faults_, value, members.place().at(name, value.line));
+      std::string unit;
+      const bool hasUnit = item.get("unit", unit);
+      const auto expected = units_.find(*key);
+      if (expected == units_.end())
+        item.fault({kUnit, "the key is not in units"});
+      else if (hasUnit && unit != expected->second)
+        item.fault({kUnit, "the unit is \"" + unit + "\", not \"" + expected->second + '"'});
+      Provenance provenance;
+      provenance.line = value.line;
+      item.read("source", provenance.origin);
+      if (!provenance.origin.empty() && !source_.origins.contains(provenance.origin))
+        item.fault(unknownOrigin(provenance.origin));
+      item.readName("kind", "kind", kKinds, provenance.kind);
+      item.readName("quality", "quality", kQualities, provenance.quality);
+      item.read("uncertainty", provenance.uncertainty);
+      item.read("note", provenance.note);
+      if (read(*key, item)) compound.provenance[*key] = std::move(provenance);
     }
   }
 
-  static Correlation readCorrelation(Members& item) {
-    Correlation correlation;
-    const auto name = item.get<std::string>("form");
-    const EquationForm* form = findForm(widen("PropCurve" + name));
-    if (!form) fail(item.where("form"), "no form \"" + name + '"');
-    correlation.form = static_cast<tagEquationShapeEnum>(form->shape);
-    correlation.coefficients = convertList<double>(item.need("coefficients"), item.where("coefficients"));
-    correlation.tmin = item.get<double>("tmin");
-    correlation.tmax = item.get<double>("tmax");
+  static void readCorrelation(Members& item, Correlation& correlation) {
+    item.need("form");
+    item.readName("form", "form", kForms, correlation.form);
+    item.getList("coefficients", correlation.coefficients);
+    item.get("tmin", correlation.tmin);
+    item.get("tmax", correlation.tmax);
     item.read("pmin", correlation.pmin);
     item.read("pmax", correlation.pmax);
-    readTransformation(item, "xshape", correlation.xShape);
-    readTransformation(item, "yshape", correlation.yShape);
+    item.readName("xshape", "transformation", kTransformations, correlation.xShape);
+    item.readName("yshape", "transformation", kTransformations, correlation.yShape);
     item.read("xpow", correlation.xPower);
     item.read("ypow", correlation.yPower);
-    return correlation;
   }
 
-  static void readTransformation(Members& item, const char* member, tagXYShapeEnum& shape) {
-    const Value* value = item.find(member);
-    if (!value) return;
-    const auto name = convert<std::string>(*value, item.where(member));
-    const auto* known = std::ranges::find(kTransformations, name);
-    if (known == std::end(kTransformations)) fail(item.where(member), "no transformation \"" + name + '"');
-    shape = static_cast<tagXYShapeEnum>(known - std::begin(kTransformations) + COMx);
+  Fault unknownOrigin(const std::string& name) const {
+    std::vector<std::string_view> names;
+    for (const auto& [known, origin] : source_.origins) names.push_back(known);
+    return unknown("source", name, suggestion(name, names));
   }
 
-  static Key keyOf(const std::string& name, const std::string& where) {
-    const auto key = findKey(widen(name));
-    if (!key) fail(where, "no property key \"" + name + '"');
-    return *key;
-  }
-
-  void checkSource(const std::string& name, const std::string& where) const {
-    if (!sources_.contains(name)) fail(where, "no source \"" + name + '"');
-  }
-
-  void checkUnit(Key key, const std::string& unit, const std::string& where) const {
-    const auto expected = units_.find(key);
-    if (expected == units_.end()) fail(where, "the key is not in units");
-    if (unit != expected->second) fail(where, "the unit is \"" + unit + "\", not \"" + expected->second + '"');
-  }
-
+  Faults& faults_;
   Members root_;
-  std::set<std::string> sources_, identityFields_;
+  Source source_;
+  std::vector<std::string> identityMembers_;
   std::map<Key, std::string> units_;
 };
 
@@ -329,23 +461,25 @@ struct LineCounter {
   using reference = const char&;
 
   const char* at;
+  const char* begin;
   int* line;
 
   reference operator*() const { return *at; }
   LineCounter& operator++() {
-    if (*at++ == '\n') ++*line;
+    if (at != begin && at[-1] == '\n') ++*line;  // the line break belongs to the line that it ends
+    ++at;
     return *this;
   }
   bool operator==(const LineCounter& other) const { return at == other.at; }
 };
 
-// Builds the value of a text from the parser's events. Refuses members that occur twice, and depths that no source has:
-// a value is destroyed level by level.
+// Builds the value of a text from the parser's events; nothing when it is none. Refuses depths that no source has: a
+// value is destroyed level by level. A value's line is that of its name in an object, otherwise that of its begin.
 class Builder {
  public:
-  Builder(const std::string& file, const int& line) : file_(file), line_(line) {}
+  Builder(Faults& faults, const int& line) : faults_(faults), line_(line) {}
 
-  Value take() { return std::move(root_); }
+  std::optional<Value> take() { return std::move(root_); }
 
   bool null() { return add(nullptr); }
   bool boolean(bool value) { return add(value); }
@@ -360,36 +494,42 @@ class Builder {
   bool end_array() { return close(); }
   bool key(std::string& name) {
     if (std::get<Value::Object>(open_.back()->content).contains(name))
-      fail(place(), "member \"" + name + "\" stands twice");
+      faults_.add({.line = line_}, {kShape, "member \"" + name + "\" stands twice"});
     key_ = std::move(name);
+    keyLine_ = line_;
     return true;
   }
   bool parse_error(std::size_t, const std::string&, const nlohmann::json::exception& error) {
     const std::string message = error.what();
     const auto prefix = message.find("] ");
-    fail(place(), prefix == std::string::npos ? message : message.substr(prefix + 2));
+    return giveUp(prefix == std::string::npos ? message : message.substr(prefix + 2));
   }
 
  private:
   static constexpr std::size_t kDeepest = 16;
 
-  std::string place() const { return file_ + ':' + std::to_string(line_); }
+  bool giveUp(std::string why) {
+    faults_.add({.line = line_}, {kSyntax, std::move(why)});
+    root_.reset();
+    return false;
+  }
 
-  Value& put(Value value) {
-    if (open_.empty()) return root_ = std::move(value);
-    if (auto* list = std::get_if<Value::List>(&open_.back()->content)) return list->emplace_back(std::move(value));
-    return std::get<Value::Object>(open_.back()->content)[key_] = std::move(value);
+  template <class T>
+  Value& put(T content) {
+    if (open_.empty()) return root_.emplace(Value{std::move(content), line_});
+    if (auto* list = std::get_if<Value::List>(&open_.back()->content))
+      return list->emplace_back(Value{std::move(content), line_});
+    return std::get<Value::Object>(open_.back()->content)[key_] = Value{std::move(content), keyLine_};
   }
   template <class T>
   bool add(T value) {
-    put(Value{std::move(value)});
+    put(std::move(value));
     return true;
   }
   template <class T>
   bool open(T empty) {
-    if (open_.size() == kDeepest) fail(place(), "nested too deeply");
-    Value& container = put(Value{std::move(empty)});
-    open_.push_back(&container);
+    if (open_.size() == kDeepest) return giveUp("nested too deeply");
+    open_.push_back(&put(std::move(empty)));
     return true;
   }
   bool close() {
@@ -397,41 +537,54 @@ class Builder {
     return true;
   }
 
-  const std::string& file_;
+  Faults& faults_;
   const int& line_;
-  Value root_;
+  std::optional<Value> root_;
   std::vector<Value*> open_;
   std::string key_;  // of the member that comes next
+  int keyLine_ = 0;
 };
 
-Value parse(const std::string& text, const std::string& file) {
+std::optional<Value> parse(const std::string& text, Faults& faults) {
   int line = 1;
-  Builder builder(file, line);
-  nlohmann::json::sax_parse(LineCounter{text.data(), &line}, LineCounter{text.data() + text.size(), &line}, &builder);
+  Builder builder(faults, line);
+  const char* const begin = text.data();
+  nlohmann::json::sax_parse(LineCounter{begin, begin, &line}, LineCounter{begin + text.size(), begin, &line}, &builder);
   return builder.take();
 }
 
 std::string readText(const std::filesystem::path& path, const std::string& file) {
+  const auto fail = [&](const char* what) {
+    throw std::runtime_error(file + ": " + what + ": " + std::generic_category().message(errno));
+  };
   errno = 0;
   std::ifstream stream(path, std::ios::binary);
   if (!stream && errno == ENOMEM) throw std::bad_alloc();
-  if (!stream) fail(file, "cannot be opened");
+  if (!stream) fail("cannot be opened");
   std::string text{std::istreambuf_iterator<char>(stream), {}};
-  if (stream.bad()) fail(file, "cannot be read");
+  if (stream.bad()) fail("cannot be read");
   return text;
 }
 
 }  // namespace
 
-std::vector<CompoundData> readCompoundSource(const std::filesystem::path& path) {
-  const std::u8string name = path.u8string();
-  const std::string file(name.begin(), name.end());
-  const Value root = parse(readText(path, file), file);
-  try {
-    return SourceReader(root).read();
-  } catch (const std::runtime_error& error) {
-    fail(file, error.what());
-  }
+Source readSource(const std::filesystem::path& path, std::vector<Finding>& findings) {
+  const std::string file = utf8(path);
+  std::vector<Finding> found;
+  Faults faults(file, found);
+  Source source;
+  if (const auto root = parse(readText(path, file), faults)) source = SourceReader(*root, faults).read();
+  source.file = path;
+  std::ranges::stable_sort(found, {}, &Finding::line);
+  std::ranges::move(found, std::back_inserter(findings));
+  return source;
+}
+
+Source readSource(const std::filesystem::path& path) {
+  std::vector<Finding> findings;
+  Source source = readSource(path, findings);
+  if (!findings.empty()) throw std::runtime_error(textOf(findings.front()));
+  return source;
 }
 
 }  // namespace qs::bank

@@ -56,4 +56,7 @@ struct Source {
   std::vector<Waiver> waivers;
 };
 
+// The compounds without what is known of their values.
+std::vector<database::CompoundData> compoundsOf(Source source);
+
 }  // namespace qs::bank

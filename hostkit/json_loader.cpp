@@ -128,7 +128,7 @@ std::vector<CompoundData> readFolder(const WideString& folder) {
   std::vector<CompoundData> compounds;
   for (const WideString& name : *names)
     if (name.size() > kExtension.size() && name.ends_with(kExtension))
-      std::ranges::move(bank::readCompoundSource(joinPath(folder, name)), std::back_inserter(compounds));
+      std::ranges::move(bank::compoundsOf(bank::readSource(joinPath(folder, name))), std::back_inserter(compounds));
   return compounds;
 }
 

@@ -104,11 +104,6 @@ void checkIdentity(const CompoundData& compound) {
   }
 }
 
-// The number of coefficients of a form; an ideal-gas enthalpy also has the entropy constant.
-std::size_t coefficientCount(Key key, tagEquationShapeEnum form) {
-  return key == Key::IGH ? kIdealGasCoefficients : static_cast<std::size_t>(kEquationForms[form].coefficients);
-}
-
 void checkCorrelation(const CompoundData& compound, Key key, const Correlation& correlation) {
   const std::string name = keyName(key);
   if (static_cast<std::size_t>(correlation.form) >= kFormCount) refuse(compound, name, "no such form");
@@ -284,6 +279,10 @@ std::uint64_t checksum(const DatabaseFiles& files) {
 }
 
 }  // namespace
+
+std::size_t coefficientCount(Key key, tagEquationShapeEnum form) {
+  return key == Key::IGH ? kIdealGasCoefficients : static_cast<std::size_t>(kEquationForms[form].coefficients);
+}
 
 std::string describe(const CompoundData& compound) {
   return "compound " + std::to_string(compound.number) + " (" + compound.name + ")";

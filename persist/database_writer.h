@@ -53,6 +53,9 @@ std::optional<Correlation> correlationOf(const CompoundData& compound, Key key);
 // field, for anything that the files cannot hold or that readers would take for something else.
 DatabaseFiles encodeDatabase(std::span<const CompoundData> compounds);
 
+// The number of coefficients of a form; an ideal-gas enthalpy also has the entropy constant.
+std::size_t coefficientCount(Key key, tagEquationShapeEnum form);
+
 // A compound as messages name it.
 std::string describe(const CompoundData& compound);
 

@@ -20,7 +20,7 @@ struct BuildOptions {
 std::filesystem::path pathOf(const std::string& utf8) { return std::u8string(utf8.begin(), utf8.end()); }
 
 database::DatabaseFiles encode(const BuildOptions& options, std::size_t& count) {
-  const auto compounds = bank::readCompoundSource(pathOf(options.source));
+  const auto compounds = bank::compoundsOf(bank::readSource(pathOf(options.source)));
   count = compounds.size();
   try {
     return database::encodeDatabase(compounds);

@@ -22,7 +22,7 @@ using testing::ThrowsMessage;
 
 // Two compounds that bring every kind of field; the second, with the smaller number, omits nearly all.
 std::vector<CompoundData> sample() {
-  return bank::readCompoundSource(test::kSourceFolder / "tests/tools/sample_source.json");
+  return bank::compoundsOf(bank::readSource(test::kSourceFolder / "tests/tools/sample_source.json"));
 }
 
 // What readers find: the fields, and each compound with its synonyms and its record.

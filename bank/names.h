@@ -1,0 +1,98 @@
+// The names that sources and reports have for enumerated values.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+#include "bank/source.h"
+#include "props/forms.h"
+
+namespace qs::bank {
+
+template <class T>
+struct Named {
+  std::string_view name;
+  T value;
+};
+
+inline constexpr Named<tagCompoundFamilyEnum> kFamilies[] = {
+    {"Hydrocarbon", eHydrocarbon},
+    {"Solid", eSolid},
+    {"Miscellaneous", eMiscellaneous},
+    {"Amine", eAmine},
+    {"Alcohol", eAlcohol},
+    {"Ketone", eKetone},
+    {"Aldehyde", eAldehyde},
+    {"Ester", eEster},
+    {"CarboxylicAcid", eCarboxylicAcid},
+    {"Halogen", eHalogen},
+    {"Nitrile", eNitrile},
+    {"Phenol", ePhenol},
+    {"Ether", eEther},
+    {"Polymer", ePolymer},
+};
+
+inline constexpr Named<ValueKind> kKinds[] = {
+    {"measured", ValueKind::Measured}, {"fitted", ValueKind::Fitted},   {"estimated", ValueKind::Estimated},
+    {"derived", ValueKind::Derived},   {"decided", ValueKind::Decided},
+};
+
+inline constexpr Named<Quality> kQualities[] = {
+    {"good", Quality::Good},
+    {"usable", Quality::Usable},
+    {"doubtful", Quality::Doubtful},
+};
+
+inline constexpr auto kTransformations = [] {
+  constexpr std::string_view kByNumber[] = {
+      "COMx",    "COMxr",       "COM1mxr",    "COMlogx",         "COMlogxr",   "COMlog1mxr", "COMlnx",
+      "COMlnxr", "COMln1mxr",   "COMexpx",    "COMexpxr",        "COMexp1mxr", "COMsinx",    "COMcosx",
+      "COMtanx", "COMsinxr",    "COMcosxr",   "COMtanxr",        "COMsin1mxr", "COMcos1mxr", "COMtan1mxr",
+      "COM1mx",  "COMxm1",      "COMxrm1",    "COMcuberoot1mxr", "COMxppdsm1", "COMlnxxo",   "COMxscale",
+      "COMxxo",  "COMrootxodx", "COMscalexy", "COMydx",          "COMrootxdy", "COMxdp",     "COMxp",
+      "COMlnxp",
+  };
+  static_assert(std::size(kByNumber) == COMlnxp);
+  std::array<Named<tagXYShapeEnum>, std::size(kByNumber)> table{};
+  for (std::size_t i = 0; i < table.size(); ++i) table[i] = {kByNumber[i], static_cast<tagXYShapeEnum>(i + COMx)};
+  return table;
+}();
+
+// The forms without their PropCurve, in the order of their numbers.
+inline constexpr Named<tagEquationShapeEnum> kForms[] = {
+#define QS_FORM(number, name, coefficients, exponent, formula, ...) {#name, PropCurve##name},
+#include "props/forms.def"
+};
+
+// The value of a name; null when there is none.
+template <class Table>
+constexpr auto valueOf(const Table& table, std::string_view name) -> decltype(&std::begin(table)->value) {
+  for (const auto& entry : table)
+    if (entry.name == name) return &entry.value;
+  return nullptr;
+}
+
+// The name of a value; empty when it has none.
+template <class Table, class T>
+constexpr std::string_view nameOf(const Table& table, T value) {
+  for (const auto& entry : table)
+    if (entry.value == value) return entry.name;
+  return {};
+}
+
+// The name that is nearest to a mistyped one, by the number of characters to change, as "; did you mean "..."?"; empty
+// where none is near.
+std::string suggestion(std::string_view mistyped, const std::vector<std::string_view>& names);
+
+template <class Table>
+std::string suggestionFrom(const Table& table, std::string_view mistyped) {
+  std::vector<std::string_view> names;
+  for (const auto& entry : table) names.push_back(entry.name);
+  return suggestion(mistyped, names);
+}
+
+}  // namespace qs::bank
