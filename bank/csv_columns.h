@@ -42,22 +42,21 @@ enum class ColumnPart {
 
 // What follows the key and a point.
 inline constexpr Named<ColumnPart> kColumnParts[] = {
-    {"form", ColumnPart::Form},     {"Tmin", ColumnPart::Tmin},
-    {"Tmax", ColumnPart::Tmax},     {"Pmin", ColumnPart::Pmin},
-    {"Pmax", ColumnPart::Pmax},     {"Xshape", ColumnPart::Xshape},
-    {"Yshape", ColumnPart::Yshape}, {"Xpow", ColumnPart::Xpow},
-    {"Ypow", ColumnPart::Ypow},     {"source", ColumnPart::Source},
-    {"kind", ColumnPart::Kind},     {"quality", ColumnPart::Quality},
-    {"note", ColumnPart::Note},     {"uncertainty", ColumnPart::Uncertainty},
+    {"form", ColumnPart::Form},
+    {"Tmin", ColumnPart::Tmin},
+    {"Tmax", ColumnPart::Tmax},
+    {"Pmin", ColumnPart::Pmin},
+    {"Pmax", ColumnPart::Pmax},
+    {"Xshape", ColumnPart::Xshape},
+    {"Yshape", ColumnPart::Yshape},
+    {"Xpow", ColumnPart::Xpow},
+    {"Ypow", ColumnPart::Ypow},
+    {"source", ColumnPart::Source},
+    {"kind", ColumnPart::Kind},
+    {"quality", ColumnPart::Quality},
+    {"uncertainty", ColumnPart::Uncertainty},
+    {"note", ColumnPart::Note},
 };
-
-inline constexpr auto kIdentityMembers = std::to_array<std::string_view>({
-    "number",
-#define BANK_FIELD(key, field, record_name, member) member,
-#include "props/identity.def"
-    "synonyms",
-    "unifac",
-});
 
 // Between synonyms, and between UNIFAC groups, which are "subgroup:count".
 inline constexpr char kListSeparator = '|';

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <span>
 #include <stdexcept>
@@ -11,6 +12,7 @@
 #include <utility>
 
 #include "bank/json_source.h"
+#include "bank/names.h"
 #include "com/error.h"
 #include "com/not_set.h"
 #include "persist/database_record.h"
@@ -82,7 +84,9 @@ class Receiver final : public database::RecordSink {
   void shortInteger(const database::Field& field, std::int16_t value) override {
     if (value == kEmptyInteger) return;
     if (field.identity == IdentityField::Family) {
-      data_.family = static_cast<tagCompoundFamilyEnum>(value);
+      const auto family = static_cast<tagCompoundFamilyEnum>(value);
+      if (nameOf(kFamilies, family).empty()) return notKept(field, "a family of the number " + std::to_string(value));
+      data_.family = family;
     } else if (field.identity == IdentityField::NonCondensable) {
       data_.nonCondensable = value != 0;
       if (value != 0 && value != 1) notKept(field, "neither 0 nor 1 but " + std::to_string(value));
@@ -117,6 +121,7 @@ class Receiver final : public database::RecordSink {
   void number(const database::Field& field, double value) override {
     if (!field.key) return;
     forget(*field.key);
+    if (!std::isfinite(value)) return notKept(field, "a value that is not finite");
     if (value != kEmptyValue) data_.constants[*field.key] = value;
   }
 
@@ -134,6 +139,7 @@ class Receiver final : public database::RecordSink {
         notKept(field, "not set, but follows from IGH in a source");
       return;
     }
+    if (!isFinite(value)) return notKept(field, "a correlation with numbers that are not finite");
     const EquationForm* form = findForm(LONG{value.shape});
     if (!form) return notKept(field, "a form of the number " + std::to_string(value.shape));
     for (const auto shape : {value.xShape, value.yShape})
@@ -156,6 +162,13 @@ class Receiver final : public database::RecordSink {
   }
 
  private:
+  static bool isFinite(const database::EquationField& value) {
+    const auto finite = [](double number) { return std::isfinite(number); };
+    return std::ranges::all_of(value.coefficients, finite) &&
+           std::ranges::all_of(std::array{value.tMin, value.tMax, value.pMin, value.pMax, value.xPower, value.yPower},
+                               finite);
+  }
+
   void forget(Key key) {
     data_.constants.erase(key);
     data_.correlations.erase(key);
@@ -172,6 +185,18 @@ class Receiver final : public database::RecordSink {
   std::vector<Finding>& findings_;
   std::vector<Finding> found_;
 };
+
+// A database of another writer may have what a build refuses.
+void checkBuild(const Compound& compound, const std::string& file, std::vector<Finding>& findings) {
+  try {
+    encodeDatabase(std::span(&compound.data, 1));
+  } catch (const std::invalid_argument& error) {
+    findings.push_back({.rule = "not-kept",
+                        .severity = Severity::Warning,
+                        .file = file,
+                        .message = std::string(error.what()) + "; a build refuses this"});
+  }
+}
 
 }  // namespace
 
@@ -204,6 +229,7 @@ Source readDatabase(const std::filesystem::path& directory, std::vector<Finding>
       if (database::readRecord(database, record, receiver) != S_OK)
         fail("the record of compound " + std::to_string(number) + " cannot be read");
       receiver.finish(*database.catalogue, place);
+      if (!database.catalogue->build()) checkBuild(compound, place, findings);
     }
   } catch (const CQSCOMError&) {
     fail("cannot be read: damaged, or its two files are not of the same build");

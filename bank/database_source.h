@@ -9,9 +9,9 @@
 
 namespace qs::bank {
 
-// All that a database holds, in the order of its index. What a source cannot hold becomes a finding of the rule
-// not-kept, with the severity of a warning; a database that qsdb made has none. Throws std::runtime_error when the
-// database cannot be read.
+// All that a database holds, in the order of its index. What a source cannot hold, or a build refuses, becomes a
+// finding of the rule not-kept, with the severity of a warning; a database that qsdb made has none. Throws
+// std::runtime_error when the database cannot be read.
 Source readDatabase(const std::filesystem::path& directory, std::vector<Finding>& findings);
 Source readDatabase(const std::filesystem::path& directory);  // without the findings
 

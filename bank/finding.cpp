@@ -17,4 +17,6 @@ std::string utf8(const std::filesystem::path& path) {
   return {text.begin(), text.end()};
 }
 
+std::filesystem::path pathOf(std::string_view utf8) { return std::u8string(utf8.begin(), utf8.end()); }
+
 }  // namespace qs::bank

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qs::bank {
@@ -23,7 +24,8 @@ struct Finding {
 // In one line: "FILE:LINE: COMPOUND, FIELD: MESSAGE", without what is empty.
 std::string textOf(const Finding& finding);
 
-// A path as messages name it.
+// A path as messages name it, and back.
 std::string utf8(const std::filesystem::path& path);
+std::filesystem::path pathOf(std::string_view utf8);
 
 }  // namespace qs::bank

@@ -1,26 +1,23 @@
 #include "bank/json_source.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <fstream>
 #include <functional>
 #include <iterator>
 #include <map>
-#include <new>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <type_traits>
 #include <utility>
 #include <variant>
 
 #include "bank/names.h"
+#include "bank/text_file.h"
 #include "platform/text.h"
 
 namespace qs::bank {
@@ -284,13 +281,15 @@ class SourceReader {
       const Place place{value.line, "", "identity_sources", name + ": "};
       Fault fault;
       const auto origin = convert<std::string>(value, fault);
-      if (!origin)
+      if (std::ranges::find(kIdentityMembers, name) == kIdentityMembers.end())
+        faults_.add({value.line, "", "identity_sources"},
+                    unknown("member", name, suggestion(name, {kIdentityMembers.begin(), kIdentityMembers.end()})));
+      else if (!origin)
         faults_.add(place, fault);
       else if (!source_.origins.contains(*origin))
         faults_.add(place, unknownOrigin(*origin));
       else
         source_.identityOrigins[name] = *origin;
-      identityMembers_.push_back(name);
     }
   }
 
@@ -373,20 +372,7 @@ class SourceReader {
       return item.finish() || data.correlations.erase(key) == 0;
     });
     members.finish();
-    if (const auto* object = value.as<Value::Object>()) {
-      for (const auto& [name, member] : *object) {
-        if (isIdentityMember(name) && std::ranges::find(identityMembers_, name) == identityMembers_.end())
-          members.fault(name.c_str(), member, {kShape, "not in identity_sources"});
-      }
-    }
     if (title) source_.compounds.push_back(std::move(compound));
-  }
-
-  static bool isIdentityMember(std::string_view name) {
-#define BANK_FIELD(key, field, record_name, member) \
-  if (name == member) return true;
-#include "props/identity.def"
-    return name == "number" || name == "synonyms" || name == "unifac";
   }
 
   static void readShort(Members& members, const char* name, std::optional<tagCompoundFamilyEnum>& family) {
@@ -448,7 +434,6 @@ class SourceReader {
   Faults& faults_;
   Members root_;
   Source source_;
-  std::vector<std::string> identityMembers_;
   std::map<Key, std::string> units_;
 };
 
@@ -553,19 +538,6 @@ std::optional<Value> parse(const std::string& text, Faults& faults) {
   return builder.take();
 }
 
-std::string readText(const std::filesystem::path& path, const std::string& file) {
-  const auto fail = [&](const char* what) {
-    throw std::runtime_error(file + ": " + what + ": " + std::generic_category().message(errno));
-  };
-  errno = 0;
-  std::ifstream stream(path, std::ios::binary);
-  if (!stream && errno == ENOMEM) throw std::bad_alloc();
-  if (!stream) fail("cannot be opened");
-  std::string text{std::istreambuf_iterator<char>(stream), {}};
-  if (stream.bad()) fail("cannot be read");
-  return text;
-}
-
 }  // namespace
 
 Source readSource(const std::filesystem::path& path, std::vector<Finding>& findings) {
@@ -573,7 +545,7 @@ Source readSource(const std::filesystem::path& path, std::vector<Finding>& findi
   std::vector<Finding> found;
   Faults faults(file, found);
   Source source;
-  if (const auto root = parse(readText(path, file), faults)) source = SourceReader(*root, faults).read();
+  if (const auto root = parse(readText(path), faults)) source = SourceReader(*root, faults).read();
   source.file = path;
   std::ranges::stable_sort(found, {}, &Finding::line);
   std::ranges::move(found, std::back_inserter(findings));

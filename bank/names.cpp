@@ -3,6 +3,9 @@
 #include <numeric>
 #include <utility>
 
+#include "platform/number_text.h"
+#include "platform/text.h"
+
 namespace qs::bank {
 namespace {
 
@@ -29,6 +32,13 @@ std::string lower(std::string_view text) {
 }
 
 }  // namespace
+
+std::string unitOf(Key key) { return narrow(kKeys[static_cast<std::size_t>(key)].unit); }
+
+std::string exactText(double number) {
+  char digits[kExactNumberLength];
+  return {digits, writeExactDouble(digits, number)};
+}
 
 std::string suggestion(std::string_view mistyped, const std::vector<std::string_view>& names) {
   std::size_t least = mistyped.size() / 3 + 2;  // farther away it is another name

@@ -36,6 +36,15 @@ inline constexpr Named<tagCompoundFamilyEnum> kFamilies[] = {
     {"Polymer", ePolymer},
 };
 
+// The members of a compound that identify it.
+inline constexpr auto kIdentityMembers = std::to_array<std::string_view>({
+    "number",
+#define BANK_FIELD(key, field, record_name, member) member,
+#include "props/identity.def"
+    "synonyms",
+    "unifac",
+});
+
 inline constexpr Named<ValueKind> kKinds[] = {
     {"measured", ValueKind::Measured}, {"fitted", ValueKind::Fitted},   {"estimated", ValueKind::Estimated},
     {"derived", ValueKind::Derived},   {"decided", ValueKind::Decided},
@@ -83,6 +92,12 @@ constexpr std::string_view nameOf(const Table& table, T value) {
     if (entry.value == value) return entry.name;
   return {};
 }
+
+// The unit of the key table.
+std::string unitOf(Key key);
+
+// The shortest text from which the same number is read.
+std::string exactText(double number);
 
 // The name that is nearest to a mistyped one, by the number of characters to change, as "; did you mean "..."?"; empty
 // where none is near.

@@ -1,7 +1,6 @@
 #include "tools/build_command.h"
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <memory>
 #include <ostream>
 #include <stdexcept>
@@ -17,10 +16,8 @@ struct BuildOptions {
   std::string source, directory;
 };
 
-std::filesystem::path pathOf(const std::string& utf8) { return std::u8string(utf8.begin(), utf8.end()); }
-
 database::DatabaseFiles encode(const BuildOptions& options, std::size_t& count) {
-  const auto compounds = bank::compoundsOf(bank::readSource(pathOf(options.source)));
+  const auto compounds = bank::compoundsOf(bank::readSource(bank::pathOf(options.source)));
   count = compounds.size();
   try {
     return database::encodeDatabase(compounds);
@@ -32,7 +29,7 @@ database::DatabaseFiles encode(const BuildOptions& options, std::size_t& count) 
 void build(const BuildOptions& options, std::ostream& out) {
   std::size_t count = 0;
   const auto files = encode(options, count);
-  database::saveDatabase(files, pathOf(options.directory));
+  database::saveDatabase(files, bank::pathOf(options.directory));
   out << options.directory << ": " << count << " compounds, " << files.index.size() + files.data.size() << " bytes\n";
 }
 

@@ -8,6 +8,7 @@
 
 #include "tools/build_command.h"
 #include "tools/doctor_command.h"
+#include "tools/export_command.h"
 
 namespace qs::tools {
 
@@ -18,6 +19,7 @@ int runQsdb(std::vector<std::string> arguments, std::ostream& out, std::ostream&
   app.allow_windows_style_options(false);  // paths may start with a slash
   addBuildCommand(app, out);
   addDoctorCommand(app, out);
+  addExportCommand(app, out, err);
   std::ranges::reverse(arguments);  // as CLI11 takes them
   try {
     app.parse(std::move(arguments));

@@ -10,14 +10,14 @@ namespace {
 
 using namespace qs::bank;
 using namespace qs::test;
+using qs::Key;
 using qs::database::encodeDatabase;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 // Also where some compounds have an ideal-gas heat capacity of their own, so that it is written out for the others.
 TEST(DatabaseSource, HasAllThatAnotherBuildNeeds) {
   Source mixed = readSource(kSourceFolder / "data/compounds.json");
-  mixed.compounds[0].data.correlations[qs::Key::IGCP] = {.form = PropCurvePOLY2, .coefficients = {1, 2, 3}};
+  mixed.compounds[0].data.correlations[Key::IGCP] = {.form = PropCurvePOLY2, .coefficients = {1, 2, 3}};
   for (Source source : {readSource(kSourceFolder / "data/compounds.json"), mixed,
                         readSource(kSourceFolder / "tests/tools/sample_source.json")}) {
     const TemporaryDirectory directory;
@@ -29,6 +29,58 @@ TEST(DatabaseSource, HasAllThatAnotherBuildNeeds) {
     EXPECT_EQ(again.data, files.data);
     EXPECT_THAT(findings, IsEmpty());
   }
+}
+
+// A file of others: old shapes, no PRPVOLT, a field twice, and what a source cannot hold.
+TEST(DatabaseSource, ListsWhatASourceCannotHold) {
+  const auto equation = [](std::int64_t shape, std::int64_t xShape, double tmin = 1.0) {
+    return Bytes()
+        .int16(shape)
+        .reals({1, -32767})
+        .reals({tmin, 2, 3, 4})
+        .int16(xShape)
+        .int16(1)
+        .reals({1, 1})
+        .zerosTo(76);
+  };
+  const std::vector<Bytes> fields = {
+      fieldDefinition("PName", 6, "String"), fieldDefinition("Family", 2, "Short Integer"),
+      fieldDefinition("SRKVC", 8, "Double"), fieldDefinition("COSTALDACEN", 8, "Double"),
+      fieldDefinition("TC", 8, "Double"),    fieldDefinition("TC", 8, "Double"),
+      fieldDefinition("ZC", 8, "Double"),    fieldDefinition("Colour", 8, "Double"),
+      fieldDefinition("UNIFAC", 2, "Group"), fieldDefinition("VP", 2, "Equation"),
+      fieldDefinition("LDN", 2, "Equation"), fieldDefinition("HVP", 2, "Equation"),
+      fieldDefinition("ST", 2, "Equation"),  fieldDefinition("LVS", 2, "Equation"),
+  };
+  Bytes data = header(1.0, 78, 0, 0).zerosTo(78);
+  data.text("W ", 6, '\0').int16(99).reals({0.5, 7, 1, 2, 1.0 / 0.0, 3});
+  data.int16(0).int16(0).int16(4).int16(2);
+  data.append(equation(25, 1)).append(equation(99, 1)).append(equation(25, 2)).append(equation(25, 77));
+  data.append(equation(25, 1, std::numeric_limits<double>::quiet_NaN())).zerosTo(78 * 12);
+  const TemporaryDirectory directory;
+  directory.write("purecmp1.idx", indexFile(fields, {indexRecord(5, 0)}, {synonymRecord(5, "other")}));
+  directory.write("purecmp1.dat", data);
+  std::vector<Finding> findings;
+  const Source source = readDatabase(directory.path(), findings);
+  std::string texts;
+  for (const Finding& finding : findings) texts += finding.field + ": " + finding.message + '\n';
+  EXPECT_EQ(texts, R"(Colour: a source cannot hold values under this name, which is no property key
+Family: a source cannot hold a family of the number 99
+ZC: a source cannot hold a value that is not finite
+LDN: a source cannot hold a form of the number 99
+HVP: a source cannot hold a correlation in the temperature divided by the molecular weight
+ST: a source cannot hold a transformation of the number 77
+LVS: a source cannot hold a correlation with numbers that are not finite
+: compound 5 (W ), PName: a blank at the end; a build refuses this
+)");
+  ASSERT_EQ(source.compounds.size(), 1u);
+  const auto& compound = source.compounds[0].data;
+  EXPECT_EQ(compound.name, "W ");
+  EXPECT_EQ(compound.constants, (std::map<qs::Key, double>{{Key::TC, 2}, {Key::SRKVC, 0.5}, {Key::COSTALDACEN, 0.5}}));
+  ASSERT_EQ(compound.unifac.size(), 1u);
+  EXPECT_EQ(compound.unifac[0].subgroup, 4);
+  ASSERT_EQ(compound.correlations.size(), 1u);
+  EXPECT_EQ(compound.correlations.at(Key::VP).coefficients, (std::vector<double>{1, 0}));
 }
 
 }  // namespace

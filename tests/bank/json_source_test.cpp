@@ -16,7 +16,7 @@ TEST(JsonSource, ReportsAllFaultsInOneReading) {
   const TemporaryDirectory temporary;
   const auto file = temporary.path() / "s.json";
   writeFile(file, R"({"description": 1, "sources": {"s": {"title": "t", "authors": "a", "licence": "l", "year": "x"}},
-"identity_sources": {"number": "s", "name": "r", "cas": "s"}, "units": {"MW": "kg/kmol", "TCC": "K", "TC": "K"},
+"identity_sources": {"number": "s", "name": "r", "cass": "s"}, "units": {"MW": "kg/kmol", "TCC": "K", "TC": "K"},
 "waivers": [{"rule": "r", "compound": 1, "field": "TC", "reason": "known"}, {"rule": "r", "reason": "", "for": 1}],
 "compounds": [
 {"number": 1, "name": "A", "formula": "C", "cas": "1", "cas": "2",
@@ -37,12 +37,12 @@ TEST(JsonSource, ReportsAllFaultsInOneReading) {
   }
   EXPECT_EQ(texts, R"(shape:1: description: not a text
 shape:1: sources: s: year: not an integer
+name:2: identity_sources: no member "cass"; did you mean "cas"?
 name:2: identity_sources: name: no source "r"
 name:2: units: no property key "TCC"; did you mean "TC"?
 shape:3: waivers: no reason
 shape:3: waivers: unknown member "for"
 shape:5: member "cas" stands twice
-shape:5: compound 1 (A), formula: not in identity_sources
 unit:8: compound 1 (A), MW: the unit is "kg/mol", not "kg/kmol"
 name:8: compound 1 (A), MW: no source "S"; did you mean "s"?
 name:8: compound 1 (A), MW: kind: no kind "guessed"

@@ -86,6 +86,26 @@ TEST(QsdbBuild, NamesFilesThatItCannotReadOrWrite) {
   EXPECT_THAT(namesIn(temporary.path()), ElementsAre("file"));
 }
 
+// What another writer's database has and a source cannot hold is listed.
+TEST(QsdbExport, GivesASourceThatBuildsTheSameBytes) {
+  const TemporaryDirectory temporary;
+  const auto database = temporary.path() / "database", again = temporary.path() / "again";
+  const auto file = temporary.path() / "exported.json", sheet = temporary.path() / "sheet.csv";
+  ASSERT_EQ(build(sampleSource(), database).code, 0);
+  EXPECT_THAT(run({"export", utf8(database), "-o", utf8(file)}), FieldsAre(0, "", ""));
+  ASSERT_EQ(build(file, again).code, 0);
+  for (const char* name : {"purecmp1.idx", "purecmp1.dat"})
+    EXPECT_EQ(readFile(again / name), readFile(database / name));
+  EXPECT_THAT(run({"export", utf8(file)}), FieldsAre(0, readFile(file), ""));
+  EXPECT_THAT(run({"export", "--csv", utf8(database), "-o", utf8(sheet)}), FieldsAre(0, "", ""));
+  EXPECT_THAT(readFile(sheet), testing::StartsWith("number,name,"));
+
+  EXPECT_THAT(run({"export", utf8(temporary.path() / "none")}), FieldsAre(Ne(0), "", HasSubstr("No such file")));
+  EXPECT_THAT(run({"export", utf8(database), "-o", utf8(file / "x")}),
+              FieldsAre(Ne(0), "", HasSubstr("exported.json")));
+  EXPECT_THAT(run({"export", utf8(temporary.path())}), FieldsAre(Ne(0), "", HasSubstr("purecmp1.idx: No such file")));
+}
+
 TEST(Qsdb, TellsHowItIsUsed) {
   EXPECT_THAT(run({"--help"}), FieldsAre(0, HasSubstr("build"), ""));
   EXPECT_THAT(run({"--version"}), FieldsAre(0, HasSubstr("1.0"), ""));

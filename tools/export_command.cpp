@@ -1,0 +1,49 @@
+#include "tools/export_command.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include "bank/csv_writer.h"
+#include "bank/database_source.h"
+#include "bank/json_source.h"
+#include "bank/json_writer.h"
+#include "bank/text_file.h"
+
+namespace qs::tools {
+namespace {
+
+struct ExportOptions {
+  std::string place, file;
+  bool csv = false, json = false;
+};
+
+void exportSource(const ExportOptions& options, std::ostream& out, std::ostream& err) {
+  const auto place = bank::pathOf(options.place);
+  std::vector<bank::Finding> notKept;
+  const bank::Source source =
+      std::filesystem::is_directory(place) ? bank::readDatabase(place, notKept) : bank::readSource(place);
+  for (const bank::Finding& finding : notKept) err << textOf(finding) << '\n';
+  const std::string text = options.csv ? bank::writeCsv(source) : bank::writeSource(source);
+  if (options.file.empty())
+    out << text;
+  else
+    bank::replaceText(bank::pathOf(options.file), text);
+}
+
+}  // namespace
+
+void addExportCommand(CLI::App& app, std::ostream& out, std::ostream& err) {
+  const auto options = std::make_shared<ExportOptions>();
+  CLI::App* command = app.add_subcommand("export", "Write what a database holds as JSON or as a sheet");
+  command->add_option("DATABASE", options->place, "The directory of the database, or a compound source in JSON")
+      ->required();
+  CLI::Option* csv = command->add_flag("--csv", options->csv, "Write a sheet with a row for each compound");
+  command->add_flag("--json", options->json, "Write a compound source in JSON, as without an option")->excludes(csv);
+  command->add_option("-o,--output", options->file, "The file to write, in place of one that is there");
+  command->footer("Example: qsdb export database --json -o compounds.json");
+  command->callback([options, &out, &err] { exportSource(*options, out, err); });
+}
+
+}  // namespace qs::tools
