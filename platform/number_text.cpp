@@ -53,6 +53,15 @@ std::uint64_t nanBits(bool negative, std::string_view hexadecimal) {
   return infinity | (fraction ? fraction : kUsualNaN);
 }
 
+template <class Number>
+std::optional<Number> whole(std::string_view text) {
+  if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
+  Number value{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
 // Reads the 8-bit form of a text, unless it is too long to be a value.
 template <class Read>
 void readNarrow(WideView text, Read&& read) {
@@ -120,6 +129,19 @@ std::int32_t readInteger(std::string_view text) {
   if (error == std::errc::result_out_of_range || magnitude > largest) magnitude = largest;
   const auto value = static_cast<std::int64_t>(magnitude);
   return static_cast<std::int32_t>(negative ? -value : value);
+}
+
+std::optional<double> wholeDouble(std::string_view text) {
+  const auto value = whole<double>(text);
+  return value && std::isfinite(*value) ? value : std::nullopt;
+}
+
+std::optional<std::int32_t> wholeInteger(std::string_view text) { return whole<std::int32_t>(text); }
+
+double roundedToDigits(double value, int digits) {
+  char text[kExactNumberLength];
+  const char* end = std::to_chars(text, text + sizeof text, value, std::chars_format::scientific, digits - 1).ptr;
+  return readDouble({text, end});
 }
 
 void convertValue(WideView text, double* target) {

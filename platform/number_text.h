@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "platform/text.h"
@@ -56,6 +57,13 @@ void readExactDouble(std::string_view text, double* value);
 
 // Reads as atoi does; a number that is too large reads as the nearest 32-bit integer.
 std::int32_t readInteger(std::string_view text);
+
+// The finite decimal number, or the 32-bit integer, that the whole text is; nothing for any other text.
+std::optional<double> wholeDouble(std::string_view text);
+std::optional<std::int32_t> wholeInteger(std::string_view text);
+
+// The nearest number of so many significant decimal digits, 17 at most.
+double roundedToDigits(double value, int digits);
 
 // Read a number from wide text. Text of 80 bytes or more leaves the target as it was.
 void convertValue(WideView text, double* target);

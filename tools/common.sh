@@ -29,6 +29,7 @@ wine wine
 /usr/src/googletest/CMakeLists.txt googletest
 /usr/include/boost/math/tools/toms748_solve.hpp libboost-dev
 /usr/include/nlohmann/json.hpp nlohmann-json3-dev
+/usr/include/eigen3/Eigen/QR libeigen3-dev
 /usr/include/CLI/CLI.hpp libcli11-dev
 /usr/include/expat.h libexpat1-dev
 /usr/include/benchmark/benchmark.h libbenchmark-dev

@@ -9,6 +9,7 @@
 #include "tools/build_command.h"
 #include "tools/doctor_command.h"
 #include "tools/export_command.h"
+#include "tools/import_command.h"
 
 namespace qs::tools {
 
@@ -20,6 +21,7 @@ int runQsdb(std::vector<std::string> arguments, std::ostream& out, std::ostream&
   addBuildCommand(app, out);
   addDoctorCommand(app, out);
   addExportCommand(app, out, err);
+  addImportCommand(app, out, err);
   std::ranges::reverse(arguments);  // as CLI11 takes them
   try {
     app.parse(std::move(arguments));

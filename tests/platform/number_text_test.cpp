@@ -135,5 +135,17 @@ TEST(NumberText, IgnoresTheLocale) {
   EXPECT_EQ(readDouble("2,75"), 2.0);
 }
 
+TEST(NumberText, TakesWholeTextsAlone) {
+  for (const auto& [text, value] : std::vector<std::pair<const char*, double>>{
+           {"1.5", 1.5}, {"+6.0e2", 600.0}, {"-1E-3", -1e-3}, {"12", 12.0}, {"0", 0.0}})
+    EXPECT_EQ(wholeDouble(text), value) << text;
+  for (const char* text : {"", " 1", "1 ", "1,5", "1.5x", "nan", "inf", "1e999", "0x10", "+-1", "++1", "-", "+"})
+    EXPECT_EQ(wholeDouble(text), std::nullopt) << text;
+  EXPECT_EQ(wholeInteger("+2147483647"), 2147483647);
+  for (const char* text : {"2147483648", "1.0", "1e3", ""}) EXPECT_EQ(wholeInteger(text), std::nullopt) << text;
+  EXPECT_EQ(roundedToDigits(0.0123456, 3), 0.0123);
+  EXPECT_EQ(roundedToDigits(-123456.0, 2), -120000.0);
+}
+
 }  // namespace
 }  // namespace qs
