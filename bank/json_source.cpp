@@ -319,7 +319,7 @@ class SourceReader {
       members.read("compound", compound);
       waiver.compound = compound;
       members.read("field", waiver.field);
-      if (members.get("reason", waiver.reason) && waiver.reason.empty()) members.fault({kShape, "no reason"});
+      members.get("reason", waiver.reason);
       if (members.finish()) source_.waivers.push_back(std::move(waiver));
     }
   }

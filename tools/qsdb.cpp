@@ -7,11 +7,17 @@
 #include <utility>
 
 #include "tools/build_command.h"
+#include "tools/check_command.h"
 #include "tools/doctor_command.h"
 #include "tools/export_command.h"
 #include "tools/import_command.h"
 
 namespace qs::tools {
+namespace {
+
+constexpr int kCouldNot = 2;  // what a command was asked to do
+
+}  // namespace
 
 int runQsdb(std::vector<std::string> arguments, std::ostream& out, std::ostream& err) {
   CLI::App app("Makes pure-component databases and examines installations.", "qsdb");
@@ -19,6 +25,7 @@ int runQsdb(std::vector<std::string> arguments, std::ostream& out, std::ostream&
   app.require_subcommand(1);
   app.allow_windows_style_options(false);  // paths may start with a slash
   addBuildCommand(app, out);
+  addCheckCommand(app, out);
   addDoctorCommand(app, out);
   addExportCommand(app, out, err);
   addImportCommand(app, out, err);
@@ -26,11 +33,13 @@ int runQsdb(std::vector<std::string> arguments, std::ostream& out, std::ostream&
   try {
     app.parse(std::move(arguments));
     return 0;
+  } catch (const CLI::RuntimeError& error) {
+    return error.get_exit_code();  // of a command that has reported its findings
   } catch (const CLI::ParseError& error) {
-    return app.exit(error, out, err);
+    return app.exit(error, out, err) == 0 ? 0 : kCouldNot;
   } catch (const std::exception& error) {
     err << "qsdb: " << error.what() << '\n';
-    return 1;
+    return app.got_subcommand("build") || app.got_subcommand("doctor") ? 1 : kCouldNot;
   }
 }
 

@@ -40,7 +40,6 @@ shape:1: sources: s: year: not an integer
 name:2: identity_sources: no member "cass"; did you mean "cas"?
 name:2: identity_sources: name: no source "r"
 name:2: units: no property key "TCC"; did you mean "TC"?
-shape:3: waivers: no reason
 shape:3: waivers: unknown member "for"
 shape:5: member "cas" stands twice
 unit:8: compound 1 (A), MW: the unit is "kg/mol", not "kg/kmol"

@@ -1,0 +1,110 @@
+// Correlations and single values with each other.
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "bank/rules.h"
+
+namespace qs::bank {
+namespace {
+
+std::string atKelvins(const char* what, double T) { return std::string(what) + " at " + numberText(T) + " K"; }
+
+// In m3/kmol; by C. Tsonopoulos, AIChE J. 20 (1974) 263, without polar terms, where the compound has none.
+double secondVirialCoefficient(const Subject& subject, double T) {
+  if (const double known = subject(Key::SVR, T); !std::isnan(known)) return known;
+  const double r = T / subject(Key::TC), r2 = r * r, r3 = r2 * r, r8 = r3 * r3 * r2;
+  return kGasConstant * subject(Key::TC) / subject(Key::PC) *
+         (0.1445 - 0.33 / r - 0.1385 / r2 - 0.0121 / r3 - 0.000607 / r8 +
+          subject(Key::ACEN) * (0.0637 + 0.331 / r2 - 0.423 / r3 - 0.008 / r8));
+}
+
+// In m3/kmol; kNotKnown where the equation with the second virial coefficient has no real volume.
+double saturatedVapourVolume(const Subject& subject, double T) {
+  const double ideal = kGasConstant * T / subject(Key::VP, T);
+  return ideal * (1.0 + std::sqrt(1.0 + 4.0 * secondVirialCoefficient(subject, T) / ideal)) / 2.0;
+}
+
+}  // namespace
+
+void boilingPoint(const Subject& subject, Findings& findings) {
+  constexpr double kTolerance = 0.01;
+  findings.compare(subject, Key::VP, "at NBP", subject(Key::VP, subject(Key::NBP)), kAtmosphere, kTolerance);
+}
+
+void criticalPressure(const Subject& subject, Findings& findings) {
+  constexpr double kTolerance = 0.03;
+  constexpr double kNear = 0.995;
+  const auto range = subject.range(Key::VP);
+  const double critical = subject(Key::TC);
+  if (range && range->high >= kNear * critical)
+    findings.compare(subject, Key::VP, "at TC, from PC", subject.continued(Key::VP, {&critical, 1}).front(),
+                     subject(Key::PC), kTolerance);
+}
+
+void acentricFactor(const Subject& subject, Findings& findings) {
+  constexpr double kTolerance = 0.01;
+  const double pressure = subject(Key::VP, 0.7 * subject(Key::TC));
+  findings.compareDifference(subject, Key::ACEN, "from VP at 0.7 TC", subject(Key::ACEN),
+                             -1.0 - std::log10(pressure / subject(Key::PC)), kTolerance);
+}
+
+void clapeyron(const Subject& subject, Findings& findings) {
+  constexpr double kTolerance = 0.05;
+  constexpr double kHighest = 0.8;  // of TC; nearer to it the second virial coefficient does not describe the vapour
+  const auto range = subject.range(Key::HVP, Key::VP);
+  if (!range) return;
+  const double T = std::min(range->at(0.5), kHighest * subject(Key::TC));
+  const double volume = saturatedVapourVolume(subject, T) - subject(Key::MW) / subject(Key::LDN, T);
+  findings.compare(subject, Key::HVP, atKelvins("from the slope of VP", T), subject(Key::HVP, T),
+                   T * subject.slope(Key::VP, T) * volume, kTolerance);
+}
+
+void trouton(const Subject& subject, Findings& findings) {
+  constexpr double kTolerance = 0.5;
+  const double T = subject(Key::NBP);
+  findings.compare(subject, Key::HVP, "for HVP / NBP, from 36.6 + R ln NBP", subject(Key::HVP, T) / T,
+                   36.61 + kGasConstant * std::log(T), kTolerance);
+}
+
+void liquidDensity(const Subject& subject, Findings& findings) {
+  constexpr double kTolerance = 0.3, kCriticalTolerance = 0.25;
+  constexpr double kNear = 0.999;
+  const auto range = subject.range(Key::LDN);
+  if (!range) return;
+  const double critical = subject(Key::TC), criticalDensity = subject(Key::MW) / subject(Key::VC);
+  const double compressibility = subject(Key::PC) * subject(Key::VC) / (kGasConstant * critical);
+  const double T = range->at(0.5);
+  // By H. G. Rackett, J. Chem. Eng. Data 15 (1970) 514.
+  const bool agrees = findings.compare(
+      subject, Key::LDN, atKelvins("from VC", T), subject(Key::LDN, T),
+      criticalDensity * std::pow(compressibility, -std::pow(1.0 - T / critical, 2.0 / 7.0)), kTolerance);
+  if (agrees && range->high >= kNear * critical)
+    findings.compare(subject, Key::LDN, "at TC, from VC", subject(Key::LDN, std::min(range->high, critical)),
+                     criticalDensity, kCriticalTolerance);
+}
+
+void idealGas(const Subject& subject, Findings& findings) {
+  constexpr double kTolerance = 0.01;
+  constexpr double kSmallestEnthalpy = 0.5;  // kJ/kmol
+  findings.compareDifference(subject, Key::IGH, "at 298.15 K", subject(Key::IGH, kStandardTemperature), 0.0,
+                             kSmallestEnthalpy);
+  for (const auto& [key, overT] : {std::pair(Key::IGH, false), {Key::IGS, true}}) {
+    const auto range = subject.range(key, Key::IGCP);
+    if (!range) continue;
+    constexpr int kSteps = 10;
+    bool agrees = true;
+    for (int i = 0; i <= kSteps && agrees; ++i) {
+      const double T = range->at(i / double{kSteps});
+      agrees =
+          findings.compare(subject, Key::IGCP, atKelvins(overT ? "from the slope of IGS" : "from the slope of IGH", T),
+                           subject(Key::IGCP, T), subject.slope(key, T) * (overT ? T : 1.0), kTolerance);
+    }
+    if (agrees)
+      findings.compare(subject, key, "for the change over the range, from the integral of IGCP",
+                       subject(key, range->high) - subject(key, range->low),
+                       subject.integral(Key::IGCP, range->low, range->high, overT), kTolerance);
+  }
+}
+
+}  // namespace qs::bank

@@ -1,0 +1,97 @@
+// Single values, by themselves and with each other.
+#include <cmath>
+#include <string>
+
+#include "bank/bounds.h"
+#include "bank/rules.h"
+
+namespace qs::bank {
+
+void bounds(const Subject& subject, Findings& findings) {
+  const auto keeps = [&](Key key, double value, const std::string& where) {
+    const auto [lowest, highest] = boundsOf(key);
+    if (lowest <= value && value <= highest) return true;
+    findings.add(subject.compound(), key,
+                 numberText(value) + where + " is not within " + numberText(lowest) + " to " + numberText(highest));
+    return false;
+  };
+  for (const auto& [key, value] : subject.data().constants) keeps(key, value, "");
+  constexpr double kHottest = 10000.0;
+  for (const Key key : kKeysInOrder) {
+    const auto range = subject.range(key);
+    if (!range) continue;
+    if (range->low <= 0.0 || range->high > kHottest) {
+      findings.add(subject.compound(), key,
+                   "the range from " + numberText(range->low) + " to " + numberText(range->high) +
+                       " K is not within 0 to " + numberText(kHottest) + " K");
+      continue;
+    }
+    const auto& [temperatures, values] = subject.samples(key);
+    for (std::size_t i = 0; i < values.size(); ++i)
+      if (std::isfinite(values[i]) && !keeps(key, values[i], " at " + numberText(temperatures[i]) + " K")) break;
+  }
+}
+
+void order(const Subject& subject, Findings& findings) {
+  constexpr struct {
+    Key lower, higher, reported;
+  } kPairs[] = {{Key::MP, Key::NBP, Key::NBP},
+                {Key::NBP, Key::TC, Key::NBP},
+                {Key::MP, Key::TC, Key::MP},
+                {Key::FLML, Key::FLMU, Key::FLML}};
+  for (const auto& [lower, higher, reported] : kPairs)
+    if (subject(lower) >= subject(higher))
+      findings.add(subject.compound(), reported,
+                   narrow(nameOf(lower)) + ", " + numberText(subject(lower)) + ", is not below " +
+                       narrow(nameOf(higher)) + ", " + numberText(subject(higher)));
+}
+
+void criticalCompressibility(const Subject& subject, Findings& findings) {
+  constexpr double kTolerance = 0.015;
+  const double computed = subject(Key::PC) * subject(Key::VC) / (kGasConstant * subject(Key::TC));
+  const double given = subject(Key::ZC);
+  if (!std::isnan(given))
+    return void(findings.compare(subject, Key::ZC, "from PC VC / (R TC)", given, computed, kTolerance));
+  const auto [lowest, highest] = boundsOf(Key::ZC);
+  if (computed < lowest || computed > highest)
+    findings.compare(subject, Key::VC, "for PC VC / (R TC)", computed, 0.27, kTolerance);
+}
+
+void formation(const Subject& subject, Findings& findings) {
+  constexpr double kTolerance = 500.0;  // kJ/kmol
+  const double heat = subject(Key::IGHF25), gibbs = subject(Key::IGGF25);
+  findings.compareDifference(subject, Key::IGSF25, "from IGHF25 and IGGF25", subject(Key::IGSF25),
+                             (heat - gibbs) / kStandardTemperature, kTolerance / kStandardTemperature);
+  const auto atoms = subject.atoms();
+  if (!atoms) return;
+  double entropy = 0.0;
+  for (const auto& [element, count] : *atoms) entropy += count * element->entropy;
+  findings.compareDifference(subject, Key::IGGF25, "from IGHF25 and IGS", gibbs,
+                             heat - kStandardTemperature * (subject(Key::IGS, kStandardTemperature) - entropy),
+                             kTolerance);
+}
+
+void combustion(const Subject& subject, Findings& findings) {
+  constexpr double kTolerance = 300.0;  // kJ/kmol
+  // Heats of formation of the products, of an atom; CODATA Key Values for Thermodynamics, 1989.
+  constexpr std::pair<std::string_view, double> kProducts[] = {{"C", -393510.0}, {"H", -241826.0 / 2}, {"S", -296810.0},
+                                                               {"N", 0.0},       {"O", 0.0},           {"Cl", 0.0}};
+  const auto atoms = subject.atoms();
+  if (!atoms) return;
+  double products = 0.0;
+  for (const auto& [element, count] : *atoms) {
+    const auto* product = std::ranges::find(kProducts, element->symbol, &std::pair<std::string_view, double>::first);
+    if (product == std::end(kProducts)) return;
+    products += count * product->second;
+  }
+  findings.compareDifference(subject, Key::IGHC25, "from IGHF25", subject(Key::IGHC25), products - subject(Key::IGHF25),
+                             kTolerance);
+}
+
+void doubtful(const Subject& subject, Findings& findings) {
+  for (const auto& [key, provenance] : subject.compound().provenance)
+    if (provenance.quality == Quality::Doubtful)
+      findings.add(subject.compound(), key, provenance.note.empty() ? "without a note" : provenance.note);
+}
+
+}  // namespace qs::bank
