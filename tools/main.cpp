@@ -10,6 +10,6 @@ int main(int argc, char** argv) {
     return qs::tools::runQsdb(qs::tools::utf8Arguments(argc, argv), std::cout, std::cerr);
   } catch (const std::exception& error) {
     std::cerr << "qsdb: " << error.what() << '\n';
-    return 1;
+    return 2;
   }
 }

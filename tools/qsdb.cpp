@@ -10,7 +10,11 @@
 #include "tools/check_command.h"
 #include "tools/doctor_command.h"
 #include "tools/export_command.h"
+#include "tools/find_command.h"
 #include "tools/import_command.h"
+#include "tools/report_command.h"
+#include "tools/show_command.h"
+#include "tools/table_command.h"
 
 namespace qs::tools {
 namespace {
@@ -20,7 +24,7 @@ constexpr int kCouldNot = 2;  // what a command was asked to do
 }  // namespace
 
 int runQsdb(std::vector<std::string> arguments, std::ostream& out, std::ostream& err) {
-  CLI::App app("Makes pure-component databases and examines installations.", "qsdb");
+  CLI::App app("Makes and shows pure-component databases, and examines installations.", "qsdb");
   app.set_version_flag("--version", "qsdb " QS_VERSION);
   app.require_subcommand(1);
   app.allow_windows_style_options(false);  // paths may start with a slash
@@ -28,7 +32,11 @@ int runQsdb(std::vector<std::string> arguments, std::ostream& out, std::ostream&
   addCheckCommand(app, out);
   addDoctorCommand(app, out);
   addExportCommand(app, out, err);
+  addFindCommand(app, out, err);
   addImportCommand(app, out, err);
+  addReportCommand(app, out, err);
+  addShowCommand(app, out, err);
+  addTableCommand(app, out, err);
   std::ranges::reverse(arguments);  // as CLI11 takes them
   try {
     app.parse(std::move(arguments));

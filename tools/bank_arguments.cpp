@@ -1,0 +1,48 @@
+#include "tools/bank_arguments.h"
+
+#include <ostream>
+#include <stdexcept>
+#include <string_view>
+
+#include "bank/compound_text.h"
+#include "bank/database_source.h"
+#include "bank/lookup.h"
+#include "bank/names.h"
+#include "platform/text.h"
+
+namespace qs::tools {
+
+bank::Source openBank(const std::string& place, std::vector<bank::Finding>& findings) {
+  bank::Source source = bank::readSourceOrDatabase(bank::pathOf(place), findings);
+  if (source.compounds.empty() && !findings.empty()) throw std::runtime_error(bank::textOf(findings.front()));
+  return source;
+}
+
+bank::Source openBank(const std::string& place, std::ostream& err) {
+  std::vector<bank::Finding> findings;
+  bank::Source source = openBank(place, findings);
+  if (!findings.empty())
+    err << "qsdb: " << place << ": not all of it can be read, as `qsdb check` says: " << findings.size()
+        << " findings\n";
+  return source;
+}
+
+const bank::Compound& compoundCalled(const bank::Source& bank, const std::string& text) {
+  const auto found = bank::compoundsNamed(bank, text);
+  if (found.size() == 1) return *found.front();
+  const auto& candidates = found.empty() ? bank::compoundsLike(bank, text) : found;
+  std::string message = (found.empty() ? "no compound is called \"" : "several compounds are called \"") + text + '"';
+  if (!candidates.empty()) message += (found.empty() ? "; these are like it:\n" : ":\n") + bank::listText(candidates);
+  while (message.ends_with('\n')) message.pop_back();
+  throw std::runtime_error(message);
+}
+
+Key keyCalled(const std::string& name) {
+  if (const auto key = findKey(widen(name))) return *key;
+  std::vector<std::string> names;
+  for (const Key key : kKeysInOrder) names.push_back(narrow(nameOf(key)));
+  throw std::runtime_error("no property key \"" + name + '"' +
+                           bank::suggestion(name, std::vector<std::string_view>(names.begin(), names.end())));
+}
+
+}  // namespace qs::tools
