@@ -18,6 +18,7 @@
 
 #include "bank/names.h"
 #include "bank/text_file.h"
+#include "bank/units.h"
 #include "platform/text.h"
 
 namespace qs::bank {
@@ -141,6 +142,15 @@ class Members {
     faults_.add(place_.at(name, value.line), fault);
     sound_ = false;
   }
+
+  // A fault where there is something to say.
+  void check(std::string_view rule, std::string message) {
+    if (!message.empty()) fault({rule, std::move(message)});
+  }
+
+  bool sound() const { return sound_; }
+  // For a fault that is reported elsewhere.
+  void drop() { sound_ = false; }
 
   const Value* find(const char* name) {
     known_.push_back(name);
@@ -296,16 +306,20 @@ class SourceReader {
   void readUnits() {
     root_.need("units");
     for (const auto& [name, value] : root_.object("units")) {
-      const Place place{value.line, "", "units", name + ": "};
-      Fault fault;
       const auto key = keyOf(name);
-      const auto unit = convert<std::string>(value, fault);
-      if (!key)
+      if (!key) {
         faults_.add({value.line, "", "units"}, unknownKey(name));
-      else if (!unit)
-        faults_.add(place, fault);
-      else
-        units_[*key] = *unit;
+        continue;
+      }
+      Fault fault;
+      auto unit = convert<std::string>(value, fault);
+      double ignored = 0.0;
+      if (unit) fault = {kUnit, convertNumber(unitOf(*key), *unit, ignored)};
+      if (!fault.message.empty()) {
+        faults_.add({value.line, "", "units", name + ": "}, fault);
+        unit.reset();
+      }
+      units_[*key] = std::move(unit);
     }
   }
 
@@ -363,12 +377,13 @@ class SourceReader {
       group.get("count", count);
       group.finish();
     }
-    forEachValue(members, "constants", compound, [&](Key key, Members& item) {
-      item.get("value", data.constants[key]);
+    forEachValue(members, "constants", compound, [&](Key key, Members& item, const std::string& unit) {
+      double& number = data.constants[key];
+      if (item.get("value", number) && item.sound()) item.check(kUnit, convertNumber(unitOf(key), unit, number));
       return item.finish() || data.constants.erase(key) == 0;
     });
-    forEachValue(members, "correlations", compound, [&](Key key, Members& item) {
-      readCorrelation(item, data.correlations[key]);
+    forEachValue(members, "correlations", compound, [&](Key key, Members& item, const std::string& unit) {
+      readCorrelation(item, key, unit, data.correlations[key]);
       return item.finish() || data.correlations.erase(key) == 0;
     });
     members.finish();
@@ -380,8 +395,8 @@ class SourceReader {
   }
   static void readShort(Members& members, const char* name, std::optional<bool>& flag) { members.read(name, flag); }
 
-  // Hands out the items of an object whose members are keys, once unit and provenance are read. `read` returns whether
-  // the item is kept.
+  // Hands out the items of an object whose members are keys, with their units, once provenance is read. `read` returns
+  // whether the item is kept.
   template <class Read>
   void forEachValue(Members& members, const char* group, Compound& compound, Read read) {
     for (const auto& [name, value] : members.object(group)) {
@@ -391,13 +406,17 @@ class SourceReader {
         continue;
       }
       Members item(faults_, value, members.place().at(name, value.line));
+      const auto declared = units_.find(*key);
       std::string unit;
-      const bool hasUnit = item.get("unit", unit);
-      const auto expected = units_.find(*key);
-      if (expected == units_.end())
+      const bool hasUnit = item.read("unit", unit);
+      if (declared == units_.end())
         item.fault({kUnit, "the key is not in units"});
-      else if (hasUnit && unit != expected->second)
-        item.fault({kUnit, "the unit is \"" + unit + "\", not \"" + expected->second + '"'});
+      else if (!declared->second)
+        item.drop();
+      else if (hasUnit && unit != declared->second)
+        item.fault({kUnit, "the unit is \"" + unit + "\", not \"" + *declared->second + "\" as in units"});
+      else
+        unit = *declared->second;
       Provenance provenance;
       provenance.line = value.line;
       item.read("source", provenance.origin);
@@ -407,22 +426,29 @@ class SourceReader {
       item.readName("quality", "quality", kQualities, provenance.quality);
       item.read("uncertainty", provenance.uncertainty);
       item.read("note", provenance.note);
-      if (read(*key, item)) compound.provenance[*key] = std::move(provenance);
+      if (read(*key, item, unit)) compound.provenance[*key] = std::move(provenance);
     }
   }
 
-  static void readCorrelation(Members& item, Correlation& correlation) {
+  static void readCorrelation(Members& item, Key key, const std::string& unit, Correlation& correlation) {
     item.need("form");
     item.readName("form", "form", kForms, correlation.form);
     item.getList("coefficients", correlation.coefficients);
-    item.get("tmin", correlation.tmin);
-    item.get("tmax", correlation.tmax);
-    item.read("pmin", correlation.pmin);
-    item.read("pmax", correlation.pmax);
+    std::string temperatureUnit(kTemperatureUnit), pressureUnit(kPressureUnit);
+    item.read("tunit", temperatureUnit);
+    item.read("punit", pressureUnit);
+    const auto convertLimit = [&](bool isThere, std::string_view target, const std::string& from, double& limit) {
+      if (isThere && item.sound()) item.check(kUnit, convertNumber(target, from, limit));
+    };
+    convertLimit(item.get("tmin", correlation.tmin), kTemperatureUnit, temperatureUnit, correlation.tmin);
+    convertLimit(item.get("tmax", correlation.tmax), kTemperatureUnit, temperatureUnit, correlation.tmax);
+    convertLimit(item.read("pmin", correlation.pmin), kPressureUnit, pressureUnit, correlation.pmin);
+    convertLimit(item.read("pmax", correlation.pmax), kPressureUnit, pressureUnit, correlation.pmax);
     item.readName("xshape", "transformation", kTransformations, correlation.xShape);
     item.readName("yshape", "transformation", kTransformations, correlation.yShape);
     item.read("xpow", correlation.xPower);
     item.read("ypow", correlation.yPower);
+    if (item.sound()) item.check(kUnit, convertCorrelation(key, unit, correlation));
   }
 
   Fault unknownOrigin(const std::string& name) const {
@@ -434,7 +460,7 @@ class SourceReader {
   Faults& faults_;
   Members root_;
   Source source_;
-  std::map<Key, std::string> units_;
+  std::map<Key, std::optional<std::string>> units_;  // nothing for one that is no unit
 };
 
 // Walks through a text and keeps the number of the line that it has reached.

@@ -73,7 +73,7 @@ inline constexpr auto kTransformations = [] {
 
 // The forms without their PropCurve, in the order of their numbers.
 inline constexpr Named<tagEquationShapeEnum> kForms[] = {
-#define QS_FORM(number, name, coefficients, exponent, formula, ...) {#name, PropCurve##name},
+#define QS_FORM(number, name, coefficients, exponent, scale, formula, ...) {#name, PropCurve##name},
 #include "props/forms.def"
 };
 

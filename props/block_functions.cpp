@@ -148,15 +148,15 @@ extern const BlockFunctions QS_INSTRUCTION_SET;
 const BlockFunctions QS_INSTRUCTION_SET = {
     QS_INSTRUCTION_SET_NAME,
     {
-#define QS_FORM(number, name, coefficients, exponent, formula, ...) &form::Evaluation<form::name>::of,
+#define QS_FORM(number, name, coefficients, exponent, scale, formula, ...) &form::Evaluation<form::name>::of,
 #include "props/forms.def"
     },
     {
-#define QS_FORM(number, name, coefficients, exponent, formula, ...) &form::Evaluation<form::name>::ofMany,
+#define QS_FORM(number, name, coefficients, exponent, scale, formula, ...) &form::Evaluation<form::name>::ofMany,
 #include "props/forms.def"
     },
     {
-#define QS_FORM(number, name, coefficients, exponent, formula, ...) &form::Evaluation<form::name>::withSlopes,
+#define QS_FORM(number, name, coefficients, exponent, scale, formula, ...) &form::Evaluation<form::name>::withSlopes,
 #include "props/forms.def"
     },
     form::forward,

@@ -228,7 +228,8 @@ class CQSPropCurve final : public CurveBase {
   std::array<double, kForm.coefficients> coefficients_;
 };
 
-#define QS_FORM(number, name, coefficients, exponent, formula, ...) using CQSPropCurve##name = CQSPropCurve<form::name>;
+#define QS_FORM(number, name, coefficients, exponent, scale, formula, ...) \
+  using CQSPropCurve##name = CQSPropCurve<form::name>;
 #include "props/forms.def"
 
 // An equation without a form.
@@ -249,7 +250,7 @@ CQSAbstractProp* create() {
 }
 
 constexpr std::array<CQSAbstractProp* (*)(), kFormCount> kCreators = {
-#define QS_FORM(number, name, coefficients, exponent, formula, ...) &create<CQSPropCurve##name>,
+#define QS_FORM(number, name, coefficients, exponent, scale, formula, ...) &create<CQSPropCurve##name>,
 #include "props/forms.def"
 };
 

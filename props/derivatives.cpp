@@ -23,7 +23,7 @@ struct Evaluation<Form, std::index_sequence<i...>> {
 };
 
 constexpr Number (*kForms[kFormCount])(double x, const double* coefficients, int whole) = {
-#define QS_FORM(number, name, coefficients, exponent, formula, ...) &Evaluation<name>::of,
+#define QS_FORM(number, name, coefficients, exponent, scale, formula, ...) &Evaluation<name>::of,
 #include "props/forms.def"
 };
 

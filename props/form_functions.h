@@ -81,7 +81,7 @@ Real extrapolatedVELDB5(Real T, double x, std::span<const double> coefficients, 
 #define QS_LETTERS_5 QS_LETTERS_4, [[maybe_unused]] Coefficient E
 #define QS_LETTERS_6 QS_LETTERS_5, [[maybe_unused]] Coefficient F
 #define QS_LETTERS_7 QS_LETTERS_6, [[maybe_unused]] Coefficient G
-#define QS_FORM(number, name, coefficients, exponent, formula, ...)                              \
+#define QS_FORM(number, name, coefficients, exponent, scale, formula, ...)                       \
   struct name {                                                                                  \
     static constexpr std::size_t kNumber = number;                                               \
     static constexpr std::size_t kCoefficients = coefficients;                                   \

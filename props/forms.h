@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <string_view>
 
 #include "interfaces/interfaces.h"
 #include "platform/text.h"
@@ -15,7 +16,8 @@ struct EquationForm {
   WideView className;  // as GetClassName returns it
   WideView formula;    // as GetForm returns it
   LONG coefficients;
-  LONG exponent;  // the coefficient that is a power of something else; negative for none
+  LONG exponent;           // the coefficient that is a power of something else; negative for none
+  std::string_view scale;  // the coefficients that take a factor of Y, as props/forms.def has them
 };
 
 // Coefficients by the letters of the formulas.
@@ -25,10 +27,10 @@ enum : LONG { None = -1, A, B, C, D, E, F, G };
 
 // Each form at the place of its shape number, then the empty form, PropCurveVoid.
 inline constexpr auto kEquationForms = std::to_array<EquationForm>({
-#define QS_FORM(number, name, coefficients, exponent, formula, ...) \
-  {PropCurve##name, OLESTR("PropCurve" #name), OLESTR(formula), coefficients, letter::exponent},
+#define QS_FORM(number, name, coefficients, exponent, scale, formula, ...) \
+  {PropCurve##name, OLESTR("PropCurve" #name), OLESTR(formula), coefficients, letter::exponent, scale},
 #include "props/forms.def"
-    {PropCurveVoid, OLESTR("PropCurveVoid"), OLESTR(""), 0, letter::None},
+    {PropCurveVoid, OLESTR("PropCurveVoid"), OLESTR(""), 0, letter::None, ""},
 });
 inline constexpr std::size_t kFormCount = kEquationForms.size() - 1;
 
@@ -49,7 +51,7 @@ constexpr const EquationForm* findForm(WideView className) {
 }
 
 // The numbers have no gap, and no name occurs twice.
-#define QS_FORM(number, name, coefficients, exponent, formula, ...)                   \
+#define QS_FORM(number, name, coefficients, exponent, scale, formula, ...)            \
   static_assert(PropCurve##name == number && kEquationForms[number].shape == number); \
   static_assert(findForm(OLESTR("PropCurve" #name)) == &kEquationForms[number]);
 #include "props/forms.def"

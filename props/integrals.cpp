@@ -193,7 +193,7 @@ constexpr auto closedFormOf() -> Difference (*)(const ClosedForm&, Integrand, do
     return &differenceOf<Form>;
 }
 constexpr auto kClosedForms = std::to_array({
-#define QS_FORM(number, name, coefficients, exponent, formula, ...) closedFormOf<form::name>(),
+#define QS_FORM(number, name, coefficients, exponent, scale, formula, ...) closedFormOf<form::name>(),
 #include "props/forms.def"
 });
 
