@@ -5,6 +5,7 @@
 #include <tuple>
 #include <utility>
 
+#include "bank/names.h"
 #include "bank/rules.h"
 
 namespace qs::bank {
@@ -63,13 +64,14 @@ void applyWaivers(const Source& source, std::vector<Finding>& list) {
   std::vector<Finding> faults;
   Findings findings(source, kOfWaivers, faults);
   for (const Waiver& waiver : source.waivers) {
-    const std::string& compound = compounds[waiver.compound];
-    const auto [first, last] = found.equal_range({waiver.rule, compound, waiver.field});
-    const std::string what = '"' + waiver.rule + "\" for compound " + std::to_string(waiver.compound);
-    if (waiver.reason.empty())
-      findings.add(waiver.line, waiver.field, what + " has no reason");
+    const auto [first, last] = found.equal_range({waiver.rule, compounds[waiver.compound], waiver.field});
+    const std::string what = "of " + waiver.rule + " for compound " + std::to_string(waiver.compound);
+    if (std::ranges::find(kRules, waiver.rule, &Rule::name) == std::end(kRules))
+      findings.add(waiver.line, waiver.field, what + ": no such rule" + suggestionFrom(kRules, waiver.rule));
+    else if (waiver.reason.empty())
+      findings.add(waiver.line, waiver.field, what + ": no reason");
     else if (first == last)
-      findings.add(waiver.line, waiver.field, what + " waives nothing");
+      findings.add(waiver.line, waiver.field, what + ": there is no such finding");
     for (auto place = first; place != last; ++place) place->second->waiver = waiver.reason;
   }
   std::ranges::move(faults, std::back_inserter(list));

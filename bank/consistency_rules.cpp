@@ -8,8 +8,6 @@
 namespace qs::bank {
 namespace {
 
-std::string atKelvins(const char* what, double T) { return std::string(what) + " at " + numberText(T) + " K"; }
-
 // In m3/kmol; by C. Tsonopoulos, AIChE J. 20 (1974) 263, without polar terms, where the compound has none.
 double secondVirialCoefficient(const Subject& subject, double T) {
   if (const double known = subject(Key::SVR, T); !std::isnan(known)) return known;
@@ -56,7 +54,7 @@ void clapeyron(const Subject& subject, Findings& findings) {
   if (!range) return;
   const double T = std::min(range->at(0.5), kHighest * subject(Key::TC));
   const double volume = saturatedVapourVolume(subject, T) - subject(Key::MW) / subject(Key::LDN, T);
-  findings.compare(subject, Key::HVP, atKelvins("from the slope of VP", T), subject(Key::HVP, T),
+  findings.compare(subject, Key::HVP, "from the slope of VP" + atKelvins(T), subject(Key::HVP, T),
                    T * subject.slope(Key::VP, T) * volume, kTolerance);
 }
 
@@ -77,7 +75,7 @@ void liquidDensity(const Subject& subject, Findings& findings) {
   const double T = range->at(0.5);
   // By H. G. Rackett, J. Chem. Eng. Data 15 (1970) 514.
   const bool agrees = findings.compare(
-      subject, Key::LDN, atKelvins("from VC", T), subject(Key::LDN, T),
+      subject, Key::LDN, "from VC" + atKelvins(T), subject(Key::LDN, T),
       criticalDensity * std::pow(compressibility, -std::pow(1.0 - T / critical, 2.0 / 7.0)), kTolerance);
   if (agrees && range->high >= kNear * critical)
     findings.compare(subject, Key::LDN, "at TC, from VC", subject(Key::LDN, std::min(range->high, critical)),
@@ -96,9 +94,9 @@ void idealGas(const Subject& subject, Findings& findings) {
     bool agrees = true;
     for (int i = 0; i <= kSteps && agrees; ++i) {
       const double T = range->at(i / double{kSteps});
-      agrees =
-          findings.compare(subject, Key::IGCP, atKelvins(overT ? "from the slope of IGS" : "from the slope of IGH", T),
-                           subject(Key::IGCP, T), subject.slope(key, T) * (overT ? T : 1.0), kTolerance);
+      agrees = findings.compare(subject, Key::IGCP,
+                                std::string("from the slope of ") + (overT ? "IGS" : "IGH") + atKelvins(T),
+                                subject(Key::IGCP, T), subject.slope(key, T) * (overT ? T : 1.0), kTolerance);
     }
     if (agrees)
       findings.compare(subject, key, "for the change over the range, from the integral of IGCP",

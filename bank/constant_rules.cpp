@@ -1,6 +1,8 @@
 // Single values, by themselves and with each other.
+#include <algorithm>
 #include <cmath>
 #include <string>
+#include <utility>
 
 #include "bank/bounds.h"
 #include "bank/rules.h"
@@ -8,27 +10,30 @@
 namespace qs::bank {
 
 void bounds(const Subject& subject, Findings& findings) {
-  const auto keeps = [&](Key key, double value, const std::string& where) {
+  const auto outside = [](Key key, double value) {
     const auto [lowest, highest] = boundsOf(key);
-    if (lowest <= value && value <= highest) return true;
-    findings.add(subject.compound(), key,
-                 numberText(value) + where + " is not within " + numberText(lowest) + " to " + numberText(highest));
-    return false;
+    return value < lowest || value > highest;
   };
-  for (const auto& [key, value] : subject.data().constants) keeps(key, value, "");
-  constexpr double kHottest = 10000.0;
+  const auto report = [&](Key key, const std::string& what, const Bounds& allowed, const char* unit = "") {
+    findings.add(subject.compound(), key,
+                 what + " is not within " + numberText(allowed.lowest) + " to " + numberText(allowed.highest) + unit);
+  };
+  constexpr Bounds kTemperatures{0.0, 10000.0};
+  for (const auto& [key, value] : subject.data().constants)
+    if (outside(key, value)) report(key, numberText(value), boundsOf(key));
   for (const Key key : kKeysInOrder) {
     const auto range = subject.range(key);
     if (!range) continue;
-    if (range->low <= 0.0 || range->high > kHottest) {
-      findings.add(subject.compound(), key,
-                   "the range from " + numberText(range->low) + " to " + numberText(range->high) +
-                       " K is not within 0 to " + numberText(kHottest) + " K");
+    if (range->low < kTemperatures.lowest || range->high > kTemperatures.highest) {
+      report(key, "the range from " + numberText(range->low) + " to " + numberText(range->high) + " K", kTemperatures,
+             " K");
       continue;
     }
     const auto& [temperatures, values] = subject.samples(key);
-    for (std::size_t i = 0; i < values.size(); ++i)
-      if (std::isfinite(values[i]) && !keeps(key, values[i], " at " + numberText(temperatures[i]) + " K")) break;
+    const auto found = std::ranges::find_if(values, [&](double value) { return outside(key, value); });
+    if (found != values.end())
+      report(key, numberText(*found) + atKelvins(temperatures[static_cast<std::size_t>(found - values.begin())]),
+             boundsOf(key));
   }
 }
 
@@ -74,8 +79,9 @@ void formation(const Subject& subject, Findings& findings) {
 void combustion(const Subject& subject, Findings& findings) {
   constexpr double kTolerance = 300.0;  // kJ/kmol
   // Heats of formation of the products, of an atom; CODATA Key Values for Thermodynamics, 1989.
-  constexpr std::pair<std::string_view, double> kProducts[] = {{"C", -393510.0}, {"H", -241826.0 / 2}, {"S", -296810.0},
-                                                               {"N", 0.0},       {"O", 0.0},           {"Cl", 0.0}};
+  constexpr std::pair<std::string_view, double> kProducts[] = {
+      {"C", -393510.0}, {"H", -241826.0 / 2}, {"S", -296810.0}, {"N", 0.0},  {"O", 0.0}, {"Cl", 0.0},
+      {"He", 0.0},      {"Ne", 0.0},          {"Ar", 0.0},      {"Kr", 0.0}, {"Xe", 0.0}};
   const auto atoms = subject.atoms();
   if (!atoms) return;
   double products = 0.0;

@@ -8,11 +8,6 @@
 #include "props/evaluation.h"
 
 namespace qs::bank {
-namespace {
-
-std::string atKelvins(double T) { return " at " + numberText(T) + " K"; }
-
-}  // namespace
 
 // As evaluation with status gives them, which takes what is beside a limit by rounding for the limit.
 void finite(const Subject& subject, Findings& findings) {
@@ -20,14 +15,18 @@ void finite(const Subject& subject, Findings& findings) {
   for (const Key key : kKeysInOrder) {
     const auto range = subject.range(key);
     if (!range) continue;
-    std::vector<double> temperatures = subject.samples(key).temperatures;
+    std::vector<double> beside;
     for (const double limit : {range->low, range->high})
-      for (const double towards : {0.0, kInfinity}) temperatures.push_back(std::nextafter(limit, towards));
-    const std::vector<double> values = subject.continued(key, temperatures);
-    const auto fault = std::ranges::find_if_not(values, isNumber);
-    if (fault != values.end())
+      for (const double towards : {0.0, kInfinity}) beside.push_back(std::nextafter(limit, towards));
+    const auto& [temperatures, values] = subject.samples(key);
+    const auto examine = [&](std::span<const double> at, std::span<const double> found) {
+      const auto fault = std::ranges::find_if_not(found, isNumber);
+      if (fault == found.end()) return true;
       findings.add(subject.compound(), key,
-                   "no number" + atKelvins(temperatures[static_cast<std::size_t>(fault - values.begin())]));
+                   "no number" + atKelvins(at[static_cast<std::size_t>(fault - found.begin())]));
+      return false;
+    };
+    if (examine(temperatures, values)) examine(beside, subject.continued(key, beside));
   }
 }
 

@@ -168,4 +168,6 @@ std::string numberText(double value) {
   return text;
 }
 
+std::string atKelvins(double T) { return " at " + numberText(T) + " K"; }
+
 }  // namespace qs::bank

@@ -98,5 +98,7 @@ class Findings {
 
 // With six digits.
 std::string numberText(double value);
+// " at 378.15 K".
+std::string atKelvins(double T);
 
 }  // namespace qs::bank

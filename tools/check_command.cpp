@@ -9,6 +9,7 @@
 
 #include "bank/checks.h"
 #include "bank/database_source.h"
+#include "bank/text_file.h"
 
 namespace qs::tools {
 namespace {
@@ -19,6 +20,11 @@ struct CheckOptions {
 };
 
 const char* nameOf(bank::Severity severity) { return severity == bank::Severity::Error ? "error" : "warning"; }
+
+void printRules(std::ostream& out) {
+  for (const bank::Rule& rule : bank::rules())
+    out << rule.name << " (" << nameOf(rule.severity) << "): " << rule.reason << '\n';
+}
 
 void printJson(std::span<const bank::Finding> findings, std::ostream& out) {
   using Json = nlohmann::ordered_json;
@@ -39,8 +45,7 @@ void printJson(std::span<const bank::Finding> findings, std::ostream& out) {
 
 void check(const CheckOptions& options, std::ostream& out) {
   std::vector<bank::Finding> findings;
-  const bank::Source source =
-      bank::readSourceOrDatabase(std::u8string(options.place.begin(), options.place.end()), findings);
+  const bank::Source source = bank::readSourceOrDatabase(bank::pathOf(options.place), findings);
   std::ranges::move(bank::check(source), std::back_inserter(findings));
   std::ranges::stable_sort(findings, {}, &bank::Finding::line);
   const auto waived =
@@ -49,11 +54,8 @@ void check(const CheckOptions& options, std::ostream& out) {
     printJson(findings, out);
   } else {
     for (const bank::Finding& finding : findings) {
-      out << textOf(finding) << " [" << finding.rule << ", ";
-      if (finding.waiver.empty())
-        out << nameOf(finding.severity) << "]\n";
-      else
-        out << "waived: " << finding.waiver << "]\n";
+      out << textOf(finding) << " [" << finding.rule << ", " << nameOf(finding.severity)
+          << (finding.waiver.empty() ? "" : ", waived: " + finding.waiver) << "]\n";
     }
     out << options.place << ": " << source.compounds.size() << " compounds, " << std::ssize(findings) - waived
         << " findings, " << waived << " waived\n";
@@ -69,6 +71,13 @@ void addCheckCommand(CLI::App& app, std::ostream& out) {
   command->add_option("SOURCE|DATABASE", options->place, "A compound source in JSON, or the directory of a database")
       ->required();
   command->add_flag("--json", options->json, "Print a list in JSON");
+  command->add_flag_callback(
+      "--rules",
+      [&out] {
+        printRules(out);
+        throw CLI::Success();
+      },
+      "List the rules with their reasons, and check nothing");
   command->footer(
       "Example: qsdb check compounds.json\n"
       "Exit codes: 0 without findings, 1 with findings that are not waived, 2 when it cannot check");

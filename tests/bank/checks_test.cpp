@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -10,6 +11,7 @@
 
 #include "bank/bounds.h"
 #include "bank/examination.h"
+#include "bank/json_source.h"
 #include "tests/support/database_builder.h"
 #include "tests/support/files.h"
 #include "tools/qsdb.h"
@@ -91,7 +93,7 @@ TEST(Checks, ListWhatIsWaivedAndDoNotCountIt) {
   writeFile(file, faulty("353.24", "253.24",
                          R"({"rule": "order", "compound": 21, "field": "NBP", "reason": "it sublimes"})"));
   EXPECT_THAT(check(file, false), FieldsAre(0, AllOf(HasSubstr(": compound 21 (Benzene), NBP: MP, 278.68, is not below "
-                                                               "NBP, 253.24 [order, waived: it sublimes]\n"),
+                                                               "NBP, 253.24 [order, warning, waived: it sublimes]\n"),
                                                      HasSubstr(" 2 compounds, 0 findings, 1 waived\n"))));
   EXPECT_EQ(json::parse(check(file, true).out)[0]["waiver"], "it sublimes");
 }
@@ -125,9 +127,54 @@ TEST(Checks, ExamineDatabases) {
   EXPECT_EQ(tools::runQsdb({"check", utf8(temporary.path() / "missing")}, out, err), 2);
 }
 
-TEST(Checks, FindNothingInTheBundledDataThatIsNotWaived) {
+TEST(BundledBank, HasNoFindingThatIsNotWaived) {
   const auto outcome = check(kSourceFolder / "data/compounds.json", false);
   EXPECT_EQ(outcome.code, 0) << outcome.out;
+}
+
+// A change of one value is found in as many compounds as have what the rule needs.
+TEST(BundledBank, IsAskedByEveryRuleOfValues) {
+  const bank::Source bundled = bank::readSource(kSourceFolder / "data/compounds.json");
+  const auto constant = [](Key key, double factor, double summand) {
+    return [=](database::CompoundData& data) {
+      if (const auto found = data.constants.find(key); found != data.constants.end())
+        found->second = found->second * factor + summand;
+    };
+  };
+  // The first coefficient; of VP it is in the exponent.
+  const auto coefficient = [](Key key, double factor, double summand) {
+    return [=](database::CompoundData& data) {
+      double& first = data.correlations.at(key).coefficients[0];
+      first = first * factor + summand;
+    };
+  };
+  const struct {
+    const char* rule;
+    std::function<void(database::CompoundData&)> change;
+    std::ptrdiff_t count;
+  } rows[] = {
+      {"molecular-weight", constant(Key::MW, 1.01, 0.0), 54},
+      {"critical-compressibility", constant(Key::ZC, 1.05, 0.0), 54},
+      {"order", constant(Key::NBP, 1.0, 1000.0), 53},
+      {"formation", constant(Key::IGGF25, 1.0, 1500.0), 54},
+      {"combustion", constant(Key::IGHC25, 1.0, 1000.0), 53},
+      {"acentric-factor", constant(Key::ACEN, 1.0, -0.05), 53},
+      {"boiling-point", coefficient(Key::VP, 1.0, 0.1), 53},
+      {"critical-pressure", coefficient(Key::VP, 1.0, 0.1), 52},
+      {"clapeyron", coefficient(Key::HVP, 2.0, 0.0), 54},
+      {"trouton", coefficient(Key::HVP, 2.5, 0.0), 52},
+      {"liquid-density", coefficient(Key::LDN, 2.0, 0.0), 54},
+      {"ideal-gas", coefficient(Key::IGH, 1.0, 10.0), 54},
+      {"limits", constant(Key::TC, 0.4, 0.0), 54},
+  };
+  for (const auto& [rule, change, count] : rows) {
+    bank::Source changed = bundled;
+    for (bank::Compound& compound : changed.compounds) change(compound.data);
+    std::set<std::string> compounds;
+    for (const bank::Finding& finding : bank::check(changed))
+      if (finding.rule == rule) compounds.insert(finding.compound);
+    EXPECT_EQ(std::ssize(compounds), count) << rule;
+  }
 }
 
 // docs/checks.md has a section for each rule, and rows "| `KEY`, `KEY` | lowest | highest | reason |".
