@@ -44,6 +44,10 @@ flex flex
 bison bison
 xz xz-utils
 '
+# What ./test needs besides.
+needed_for_browser='
+chromium chromium
+'
 # What ./test deep needs besides.
 needed_for_deep='
 /usr/bin/clang++-14 clang-14
