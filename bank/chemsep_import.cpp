@@ -143,12 +143,6 @@ bool isOneOf(std::string_view spellings, std::string_view unit) {
 
 std::string_view firstOf(std::string_view spellings) { return spellings.substr(0, spellings.find('|')); }
 
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
 bool fits(std::string_view text, std::size_t longest) {
   return !text.empty() && text.size() <= longest &&
          std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });

@@ -40,6 +40,12 @@ std::string exactText(double number) {
   return {digits, writeExactDouble(digits, number)};
 }
 
+std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
 std::string suggestion(std::string_view mistyped, const std::vector<std::string_view>& names) {
   std::size_t least = mistyped.size() / 3 + 2;  // farther away it is another name
   std::string_view nearest;

@@ -99,6 +99,9 @@ std::string unitOf(Key key);
 // The shortest text from which the same number is read.
 std::string exactText(double number);
 
+// A text without the blanks, tabs and line ends around it.
+std::string_view trimmed(std::string_view text);
+
 // The name that is nearest to a mistyped one, by the number of characters to change, as "; did you mean "..."?"; empty
 // where none is near.
 std::string suggestion(std::string_view mistyped, const std::vector<std::string_view>& names);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "bank/chemsep_import.h"
+#include "bank/csv_import.h"
 #include "bank/json_writer.h"
 #include "bank/text_file.h"
 
@@ -51,6 +52,12 @@ void importChemsep(const ImportOptions& options, std::ostream& out, std::ostream
   }
 }
 
+void importCsv(const ImportOptions& options, std::ostream& out, std::ostream& err) {
+  std::vector<bank::Finding> findings;
+  const bank::Source source = bank::importCsv(bank::pathOf(options.file), findings);
+  finish(source, findings, options, out, err);
+}
+
 CLI::App* addFormat(CLI::App& command, const char* name, const char* what, ImportOptions& options) {
   CLI::App* format = command.add_subcommand(name, what);
   format->add_option("FILE", options.file, "The file to import")->required();
@@ -66,6 +73,10 @@ void addImportCommand(CLI::App& app, std::ostream& out, std::ostream& err) {
   CLI::App* command = app.add_subcommand("import", "Make a compound source in JSON from files of other forms");
   command->require_subcommand(1);
   command->footer("Example: qsdb import chemsep library.xml -o compounds.json");
+
+  CLI::App* csv = addFormat(*command, "csv", "Import a sheet with a row for each compound, a CSV file", *options);
+  csv->footer("Example: qsdb import csv sheet.csv -o compounds.json");
+  csv->callback([options, &out, &err] { importCsv(*options, out, err); });
 
   CLI::App* chemsep =
       addFormat(*command, "chemsep", "Import a pure-component library of ChemSep, an XML file", *options);

@@ -15,6 +15,7 @@
 #include "tools/report_command.h"
 #include "tools/show_command.h"
 #include "tools/table_command.h"
+#include "tools/template_command.h"
 #include "tools/units_command.h"
 
 namespace qs::tools {
@@ -38,6 +39,7 @@ int runQsdb(std::vector<std::string> arguments, std::ostream& out, std::ostream&
   addReportCommand(app, out, err);
   addShowCommand(app, out, err);
   addTableCommand(app, out, err);
+  addTemplateCommand(app, out);
   addUnitsCommand(app, out);
   std::ranges::reverse(arguments);  // as CLI11 takes them
   try {
