@@ -1,11 +1,9 @@
 // The commands that show a bank: find, show, table and report.
 #include <gmock/gmock.h>
 
-#include <sstream>
-
 #include "tests/support/database_builder.h"
 #include "tests/support/files.h"
-#include "tools/qsdb.h"
+#include "tests/support/qsdb.h"
 
 namespace {
 
@@ -16,49 +14,38 @@ using testing::IsEmpty;
 
 const std::filesystem::path kSample = kSourceFolder / "tests/tools/sample_source.json";
 
-struct Outcome {
-  int code;
-  std::string out, err;
-};
-
-Outcome run(const std::vector<std::string>& arguments) {
-  std::ostringstream out, err;
-  const int code = qs::tools::runQsdb(arguments, out, err);
-  return {code, out.str(), err.str()};
-}
-
 TEST(QsdbShow, FindsCompoundsByNumberNameSynonymAndCas) {
   for (const char* name : {"300", "full", "FULL", "2,2'-full", "Second Name", "74-84-0"}) {
-    const auto outcome = run({"show", utf8(kSample), name});
+    const auto outcome = runQsdb({"show", utf8(kSample), name});
     EXPECT_EQ(outcome.code, 0) << name << outcome.err;
     EXPECT_THAT(outcome.out, AllOf(testing::StartsWith("300 Full\n"), HasSubstr("30.07  kg/kmol")));
   }
 }
 
 TEST(QsdbShow, ShowsAllThatIsKnownOfAValue) {
-  const auto outcome = run({"show", utf8(kSample), "full", "--key", "VP,MW"});
+  const auto outcome = runQsdb({"show", utf8(kSample), "full", "--key", "VP,MW"});
   for (const char* part : {"300 Full, VP Vapour Pressure [kPa]", "Y = exp(A + B/(C+X) + D*lnX + E*X^F)",
                            "X = (1.0 - T / 1)^2; value = exp(Y^(1/0.5))", "A = 1, B = 2, C = 3, D = 4, E = 5, F = 6",
                            "100 to 200 K, 0.5 to 9e+09 kPa", "Title         t", "MW Molecular Weight [kg/kmol]"})
     EXPECT_THAT(outcome.out, HasSubstr(part));
-  EXPECT_THAT(run({"show", utf8(kSourceFolder / "data/compounds.json"), "19", "--key", "IGCP"}).out,
+  EXPECT_THAT(runQsdb({"show", utf8(kSourceFolder / "data/compounds.json"), "19", "--key", "IGCP"}).out,
               AllOf(HasSubstr("Follows from  IGH"), HasSubstr("50 to 1000 K"), HasSubstr("Source        chemsep")));
 }
 
 TEST(QsdbShow, ReadsDatabasesToo) {
   const TemporaryDirectory temporary;
-  ASSERT_EQ(run({"build", utf8(kSample), utf8(temporary.path() / "database")}).code, 0);
-  EXPECT_EQ(run({"table", utf8(temporary.path() / "database"), "--compound", "7,300", "--key", "VP,LDN,MW", "--from",
-                 "10", "--to", "300", "--step", "7.5", "--csv"})
+  ASSERT_EQ(runQsdb({"build", utf8(kSample), utf8(temporary.path() / "database")}).code, 0);
+  EXPECT_EQ(runQsdb({"table", utf8(temporary.path() / "database"), "--compound", "7,300", "--key", "VP,LDN,MW",
+                     "--from", "10", "--to", "300", "--step", "7.5", "--csv"})
                 .out,
-            run({"table", utf8(kSample), "--compound", "7,300", "--key", "VP,LDN,MW", "--from", "10", "--to", "300",
-                 "--step", "7.5", "--csv"})
+            runQsdb({"table", utf8(kSample), "--compound", "7,300", "--key", "VP,LDN,MW", "--from", "10", "--to", "300",
+                     "--step", "7.5", "--csv"})
                 .out);
 }
 
 TEST(QsdbFind, ListsWhatHasTheText) {
-  EXPECT_EQ(run({"find", utf8(kSample), "FIRST"}).out, "7  Sparse      first\n");
-  EXPECT_THAT(run({"find", utf8(kSourceFolder / "data/compounds.json"), "c4h10"}).out,
+  EXPECT_EQ(runQsdb({"find", utf8(kSample), "FIRST"}).out, "7  Sparse      first\n");
+  EXPECT_THAT(runQsdb({"find", utf8(kSourceFolder / "data/compounds.json"), "c4h10"}).out,
               AllOf(HasSubstr("n-Butane"), HasSubstr("Isobutane")));
 }
 
@@ -84,7 +71,7 @@ TEST(QsdbLook, ReturnsTwoAndTheReason) {
       {{"report", sample, "-o", utf8(temporary.path() / "missing" / "bank.html")}, "bank.html"},
   };
   for (const auto& [arguments, reason] : cases) {
-    const auto outcome = run(arguments);
+    const auto outcome = runQsdb(arguments);
     EXPECT_EQ(outcome.code, 2) << arguments[2];
     EXPECT_THAT(outcome.out, IsEmpty());
     EXPECT_THAT(outcome.err, HasSubstr(reason));
@@ -95,12 +82,12 @@ TEST(QsdbLook, ReturnsTwoAndTheReason) {
 TEST(QsdbLook, WritesFiles) {
   const TemporaryDirectory temporary;
   const auto picture = temporary.path() / u8"\u6c34.svg", page = temporary.path() / "bank.html";
-  EXPECT_EQ(run({"table", utf8(kSample), "--compound", "7", "--key", "VP", "--from", "10", "--to", "20", "--step", "1",
-                 "--svg", utf8(picture)})
+  EXPECT_EQ(runQsdb({"table", utf8(kSample), "--compound", "7", "--key", "VP", "--from", "10", "--to", "20", "--step",
+                     "1", "--svg", utf8(picture)})
                 .code,
             0);
   EXPECT_THAT(readFile(picture), HasSubstr(">Sparse</text>"));
-  EXPECT_EQ(run({"report", utf8(kSample), "-o", utf8(page)}).out, utf8(page) + ": 2 compounds\n");
+  EXPECT_EQ(runQsdb({"report", utf8(kSample), "-o", utf8(page)}).out, utf8(page) + ": 2 compounds\n");
   EXPECT_THAT(readFile(page), HasSubstr("2 compounds, 2 constants, 3 correlations"));
 }
 

@@ -1,13 +1,11 @@
-#include "tools/qsdb.h"
-
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 #include "persist/shared_catalogues.h"
 #include "tests/support/database_builder.h"
 #include "tests/support/files.h"
+#include "tests/support/qsdb.h"
 
 namespace {
 
@@ -20,19 +18,8 @@ using testing::IsEmpty;
 using testing::Ne;
 using testing::Not;
 
-struct Outcome {
-  int code;
-  std::string out, err;
-};
-
-Outcome run(const std::vector<std::string>& arguments) {
-  std::ostringstream out, err;
-  const int code = qs::tools::runQsdb(arguments, out, err);
-  return {code, out.str(), err.str()};
-}
-
 Outcome build(const std::filesystem::path& source, const std::filesystem::path& directory) {
-  return run({"build", utf8(source), utf8(directory)});
+  return runQsdb({"build", utf8(source), utf8(directory)});
 }
 
 TEST(BundledSource, UsesTheDocumentedUnits) {
@@ -92,26 +79,27 @@ TEST(QsdbExport, GivesASourceThatBuildsTheSameBytes) {
   const auto database = temporary.path() / "database", again = temporary.path() / "again";
   const auto file = temporary.path() / "exported.json", sheet = temporary.path() / "sheet.csv";
   ASSERT_EQ(build(sampleSource(), database).code, 0);
-  EXPECT_THAT(run({"export", utf8(database), "-o", utf8(file)}), FieldsAre(0, "", ""));
+  EXPECT_THAT(runQsdb({"export", utf8(database), "-o", utf8(file)}), FieldsAre(0, "", ""));
   ASSERT_EQ(build(file, again).code, 0);
   for (const char* name : {"purecmp1.idx", "purecmp1.dat"})
     EXPECT_EQ(readFile(again / name), readFile(database / name));
-  EXPECT_THAT(run({"export", utf8(file)}), FieldsAre(0, readFile(file), ""));
-  EXPECT_THAT(run({"export", "--csv", utf8(database), "-o", utf8(sheet)}), FieldsAre(0, "", ""));
+  EXPECT_THAT(runQsdb({"export", utf8(file)}), FieldsAre(0, readFile(file), ""));
+  EXPECT_THAT(runQsdb({"export", "--csv", utf8(database), "-o", utf8(sheet)}), FieldsAre(0, "", ""));
   EXPECT_THAT(readFile(sheet), testing::StartsWith("number,name,"));
 
-  EXPECT_THAT(run({"export", utf8(temporary.path() / "none")}), FieldsAre(Ne(0), "", HasSubstr("No such file")));
-  EXPECT_THAT(run({"export", utf8(database), "-o", utf8(file / "x")}),
+  EXPECT_THAT(runQsdb({"export", utf8(temporary.path() / "none")}), FieldsAre(Ne(0), "", HasSubstr("No such file")));
+  EXPECT_THAT(runQsdb({"export", utf8(database), "-o", utf8(file / "x")}),
               FieldsAre(Ne(0), "", HasSubstr("exported.json")));
-  EXPECT_THAT(run({"export", utf8(temporary.path())}), FieldsAre(Ne(0), "", HasSubstr("purecmp1.idx: No such file")));
+  EXPECT_THAT(runQsdb({"export", utf8(temporary.path())}),
+              FieldsAre(Ne(0), "", HasSubstr("purecmp1.idx: No such file")));
 }
 
 TEST(Qsdb, TellsHowItIsUsed) {
-  EXPECT_THAT(run({"--help"}), FieldsAre(0, HasSubstr("build"), ""));
-  EXPECT_THAT(run({"--version"}), FieldsAre(0, HasSubstr("1.0"), ""));
+  EXPECT_THAT(runQsdb({"--help"}), FieldsAre(0, HasSubstr("build"), ""));
+  EXPECT_THAT(runQsdb({"--version"}), FieldsAre(0, HasSubstr("1.0"), ""));
   for (const std::vector<std::string>& wrong :
        std::vector<std::vector<std::string>>{{}, {"biuld"}, {"build", "source"}, {"build", "a", "b", "c"}})
-    EXPECT_THAT(run(wrong), FieldsAre(Ne(0), "", Not(IsEmpty())));
+    EXPECT_THAT(runQsdb(wrong), FieldsAre(Ne(0), "", Not(IsEmpty())));
 }
 
 }  // namespace
