@@ -10,11 +10,10 @@ struct Bounds {
   double lowest, highest;
 };
 
+// clang-format off
 constexpr Bounds boundsOf(Key key) {
   switch (key) {
-    case Key::MW:
-      return {1.0, 1e6};
-    // clang-format off
+    case Key::MW: return {1.0, 1e6};
     case Key::TC: case Key::PRTC: case Key::PRSVTC: case Key::SRKTC: case Key::AltTC:
     case Key::NBP: case Key::MP: return {1.0, 10000.0};
     case Key::FP: return {50.0, 1000.0};
@@ -64,9 +63,9 @@ constexpr Bounds boundsOf(Key key) {
     case Key::IGHF25: case Key::IGGF25: return {-1e7, 5e6};
     case Key::IGSF25: return {-20000.0, 1000.0};
     case Key::IGHC25: return {-1e8, 0.0};
-      // clang-format on
   }
   return {};
 }
+// clang-format on
 
 }  // namespace qs::bank

@@ -1,7 +1,8 @@
 #include "bank/checks.h"
 
 #include <algorithm>
-#include <set>
+#include <iterator>
+#include <map>
 #include <tuple>
 #include <utility>
 
@@ -50,6 +51,7 @@ constexpr Rule kRules[] = {
     {"waiver", kError, "a waiver has a reason and waives something"},
 };
 constexpr const Rule& kOfWaivers = kRules[std::size(kRules) - 1];
+static_assert(kOfWaivers.name == "waiver");
 
 // What a waiver is for: rule, compound as findings name it, field.
 using Waived = std::tuple<std::string_view, std::string_view, std::string_view>;

@@ -17,10 +17,10 @@ double secondVirialCoefficient(const Subject& subject, double T) {
           subject(Key::ACEN) * (0.0637 + 0.331 / r2 - 0.423 / r3 - 0.008 / r8));
 }
 
-// In m3/kmol; kNotKnown where the equation with the second virial coefficient has no real volume.
-double saturatedVapourVolume(const Subject& subject, double T) {
+// In m3/kmol; not a number where the equation with the second virial coefficient has no real solution.
+double saturatedVapourVolume(const Subject& subject, double T, double virial) {
   const double ideal = kGasConstant * T / subject(Key::VP, T);
-  return ideal * (1.0 + std::sqrt(1.0 + 4.0 * secondVirialCoefficient(subject, T) / ideal)) / 2.0;
+  return ideal * (1.0 + std::sqrt(1.0 + 4.0 * virial / ideal)) / 2.0;
 }
 
 }  // namespace
@@ -42,7 +42,11 @@ void criticalPressure(const Subject& subject, Findings& findings) {
 
 void acentricFactor(const Subject& subject, Findings& findings) {
   constexpr double kTolerance = 0.01;
-  const double pressure = subject(Key::VP, 0.7 * subject(Key::TC));
+  constexpr double kNear = 0.02;  // of TC; the lowest temperatures of some liquids are a little higher
+  const auto range = subject.range(Key::VP);
+  const double critical = subject(Key::TC), T = 0.7 * critical;
+  if (!range || !(range->low <= T + kNear * critical && range->high >= T - kNear * critical)) return;
+  const double pressure = subject.continued(Key::VP, {&T, 1}).front();
   findings.compareDifference(subject, Key::ACEN, "from VP at 0.7 TC", subject(Key::ACEN),
                              -1.0 - std::log10(pressure / subject(Key::PC)), kTolerance);
 }
@@ -53,7 +57,11 @@ void clapeyron(const Subject& subject, Findings& findings) {
   const auto range = subject.range(Key::HVP, Key::VP);
   if (!range) return;
   const double T = std::min(range->at(0.5), kHighest * subject(Key::TC));
-  const double volume = saturatedVapourVolume(subject, T) - subject(Key::MW) / subject(Key::LDN, T);
+  const double virial = secondVirialCoefficient(subject, T), vapour = saturatedVapourVolume(subject, T, virial);
+  if (virial < 0.0 && std::isnan(vapour) && subject.curve(Key::SVR))
+    return findings.add(subject.compound(), Key::SVR,
+                        numberText(virial) + atKelvins(T) + " leaves the saturated vapour no volume");
+  const double volume = vapour - subject(Key::MW) / subject(Key::LDN, T);
   findings.compare(subject, Key::HVP, "from the slope of VP" + atKelvins(T), subject(Key::HVP, T),
                    T * subject.slope(Key::VP, T) * volume, kTolerance);
 }

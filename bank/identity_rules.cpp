@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <unordered_map>
+#include <utility>
 
 #include "bank/elements.h"
 #include "bank/rules.h"
@@ -35,28 +36,38 @@ std::string place(const Compound& compound) {
   return database::describe(compound.data) + (compound.line > 0 ? ", line " + std::to_string(compound.line) : "");
 }
 
-std::optional<std::string> refusal(std::span<const database::CompoundData> compounds) try {
-  database::encodeDatabase(compounds);
-  return std::nullopt;
+// Why a database cannot hold a compound, as "compound 7 (Name), VP: what is wrong"; empty where it can.
+std::string refusal(const database::CompoundData& compound) try {
+  database::encodeDatabase({&compound, 1});
+  return {};
 } catch (const std::invalid_argument& error) {
   return error.what();
+}
+
+// The member of sources for a field of the data record.
+std::string memberOf(const std::string& field) {
+  static constexpr std::pair<std::string_view, std::string_view> kMembers[] = {
+#define BANK_FIELD(key, field, record_name, member) {record_name, member},
+#include "props/identity.def"
+  };
+  for (const auto& [recordName, member] : kMembers)
+    if (recordName == field) return std::string(member);
+  return field;
 }
 
 }  // namespace
 
 void storableCompound(const Subject& subject, Findings& findings) {
-  auto reason = refusal({&subject.data(), 1});
-  if (!reason) return;
-  // "compound 7 (Name), VP: what is wrong"
-  const std::string start = database::describe(subject.data()) + ", ";
-  const std::size_t colon = reason->find(": ", start.size());
-  if (!reason->starts_with(start) || colon == std::string::npos) return findings.add(subject.compound(), "", *reason);
-  const std::string field = reason->substr(start.size(), colon - start.size());
-  const std::string message = reason->substr(colon + 2);
+  const std::string reason = refusal(subject.data());
+  if (reason.empty()) return;
+  const std::size_t start = database::describe(subject.data()).size() + 2;
+  const std::size_t colon = reason.find(": ", start);
+  if (colon == std::string::npos) return findings.add(subject.compound(), "", reason);
+  const std::string field = reason.substr(start, colon - start), message = reason.substr(colon + 2);
   if (const auto key = findKey(widen(field)))
     findings.add(subject.compound(), *key, message);
   else
-    findings.add(subject.compound(), field, message);
+    findings.add(subject.compound(), memberOf(field), message);
 }
 
 void storableBank(const Source& source, Findings& findings) {
@@ -71,7 +82,7 @@ void storableBank(const Source& source, Findings& findings) {
     for (const auto& [key, value] : compound.data.constants) constants.try_emplace(key, &compound);
   for (const Compound& compound : source.compounds)
     for (const auto& [key, other] : constants)
-      if (database::correlationOf(compound.data, key))
+      if (other != &compound && database::correlationOf(compound.data, key))
         findings.add(compound, key, "a correlation, but a single value in " + place(*other));
 }
 
@@ -128,7 +139,7 @@ void sameName(const Source& source, Findings& findings) {
       const Compound* first = uses.earlier(lower(name), compound);
       if (first && (first != &compound || !mayRepeat))
         findings.add(compound, field,
-                     '"' + name + "\" is also a name of " + (first == &compound ? "itself" : place(*first)));
+                     '"' + name + "\" is " + (first == &compound ? "there twice" : "also a name of " + place(*first)));
     };
     use("name", compound.data.name, false);
     for (const std::string& synonym : compound.data.synonyms) use("synonyms", synonym, false);

@@ -158,7 +158,7 @@ TEST(BundledBank, IsAskedByEveryRuleOfValues) {
       {"order", constant(Key::NBP, 1.0, 1000.0), 53},
       {"formation", constant(Key::IGGF25, 1.0, 1500.0), 54},
       {"combustion", constant(Key::IGHC25, 1.0, 1000.0), 53},
-      {"acentric-factor", constant(Key::ACEN, 1.0, -0.05), 53},
+      {"acentric-factor", constant(Key::ACEN, 1.0, -0.05), 54},
       {"boiling-point", coefficient(Key::VP, 1.0, 0.1), 53},
       {"critical-pressure", coefficient(Key::VP, 1.0, 0.1), 52},
       {"clapeyron", coefficient(Key::HVP, 2.0, 0.0), 54},
