@@ -60,7 +60,7 @@ void clapeyron(const Subject& subject, Findings& findings) {
   const double virial = secondVirialCoefficient(subject, T), vapour = saturatedVapourVolume(subject, T, virial);
   if (virial < 0.0 && std::isnan(vapour) && subject.curve(Key::SVR))
     return findings.add(subject.compound(), Key::SVR,
-                        numberText(virial) + atKelvins(T) + " leaves the saturated vapour no volume");
+                        numberText(virial) + atKelvins(T) + " and VP leave the saturated vapour no volume");
   const double volume = vapour - subject(Key::MW) / subject(Key::LDN, T);
   findings.compare(subject, Key::HVP, "from the slope of VP" + atKelvins(T), subject(Key::HVP, T),
                    T * subject.slope(Key::VP, T) * volume, kTolerance);
