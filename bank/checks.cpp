@@ -83,14 +83,16 @@ void applyWaivers(const Source& source, std::vector<Finding>& list) {
 
 std::span<const Rule> rules() { return kRules; }
 
-std::vector<Finding> check(const Source& source) {
+std::vector<Finding> check(const Source& source, const std::function<void(std::size_t)>& done) {
   std::vector<Finding> list;
+  std::size_t examined = 0;
   for (const Compound& compound : source.compounds) {
     const Subject subject(compound);
     for (const Rule& rule : kRules) {
       Findings findings(source, rule, list);
       if (rule.ofCompound) rule.ofCompound(subject, findings);
     }
+    done(++examined);
   }
   for (const Rule& rule : kRules) {
     Findings findings(source, rule, list);

@@ -1,6 +1,8 @@
 // Examines the values of a source or a database; docs/checks.md describes each rule.
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -24,7 +26,9 @@ struct Rule {
 
 std::span<const Rule> rules();
 
-// What the rules find, in the order of the compounds and of lines; with the source's waivers.
-std::vector<Finding> check(const Source& source);
+// What the rules find, in the order of the compounds and of lines; with the source's waivers. `done` is told how many
+// compounds have been examined.
+std::vector<Finding> check(
+    const Source& source, const std::function<void(std::size_t)>& done = [](std::size_t) {});
 
 }  // namespace qs::bank

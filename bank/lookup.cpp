@@ -3,16 +3,12 @@
 #include <algorithm>
 #include <string>
 
+#include "bank/names.h"
+
 namespace qs::bank {
 namespace {
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-bool alike(char a, char b) { return lower(a) == lower(b); }
-
-bool isText(std::string_view whole, std::string_view text) { return std::ranges::equal(whole, text, alike); }
-bool hasText(std::string_view whole, std::string_view text) {
-  return std::search(whole.begin(), whole.end(), text.begin(), text.end(), alike) != whole.end();
-}
+using database::CompoundData;
 
 template <class Test>
 std::vector<const Compound*> matching(const Source& source, Test test) {
@@ -22,22 +18,28 @@ std::vector<const Compound*> matching(const Source& source, Test test) {
   return found;
 }
 
-bool isCalled(const database::CompoundData& compound, std::string_view text,
-              bool (*test)(std::string_view, std::string_view)) {
-  return std::to_string(compound.number) == text || test(compound.name, text) || test(compound.iupacName, text) ||
-         test(compound.cas, text) ||
-         std::ranges::any_of(compound.synonyms, [&](const std::string& synonym) { return test(synonym, text); });
+// Whether the number is the text or one of the names, in lower case, passes a test.
+template <class Test>
+bool isCalled(const CompoundData& compound, const std::string& text, Test test) {
+  const auto passes = [&](const std::string& name) { return test(lower(name)); };
+  return std::to_string(compound.number) == text || passes(compound.name) || passes(compound.iupacName) ||
+         passes(compound.cas) || std::ranges::any_of(compound.synonyms, passes);
 }
 
 }  // namespace
 
 std::vector<const Compound*> compoundsNamed(const Source& source, std::string_view text) {
-  return matching(source, [&](const auto& compound) { return !text.empty() && isCalled(compound, text, isText); });
+  if (text.empty()) return {};
+  return matching(source, [wanted = lower(text)](const CompoundData& compound) {
+    return isCalled(compound, wanted, [&](const std::string& name) { return name == wanted; });
+  });
 }
 
 std::vector<const Compound*> compoundsLike(const Source& source, std::string_view text) {
-  return matching(source, [&](const auto& compound) {
-    return !text.empty() && (isCalled(compound, text, hasText) || isText(compound.formula, text));
+  if (text.empty()) return {};
+  return matching(source, [wanted = lower(text)](const CompoundData& compound) {
+    return isCalled(compound, wanted, [&](const std::string& name) { return name.find(wanted) != name.npos; }) ||
+           lower(compound.formula) == wanted;
   });
 }
 

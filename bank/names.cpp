@@ -24,14 +24,14 @@ std::size_t distance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
+}  // namespace
+
 std::string lower(std::string_view text) {
   std::string result(text);
   for (char& c : result)
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   return result;
 }
-
-}  // namespace
 
 std::string unitOf(Key key) { return narrow(kKeys[static_cast<std::size_t>(key)].unit); }
 

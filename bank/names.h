@@ -93,6 +93,9 @@ constexpr std::string_view nameOf(const Table& table, T value) {
   return {};
 }
 
+// With the letters A to Z in lower case.
+std::string lower(std::string_view text);
+
 // The unit of the key table.
 std::string unitOf(Key key);
 

@@ -61,12 +61,6 @@ search();
 const KeyEntry& entryOf(Key key) { return kKeys[static_cast<std::size_t>(key)]; }
 std::string nameText(Key key) { return narrow(nameOf(key)); }
 
-std::string lower(std::string text) {
-  for (char& c : text)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return text;
-}
-
 bool isDoubtful(const Compound& compound, Key key) { return provenanceOf(compound, key).quality == Quality::Doubtful; }
 
 // Temperatures that a curve is drawn at. A range that was never set is cut to what is worth a look.
@@ -147,8 +141,8 @@ class ReportPages::Writer {
         words += ' ' + *text;
       for (const std::string& synonym : compound.synonyms) words += ' ' + synonym;
       page_ << "<tr id=\"i" << pages_.ids_[i] << "\" data-q=\"";
-      page_.text(lower(std::move(words))) << "\"><td class=\"n\">" << compound.number << "</td><td><a href=\""
-                                          << (inFolder ? pages_.nameOfPage(i) : "#c" + pages_.ids_[i]) << "\">";
+      page_.text(lower(words)) << "\"><td class=\"n\">" << compound.number << "</td><td><a href=\""
+                               << (inFolder ? pages_.nameOfPage(i) : "#c" + pages_.ids_[i]) << "\">";
       page_.text(compound.name) << "</a></td><td>";
       page_.text(compound.formula) << "</td><td>";
       page_.text(compound.cas) << "</td><td class=\"n\">" << compound.constants.size() + compound.correlations.size()

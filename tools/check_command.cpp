@@ -7,9 +7,9 @@
 #include <ostream>
 #include <string>
 
-#include "bank/checks.h"
 #include "bank/database_source.h"
 #include "bank/text_file.h"
+#include "tools/progress.h"
 
 namespace qs::tools {
 namespace {
@@ -43,10 +43,10 @@ void printJson(std::span<const bank::Finding> findings, std::ostream& out) {
   out << list.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
-void check(const CheckOptions& options, std::ostream& out) {
+void check(const CheckOptions& options, std::ostream& out, std::ostream& err) {
   std::vector<bank::Finding> findings;
   const bank::Source source = bank::readSourceOrDatabase(bank::pathOf(options.place), findings);
-  std::ranges::move(bank::check(source), std::back_inserter(findings));
+  std::ranges::move(checkWithProgress(source, err), std::back_inserter(findings));
   std::ranges::stable_sort(findings, {}, &bank::Finding::line);
   const auto waived =
       std::ranges::count_if(findings, [](const bank::Finding& finding) { return !finding.waiver.empty(); });
@@ -65,7 +65,7 @@ void check(const CheckOptions& options, std::ostream& out) {
 
 }  // namespace
 
-void addCheckCommand(CLI::App& app, std::ostream& out) {
+void addCheckCommand(CLI::App& app, std::ostream& out, std::ostream& err) {
   const auto options = std::make_shared<CheckOptions>();
   CLI::App* command = app.add_subcommand("check", "Say which values of a source or a database cannot be right");
   command->add_option("SOURCE|DATABASE", options->place, "A compound source in JSON, or the directory of a database")
@@ -81,7 +81,7 @@ void addCheckCommand(CLI::App& app, std::ostream& out) {
   command->footer(
       "Example: qsdb check compounds.json\n"
       "Exit codes: 0 without findings, 1 with findings that are not waived, 2 when it cannot check");
-  command->callback([options, &out] { check(*options, out); });
+  command->callback([options, &out, &err] { check(*options, out, err); });
 }
 
 }  // namespace qs::tools

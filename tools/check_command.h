@@ -11,6 +11,6 @@ namespace qs::tools {
 
 // Adds the command. It reports to `out` and throws CLI::RuntimeError with exit code 1 when there is a finding that is
 // not waived, std::exception when it cannot check.
-void addCheckCommand(CLI::App& app, std::ostream& out);
+void addCheckCommand(CLI::App& app, std::ostream& out, std::ostream& err);
 
 }  // namespace qs::tools

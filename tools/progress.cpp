@@ -24,4 +24,9 @@ void Progress::reach(std::size_t done) {
   err_ << '\r' << what_ << ": " << done << " of " << total_ << std::flush;
 }
 
+std::vector<bank::Finding> checkWithProgress(const bank::Source& bank, std::ostream& err) {
+  Progress progress(err, "checked", bank.compounds.size());
+  return bank::check(bank, [&](std::size_t done) { progress.reach(done); });
+}
+
 }  // namespace qs::tools

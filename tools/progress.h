@@ -5,6 +5,9 @@
 #include <cstddef>
 #include <ostream>
 #include <string>
+#include <vector>
+
+#include "bank/checks.h"
 
 namespace qs::tools {
 
@@ -27,5 +30,8 @@ class Progress {
   const bool isSeen_;
   Clock::time_point next_;  // when it is written again
 };
+
+// What bank::check finds.
+std::vector<bank::Finding> checkWithProgress(const bank::Source& bank, std::ostream& err);
 
 }  // namespace qs::tools

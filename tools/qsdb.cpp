@@ -6,6 +6,7 @@
 #include <ostream>
 #include <utility>
 
+#include "bank/names.h"
 #include "tools/build_command.h"
 #include "tools/check_command.h"
 #include "tools/doctor_command.h"
@@ -31,7 +32,7 @@ int runQsdb(std::vector<std::string> arguments, std::ostream& out, std::ostream&
   app.require_subcommand(1);
   app.allow_windows_style_options(false);  // paths may start with a slash
   addBuildCommand(app, out);
-  addCheckCommand(app, out);
+  addCheckCommand(app, out, err);
   addDoctorCommand(app, out);
   addExportCommand(app, out, err);
   addFindCommand(app, out, err);
@@ -41,6 +42,13 @@ int runQsdb(std::vector<std::string> arguments, std::ostream& out, std::ostream&
   addTableCommand(app, out, err);
   addTemplateCommand(app, out);
   addUnitsCommand(app, out);
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands({})) names.push_back(command->get_name());
+  if (!arguments.empty() && !arguments[0].starts_with('-') && std::ranges::count(names, arguments[0]) == 0) {
+    err << "qsdb: no command \"" << arguments[0] << '"' << bank::suggestion(arguments[0], {names.begin(), names.end()})
+        << '\n';
+    return kCouldNot;
+  }
   std::ranges::reverse(arguments);  // as CLI11 takes them
   try {
     app.parse(std::move(arguments));

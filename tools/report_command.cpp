@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "bank/checks.h"
 #include "bank/report.h"
 #include "tools/bank_arguments.h"
 #include "tools/progress.h"
@@ -23,10 +22,10 @@ struct ReportOptions {
 void report(const ReportOptions& options, std::ostream& out, std::ostream& err) {
   std::vector<bank::Finding> findings;
   const bank::Source bank = openBank(options.bank, findings);
-  std::ranges::move(bank::check(bank), std::back_inserter(findings));
+  std::ranges::move(checkWithProgress(bank, err), std::back_inserter(findings));
   std::filesystem::path page;
   {
-    Progress progress(err, "compounds", bank.compounds.size());
+    Progress progress(err, "written", bank.compounds.size());
     page =
         bank::saveReport(bank, findings, bank::pathOf(options.file), [&](std::size_t done) { progress.reach(done); });
   }

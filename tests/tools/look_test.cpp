@@ -56,6 +56,7 @@ TEST(QsdbLook, ReturnsTwoAndTheReason) {
   std::string text = readFile(kSample);
   writeFile(temporary.path() / "twice.json", text.replace(text.find("\"first\""), 7, "\"second name\""));
   const std::pair<std::vector<std::string>, const char*> cases[] = {
+      {{"biuld", sample, "database"}, "no command \"biuld\"; did you mean \"build\"?"},
       {{"find", sample, "nothing"}, "no compound has \"nothing\""},
       {{"find", "missing", "a"}, "missing"},
       {{"show", sample, "par"}, "no compound is called \"par\"; these are like it:\n7  Sparse"},
