@@ -19,19 +19,22 @@ Correlation of(tagEquationShapeEnum form, std::vector<double> coefficients, tagX
   return correlation;
 }
 
-double lnScale(const Given& given) { return math::log(given.times / given.over); }
+template <tagEquationShapeEnum form, std::size_t count>
+Correlation same(const Given& given) {
+  return of(form, {given.coefficients.begin(), given.coefficients.begin() + count});
+}
 
 template <std::size_t degree>
 Correlation polynomial(const Given& given) {
   std::vector<double> coefficients(5);
-  for (std::size_t i = 0; i <= degree; ++i) coefficients[i] = given.scaled(given.coefficients[i]);
+  for (std::size_t i = 0; i <= degree; ++i) coefficients[i] = given.coefficients[i];
   return of(PropCurveVELDB1, std::move(coefficients));
 }
 
 template <bool quadratic>
 Correlation logarithmic(const Given& given) {
   const auto& [A, B, C, D, E] = given.coefficients;
-  return of(PropCurveVELDB1, {A + lnScale(given), B, quadratic ? C : 0.0, 0.0, 0.0}, COMlnx);
+  return of(PropCurveVELDB1, {A, B, quadratic ? C : 0.0, 0.0, 0.0}, COMlnx);
 }
 
 std::optional<double> critical(const Given& given) { return given.criticalTemperature; }
@@ -48,7 +51,7 @@ constexpr LibraryEquation kEquations[] = {
     {10, "exp(A - B/(C + T))", nullptr,
      [](const Given& given) {
        const auto& [A, B, C, D, E] = given.coefficients;
-       return of(PropCurveVELDB5, {A + lnScale(given), -B, C, 0.0, 0.0, 0.0});
+       return of(PropCurveVELDB5, {A, -B, C, 0.0, 0.0, 0.0});
      },
      nullptr},
     {12, "exp(A + B T)", nullptr, logarithmic<false>, nullptr},
@@ -59,35 +62,20 @@ constexpr LibraryEquation kEquations[] = {
        return A + math::exp(B / T + C + D * T + E * T * T);
      }},
     {100, "A + B T + C T^2 + D T^3 + E T^4", nullptr, polynomial<4>, nullptr},
-    {101, "exp(A + B/T + C ln T + D T^E)", nullptr,
-     [](const Given& given) {
-       const auto& [A, B, C, D, E] = given.coefficients;
-       return of(PropCurveDIPPR101, {A + lnScale(given), B, C, D, E});
-     },
-     nullptr},
-    {102, "A T^B/(1 + C/T + D/T^2)", nullptr,
-     [](const Given& given) {
-       const auto& [A, B, C, D, E] = given.coefficients;
-       return of(PropCurveDIPPR102, {given.scaled(A), B, C, D});
-     },
-     nullptr},
+    {101, "exp(A + B/T + C ln T + D T^E)", nullptr, same<PropCurveDIPPR101, 5>, nullptr},
+    {102, "A T^B/(1 + C/T + D/T^2)", nullptr, same<PropCurveDIPPR102, 4>, nullptr},
     {104, "A + B/T + 1e6 C/T^3 + 1e16 D/T^8 + 1e18 E/T^9", nullptr,
      [](const Given& given) {
        const auto& [A, B, C, D, E] = given.coefficients;
-       return of(PropCurveDIPPR104, {given.scaled(A), given.scaled(B), given.scaled(1e6 * C), given.scaled(1e16 * D),
-                                     given.scaled(1e18 * E)});
+       return of(PropCurveDIPPR104, {A, B, 1e6 * C, 1e16 * D, 1e18 * E});
      },
      nullptr},
     {105, "A/B^(1 + (1 - T/C)^D)", [](const Given& given) { return std::optional(given.coefficients[2]); },
-     [](const Given& given) {
-       const auto& [A, B, C, D, E] = given.coefficients;
-       return of(PropCurveVELDB7, {given.scaled(A), B, C, D});
-     },
-     nullptr},
+     same<PropCurveVELDB7, 4>, nullptr},
     {106, "A (1 - Tr)^(B + C Tr + D Tr^2 + E Tr^3)", critical,
      [](const Given& given) {
        const auto& [A, B, C, D, E] = given.coefficients;
-       return of(PropCurveDIPPR106, {given.scaled(A), B, C, D, E, *given.criticalTemperature});
+       return of(PropCurveDIPPR106, {A, B, C, D, E, *given.criticalTemperature});
      },
      nullptr},
     {116, "A + B t^0.35 + C t^(2/3) + D t + E t^(4/3)", critical, nullptr,
@@ -101,12 +89,7 @@ constexpr LibraryEquation kEquations[] = {
        const auto& [A, B, C, D, E] = given.coefficients;
        return A - B / (T + C);
      }},
-    {121, "A + B/T + C ln T + D T^E", nullptr,
-     [](const Given& given) {
-       const auto& [A, B, C, D, E] = given.coefficients;
-       return of(PropCurveANTO1, {given.scaled(A), given.scaled(B), given.scaled(C), given.scaled(D), E});
-     },
-     nullptr},
+    {121, "A + B/T + C ln T + D T^E", nullptr, same<PropCurveANTO1, 5>, nullptr},
     {200, "E exp((A t + B t^1.5 + C t^2.5 + D t^5)/(1 - t))", critical, nullptr,
      [](const Given& given, double T) {
        const auto& [A, B, C, D, E] = given.coefficients;

@@ -10,14 +10,11 @@
 
 namespace qs::bank {
 
-// A correlation of a library: coefficients A to E and limits as in the file.
+// A correlation of a library, in its unit: coefficients A to E and limits.
 struct LibraryCorrelation {
   std::array<double, 5> coefficients{};
   double tmin = 0.0, tmax = 0.0;              // K
   std::optional<double> criticalTemperature;  // of the compound, K
-  double times = 1.0, over = 1.0;             // to the unit of the key
-
-  double scaled(double coefficient) const { return coefficient * times / over; }
 };
 
 struct LibraryEquation {
@@ -28,7 +25,7 @@ struct LibraryEquation {
   std::optional<double> (*end)(const LibraryCorrelation&);
   // The same curve in a form that a database holds, without limits; null where there is none.
   database::Correlation (*exact)(const LibraryCorrelation&);
-  // The value in the unit of the library, where there is no such form.
+  // The value, where there is no such form.
   double (*value)(const LibraryCorrelation&, double T);
 };
 

@@ -15,6 +15,7 @@
 #include "bank/names.h"
 #include "bank/properties.h"
 #include "bank/refit.h"
+#include "bank/units.h"
 #include "platform/number_text.h"
 
 namespace qs::bank {
@@ -22,76 +23,71 @@ namespace {
 
 using database::Correlation;
 
-constexpr double kStandard = 298.15;  // K
-constexpr double kRootOf1000 = 31.622776601683793;
-constexpr double kDebye = 3.33564e-30;            // C m
+constexpr double kStandard = 298.15;              // K
 constexpr double kWaterAt60Fahrenheit = 999.016;  // kg/m3
 
-// The spellings of a unit are divided by bars; an empty unit is not looked at.
 struct ConstantRow {
-  std::string_view element, units;
+  std::string_view element;
   Key key;
-  double times = 1.0, over = 1.0;
   std::string_view note = {};
 };
-constexpr std::string_view kMolarEnergy = "J/kmol";
-constexpr std::string_view kMolarVolume = "m3/kmol";
-constexpr std::string_view kSolubility = "J0.5/m1.5|J^0.5/m^1.5";
 constexpr ConstantRow kConstants[] = {
-    {"MolecularWeight", "kg/kmol", Key::MW},
-    {"CriticalTemperature", "K", Key::TC},
-    {"CriticalPressure", "Pa", Key::PC, 1.0, 1000.0},
-    {"CriticalVolume", kMolarVolume, Key::VC},
-    {"CriticalCompressibility", "", Key::ZC},
-    {"AcentricityFactor", "", Key::ACEN},
-    {"NormalBoilingPointTemperature", "K", Key::NBP},
-    {"NormalMeltingPointTemperature", "K", Key::MP},
-    {"HeatOfFusionAtMeltingPoint", kMolarEnergy, Key::HFUS, 1.0, 1000.0},
-    {"DipoleMoment", "C m|C.m|C*m|Coulomb.m", Key::DM, 1.0, kDebye, "from C m, divided by 3.33564e-30"},
-    {"RadiusOfGyration", "m", Key::RG},
-    {"SpecificGravity", "", Key::SLDN, kWaterAt60Fahrenheit, 1.0, "specific gravity at 60 F times 999.016"},
-    {"SolubilityParameter", kSolubility, Key::SP, 1.0, kRootOf1000},
-    {"HeatOfFormation", kMolarEnergy, Key::IGHF25, 1.0, 1000.0},
-    {"GibbsEnergyOfFormation", kMolarEnergy, Key::IGGF25, 1.0, 1000.0},
-    {"HeatOfCombustion", kMolarEnergy, Key::IGHC25, 1.0, 1000.0, "net; the compound is a gas at 298.15 K"},
-    {"UniquacR", "", Key::UNIQUACR},
-    {"UniquacQ", "", Key::UNIQUACQ},
-    {"COSTALDVolume", kMolarVolume, Key::COSTALDVCHAR},
-    {"CostaldAcentricFactor", "", Key::COSTALDACEN},
-    {"WilsonVolume", kMolarVolume, Key::WilsonMVOL},
-    {"ChaoSeaderLiquidVolume", kMolarVolume, Key::ChaoSeaderMVOL},
-    {"ChaoSeaderAcentricFactor", "", Key::ChaoSeaderACEN},
-    {"ChaoSeaderSolubilityParameter", kSolubility, Key::ChaoSeaderSOLP, 1.0, kRootOf1000},
+    {"MolecularWeight", Key::MW},
+    {"CriticalTemperature", Key::TC},
+    {"CriticalPressure", Key::PC},
+    {"CriticalVolume", Key::VC},
+    {"CriticalCompressibility", Key::ZC},
+    {"AcentricityFactor", Key::ACEN},
+    {"NormalBoilingPointTemperature", Key::NBP},
+    {"NormalMeltingPointTemperature", Key::MP},
+    {"HeatOfFusionAtMeltingPoint", Key::HFUS},
+    {"DipoleMoment", Key::DM},
+    {"RadiusOfGyration", Key::RG},
+    {"SpecificGravity", Key::SLDN, "specific gravity at 60 F times 999.016"},
+    {"SolubilityParameter", Key::SP},
+    {"HeatOfFormation", Key::IGHF25},
+    {"GibbsEnergyOfFormation", Key::IGGF25},
+    {"HeatOfCombustion", Key::IGHC25, "net; the compound is a gas at 298.15 K"},
+    {"UniquacR", Key::UNIQUACR},
+    {"UniquacQ", Key::UNIQUACQ},
+    {"COSTALDVolume", Key::COSTALDVCHAR},
+    {"CostaldAcentricFactor", Key::COSTALDACEN},
+    {"WilsonVolume", Key::WilsonMVOL},
+    {"ChaoSeaderLiquidVolume", Key::ChaoSeaderMVOL},
+    {"ChaoSeaderAcentricFactor", Key::ChaoSeaderACEN},
+    {"ChaoSeaderSolubilityParameter", Key::ChaoSeaderSOLP},
 };
 
 // Where several rows have the same key, the first whose element can be taken gives the value.
 struct CorrelationRow {
-  std::string_view element, units;
+  std::string_view element;
   Key key;
-  double over = 1.0;
-  bool timesMolecularWeight = false;
 };
-constexpr std::string_view kMolarHeatCapacity = "J/kmol/K|J/kmol.K|J/kmol K|J/(kmol K)";
-constexpr std::string_view kConductivity = "W/m/K|W/m.K|W/m K|W/(m K)";
-constexpr std::string_view kViscosity = "Pa s|Pa.s|Pa*s";
 constexpr CorrelationRow kCorrelations[] = {
-    {"VaporPressure", "Pa", Key::VP, 1000.0},
-    {"AntoineVaporPressure", "Pa", Key::VP, 1000.0},
-    {"LiquidDensity", "kmol/m3", Key::LDN, 1.0, true},
-    {"SolidDensity", "kmol/m3", Key::SDN, 1.0, true},
-    {"HeatOfVaporization", kMolarEnergy, Key::HVP, 1000.0},
-    {"LiquidHeatCapacityCp", kMolarHeatCapacity, Key::LCP, 1000.0},
-    {"SolidHeatCapacityCp", kMolarHeatCapacity, Key::SOLCP, 1000.0},
-    {"RPPHeatCapacityCp", kMolarHeatCapacity, Key::IGH, 1000.0},
-    {"IdealGasHeatCapacityCp", kMolarHeatCapacity, Key::IGH, 1000.0},
-    {"SecondVirialCoefficient", kMolarVolume, Key::SVR},
-    {"LiquidViscosity", kViscosity, Key::LVS},
-    {"LiquidViscosityRPS", kViscosity, Key::LVS},
-    {"VaporViscosity", kViscosity, Key::VVS},
-    {"LiquidThermalConductivity", kConductivity, Key::LTC},
-    {"VaporThermalConductivity", kConductivity, Key::VTC},
-    {"SurfaceTension", "N/m", Key::ST},
+    {"VaporPressure", Key::VP},
+    {"AntoineVaporPressure", Key::VP},
+    {"LiquidDensity", Key::LDN},
+    {"SolidDensity", Key::SDN},
+    {"HeatOfVaporization", Key::HVP},
+    {"LiquidHeatCapacityCp", Key::LCP},
+    {"SolidHeatCapacityCp", Key::SOLCP},
+    {"RPPHeatCapacityCp", Key::IGH},
+    {"IdealGasHeatCapacityCp", Key::IGH},
+    {"SecondVirialCoefficient", Key::SVR},
+    {"LiquidViscosity", Key::LVS},
+    {"LiquidViscosityRPS", Key::LVS},
+    {"VaporViscosity", Key::VVS},
+    {"LiquidThermalConductivity", Key::LTC},
+    {"VaporThermalConductivity", Key::VTC},
+    {"SurfaceTension", Key::ST},
 };
+
+// The names of bank/units.def for those that libraries write in another way.
+constexpr Named<std::string_view> kUnitNames[] = {
+    {"J/kmol/K", "J/(kmol K)"}, {"W/m/K", "W/(m K)"}, {"J0.5/m1.5", "(J/m3)^0.5"},
+    {"Coulomb.m", "C m"},       {"Pa.s", "Pa s"},
+};
+constexpr std::string_view kMolarDensity = "kmol/m3";
 
 // What a source has no place for.
 constexpr std::string_view kWithoutPlace[] = {
@@ -131,17 +127,6 @@ namespace longest {
 }  // namespace longest
 
 constexpr double kAnyPressure = 101.325;
-
-bool isOneOf(std::string_view spellings, std::string_view unit) {
-  for (std::size_t at = 0; at <= spellings.size();) {
-    const std::size_t end = std::min(spellings.find('|', at), spellings.size());
-    if (spellings.substr(at, end - at) == unit) return true;
-    at = end + 1;
-  }
-  return false;
-}
-
-std::string_view firstOf(std::string_view spellings) { return spellings.substr(0, spellings.find('|')); }
 
 bool fits(std::string_view text, std::size_t longest) {
   return !text.empty() && text.size() <= longest &&
@@ -293,13 +278,21 @@ class Importer {
     if (!value) fault(element.line, field, '"' + *text + "\" is not an integer");
     return value;
   }
-  bool hasUnit(const LibraryElement& element, std::string_view spellings) {
-    if (spellings.empty()) return true;
+  // The unit as bank/units.def has it.
+  std::optional<std::string> unitIn(const LibraryElement& element) {
     const std::string* unit = attribute(element, element.name, "units");
-    if (!unit) return false;
-    const bool isKnown = isOneOf(spellings, trimmed(*unit));
-    if (!isKnown) leaveOut(element.name, "the unit is \"" + *unit + "\", not " + std::string(firstOf(spellings)));
-    return isKnown;
+    if (!unit) return std::nullopt;
+    const auto* known = valueOf(kUnitNames, trimmed(*unit));
+    return std::string(known ? *known : trimmed(*unit));
+  }
+  // The value in the unit of a key.
+  std::optional<double> converted(const LibraryElement& element, Key key) {
+    auto value = number(element, element.name);
+    const auto unit = unitIn(element);
+    if (!value || !unit) return std::nullopt;
+    const std::string refusal = convertNumber(unitOf(key), *unit, *value);
+    if (!refusal.empty()) leaveOut(element.name, refusal);
+    return refusal.empty() ? value : std::nullopt;
   }
 
   void readNaming(const LibraryElement& element) {
@@ -362,10 +355,16 @@ class Importer {
 
   void readConstant(const ConstantRow& row) {
     const LibraryElement* element = take(row.element);
-    if (!element || !hasUnit(*element, row.units)) return;
-    const auto value = number(*element, element->name);
+    if (!element) return;
+    std::optional<double> value;
+    if (row.key == Key::SLDN) {
+      value = number(*element, element->name);
+      if (value) *value *= kWaterAt60Fahrenheit;
+    } else {
+      value = unitOf(row.key) == "-" ? number(*element, element->name) : converted(*element, row.key);
+    }
     if (!value) return;
-    compound_.data.constants[row.key] = *value * row.times / row.over;
+    compound_.data.constants[row.key] = *value;
     compound_.provenance[row.key] = provenanceOf(*element, std::string(row.note));
   }
   std::optional<double> constant(Key key) const {
@@ -383,9 +382,7 @@ class Importer {
 
   std::optional<double> absoluteEntropy() {
     const LibraryElement* element = take("AbsEntropy");
-    if (!element || !hasUnit(*element, kMolarHeatCapacity)) return std::nullopt;
-    const auto value = number(*element, element->name);
-    return value ? std::optional(*value / 1000.0) : std::nullopt;
+    return element ? converted(*element, Key::IGS) : std::nullopt;
   }
 
   void readCorrelation(const CorrelationRow& row) {
@@ -393,10 +390,9 @@ class Importer {
     if (!element) return;
     if (const auto known = origins_.find(row.key); compound_.data.correlations.contains(row.key))
       return leaveOut(row.element, narrow(nameOf(row.key)) + " comes from " + std::string(known->second));
-    if (!hasUnit(*element, row.units)) return;
     std::string note;
     ValueKind kind = ValueKind::NotKnown;
-    auto correlation = correlationOf(*element, row, note, kind);
+    auto correlation = correlationOf(*element, row.key, note, kind);
     if (!correlation) return;
     if (row.key == Key::IGH) {
       if (!absoluteEntropy_) return leaveOut(row.element, "there is no AbsEntropy for the entropy constant");
@@ -416,50 +412,55 @@ class Importer {
   }
   static void addTo(std::string& note, const std::string& part) { note += (note.empty() ? "" : "; ") + part; }
 
-  // In the unit of the key and a form that the database holds; a heat capacity for IGH is of the form VELDB1.
-  std::optional<Correlation> correlationOf(const LibraryElement& element, const CorrelationRow& row, std::string& note,
+  // In the unit of the key; for IGH, the heat capacity in the form VELDB1.
+  std::optional<Correlation> correlationOf(const LibraryElement& element, Key key, std::string& note,
                                            ValueKind& valueKind) {
-    const auto refuse = [&](const std::string& reason) {
-      leaveOut(element.name, reason);
-      return std::nullopt;
-    };
     const LibraryElement* kind = need(element, "eqno");
     const auto equationNumber = kind ? integer(*kind, element.name + ", eqno", "value") : std::nullopt;
+    const auto unit = unitIn(element);
     auto given = givenOf(element);
-    if (!equationNumber || !given) return std::nullopt;
-    const std::int32_t number = equationNumber.value_or(0);
+    if (!equationNumber || !unit || !given) return std::nullopt;
+    std::string refusal;
+    auto correlation = inOtherForm(equationNumber.value_or(0), *given, key, note, valueKind, refusal);
+    if (correlation) refusal = convert(*correlation, key == Key::IGH ? Key::IGCP : key, *unit);
+    if (refusal.empty()) return correlation;
+    leaveOut(element.name, refusal);
+    return std::nullopt;
+  }
+
+  // In the unit of the library, or nothing and why.
+  std::optional<Correlation> inOtherForm(std::int32_t number, LibraryCorrelation& given, Key key, std::string& note,
+                                         ValueKind& valueKind, std::string& refusal) const {
+    const auto refuse = [&](const std::string& why) {
+      refusal = why;
+      return std::nullopt;
+    };
     const std::string name = "equation " + std::to_string(number);
     const LibraryEquation* equation = findEquation(number);
     if (!equation) return refuse(name + " is not known");
-    given->over = row.over;
-    if (row.timesMolecularWeight) {
-      const auto weight = constant(Key::MW);
-      if (!weight) return refuse("there is no molecular weight for the conversion");
-      given->times = *weight;
-    }
-    given->criticalTemperature = constant(Key::TC);
+    given.criticalTemperature = constant(Key::TC);
     if (equation->end) {
-      const auto end = equation->end(*given);
+      const auto end = equation->end(given);
       if (!end) return refuse(name + " needs the critical temperature");
-      if (given->tmax > *end) {
-        addTo(note, "Tmax cut from " + exactText(given->tmax) + " K to the end of the equation");
-        given->tmax = *end;
+      if (given.tmax > *end) {
+        addTo(note, "Tmax cut from " + exactText(given.tmax) + " K to the end of the equation");
+        given.tmax = *end;
       }
     }
-    if (given->tmin > given->tmax) return refuse("Tmin is above Tmax");
-    const bool isPolynomialWanted = row.key == Key::IGH;
+    if (given.tmin > given.tmax) return refuse("Tmin is above Tmax");
+    const bool isPolynomialWanted = key == Key::IGH;
     if (equation->exact) {
-      Correlation exact = equation->exact(*given);
-      exact.tmin = given->tmin;
-      exact.tmax = given->tmax;
+      Correlation exact = equation->exact(given);
+      exact.tmin = given.tmin;
+      exact.tmax = given.tmax;
       if (isPolynomialWanted && (exact.form != PropCurveVELDB1 || exact.yShape != COMx))
         return refuse(name + " has no integral among the forms");
       return exact;
     }
-    const auto policy = kKeys[static_cast<std::size_t>(row.key)].policy;
-    const Curve curve{[&](double T) { return given->scaled(equation->value(*given, T)); }, given->tmin, given->tmax,
+    const auto policy = kKeys[static_cast<std::size_t>(key)].policy;
+    const Curve curve{[&](double T) { return equation->value(given, T); }, given.tmin, given.tmax,
                       policy == eTangentLnYOverInverseT,
-                      policy == eTangentToCritical ? given->criticalTemperature : std::nullopt};
+                      policy == eTangentToCritical ? given.criticalTemperature : std::nullopt};
     auto refitted = isPolynomialWanted ? refitQuartic(curve) : refit(curve);
     if (!refitted) return refuse(name + " is not positive in its whole range, and has no form of its own");
     if (refitted->deviation > kLargestDeviation)
@@ -469,6 +470,14 @@ class Importer {
     addTo(note, "refitted from " + std::string(equation->formula) + "; largest deviation " +
                     percentText(refitted->deviation));
     return std::move(refitted->correlation);
+  }
+
+  // Returns why it cannot.
+  std::string convert(Correlation& correlation, Key key, const std::string& unit) const {
+    if (unit != kMolarDensity || unitOf(key) != "kg/m3") return convertCorrelation(key, unit, correlation);
+    const auto weight = constant(Key::MW);
+    return weight ? scaleCorrelation(key, *weight, 1.0, correlation)
+                  : "there is no molecular weight for the conversion";
   }
 
   std::optional<LibraryCorrelation> givenOf(const LibraryElement& element) {

@@ -89,34 +89,36 @@ std::string convertCorrelation(Key key, std::string_view unitName, Correlation& 
   const Found found = findUnit(unitOf(key), unitName);
   const Unit* unit = found.unit;
   if (!unit || (unit->times == unit->over && unit->offset == 0.0)) return found.refusal;
-  const auto cannot = [&](const std::string& why) {
-    return '"' + std::string(unitName) + "\" cannot be converted to \"" + std::string(unit->target) + "\" here: " + why;
-  };
-  if (unit->offset != 0.0) return cannot("their zeros differ, which coefficients cannot express");
-  if (correlation.yPower != 1.0) return cannot("Y is raised to a power");
+  const std::string why = unit->offset != 0.0 ? "their zeros differ, which coefficients cannot express"
+                                              : scaleCorrelation(key, unit->times, unit->over, correlation);
+  if (why.empty()) return {};
+  return '"' + std::string(unitName) + "\" cannot be converted to \"" + std::string(unit->target) + "\" here: " + why;
+}
+
+std::string scaleCorrelation(Key key, double times, double over, Correlation& correlation) {
+  if (correlation.yPower != 1.0) return "Y is raised to a power";
   const EquationForm* form = findForm(LONG{correlation.form});
   if (!form || correlation.coefficients.size() != database::coefficientCount(key, correlation.form))
-    return cannot("the form has another number of coefficients");
+    return "the form has another number of coefficients";
   const std::string_view scale = form->scale;
   const auto coefficient = [&](char letter) -> double& {
     return correlation.coefficients[static_cast<std::size_t>(letter - 'A')];
   };
-  const double factor = unit->times / unit->over;
+  const double factor = times / over;
   const Scale shape = scaleOf(correlation.yShape);
   if (shape == Scale::Linear && scale.starts_with(kLogarithm)) {
     coefficient(scale.back()) += qs::math::log(factor);
   } else if (shape == Scale::Linear && !scale.empty()) {
     for (const char letter : scale)
-      if (letter != '+') coefficient(letter) = coefficient(letter) * unit->times / unit->over;
-    if (key == Key::IGH) coefficient('G') = coefficient('G') * unit->times / unit->over;
+      if (letter != '+') coefficient(letter) = coefficient(letter) * times / over;
+    if (key == Key::IGH) coefficient('G') = coefficient('G') * times / over;
   } else if (shape != Scale::Linear && shape != Scale::None && scale.find('+') != scale.npos) {
     coefficient(scale.front()) += shape == Scale::Ln ? math::log(factor) : math::log10(factor);
   } else if (shape == Scale::None) {
-    return cannot("the transformation " + std::string(nameOf(kTransformations, correlation.yShape)) +
-                  " of Y takes no factor");
+    return "the transformation " + std::string(nameOf(kTransformations, correlation.yShape)) + " of Y takes no factor";
   } else {
-    return cannot("no coefficient of the form " + std::string(nameOf(kForms, correlation.form)) + " takes " +
-                  (shape == Scale::Linear ? "a factor" : "the logarithm of a factor"));
+    return "no coefficient of the form " + std::string(nameOf(kForms, correlation.form)) + " takes " +
+           (shape == Scale::Linear ? "a factor" : "the logarithm of a factor");
   }
   return {};
 }

@@ -24,5 +24,7 @@ inline constexpr std::string_view kTemperatureUnit = "K", kPressureUnit = "kPa";
 [[nodiscard]] std::string convertNumber(std::string_view target, std::string_view unit, double& number);
 // The values of a correlation; its temperatures and pressures stay. What is not a scale of its coefficients is refused.
 [[nodiscard]] std::string convertCorrelation(Key key, std::string_view unit, database::Correlation& correlation);
+// Multiplies the values of a correlation by times / over.
+[[nodiscard]] std::string scaleCorrelation(Key key, double times, double over, database::Correlation& correlation);
 
 }  // namespace qs::bank
