@@ -45,7 +45,8 @@ constexpr Bounds boundsOf(Key key) {
     case Key::SolidSurfaceArea: return {0.0, 1e7};
     case Key::VP: return {0.0, 200000.0};
     case Key::SUBP: return {0.0, 10000.0};
-    case Key::HVP: case Key::HFUS: return {0.0, 500000.0};
+    case Key::HVP: return {0.0, 500000.0};
+    case Key::HFUS: return {50.0, 500000.0};
     case Key::IGCP: case Key::VCP: return {20.0, 20000.0};
     case Key::LCP: return {5.0, 20000.0};
     case Key::SOLCP: return {0.0, 20000.0};

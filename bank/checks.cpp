@@ -46,6 +46,8 @@ constexpr Rule kRules[] = {
     {"clapeyron", kError, "HVP follows from the slope of VP and the volumes of vapour and liquid", clapeyron},
     {"trouton", kWarning, "the entropy of vaporisation at NBP is alike for all compounds", trouton},
     {"liquid-density", kWarning, "LDN follows roughly from VC", liquidDensity},
+    {"standard-density", kError, "SLDN is LDN at 60 F", standardDensity},
+    {"liquid-viscosity", kWarning, "LVS at 0.7 TC is alike for all compounds", liquidViscosity},
     {"ideal-gas", kError, "IGCP is the slope of IGH and T times that of IGS", idealGas},
     {"doubtful", kWarning, "whoever made the source doubts the value", doubtful},
     {"waiver", kError, "a waiver has a reason and waives something"},

@@ -90,6 +90,20 @@ void liquidDensity(const Subject& subject, Findings& findings) {
                      criticalDensity, kCriticalTolerance);
 }
 
+void standardDensity(const Subject& subject, Findings& findings) {
+  constexpr double kTolerance = 0.03;
+  constexpr double k60F = 288.706;
+  findings.compare(subject, Key::SLDN, "from LDN at 60 F", subject(Key::SLDN), subject(Key::LDN, k60F), kTolerance);
+}
+
+void liquidViscosity(const Subject& subject, Findings& findings) {
+  constexpr double kUsual = 2e-4, kFactor = 30.0;
+  const double T = 0.7 * subject(Key::TC), value = subject(Key::LVS, T);
+  if (value > kUsual * kFactor || value < kUsual / kFactor)
+    findings.add(subject.compound(), Key::LVS,
+                 numberText(value) + atKelvins(T) + " is more than 30 times from the usual " + numberText(kUsual));
+}
+
 void idealGas(const Subject& subject, Findings& findings) {
   constexpr double kTolerance = 0.01;
   constexpr double kSmallestEnthalpy = 0.5;  // kJ/kmol

@@ -17,8 +17,10 @@ double known(double value) { return isNumber(value) ? value : kNotKnown; }
 
 // A factor by which values are wrong when a unit is.
 constexpr std::pair<double, const char*> kFactors[] = {
+    {100.0, "100"},
     {1000.0, "1000"},
     {1e6, "1000000"},
+    {4.184, "4.184, for calories"},
     {kGasConstant, "the gas constant, 8.314"},
     {1000.0 * kGasConstant, "1000 times the gas constant, 8314"},
 };

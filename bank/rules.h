@@ -36,6 +36,8 @@ void acentricFactor(const Subject&, Findings&);
 void clapeyron(const Subject&, Findings&);
 void trouton(const Subject&, Findings&);
 void liquidDensity(const Subject&, Findings&);
+void standardDensity(const Subject&, Findings&);
+void liquidViscosity(const Subject&, Findings&);
 void idealGas(const Subject&, Findings&);
 
 }  // namespace qs::bank

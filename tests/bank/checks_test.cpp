@@ -164,6 +164,8 @@ TEST(BundledBank, IsAskedByEveryRuleOfValues) {
       {"clapeyron", coefficient(Key::HVP, 2.0, 0.0), 54},
       {"trouton", coefficient(Key::HVP, 2.5, 0.0), 52},
       {"liquid-density", coefficient(Key::LDN, 2.0, 0.0), 54},
+      {"standard-density", constant(Key::SLDN, 1.1, 0.0), 46},
+      {"liquid-viscosity", coefficient(Key::LVS, 1.0, 7.0), 53},
       {"ideal-gas", coefficient(Key::IGH, 1.0, 10.0), 54},
       {"limits", constant(Key::TC, 0.4, 0.0), 54},
   };
