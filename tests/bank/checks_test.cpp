@@ -198,6 +198,9 @@ TEST(Checks, AreDocumented) {
   }
   for (const bank::Rule& rule : bank::rules()) EXPECT_TRUE(sections.contains(std::string(rule.name))) << rule.name;
   EXPECT_EQ(sections.size(), bank::rules().size());
+  std::ostringstream out, err;
+  EXPECT_EQ(tools::runQsdb({"check", "--rules"}, out, err), 0) << err.str();
+  EXPECT_EQ(std::ranges::count(out.str(), '\n'), std::ssize(bank::rules()));
   for (const Key key : kKeysInOrder) {
     const auto [lowest, highest] = bank::boundsOf(key);
     EXPECT_EQ(bounds[narrow(nameOf(key))], bank::numberText(lowest) + " | " + bank::numberText(highest))
