@@ -61,6 +61,12 @@ search();
 const KeyEntry& entryOf(Key key) { return kKeys[static_cast<std::size_t>(key)]; }
 std::string nameText(Key key) { return narrow(nameOf(key)); }
 
+// The name of the bank's file or directory.
+std::string titleOf(const Source& source) {
+  const auto place = source.file.lexically_normal();
+  return utf8(place.has_filename() ? place.filename() : place.parent_path().filename());
+}
+
 bool isDoubtful(const Compound& compound, Key key) { return provenanceOf(compound, key).quality == Quality::Doubtful; }
 
 // Temperatures that a curve is drawn at. A range that was never set is cut to what is worth a look.
@@ -147,8 +153,8 @@ class ReportPages::Writer {
       page_.text(compound.formula) << "</td><td>";
       page_.text(compound.cas) << "</td><td class=\"n\">" << compound.constants.size() + compound.correlations.size()
                                << "</td><td class=\"n\">";
-      const auto found = pages_.findings_.find(database::describe(compound));
-      if (found != pages_.findings_.end()) page_ << found->second.size();
+      const std::size_t findings = pages_.findings_.find(database::describe(compound))->second.size();
+      if (findings > 0) page_ << findings;
       page_ << "</td></tr>\n";
     }
     page_ << "</table></div>\n";
@@ -196,7 +202,7 @@ class ReportPages::Writer {
     page_ << "</table>\n";
   }
 
-  // The number of findings of each rule, and those that concern no compound.
+  // The number of findings of each rule, and those of none of the compounds.
   void findingsOfAll() {
     std::map<std::string_view, std::pair<std::size_t, std::size_t>> counts;  // open and waived
     for (const auto& [compound, findings] : pages_.findings_) {
@@ -255,11 +261,12 @@ class ReportPages::Writer {
 
   void findings(const std::string& about) {
     const auto found = pages_.findings_.find(about);
-    if (found == pages_.findings_.end()) return;
+    if (found == pages_.findings_.end() || found->second.empty()) return;
     page_ << "<table><tr><th>Finding</th><th>Field</th><th>Message</th></tr>\n";
     for (const Finding* finding : found->second) {
       page_ << (finding->waiver.empty() ? "<tr><td>" : "<tr class=\"w\"><td>");
       page_.text(finding->rule) << "</td><td>";
+      if (about.empty() && !finding->compound.empty()) page_.text(finding->compound) << " ";
       page_.text(finding->field) << "</td><td>";
       page_.text(finding->message);
       if (!finding->waiver.empty()) (page_ << "<br>waived: ").text(finding->waiver);
@@ -311,16 +318,6 @@ class ReportPages::Writer {
   Markup page_;
 };
 
-namespace {
-
-// The name of the bank's file or directory.
-std::string titleOf(const Source& source) {
-  const auto place = source.file.lexically_normal();
-  return utf8(place.has_filename() ? place.filename() : place.parent_path().filename());
-}
-
-}  // namespace
-
 ReportPages::ReportPages(const Source& source, std::span<const Finding> findings) : source_(source) {
   std::set<Key> keys;
   std::set<std::string> taken;
@@ -331,12 +328,16 @@ ReportPages::ReportPages(const Source& source, std::span<const Finding> findings
     for (const auto& [key, provenance] : compound.provenance)
       originNumbers_.emplace(provenance.origin, originNumbers_.size());
     std::string id = std::to_string(compound.data.number);
-    while (!taken.insert(id).second) id += "x";  // where a source has a number twice
+    if (!taken.insert(id).second) id += '-' + std::to_string(ids_.size() + 1);  // where a source has a number twice
     ids_.push_back(std::move(id));
+    findings_[database::describe(compound.data)];
   }
   originNumbers_.erase("");
   keys_.assign(keys.begin(), keys.end());
-  for (const Finding& finding : findings) findings_[finding.compound].push_back(&finding);
+  for (const Finding& finding : findings) {
+    const auto found = findings_.find(finding.compound);
+    (found == findings_.end() ? findings_[""] : found->second).push_back(&finding);
+  }
 }
 
 std::string ReportPages::onePage(const std::function<void(std::size_t)>& done) const {

@@ -39,7 +39,7 @@ class ReportPages {
   std::vector<Key> keys_;                                                     // that some compound has
   std::vector<std::string> ids_;                                              // of the compounds
   std::map<std::string, std::size_t, std::less<>> originNumbers_;             // of origins and of names without one
-  std::map<std::string, std::vector<const Finding*>, std::less<>> findings_;  // by compound
+  std::map<std::string, std::vector<const Finding*>, std::less<>> findings_;  // by compound; "" for others
 };
 
 }  // namespace qs::bank

@@ -67,14 +67,14 @@ TEST_F(Report, ShowsTextOfOthersAsText) {
   const std::string page =
       save(source,
            {{.rule = "<r>", .compound = "compound 3 (<script>\"&)", .field = "VP", .message = "<m>", .waiver = "<w>"},
-            {.rule = "<r>", .message = "<all>"}});
+            {.rule = "<r>", .compound = "compound at position 9", .message = "<all>"}});
   EXPECT_EQ(countOf("<script>", page), 1u);
   for (const char* markup : {"<b>", "<s>", "<i>", "<note>", "<r>", "<m>", "<w>", "<all>", "\" onclick"})
     EXPECT_THAT(page, Not(HasSubstr(markup)));
-  for (const char* part :
-       {"<tr class=\"q\"><td>TC</td>", "doubtful, fitted", "class=\"d\"", "&lt;note&gt;", "waived: &lt;w&gt;",
-        "&lt;all&gt;", "<td class=\"q\">•</td><td class=\"q\">~</td>", "Y = A + B*X + C*X^2", "A = 1, B = 2, C = 3",
-        "300 to 400 K", "<td>&lt;r&gt;</td><td class=\"n\">1</td><td class=\"n\">1</td>"})
+  for (const char* part : {"<tr class=\"q\"><td>TC</td>", "doubtful, fitted", "class=\"d\"", "&lt;note&gt;",
+                           "waived: &lt;w&gt;", "compound at position 9 </td><td>&lt;all&gt;",
+                           "<td class=\"q\">•</td><td class=\"q\">~</td>", "Y = A + B*X + C*X^2", "A = 1, B = 2, C = 3",
+                           "300 to 400 K", "<td>&lt;r&gt;</td><td class=\"n\">1</td><td class=\"n\">1</td>"})
     EXPECT_THAT(page, HasSubstr(part));
 }
 
@@ -86,10 +86,25 @@ TEST_F(Report, OfManyCompoundsIsAFolder) {
   for (int times = 0; times < 2; ++times) {
     const std::string index = save(source);
     EXPECT_THAT(index, HasSubstr("<a href=\"7.html\">"));
-    EXPECT_THAT(index, HasSubstr("<a href=\"7x.html\">"));
+    EXPECT_THAT(index, HasSubstr("<a href=\"7-14.html\">"));
     EXPECT_EQ(page_, folder_.path() / "bank" / "index.html");
     EXPECT_THAT(namesIn(folder_.path()), testing::ElementsAre("bank"));
     EXPECT_THAT(namesIn(folder_.path() / "bank"), testing::SizeIs(kMostOnOnePage + 3));
+  }
+}
+
+TEST_F(Report, StaysAsItWasWhenAnotherFails) {
+  Source source;
+  for (const std::size_t count : {kMostOnOnePage, kMostOnOnePage + 1}) {
+    source.compounds.resize(count);
+    const std::string page = save(source);
+    const auto names = namesIn(folder_.path());
+    source.description = "another";
+    EXPECT_THROW(
+        saveReport(source, {}, folder_.path() / "bank.html", [](std::size_t) { throw std::runtime_error(""); }),
+        std::runtime_error);
+    EXPECT_EQ(readFile(page_), page);
+    EXPECT_EQ(namesIn(folder_.path()), names);
   }
 }
 

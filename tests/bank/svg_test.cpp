@@ -10,7 +10,6 @@ namespace {
 using namespace qs::bank;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
