@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <utility>
 
+#include "math/functions.h"
+
 namespace qs::bank {
 namespace {
 
@@ -34,7 +36,7 @@ class Axis {
   bool has(double number) const { return from_ <= number && number <= to_; }
   // In parts of a half pixel.
   int place(double number, int parts = 1) const {
-    const double part = isLogarithmic_ ? (std::log(number) - std::log(from_)) / (std::log(to_) - std::log(from_))
+    const double part = isLogarithmic_ ? (math::log(number) - math::log(from_)) / (math::log(to_) - math::log(from_))
                                        : (number / 2 - from_ / 2) / (to_ / 2 - from_ / 2);
     return static_cast<int>(std::lround(parts * (begin_ + part * (end_ - begin_))));
   }
@@ -172,7 +174,7 @@ void appendContent(Markup& page, const Chart& chart, int parts) {
 std::vector<double> roundTicks(double from, double to, int most) {
   const double width = to - from;
   if (!(width > kLeast && width < kMost)) return {};
-  for (int exponent = static_cast<int>(std::floor(std::log10(width / most)));; ++exponent) {
+  for (int exponent = static_cast<int>(std::floor(math::log10(width / most)));; ++exponent) {
     for (const int digit : {1, 2, 5}) {
       const double step = decimal(digit, exponent);
       const double first = std::ceil(from / step), last = std::floor(to / step);
@@ -186,7 +188,8 @@ std::vector<double> roundTicks(double from, double to, int most) {
 }
 
 std::vector<double> logarithmicTicks(double from, double to, int most) {
-  const int first = static_cast<int>(std::floor(std::log10(from))), last = static_cast<int>(std::ceil(std::log10(to)));
+  const int first = static_cast<int>(std::floor(math::log10(from))),
+            last = static_cast<int>(std::ceil(math::log10(to)));
   const int step = std::max(1, (last - first + most - 1) / most);
   std::vector<double> ticks;
   for (int exponent = first; exponent <= last; ++exponent) {

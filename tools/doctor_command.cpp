@@ -26,8 +26,10 @@ void diagnose(std::ostream& out) {
 }  // namespace
 
 void addDoctorCommand(CLI::App& app, std::ostream& out) {
-  app.add_subcommand("doctor", "Say whether hosts can use the modules, and what to do when they cannot")
-      ->callback([&out] { diagnose(out); });
+  CLI::App* command =
+      app.add_subcommand("doctor", "Say whether hosts can use the modules, and what to do when they cannot");
+  command->footer("Example: qsdb doctor");
+  command->callback([&out] { diagnose(out); });
 }
 
 }  // namespace qs::tools

@@ -31,7 +31,7 @@ void addFindCommand(CLI::App& app, std::ostream& out, std::ostream& err) {
   CLI::App* command = app.add_subcommand("find", "List the compounds that have a text in their names or numbers");
   command->add_option("DATABASE", options->bank, kBankHelp)->required();
   command->add_option("TEXT", options->text, "A number, formula, or part of a name, synonym or CAS number")->required();
-  command->footer("Example:\n  qsdb find database butan");
+  command->footer("Example: qsdb find database butan");
   command->callback([options, &out, &err] { find(*options, out, err); });
 }
 

@@ -42,7 +42,7 @@ void addReportCommand(CLI::App& app, std::ostream& out, std::ostream& err) {
       ->add_option("-o,--output", options->file,
                    "The page; for more than 500 compounds a folder, without the ending .html")
       ->required();
-  command->footer("Example:\n  qsdb report database -o bank.html");
+  command->footer("Example: qsdb report database -o bank.html");
   command->callback([options, &out, &err] { report(*options, out, err); });
 }
 

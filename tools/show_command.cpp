@@ -33,7 +33,7 @@ void addShowCommand(CLI::App& app, std::ostream& out, std::ostream& err) {
   command->add_option("DATABASE", options->bank, kBankHelp)->required();
   command->add_option("COMPOUND", options->compound, kCompoundHelp)->required();
   command->add_option("--key", options->keys, "Keys to show in full, such as VP,LDN")->delimiter(',');
-  command->footer("Example:\n  qsdb show database water --key VP");
+  command->footer("Example: qsdb show database water --key VP");
   command->callback([options, &out, &err] { show(*options, out, err); });
 }
 

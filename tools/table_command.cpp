@@ -55,7 +55,7 @@ void addTableCommand(CLI::App& app, std::ostream& out, std::ostream& err) {
   json->excludes(svg);
   command->footer(
       "Names with a comma in them are given by number or CAS number.\n"
-      "Example:\n  qsdb table database --compound water,methanol --key VP,LDN --from 300 --to 400 --step 25");
+      "Example: qsdb table database --compound water,methanol --key VP,LDN --from 300 --to 400 --step 25");
   command->callback([options, &out, &err] { writeTable(*options, out, err); });
 }
 
