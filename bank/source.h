@@ -17,6 +17,8 @@ struct Origin {
   std::string title, authors, licence;
   std::string changes;  // to the values
   std::optional<int> year;
+
+  bool operator==(const Origin&) const = default;
 };
 
 enum class ValueKind { NotKnown, Measured, Fitted, Estimated, Derived, Decided };

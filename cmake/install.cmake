@@ -43,7 +43,7 @@ install(FILES ${QS_HEADER} ${QS_IDL} DESTINATION ${include} COMPONENT common)
 install(FILES README.md DESTINATION ${documents} COMPONENT common)
 install(DIRECTORY docs DESTINATION ${documents} COMPONENT common)
 install(DIRECTORY examples data DESTINATION ${shared} COMPONENT common)
-install(CODE "execute_process(COMMAND \"${QS_QSDB}\" build \"${CMAKE_SOURCE_DIR}/data/compounds.json\"
+install(CODE "execute_process(COMMAND \"${QS_QSDB}\" build --force \"${CMAKE_SOURCE_DIR}/data/compounds.json\"
                 \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${shared}/database\" COMMAND_ERROR_IS_FATAL ANY)"
         COMPONENT common)
 

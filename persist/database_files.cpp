@@ -104,6 +104,11 @@ class Rebuild {
 
 }  // namespace
 
+bool hasDatabase(const path& directory) {
+  const Target data(directory, kDataFile), index(directory, kIndexFile);
+  return isThere(data.present) || isThere(data.old) || isThere(index.present) || isThere(index.old);
+}
+
 void saveDatabase(const DatabaseFiles& files, const path& directory) {
   std::error_code error;
   std::filesystem::create_directories(directory, error);

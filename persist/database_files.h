@@ -13,6 +13,9 @@ struct DatabaseFiles {
   std::vector<std::byte> data;   // purecmp1.dat
 };
 
+// Whether a directory has a database, or what a killed build left of one.
+bool hasDatabase(const std::filesystem::path& directory);
+
 // Puts both files into a directory, which is made when it is not there, in place of those that it has; first it puts
 // right what a killed call has left. Throws std::runtime_error, naming the file; the directory's files are then as
 // they were, or, when they cannot be put back, as a killed call leaves them.

@@ -5,42 +5,65 @@
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "bank/database_source.h"
 #include "bank/json_source.h"
+#include "bank/merge.h"
 #include "persist/database_writer.h"
 
 namespace qs::tools {
 namespace {
 
 struct BuildOptions {
-  std::string source, directory;
+  std::vector<std::string> places;  // the sources, then the directory
+  bool keep = false, replace = false, force = false;
 };
 
-database::DatabaseFiles encode(const BuildOptions& options, std::size_t& count) {
-  const auto compounds = bank::compoundsOf(bank::readSource(bank::pathOf(options.source)));
-  count = compounds.size();
-  try {
-    return database::encodeDatabase(compounds);
-  } catch (const std::invalid_argument& error) {
-    throw std::runtime_error(options.source + ": " + error.what());
+bank::Source readAll(const BuildOptions& options) {
+  std::vector<bank::Source> sources;
+  for (std::size_t i = 0; i + 1 < options.places.size(); ++i) {
+    const auto place = bank::pathOf(options.places[i]);
+    sources.push_back(std::filesystem::is_directory(place) ? bank::readDatabase(place) : bank::readSource(place));
   }
+  return bank::merge(std::move(sources), options.keep      ? bank::SameNumber::Keep
+                                         : options.replace ? bank::SameNumber::Replace
+                                                           : bank::SameNumber::Refuse);
 }
 
 void build(const BuildOptions& options, std::ostream& out) {
-  std::size_t count = 0;
-  const auto files = encode(options, count);
-  database::saveDatabase(files, bank::pathOf(options.directory));
-  out << options.directory << ": " << count << " compounds, " << files.index.size() + files.data.size() << " bytes\n";
+  const std::string& name = options.places.back();
+  const auto directory = bank::pathOf(name);
+  if (!options.force && database::hasDatabase(directory))
+    throw std::runtime_error(name + ": there is a database already; --force replaces it");
+  const auto compounds = bank::compoundsOf(readAll(options));
+  database::DatabaseFiles files;
+  try {
+    files = database::encodeDatabase(compounds);
+  } catch (const std::invalid_argument& error) {
+    throw std::runtime_error((options.places.size() == 2 ? options.places.front() : name) + ": " + error.what());
+  }
+  database::saveDatabase(files, directory);
+  out << name << ": " << compounds.size() << " compounds, " << files.index.size() + files.data.size() << " bytes\n";
 }
 
 }  // namespace
 
 void addBuildCommand(CLI::App& app, std::ostream& out) {
   const auto options = std::make_shared<BuildOptions>();
-  CLI::App* command = app.add_subcommand("build", "Make a database from a compound source in JSON");
-  command->add_option("SOURCE", options->source, "The compound source, a JSON file")->required();
-  command->add_option("OUTDIR", options->directory, "The directory of the database; made when it is not there")
-      ->required();
+  CLI::App* command = app.add_subcommand("build", "Make a database from one or several sources");
+  command
+      ->add_option(
+          "SOURCE... OUTDIR", options->places,
+          "Compound sources in JSON, or databases; then the directory of the database, which is made when it is "
+          "not there")
+      ->required()
+      ->expected(2, CLI::detail::expected_max_vector_size);
+  CLI::Option* keep = command->add_flag("--keep", options->keep, "Of a number that two sources have, take the first");
+  command->add_flag("--replace", options->replace, "Of a number that two sources have, take the last")->excludes(keep);
+  command->add_flag("--force", options->force, "Replace a database that is there");
+  command->footer("Example: qsdb build compounds.json ours.json database --replace --force");
   command->callback([options, &out] { build(*options, out); });
 }
 

@@ -1,4 +1,4 @@
-// `qsdb build SOURCE OUTDIR`: makes the binary database from a compound source in JSON.
+// `qsdb build SOURCE... OUTDIR`: makes the binary database from compound sources.
 #pragma once
 
 #include <iosfwd>

@@ -136,7 +136,7 @@ windows_path() { winepath -w "$1" 2>>build/log/wine.log; }
 run_wine() { wine "$@" 2>>build/log/wine.log | tr -d '\r'; }
 
 # The bundled database in build/database, for native and Windows programs alike.
-build_database() { build/native/bin/qsdb build data/compounds.json build/database >build/log/database.log; }
+build_database() { build/native/bin/qsdb build --force data/compounds.json build/database >build/log/database.log; }
 
 # same_lines EXAMPLE [PRESET]: the example's C++ host prints the same under Wine and on Linux, into
 # build/log/EXAMPLE-{windows,linux}.txt. Needs build_database.

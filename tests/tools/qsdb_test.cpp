@@ -19,7 +19,7 @@ using testing::Ne;
 using testing::Not;
 
 Outcome build(const std::filesystem::path& source, const std::filesystem::path& directory) {
-  return runQsdb({"build", utf8(source), utf8(directory)});
+  return runQsdb({"build", "--force", utf8(source), utf8(directory)});
 }
 
 TEST(BundledSource, UsesTheDocumentedUnits) {
@@ -71,6 +71,40 @@ TEST(QsdbBuild, NamesFilesThatItCannotReadOrWrite) {
   const auto blocked = build(sampleSource(), temporary.path() / "file" / "database");
   EXPECT_THAT(blocked, FieldsAre(1, "", HasSubstr("database")));
   EXPECT_THAT(namesIn(temporary.path()), ElementsAre("file"));
+}
+
+TEST(QsdbBuild, ReplacesADatabaseOnlyWhenItIsTold) {
+  const TemporaryDirectory temporary;
+  const std::vector<std::string> arguments = {"build", utf8(sampleSource()), utf8(temporary.path())};
+  ASSERT_EQ(runQsdb(arguments).code, 0);
+  for (const char* left : {"purecmp1.idx", "purecmp1.dat", "purecmp1.dat.old"}) {
+    EXPECT_THAT(runQsdb(arguments), FieldsAre(1, "", HasSubstr("--force"))) << left;
+    std::filesystem::remove(temporary.path() / "purecmp1.idx");
+    writeFile(temporary.path() / left, "");
+  }
+  ASSERT_EQ(build(sampleSource(), temporary.path()).code, 0);
+  EXPECT_THAT(namesIn(temporary.path()), ElementsAre("purecmp1.dat", "purecmp1.idx"));
+}
+
+TEST(QsdbBuild, MergesSources) {
+  const TemporaryDirectory temporary;
+  const auto other = temporary.path() / "other.json", directory = temporary.path() / "database";
+  writeFile(other, R"({"description": "", "sources": {}, "identity_sources": {}, "units": {}, "compounds": [
+    {"number": 300, "name": "Other"}, {"number": 8, "name": "New"}]})");
+  const auto refused = runQsdb({"build", utf8(sampleSource()), utf8(other), utf8(directory)});
+  EXPECT_THAT(
+      refused,
+      FieldsAre(1, "", HasSubstr("other.json:2: compound 300 (Other) has the number of compound 300 (Full) at ")));
+  EXPECT_THAT(refused.err, HasSubstr("sample_source.json:9;"));
+  for (const auto& [option, name] : {std::pair("--keep", "Full"), std::pair("--replace", "Other")}) {
+    ASSERT_EQ(runQsdb({"build", utf8(sampleSource()), utf8(other), utf8(directory), option, "--force"}).code, 0);
+    const auto catalogue = qs::database::openCatalogue(directory.string<OLECHAR>());
+    ASSERT_EQ(catalogue->indexRecordCount(), 3u);
+    EXPECT_EQ(catalogue->indexRecord(2).name, wide(name));
+  }
+  const auto again = temporary.path() / "again";
+  ASSERT_EQ(runQsdb({"build", utf8(directory), utf8(other), "--replace", utf8(again)}).code, 0);
+  EXPECT_EQ(readFile(again / "purecmp1.dat"), readFile(directory / "purecmp1.dat"));
 }
 
 // What another writer's database has and a source cannot hold is listed.
