@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "bank/names.h"
 #include "props/key_table.h"
@@ -73,5 +74,14 @@ std::string headerOf(const Column& column);
 
 // Nothing for a header that is none of these.
 std::optional<Column> columnOf(std::string_view header);
+
+// All columns of a key, in the units of the key table.
+std::vector<Column> columnsOf(Key key);
+
+// What a compound has in a column in these units; empty where it has nothing.
+std::string cellOf(const Compound& compound, const Column& column);
+
+// What a correlation has in a column that is omitted; empty where nothing is usual.
+std::string usualCell(const Column& column);
 
 }  // namespace qs::bank

@@ -247,4 +247,9 @@ Source readSourceOrDatabase(const std::filesystem::path& place, std::vector<Find
   return std::filesystem::is_directory(place, ignored) ? readDatabase(place, findings) : readSource(place, findings);
 }
 
+Source readSourceOrDatabase(const std::filesystem::path& place) {
+  std::error_code ignored;
+  return std::filesystem::is_directory(place, ignored) ? readDatabase(place) : readSource(place);
+}
+
 }  // namespace qs::bank

@@ -15,7 +15,8 @@ namespace qs::bank {
 Source readDatabase(const std::filesystem::path& directory, std::vector<Finding>& findings);
 Source readDatabase(const std::filesystem::path& directory);  // without the findings
 
-// A source file, or the database in a directory.
+// A source file, or the database in a directory. Without findings, a source throws as readSource does.
 Source readSourceOrDatabase(const std::filesystem::path& place, std::vector<Finding>& findings);
+Source readSourceOrDatabase(const std::filesystem::path& place);
 
 }  // namespace qs::bank

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "bank/database_source.h"
-#include "bank/json_source.h"
 #include "bank/merge.h"
 #include "persist/database_writer.h"
 
@@ -23,10 +22,8 @@ struct BuildOptions {
 
 bank::Source readAll(const BuildOptions& options) {
   std::vector<bank::Source> sources;
-  for (std::size_t i = 0; i + 1 < options.places.size(); ++i) {
-    const auto place = bank::pathOf(options.places[i]);
-    sources.push_back(std::filesystem::is_directory(place) ? bank::readDatabase(place) : bank::readSource(place));
-  }
+  for (std::size_t i = 0; i + 1 < options.places.size(); ++i)
+    sources.push_back(bank::readSourceOrDatabase(bank::pathOf(options.places[i])));
   return bank::merge(std::move(sources), options.keep      ? bank::SameNumber::Keep
                                          : options.replace ? bank::SameNumber::Replace
                                                            : bank::SameNumber::Refuse);
@@ -63,7 +60,7 @@ void addBuildCommand(CLI::App& app, std::ostream& out) {
   CLI::Option* keep = command->add_flag("--keep", options->keep, "Of a number that two sources have, take the first");
   command->add_flag("--replace", options->replace, "Of a number that two sources have, take the last")->excludes(keep);
   command->add_flag("--force", options->force, "Replace a database that is there");
-  command->footer("Example: qsdb build compounds.json ours.json database --replace --force");
+  command->footer("Example:\n  qsdb build compounds.json ours.json database --replace --force");
   command->callback([options, &out] { build(*options, out); });
 }
 

@@ -42,7 +42,7 @@ void addExportCommand(CLI::App& app, std::ostream& out, std::ostream& err) {
   CLI::Option* csv = command->add_flag("--csv", options->csv, "Write a sheet with a row for each compound");
   command->add_flag("--json", options->json, "Write a compound source in JSON, as without an option")->excludes(csv);
   command->add_option("-o,--output", options->file, "The file to write, in place of one that is there");
-  command->footer("Example: qsdb export database --json -o compounds.json");
+  command->footer("Example:\n  qsdb export database --json -o compounds.json");
   command->callback([options, &out, &err] { exportSource(*options, out, err); });
 }
 

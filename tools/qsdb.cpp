@@ -9,6 +9,7 @@
 #include "bank/names.h"
 #include "tools/build_command.h"
 #include "tools/check_command.h"
+#include "tools/diff_command.h"
 #include "tools/doctor_command.h"
 #include "tools/export_command.h"
 #include "tools/find_command.h"
@@ -33,6 +34,7 @@ int runQsdb(std::vector<std::string> arguments, std::ostream& out, std::ostream&
   app.allow_windows_style_options(false);  // paths may start with a slash
   addBuildCommand(app, out);
   addCheckCommand(app, out, err);
+  addDiffCommand(app, out);
   addDoctorCommand(app, out);
   addExportCommand(app, out, err);
   addFindCommand(app, out, err);

@@ -46,7 +46,7 @@ void printUnits(std::ostream& out) {
 
 void addUnitsCommand(CLI::App& app, std::ostream& out) {
   app.add_subcommand("units", "List the property keys, their units, and the units that are converted to them")
-      ->footer("Example: qsdb units")
+      ->footer("Example:\n  qsdb units")
       ->callback([&out] { printUnits(out); });
 }
 

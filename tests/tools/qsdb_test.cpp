@@ -128,6 +128,19 @@ TEST(QsdbExport, GivesASourceThatBuildsTheSameBytes) {
               FieldsAre(Ne(0), "", HasSubstr("purecmp1.idx: No such file")));
 }
 
+TEST(QsdbDiff, ComparesSourcesAndDatabases) {
+  const TemporaryDirectory temporary;
+  const auto database = temporary.path() / "database", changed = temporary.path() / "changed.json";
+  ASSERT_EQ(build(sampleSource(), database).code, 0);
+  EXPECT_THAT(runQsdb({"diff", utf8(sampleSource()), utf8(database)}), FieldsAre(0, "", ""));
+  std::string text = readFile(sampleSource());
+  writeFile(changed, text.replace(text.find("30.07"), 5, "30.08"));
+  EXPECT_THAT(runQsdb({"diff", utf8(database), utf8(changed)}),
+              FieldsAre(1, "compound 300 (Full), MW [kg/kmol]: 30.07 -> 30.08\n", ""));
+  EXPECT_THAT(runQsdb({"diff", utf8(database), utf8(temporary.path() / "none")}),
+              FieldsAre(2, "", HasSubstr("none: ")));
+}
+
 TEST(Qsdb, TellsHowItIsUsed) {
   EXPECT_THAT(runQsdb({"--help"}), FieldsAre(0, HasSubstr("build"), ""));
   EXPECT_THAT(runQsdb({"--version"}), FieldsAre(0, HasSubstr("1.0"), ""));
