@@ -87,7 +87,7 @@ std::vector<std::pair<std::string, std::string>> identityText(const CompoundData
   const auto textOf = [](const auto& number) { return number ? std::to_string(*number) : std::string(); };
   std::vector<std::string> groups;
   for (const auto& group : compound.unifac)
-    groups.push_back(std::to_string(group.count) + " of " + std::to_string(group.subgroup));
+    groups.push_back(std::to_string(group.count) + " of no. " + std::to_string(group.subgroup));
   std::vector<std::pair<std::string, std::string>> rows{
       {"IUPAC name", compound.iupacName},
       {"Formula", compound.formula},
@@ -102,7 +102,7 @@ std::vector<std::pair<std::string, std::string>> identityText(const CompoundData
       {"PPDS number", textOf(compound.ppdsId)},
       {"CMA number", textOf(compound.cmaId)},
       {"PP attribute", textOf(compound.ppAttribute)},
-      {"UNIFAC groups", joined(groups, ", ")},
+      {"UNIFAC sub-groups", joined(groups, ", ")},
   };
   std::erase_if(rows, [](const auto& row) { return row.second.empty(); });
   return rows;

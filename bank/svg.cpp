@@ -79,8 +79,8 @@ Axis yAxisOf(const Chart& chart) {
 }
 
 Axis xAxisOf(const Chart& chart) {
-  const bool isEmpty = chart.x.empty();
-  return {widened(isEmpty ? 0.0 : chart.x.front(), isEmpty ? 0.0 : chart.x.back(), 0.03), false, kLeft, kRight};
+  const double first = chart.x.empty() ? 0.0 : chart.x.front(), last = chart.x.empty() ? 0.0 : chart.x.back();
+  return {widened(std::min(first, last), std::max(first, last), 0.03), false, kLeft, kRight};
 }
 
 // Six digits, as people read them.

@@ -24,7 +24,7 @@ struct ChartMark {
 
 struct Chart {
   std::string title, xTitle;
-  std::vector<double> x;  // ascending
+  std::vector<double> x;  // ascending or descending
   std::vector<ChartCurve> curves;
   std::vector<ChartMark> marks;  // those beyond the axis are omitted
   std::vector<double> limits;    // dashed vertical lines, the same

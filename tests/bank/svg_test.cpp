@@ -56,6 +56,7 @@ TEST(Chart, DrawsCurvesInterruptedWhereThereIsNoNumber) {
   EXPECT_THAT(drawn(chartOf({0, 25, 50, 75, 100}, {0, kNone, 10, 0, INFINITY})),
               HasSubstr("d=\"M111 294h0M358 40l124 254\"/>"));
   EXPECT_THAT(drawn(chartOf({5}, {3})), HasSubstr("d=\"M358 167h0\"/>"));
+  EXPECT_THAT(drawn(chartOf({11, 9}, {3, 3})), HasSubstr("d=\"M605 167l-494 0\"/>"));
   EXPECT_THAT(drawn(chartOf({}, {})), HasSubstr("<path class=\"l\" d=\"\"/>"));
 }
 
