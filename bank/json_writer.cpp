@@ -158,7 +158,7 @@ std::string compoundOf(const Compound& compound) {
 }  // namespace
 
 std::string writeSource(const Source& source) {
-  Items root, origins, identityOrigins, units, waivers, compounds;
+  Items root, origins, identityOrigins, units, waivers;
   std::set<Key> keys;
   for (const auto& [name, origin] : source.origins) origins.addMember(name, originOf(origin));
   for (const auto& [member, origin] : source.identityOrigins) identityOrigins.put(member, origin);
@@ -166,7 +166,6 @@ std::string writeSource(const Source& source) {
   for (const Compound& compound : source.compounds) {
     for (const auto& [key, value] : compound.data.constants) keys.insert(key);
     for (const auto& [key, correlation] : compound.data.correlations) keys.insert(key);
-    compounds.add(compoundOf(compound));
   }
   for (const Key key : keys) units.put(narrow(nameOf(key)), unitOf(key));
   root.put("description", source.description);
@@ -174,8 +173,15 @@ std::string writeSource(const Source& source) {
   root.addMember("identity_sources", identityOrigins.inLines(2));
   root.addMember("units", units.inLines(2));
   if (!waivers.empty()) root.addMember("waivers", waivers.inLines(2, '['));
-  root.addMember("compounds", compounds.inLines(2, '['));
-  return root.inLines(0) + '\n';
+
+  // The compounds, nearly all of the text, are appended one after the other: no list of them is joined.
+  constexpr std::string_view kEnd = "\n}";
+  std::string text = root.inLines(0);
+  text.resize(text.size() - kEnd.size());
+  text += ",\n  \"compounds\": [";
+  for (const Compound& compound : source.compounds)
+    text.append(&compound == &source.compounds.front() ? "\n    " : ",\n    ").append(compoundOf(compound));
+  return text.append(source.compounds.empty() ? "]" : "\n  ]").append(kEnd) += '\n';
 }
 
 }  // namespace qs::bank

@@ -149,6 +149,7 @@ void measure(const std::filesystem::path& program, const std::string& database) 
   for (const Target& target : kTargets) lines.print(target, medians);
   for (const Comparison& comparison : compareXml(database, wanted)) lines.print(comparison);
   for (const Comparison& comparison : compareDatabases(wanted)) lines.print(comparison);
+  for (const Comparison& comparison : compareBanks(wanted)) lines.print(comparison);
   printStarts(program.parent_path() / "qs_first_value", database);
   lines.printCount("memory of an empty compound", emptyBytes, 2048, "B ");
   lines.printCount("memory of the bundled database's largest compound", largestBytes, 16384, "B ");
