@@ -2,7 +2,7 @@
 # fuzzing than ./test has time for, threads, a soak, and the lines that all of it reaches. DEEP_MINUTES is the time for
 # fuzzing, 8 unless it is set.
 minutes=${DEEP_MINUTES:-8}
-targets=(database_fuzz property_text_fuzz xml_fuzz text_fuzz sequence_fuzz)
+targets=(database_fuzz property_text_fuzz xml_fuzz text_fuzz import_fuzz sequence_fuzz)
 llvm=/usr/lib/llvm-14/bin
 corpora=build/corpora
 install_packages "$needed_for_deep"
