@@ -1,12 +1,17 @@
 // Work on data banks of many compounds.
+#include <filesystem>
+#include <functional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "bank/checks.h"
 #include "bank/chemsep_import.h"
 #include "bank/csv_import.h"
 #include "bank/csv_writer.h"
 #include "bank/json_source.h"
 #include "bank/json_writer.h"
+#include "bank/report.h"
 #include "benchmarks/bench.h"
 #include "tests/support/database_builder.h"
 #include "tests/support/files.h"
@@ -29,57 +34,85 @@ std::string libraryOf(std::size_t compounds) {
 }
 
 // The bundled compounds again and again.
-std::string sheetOf(std::size_t compounds) {
+Source sourceOf(std::size_t compounds) {
   const Source bundled = readSource(test::kSourceFolder / "data/compounds.json");
-  Source source;
+  Source source = bundled;
+  source.compounds.clear();
+  source.waivers.clear();
   for (std::size_t i = 0; i < compounds; ++i) {
     source.compounds.push_back(bundled.compounds[i % bundled.compounds.size()]);
     source.compounds.back().data.number = static_cast<std::int32_t>(i + 1);
   }
-  return writeCsv(source);
+  return source;
 }
 
-struct Import {
+using Job = std::function<void()>;
+using std::filesystem::path;
+
+template <class Read>
+Job importing(const path& file, const std::string& text, Read read) {
+  test::writeFile(file, text);
+  return [=] {
+    std::vector<Finding> findings;
+    if (writeSource(read(file, findings)).empty() || !findings.empty()) throw std::runtime_error("nothing imported");
+  };
+}
+
+// What is timed; `prepare` makes what it works on, in a directory of its own.
+struct Work {
   const char* name;
   const char* title;
-  std::string (*fileOf)(std::size_t compounds);
-  Source (*read)(const std::filesystem::path& file, std::vector<Finding>& findings);
+  Job (*prepare)(std::size_t compounds, const path& directory);
 };
 
-constexpr Import kImports[] = {
-    {"import chemsep", "importing one of 10,000 from a library / one of 1,000", libraryOf,
-     [](const std::filesystem::path& file, std::vector<Finding>& findings) {
-       return importChemsep(file, {}, findings).source;
+constexpr Work kWorks[] = {
+    {"import chemsep", "importing one of 10,000 from a library / one of 1,000",
+     [](std::size_t compounds, const path& directory) {
+       return importing(directory / "file", libraryOf(compounds),
+                        [](const path& file, auto& findings) { return importChemsep(file, {}, findings).source; });
      }},
-    {"import csv", "importing one of 10,000 from a sheet / one of 1,000", sheetOf, importCsv},
+    {"import csv", "importing one of 10,000 from a sheet / one of 1,000",
+     [](std::size_t compounds, const path& directory) {
+       return importing(directory / "file", writeCsv(sourceOf(compounds)), importCsv);
+     }},
+    {"check bank", "checking one of 10,000 compounds / one of 1,000",
+     [](std::size_t compounds, const path&) -> Job { return [source = sourceOf(compounds)] { check(source); }; }},
+    {"build bank", "building one of 10,000 from a source / one of 1,000",
+     [](std::size_t compounds, const path& directory) -> Job {
+       test::writeFile(directory / "source.json", writeSource(sourceOf(compounds)));
+       return [=] {
+         const auto built = compoundsOf(readSource(directory / "source.json"));
+         database::saveDatabase(database::encodeDatabase(built), directory / "database");
+       };
+     }},
+    {"report bank", "reporting one of 10,000 compounds / one of 1,000",
+     [](std::size_t compounds, const path& directory) -> Job {
+       return [source = sourceOf(compounds), file = directory / "report"] {
+         saveReport(source, {}, file, [](std::size_t) {});
+       };
+     }},
 };
 
 // Microseconds per compound.
-double timeOf(const Import& import, const std::filesystem::path& file, std::size_t times) {
-  std::size_t compounds = 0;
+double timeOf(const Job& job, std::size_t compounds, int times) {
   const double start = processorTime();
-  for (std::size_t i = 0; i < times; ++i) {
-    std::vector<Finding> findings;
-    const Source source = import.read(file, findings);
-    compounds += source.compounds.size();
-    if (!findings.empty() || writeSource(source).empty()) throw std::runtime_error(import.name);
-  }
-  return (processorTime() - start) * 1e6 / static_cast<double>(compounds);
+  for (int i = 0; i < times; ++i) job();
+  return (processorTime() - start) * 1e6 / static_cast<double>(compounds) / times;
 }
 
 }  // namespace
 
 std::vector<Comparison> compareBanks(const std::function<bool(const std::string&)>& wanted) {
   std::vector<Comparison> made;
-  for (const Import& import : kImports) {
-    if (!wanted(import.name)) continue;
+  for (const Work& work : kWorks) {
+    if (!wanted(work.name)) continue;
     const test::TemporaryDirectory directory;
-    const auto many = directory.path() / "many", few = directory.path() / "few";
-    test::writeFile(many, import.fileOf(kMany));
-    test::writeFile(few, import.fileOf(kFew));
+    std::filesystem::create_directory(directory.path() / "few");
+    std::filesystem::create_directory(directory.path() / "many");
+    const Job few = work.prepare(kFew, directory.path() / "few"), many = work.prepare(kMany, directory.path() / "many");
     const Pair pair = inTurns(
-        3, [&] { return timeOf(import, many, 1); }, [&] { return timeOf(import, few, 5); });
-    made.push_back({import.title, pair, 1.2, "us"});
+        3, [&] { return timeOf(many, kMany, 1); }, [&] { return timeOf(few, kFew, 5); });
+    made.push_back({work.title, pair, 1.2, "us"});
   }
   return made;
 }

@@ -49,6 +49,8 @@ std::vector<Comparison> compareDatabases(const std::function<bool(const std::str
 // bank.cpp: comparisons of work on 10,000 compounds of a data bank with that on 1,000, per compound, of those whose
 // names are wanted:
 //   "import chemsep", "import csv"   to the text of a source
+//   "check bank", "report bank"      of a source in memory
+//   "build bank"                     from the text of a source
 std::vector<Comparison> compareBanks(const std::function<bool(const std::string&)>& wanted);
 
 // start.cpp: prints how long a program takes to its first value from a database, with its parts, when it runs for the
