@@ -165,7 +165,7 @@ Correlation enthalpyOf(const Correlation& heatCapacity, double absoluteEntropy) 
   database::CompoundData compound;
   Correlation& enthalpy = compound.correlations[Key::IGH];
   enthalpy.form = PropCurveVELDB3;
-  enthalpy.coefficients.assign(7, 0.0);
+  enthalpy.coefficients.assign(database::coefficientCount(Key::IGH, PropCurveVELDB3), 0.0);
   for (std::size_t i = 0; i < heatCapacity.coefficients.size(); ++i)
     enthalpy.coefficients[i + 1] = heatCapacity.coefficients[i] / static_cast<double>(i + 1);
   const double constant = -valueAt(compound, Key::IGH, kStandard);
@@ -187,7 +187,7 @@ class Importer {
   void add(const LibraryElement& element) {
     compound_ = {};
     compound_.line = element.line;
-    if (element.name != "compound") return leaveOut(element.name, "not a compound");
+    if (element.name != "compound") return fault(element.line, element.name, "not a compound");
     readNaming(element);
     elements_.clear();
     for (const LibraryElement& item : element.content)
@@ -239,14 +239,15 @@ class Importer {
     findings_.push_back({.rule = "import",
                          .file = file_,
                          .line = line,
-                         .compound = database::describe(compound_.data),
+                         .compound = compound_.data.number == 0 && compound_.data.name.empty()
+                                         ? ""
+                                         : database::describe(compound_.data),
                          .field = std::move(field),
                          .message = std::move(message)});
   }
   void leaveOut(std::string_view element, std::string_view reason) {
     LeftOut& left = leftOut_[{std::string(element), std::string(reason)}];
-    if (left.compounds++ == 0)
-      left = {std::string(element), std::string(reason), database::describe(compound_.data), 1};
+    if (left.times++ == 0) left = {std::string(element), std::string(reason), database::describe(compound_.data), 1};
   }
 
   // The element of a name, which is no longer among those that are left then.

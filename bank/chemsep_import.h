@@ -20,8 +20,8 @@ struct ChemsepOptions {
 // Elements of one name that were left out for one reason.
 struct LeftOut {
   std::string element, reason;
-  std::string first;  // the first compound
-  std::size_t compounds = 0;
+  std::string first;  // the compound of the first
+  std::size_t times = 0;
 };
 
 struct ChemsepImport {

@@ -17,7 +17,6 @@
 #include "bank/units.h"
 #include "platform/number_text.h"
 #include "platform/text.h"
-#include "props/forms.h"
 
 namespace qs::bank {
 namespace {
@@ -36,8 +35,6 @@ constexpr Key kTemperatureDependent[] = {
     Key::LDN,  Key::VDN, Key::VP,  Key::HVP,  Key::LCP,  Key::VCP,  Key::SVR,   Key::LVS,   Key::VVS, Key::LTC,
     Key::VTC,  Key::ST,  Key::IT,  Key::LIQH, Key::VAPH, Key::LIQS, Key::VAPS,  Key::IGG,   Key::IGH, Key::IGS,
     Key::IGCP, Key::KV1, Key::KV2, Key::SDN,  Key::SOLH, Key::SOLS, Key::SOLCP, Key::SOLTC, Key::SUBP};
-
-constexpr std::size_t kIdealGasCoefficients = 7;
 
 // The parts of a list, without blanks around them; none of an empty text.
 std::vector<std::string_view> partsOf(std::string_view text, char separator) {
@@ -348,8 +345,7 @@ class SheetReader {
     Correlation& correlation = compound_->data.correlations[key];
     const std::size_t place = columns[ColumnPart::Form];
     if (!readName(place, kForms, correlation.form)) return;
-    const auto count =
-        key == Key::IGH ? kIdealGasCoefficients : static_cast<std::size_t>(findForm(correlation.form)->coefficients);
+    const std::size_t count = database::coefficientCount(key, correlation.form);
     bool isComplete = true;
     for (std::size_t i = 0; i < columns.coefficients.size(); ++i) {
       const std::size_t at = columns.coefficients[i];
@@ -419,16 +415,15 @@ std::string csvTemplate(std::span<const Key> keys) {
   const auto add = [&](const Column& column) { header += (header.empty() ? "" : ",") + csvCell(headerOf(column)); };
   for (const std::string_view member : kIdentityMembers) add({.member = member});
   for (const Key key : keys) {
-    if (std::ranges::find(kTemperatureDependent, key) == std::end(kTemperatureDependent)) {
-      add({.part = ColumnPart::Value, .key = key, .unit = unitOf(key)});
-    } else {
-      add({.part = ColumnPart::Form, .key = key, .unit = unitOf(key)});
-      const int letters = key == Key::IGH ? 7 : 6;
-      for (int i = 0; i < letters; ++i) add({.part = ColumnPart::Coefficient, .key = key, .coefficient = i});
-      add({.part = ColumnPart::Tmin, .key = key, .unit = std::string(kTemperatureUnit)});
-      add({.part = ColumnPart::Tmax, .key = key, .unit = std::string(kTemperatureUnit)});
+    const bool isEquation = std::ranges::find(kTemperatureDependent, key) != std::end(kTemperatureDependent);
+    // Nearly all forms have fewer.
+    const auto letters = static_cast<int>(database::coefficientCount(key, PropCurveVELDB3));
+    for (const Column& column : columnsOf(key)) {
+      const ColumnPart part = column.part;
+      const bool isOfEquation = part == ColumnPart::Form || part == ColumnPart::Tmin || part == ColumnPart::Tmax ||
+                                (part == ColumnPart::Coefficient && column.coefficient < letters);
+      if (part == ColumnPart::Source || (isEquation ? isOfEquation : part == ColumnPart::Value)) add(column);
     }
-    add({.part = ColumnPart::Source, .key = key});
   }
   return header + '\n';
 }

@@ -45,10 +45,8 @@ void importChemsep(const ImportOptions& options, std::ostream& out, std::ostream
   if (!made.leftOut.empty()) out << "Left out:\n";
   for (const bank::LeftOut& left : made.leftOut) {
     out << "  " << left.element << ": " << left.reason << "; ";
-    if (left.compounds == 1)
-      out << "in " << left.first << '\n';
-    else
-      out << "in " << left.compounds << " compounds, first in " << left.first << '\n';
+    if (left.times > 1) out << left.times << " times, first ";
+    out << "in " << left.first << '\n';
   }
 }
 

@@ -203,7 +203,7 @@ TEST(ChemsepImport, ListsWhatItLeavesOut) {
   EXPECT_THAT(findings, IsEmpty());
   std::vector<std::string> lines;
   for (const LeftOut& left : made.leftOut)
-    lines.push_back(left.element + ": " + left.reason + ": " + std::to_string(left.compounds) + ", " + left.first);
+    lines.push_back(left.element + ": " + left.reason + ": " + std::to_string(left.times) + ", " + left.first);
   EXPECT_THAT(lines,
               ElementsAre("AbsEntropy: there is no ideal-gas heat capacity: 1, compound 7 (X)",
                           "AntoineVaporPressure, F: not known: 1, compound 7 (X)",
@@ -257,11 +257,13 @@ TEST(ChemsepImport, NamesEachFaultWithItsPlace) {
     EXPECT_THAT(messages, Contains(HasSubstr("library.xml:6: compound 1000 (X), " + message)));
   }
   std::vector<Finding> findings;
-  import("<compounds><compound>\n<CompoundID/></compound><compound><LibraryIndex value='0'/></compound></compounds>",
-         findings, {.libraryNumbers = true});
+  import(
+      "<compounds><note/><compound>\n<CompoundID/></compound><compound><LibraryIndex "
+      "value='0'/></compound></compounds>",
+      findings, {.libraryNumbers = true});
   std::vector<std::string> places;
   for (const Finding& finding : findings) places.push_back(std::to_string(finding.line) + finding.field);
-  EXPECT_THAT(places, ElementsAre("1LibraryIndex", "2CompoundID", "2LibraryIndex", "2CompoundID"));
+  EXPECT_THAT(places, ElementsAre("1note", "1LibraryIndex", "2CompoundID", "2LibraryIndex", "2CompoundID"));
 }
 
 TEST(ChemsepImport, RefusesWhatIsNoLibrary) {
