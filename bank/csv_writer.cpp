@@ -1,6 +1,7 @@
 #include "bank/csv_writer.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <stdexcept>
 #include <string_view>
@@ -12,29 +13,25 @@
 namespace qs::bank {
 namespace {
 
-// Whether some compound has something in a column that a reader would not take for granted.
-bool isNeeded(const Source& source, const Column& column) {
-  const std::string usual = usualCell(column);
-  return std::ranges::any_of(source.compounds, [&](const Compound& compound) {
-    const std::string text = cellOf(compound, column);
-    return !text.empty() && text != usual;
-  });
-}
-
+// The columns in which some compound has something that a reader would not take for granted.
 std::vector<Column> neededColumns(const Source& source) {
-  std::vector<Column> columns;
   std::set<Key> keys;
   for (const Compound& compound : source.compounds) {
     for (const auto& [key, value] : compound.data.constants) keys.insert(key);
     for (const auto& [key, correlation] : compound.data.correlations) keys.insert(key);
   }
-  const auto addIfNeeded = [&](Column column) {
-    if (isNeeded(source, column)) columns.push_back(std::move(column));
-  };
-  for (const std::string_view member : kIdentityMembers) addIfNeeded({.member = member});
-  for (const Key key : keys)
-    for (Column& column : columnsOf(key)) addIfNeeded(std::move(column));
-  return columns;
+  std::vector<Column> columns;
+  for (const std::string_view member : kIdentityMembers) columns.push_back({.member = member});
+  for (const Key key : keys) std::ranges::move(columnsOf(key), std::back_inserter(columns));
+  std::vector<bool> isNeeded(columns.size());
+  for (const Compound& compound : source.compounds)
+    for (std::size_t i = 0; i < columns.size(); ++i)
+      if (const std::string text = isNeeded[i] ? std::string() : cellOf(compound, columns[i]); !text.empty())
+        isNeeded[i] = text != usualCell(columns[i]);
+  std::vector<Column> needed;
+  for (std::size_t i = 0; i < columns.size(); ++i)
+    if (isNeeded[i]) needed.push_back(std::move(columns[i]));
+  return needed;
 }
 
 void checkSynonyms(const Compound& compound) {

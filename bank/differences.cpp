@@ -12,13 +12,14 @@ namespace {
 
 bool isProvenance(const Column& column) { return column.part >= ColumnPart::Source; }
 
+bool isKnown(const Provenance& provenance) {
+  return !provenance.origin.empty() || provenance.kind != ValueKind::NotKnown ||
+         provenance.quality != Quality::NotKnown || !provenance.uncertainty.empty() || !provenance.note.empty();
+}
+
 bool hasProvenance(const Source& source) {
   return std::ranges::any_of(source.compounds, [](const Compound& compound) {
-    return std::ranges::any_of(compound.provenance, [&](const auto& entry) {
-      const auto columns = columnsOf(entry.first);
-      return std::ranges::any_of(
-          columns, [&](const Column& column) { return isProvenance(column) && !cellOf(compound, column).empty(); });
-    });
+    return std::ranges::any_of(compound.provenance, [](const auto& entry) { return isKnown(entry.second); });
   });
 }
 
@@ -43,7 +44,9 @@ std::string originOf(const Source& source, const std::string& name) {
 class Comparison {
  public:
   Comparison(const Source& before, const Source& after)
-      : before_(before), after_(after), comparesProvenance_(hasProvenance(before) && hasProvenance(after)) {}
+      : before_(before), after_(after), comparesProvenance_(hasProvenance(before) && hasProvenance(after)) {
+    for (const Key key : kKeysInOrder) columns_.push_back(columnsOf(key));
+  }
 
   std::vector<Difference> take() {
     if (comparesProvenance_) compareOrigins();
@@ -78,10 +81,8 @@ class Comparison {
 
   void compare(const Compound& before, const Compound& after) {
     const auto compareColumn = [&](const Column& column) {
-      add({.compound = describe(before.data),
-           .field = headerOf(column),
-           .before = cellOf(before, column),
-           .after = cellOf(after, column)});
+      std::string old = cellOf(before, column), present = cellOf(after, column);
+      if (old != present) add({describe(before.data), headerOf(column), std::move(old), std::move(present)});
     };
     for (const std::string_view member : kIdentityMembers) compareColumn({.member = member});
     std::set<Key> keys;
@@ -90,11 +91,12 @@ class Comparison {
       for (const auto& [key, correlation] : compound->data.correlations) keys.insert(key);
     }
     for (const Key key : keys)
-      for (const Column& column : columnsOf(key))
+      for (const Column& column : columns_[static_cast<std::size_t>(key)])
         if (comparesProvenance_ || !isProvenance(column)) compareColumn(column);
   }
 
   const Source &before_, &after_;
+  std::vector<std::vector<Column>> columns_;  // of each key
   const bool comparesProvenance_;
   std::vector<Difference> differences_;
 };

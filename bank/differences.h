@@ -14,7 +14,7 @@ struct Difference {
   std::string before = {}, after = {};
 };
 
-// In the order of the compounds' numbers. What neither knows of the origin of any value is not compared.
+// In the order of the compounds' numbers. Where values come from is compared when both know it of some.
 std::vector<Difference> differences(const Source& before, const Source& after);
 
 // In one line: "+ COMPOUND", "- COMPOUND" or "COMPOUND, FIELD: BEFORE -> AFTER".

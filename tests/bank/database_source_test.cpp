@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "bank/json_source.h"
+#include "tests/support/compounds.h"
 #include "tests/support/database_builder.h"
 #include "tests/support/files.h"
 
@@ -81,6 +82,57 @@ LVS: a source cannot hold a correlation with numbers that are not finite
   EXPECT_EQ(compound.unifac[0].subgroup, 4);
   ASSERT_EQ(compound.correlations.size(), 1u);
   EXPECT_EQ(compound.correlations.at(Key::VP).coefficients, (std::vector<double>{1, 0}));
+}
+
+class ForeignDatabase : public CompoundTest {};
+
+// Fields in another order, one twice, with more or fewer coefficients than forms have, and no PRPVOLT.
+TEST_F(ForeignDatabase, IsTheSameToHostsWhenItIsBuiltFromItsExport) {
+  const auto equation = [](std::int64_t shape, std::initializer_list<double> coefficients) {
+    return Bytes()
+        .int16(shape)
+        .reals(coefficients)
+        .reals({200, 400, 0, 1e9})
+        .int16(1)
+        .int16(1)
+        .reals({1, 1})
+        .int16(0)
+        .int32(0);
+  };
+  const std::vector<Bytes> fields = {
+      fieldDefinition("IGCP", 3, "Equation"), fieldDefinition("IGH", 6, "Equation"),
+      fieldDefinition("VP", 3, "Equation"),   fieldDefinition("VP", 7, "Equation"),
+      fieldDefinition("ST", 2, "Equation"),   fieldDefinition("SRKVC", 8, "Double"),
+      fieldDefinition("PName", 9, "String"),  fieldDefinition("TC", 8, "Double"),
+      fieldDefinition("UNIFAC", 2, "Group"),  fieldDefinition("CASN", 4, "String"),
+  };
+  Bytes data = header(2.0, 78, 0, 0).zerosTo(78);
+  data.append(equation(19, {1, 2, 3})).append(equation(2, {1, 2, 3, 4, 5, 6})).append(equation(19, {7, 8, 9}));
+  data.append(equation(19, {3, 2, 1, 9, 9, 9, 9}))
+      .append(equation(0, {0.5, -32767}))
+      .real(0.25)
+      .text("foreign", 9, '\0');
+  data.real(500).int16(1).int16(2).int16(0).int16(0).text("1-1", 4, '\0').zerosTo(78 * 20);
+  const TemporaryDirectory given, built;
+  given.write("purecmp1.idx", indexFile(fields, {indexRecord(5, 0)}, {synonymRecord(5, "other")}));
+  given.write("purecmp1.dat", data);
+  std::vector<Finding> findings;
+  qs::database::saveDatabase(encodeDatabase(compoundsOf(readDatabase(given.path(), findings))), built.path());
+  EXPECT_THAT(findings, IsEmpty());
+  const auto before = newCompound(), after = newCompound();
+  ASSERT_EQ(query<ICompoundInitFromVelDB>(before)->Init(qs::Bstr(given.name()).get(), 5), S_OK);
+  ASSERT_EQ(query<ICompoundInitFromVelDB>(after)->Init(qs::Bstr(built.name()).get(), 5), S_OK);
+  EXPECT_THAT(identityOf(after), testing::StartsWith("foreign   1-1 ; 5 "));
+  EXPECT_THAT(identityOf(after), testing::EndsWith("other; 1; 2"));
+  int set = 0;
+  for (const qs::KeyEntry& key : qs::kKeys) {
+    const auto expected = propertyOf(before, key.name), found = propertyOf(after, key.name);
+    EXPECT_EQ(found.result, expected.result) << qs::narrow(key.name);
+    if (expected.result != S_OK) continue;
+    EXPECT_EQ(found.value, expected.value) << qs::narrow(key.name);
+    ++set;
+  }
+  EXPECT_EQ(set, 8);
 }
 
 }  // namespace

@@ -73,17 +73,20 @@ TEST(QsdbBuild, NamesFilesThatItCannotReadOrWrite) {
   EXPECT_THAT(namesIn(temporary.path()), ElementsAre("file"));
 }
 
+// A database, and what a killed build leaves of one.
 TEST(QsdbBuild, ReplacesADatabaseOnlyWhenItIsTold) {
-  const TemporaryDirectory temporary;
-  const std::vector<std::string> arguments = {"build", utf8(sampleSource()), utf8(temporary.path())};
-  ASSERT_EQ(runQsdb(arguments).code, 0);
-  for (const char* left : {"purecmp1.idx", "purecmp1.dat", "purecmp1.dat.old"}) {
-    EXPECT_THAT(runQsdb(arguments), FieldsAre(1, "", HasSubstr("--force"))) << left;
-    std::filesystem::remove(temporary.path() / "purecmp1.idx");
+  for (const char* left : {"purecmp1.idx", "purecmp1.dat", "purecmp1.idx.old", "purecmp1.dat.old"}) {
+    const TemporaryDirectory temporary;
     writeFile(temporary.path() / left, "");
+    EXPECT_THAT(runQsdb({"build", utf8(sampleSource()), utf8(temporary.path())}),
+                FieldsAre(1, "", HasSubstr("--force")));
+    EXPECT_THAT(namesIn(temporary.path()), ElementsAre(left));
+    EXPECT_EQ(build(sampleSource(), temporary.path()).code, 0);
+    EXPECT_THAT(namesIn(temporary.path()), ElementsAre("purecmp1.dat", "purecmp1.idx"));
   }
-  ASSERT_EQ(build(sampleSource(), temporary.path()).code, 0);
-  EXPECT_THAT(namesIn(temporary.path()), ElementsAre("purecmp1.dat", "purecmp1.idx"));
+  const TemporaryDirectory killed;
+  writeFile(killed.path() / "purecmp1.dat.new", "");
+  EXPECT_EQ(runQsdb({"build", utf8(sampleSource()), utf8(killed.path())}).code, 0);
 }
 
 TEST(QsdbBuild, MergesSources) {
