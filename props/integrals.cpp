@@ -96,19 +96,31 @@ struct Ends {
   double from, to;
 };
 
+bool isSmallWhole(double exponent) {
+  const double magnitude = std::fabs(exponent);
+  return magnitude <= 20.0 && magnitude == static_cast<int>(magnitude);
+}
+
 // Multiplied out where the exponent is whole.
 Ends powersOf(Ends T, double exponent) {
-  const double magnitude = std::fabs(exponent);
-  if (magnitude > 20.0 || magnitude != static_cast<int>(magnitude))
-    return {form::pow(T.from, exponent), form::pow(T.to, exponent)};
+  if (!isSmallWhole(exponent)) return {form::pow(T.from, exponent), form::pow(T.to, exponent)};
   Ends result{1.0, 1.0};
-  for (int rest = static_cast<int>(magnitude); rest != 0; rest >>= 1, T = {T.from * T.from, T.to * T.to})
+  for (int rest = std::abs(static_cast<int>(exponent)); rest != 0; rest >>= 1, T = {T.from * T.from, T.to * T.to})
     if (rest & 1) result = {result.from * T.from, result.to * T.to};
   return exponent < 0.0 ? Ends{1.0 / result.from, 1.0 / result.to} : result;
 }
 
-void addIntegral(const form::Term& term, Integrand integrand, Ends T, Difference& sum) {
-  const double n = integrand == Integrand::Y ? term.power + 1.0 : term.power;
+// The difference of two powers of a whole exponent but 0, without cancellation:
+// b^n - a^n = (b - a) (b^(n-1) + b^(n-2) a + ... + a^(n-1)).
+double differenceOfPowers(Ends T, int exponent) {
+  double sum = 1.0, power = T.from;
+  for (int n = 1; n < std::abs(exponent); ++n, power *= T.from) sum = sum * T.to + power;
+  const double difference = (T.to - T.from) * sum;
+  return exponent > 0 ? difference : -difference / powersOf({power, T.to}, -exponent).to / power;
+}
+
+// Of a term that has no whole power of T but 0 as its integral.
+void addOther(const form::Term& term, double n, Ends T, Difference& sum) {
   Ends log{0.0, 0.0};
   if (n == 0.0 || term.withLog) log = {form::log(T.from), form::log(T.to)};
   if (n != 0.0) {
@@ -122,6 +134,14 @@ void addIntegral(const form::Term& term, Integrand integrand, Ends T, Difference
   } else {
     sum.add(term.factor, log.from, log.to);
   }
+}
+
+QS_INLINE void addIntegral(const form::Term& term, Integrand integrand, Ends T, Difference& sum) {
+  const double n = integrand == Integrand::Y ? term.power + 1.0 : term.power;
+  if (n != 0.0 && !term.withLog && isSmallWhole(n))
+    sum.addExact(term.factor / n * differenceOfPowers(T, static_cast<int>(n)));
+  else
+    addOther(term, n, T, sum);
 }
 
 // An equation of which X is a power of the temperature, and Y a linear function of the form's value.
@@ -198,14 +218,16 @@ constexpr auto kClosedForms = std::to_array({
 });
 
 std::optional<double> closedIntegral(const Equation& equation, Integrand integrand, double from, double to, double P) {
-  if (equation.form.shape == PropCurveVoid || !(0.0 < from && 0.0 < to)) return std::nullopt;
+  if (equation.form.shape == PropCurveVoid || equation.lacksConstants() || !(0.0 < from && 0.0 < to) ||
+      std::ranges::any_of(equation.coefficients, [](double coefficient) { return isEmpty(coefficient); }))
+    return std::nullopt;
   const auto differenceOfForm = kClosedForms[static_cast<std::size_t>(equation.form.shape)];
   if (!differenceOfForm) return std::nullopt;
   const form::ShiftedPower itself{0.0, 1.0, 1.0};
   ClosedForm closed{equation.coefficients.data(), equation.whole, itself, itself};
-  const auto isNone = [](const Transformation& t) { return t.shape == COMx && t.power == 1.0; };
-  if (!isNone(equation.x()) && !transformForward(equation.x(), P, &closed.x)) return std::nullopt;
-  if (!isNone(equation.y()) && !transformBack(equation.y(), P, &closed.y)) return std::nullopt;
+  if (equation.way != Equation::Way::Plain &&
+      (!transformForward(equation.x(), P, &closed.x) || !transformBack(equation.y(), P, &closed.y)))
+    return std::nullopt;
   if (closed.x.offset != 0.0 || closed.y.power != 1.0) return std::nullopt;
   const Difference difference = differenceOfForm(closed, integrand, from, to);
   if (!(kRoundingOfMagnitude * difference.magnitude < kTolerance * std::fabs(difference.value))) return std::nullopt;
@@ -232,7 +254,7 @@ std::optional<double> integral(const CQSAbstractProp& equation, Integrand integr
   };
   const MaskedExceptions masked;
   const Equation* data = equation.equation();
-  if (data && std::isfinite(function(from)))
+  if (data)
     if (const auto closed = closedIntegral(*data, integrand, from, to, P)) return closed;
   if (!data || data->form.shape != PropCurveVELDB5) return quadrature(function, from, to);
   // It bends at its limits, those in the interval.
