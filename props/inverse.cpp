@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <utility>
 
 #include "props/curve.h"
 #include "props/evaluator.h"
@@ -40,13 +41,15 @@ struct Scan {
 // The number so many places above a positive one.
 double moved(double x, int places) { return std::bit_cast<double>(std::bit_cast<std::int64_t>(x) + places); }
 
+// Where a line has no difference that has those of two points at two temperatures.
+double between(double atFirst, double atLast, const Point& first, const Point& last) {
+  return atFirst + (atLast - atFirst) * (first.difference / (first.difference - last.difference));
+}
+
 // Where the cubic through four points of the inverse function has no difference; anything where two points have the
 // same.
 double interpolated(const std::array<Point, 4>& points) {
   const auto& [a, b, c, d] = points;
-  const auto between = [](double atFirst, double atLast, const Point& first, const Point& last) {
-    return atFirst + (atLast - atFirst) * (first.difference / (first.difference - last.difference));
-  };
   const double ab = between(a.T, b.T, a, b), bc = between(b.T, c.T, b, c), cd = between(c.T, d.T, c, d);
   return between(between(ab, bc, a, c), between(bc, cd, b, d), a, d);
 }
@@ -78,16 +81,17 @@ struct Bracket {
   }
 };
 
-// Where the curve is smooth, two or three steps lead next to the solution, and one or two more beyond it.
+// Where the curve is smooth, two cubic steps and a linear one lead next to the solution, and one or two more beyond it.
 void approach(Bracket& bracket, std::array<Point, 4> points) {
-  double nearest = bracket.low.T;
+  Point last = bracket.low, previous = last;
   for (int step = 0; step < 4 && bracket.hasNumbers; ++step) {
-    const double T = interpolated(points);
-    if (!bracket.holds(T) || std::fabs(T - nearest) <= 0x1p-52 * T) break;
+    const double T = step < 2 ? interpolated(points) : between(last.T, previous.T, last, previous);
+    if (!bracket.holds(T) || std::fabs(T - last.T) <= 0x1p-52 * T) break;
+    previous = std::exchange(last, {T, bracket.differenceAt(T)});
     const auto isNearer = [&](const Point& a, const Point& b) { return std::fabs(a.T - T) < std::fabs(b.T - T); };
-    *std::max_element(points.begin(), points.end(), isNearer) = {T, bracket.differenceAt(T)};
-    nearest = T;
+    if (step == 0) *std::max_element(points.begin(), points.end(), isNearer) = last;
   }
+  double nearest = last.T;
   for (int places = 2; places <= 8 && bracket.hasNumbers; places *= 2) {
     const bool isBelow = nearest == bracket.low.T;
     nearest = isBelow ? moved(bracket.low.T, places) : moved(bracket.high.T, -places);
@@ -111,7 +115,7 @@ void approach(Bracket& bracket, std::array<Point, 4> points) {
   const auto difference = [&](double T) { return bracket.differenceAt(T); };
   const auto isClose = [](double low, double high) { return high - low <= 0x1p-50 * low; };
   std::uintmax_t evaluations = 100;
-  if (bracket.hasNumbers)
+  if (bracket.hasNumbers && !isClose(bracket.low.T, bracket.high.T))
     boost::math::tools::toms748_solve(difference, bracket.low.T, bracket.high.T, bracket.low.difference,
                                       bracket.high.difference, isClose, evaluations,
                                       boost::math::policies::policy<Ignored>());
@@ -140,6 +144,7 @@ Solution temperatureAt(const CQSAbstractProp& equation, double value, double P, 
   const double tMin = data->tMin, tMax = data->tMax;
   if (!(0.0 < tMin && tMin <= tMax) || !std::isfinite(tMax) || !std::isfinite(value) || isEmpty(value)) return solution;
 
+  const MaskedExceptions masked;
   Scan scan;
   auto& [temperatures, values] = scan;
   const std::size_t count = tMin < tMax ? kPoints : 1;
@@ -148,7 +153,6 @@ Solution temperatureAt(const CQSAbstractProp& equation, double value, double P, 
   temperatures[count - 1] = tMax;
   evaluate(equation, std::span(temperatures).first(count), P, values.data(), functions);
 
-  const MaskedExceptions masked;
   const auto found = [&](double T) {
     if (solution.crossings++ == 0) solution.temperature = T;
   };
@@ -161,6 +165,14 @@ Solution temperatureAt(const CQSAbstractProp& equation, double value, double P, 
       if (const auto T = refined(equation, value, P, scan, i - 1)) found(*T);
     }
     wasBelow = isBelow;
+    // Most points are where their neighbours are.
+    const auto skip = [&](auto isThere) {
+      while (i + 1 < count && isThere(values[i + 1])) ++i;
+    };
+    if (isBelow)
+      skip([value](double y) { return y < value; });
+    else
+      skip([value](double y) { return y > value; });
   }
   return solution;
 }
