@@ -2,10 +2,13 @@
 
 #include <array>
 #include <cstring>
+#include <memory>
+#include <vector>
 
 #include "automation/script_values.h"
 #include "com/com_ptr.h"
 #include "com/error.h"
+#include "com/locked_array.h"
 #include "com/not_set.h"
 #include "com/variant.h"
 
@@ -160,6 +163,7 @@ class LateCall {
     Variant answer;
     const HRESULT called = DispCallFunc(object, static_cast<ULONG_PTR>(function_.slot_), CC_STDCALL, VT_ERROR,
                                         static_cast<UINT>(count()), types_.data(), passed_.data(), answer.address());
+    lentArrays_.clear();  // an output may take the place of an array
     if (FAILED(called)) return called;
     const HRESULT result = V_ERROR(answer.address());
     if (FAILED(result)) {
@@ -236,6 +240,7 @@ class LateCall {
       *argument = given;
       return;
     }
+    if (wanted.type == VT_VARIANT && (V_VT(&given) & VT_ARRAY) && lend(i, given)) return;
     converting(i, [&] {
       if (isObject(wanted.type)) {
         void* found = nullptr;
@@ -247,6 +252,20 @@ class LateCall {
       check(VariantCopyInd(argument, const_cast<VARIANT*>(&given)));
       if (wanted.type != VT_VARIANT) convert(argument, wanted.type);
     });
+  }
+
+  // Passes the caller's own array, which nobody can free or resize during the call. False where it is no array that can
+  // be locked.
+  bool lend(std::size_t i, const VARIANT& given) {
+    if ((V_VT(&given) & VT_BYREF) && !V_BYREF(&given)) return false;
+    SAFEARRAY* array = V_VT(&given) & VT_BYREF ? *V_ARRAYREF(&given) : V_ARRAY(&given);
+    if (!array) return false;
+    converting(i, [&] { lentArrays_.push_back(std::make_unique<LockedArray>(array)); });
+    VariantInit(&lent_[i]);
+    V_VT(&lent_[i]) = static_cast<VARTYPE>(V_VT(&given) & ~VT_BYREF);
+    V_ARRAY(&lent_[i]) = array;
+    passed_[i] = &lent_[i];
+    return true;
   }
 
   // Stores all outputs where the caller wants them, after all of them were converted.
@@ -314,6 +333,8 @@ class LateCall {
   std::array<VARIANT*, kMost> given_{};
   std::array<Variant, kMost> arguments_;
   std::array<Variant, kMost> storage_;  // what out-parameters point to
+  std::array<VARIANT, kMost> lent_;     // what belongs to the caller
+  std::vector<std::unique_ptr<LockedArray>> lentArrays_;
   std::array<VARTYPE, kMost> types_{};
   std::array<VARIANTARG*, kMost> passed_{};
 };

@@ -34,6 +34,7 @@ Numbers elementsOf(SAFEARRAY* array, VARTYPE type, UINT dimensions) {
   const LockedArray locked(array);
   Numbers numbers{countOf(locked, 1), dimensions == 2 ? countOf(locked, 2) : 1, {}};
   const auto count = static_cast<std::size_t>(numbers.rows) * static_cast<std::size_t>(numbers.columns);
+  numbers.elements.reserve(count);
   VARIANT element;
   VariantInit(&element);
   element.vt = static_cast<VARTYPE>(VT_BYREF | type);
