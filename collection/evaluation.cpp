@@ -88,23 +88,28 @@ HRESULT COQSCompoundCollection::EvaluateCompoundArray(LPCOLESTR name, LONG rows,
     const auto positionOf = [&](LONG row) { return positions ? positions[row] : row; };
     const auto columns = static_cast<std::size_t>(count);
     bool all = true;
-    if (count == 1 && !firstDerivatives && !secondDerivatives) {
+    if (key && count == 1 && !firstDerivatives && !secondDerivatives) {
       const double T = *temperatures;
+      const Key known = *key;
       std::array<double, kBlockLength> ownValues;
       std::array<LONG, kBlockLength> ownStatuses;
+      std::array<const CQSAbstractProp*, kBlockLength> properties;
       for (LONG begin = 0; begin < rows; begin += static_cast<LONG>(kBlockLength)) {
         const EvaluationResults block = results.from(static_cast<std::size_t>(begin));
         const std::size_t size = std::min(static_cast<std::size_t>(rows - begin), kBlockLength);
-        const auto positionIn = [&](std::size_t i) { return positionOf(begin + static_cast<LONG>(i)); };
-        LONG* const found = block.statuses ? block.statuses : ownStatuses.data();
-        // No call leaves the module between taking a property and evaluating it.
-        const auto propertyAt = [&](std::size_t i) -> const CQSAbstractProp* {
-          const COQSCompound* own = COQSCompound::ofThisClass(compoundAt(positionIn(i)));
-          return own ? own->property(key, text) : nullptr;
-        };
-        evaluateWithin(size, propertyAt, T, P, block.values ? block.values : ownValues.data(), found);
+        // No call leaves the module between taking the properties and evaluating them.
+        for (std::size_t i = 0; i < size; ++i) {
+          const COQSCompound* own = COQSCompound::ofThisClass(compoundAt(positionOf(begin + static_cast<LONG>(i))));
+          properties[i] = own ? own->property(known) : nullptr;
+          for (std::size_t line = 0; line < 4; ++line)
+            __builtin_prefetch(reinterpret_cast<const char*>(properties[i]) + 64 * line);
+        }
+        double* const found = block.values ? block.values : ownValues.data();
+        LONG* const statusesFound = block.statuses ? block.statuses : ownStatuses.data();
+        if (evaluateWithin(std::span(properties).first(size), T, P, found, statusesFound)) continue;
         for (std::size_t i = 0; i < size; ++i)
-          if (found[i] == 0) all &= evaluate(positionIn(i), key, text, {&T, 1}, P, policy, block.from(i));
+          if (statusesFound[i] == 0)
+            all &= evaluate(positionOf(begin + static_cast<LONG>(i)), key, text, {&T, 1}, P, policy, block.from(i));
       }
       return all ? S_OK : S_FALSE;
     }

@@ -168,9 +168,7 @@ class COQSCompound final
   bool evaluate(const std::optional<Key>& key, WideView name, std::span<const double> temperatures, double pressure,
                 tagLimitPolicyEnum policy, const EvaluationResults& results) const;
   // Null where there is none.
-  const CQSAbstractProp* property(const std::optional<Key>& key, WideView name) const {
-    return key ? content_.properties[*key] : content_.properties.find(key, name).property;
-  }
+  const CQSAbstractProp* property(Key key) const { return content_.properties[key]; }
 
   // user_properties.cpp
   STDMETHODIMP SetUserProperty(BSTR name, BSTR classId, IDispatch* component) noexcept override;
@@ -217,6 +215,8 @@ class COQSCompound final
   };
   Found find(const std::optional<Key>& key, WideView name) const;
   EvaluationRequest requestFor(const std::optional<Key>& key, double pressure, tagLimitPolicyEnum policy) const;
+  [[gnu::noinline]] HRESULT evaluateArray(LPCOLESTR name, LONG count, const double* temperatures, double pressure,
+                                          tagLimitPolicyEnum policy, const EvaluationResults& results) const noexcept;
 
   static HRESULT valueOf(const CQSAbstractProp* property, double temperature, double pressure,
                          tagExtrapolationEnum method, LONG* dependencies, double* value) noexcept {

@@ -58,22 +58,27 @@ bool COQSCompound::evaluate(const std::optional<Key>& key, WideView name, std::s
   return qs::evaluate(found.property, found.missing, temperatures, request, results);
 }
 
+// Most calls want one value of a key with a short name: it has a way of its own, with few instructions.
 HRESULT COQSCompound::EvaluateArray(LPCOLESTR name, LONG count, const double* temperatures, double P,
                                     tagLimitPolicyEnum policy, double* values, double* firstDerivatives,
                                     double* secondDerivatives, LONG* statuses) noexcept {
-  const WideView text = viewOf(name);
-  const auto key = findKey(text);
-  // Most calls want one value.
-  if (count == 1 && temperatures && (values || statuses) && !firstDerivatives && !secondDerivatives &&
+  if (count == 1 && name && temperatures && (values || statuses) && !firstDerivatives && !secondDerivatives &&
       isPolicy(policy)) {
-    const CQSAbstractProp* property = this->property(key, text);
-    if (property && evaluateWithin(*property, *temperatures, P, values, statuses)) return S_OK;
+    const Key* key = findShortKey(name);
+    const CQSAbstractProp* property = key ? content_.properties[*key] : nullptr;
+    if (property && property->equation() && property->equation()->isWithin(*temperatures, P))
+      return evaluateWithin(*property, *temperatures, P, policy, values, statuses);
   }
-  const EvaluationResults results{values, firstDerivatives, secondDerivatives, statuses};
+  return evaluateArray(name, count, temperatures, P, policy, {values, firstDerivatives, secondDerivatives, statuses});
+}
+
+HRESULT COQSCompound::evaluateArray(LPCOLESTR name, LONG count, const double* temperatures, double P,
+                                    tagLimitPolicyEnum policy, const EvaluationResults& results) const noexcept {
   if (const HRESULT hr = checkEvaluation(1, count, temperatures, policy, results); FAILED(hr)) return hr;
   return guarded([&] {
+    const WideView text = viewOf(name);
     const std::span given(temperatures, static_cast<std::size_t>(count));
-    return evaluate(key, text, given, P, policy, results) ? S_OK : S_FALSE;
+    return evaluate(findKey(text), text, given, P, policy, results) ? S_OK : S_FALSE;
   });
 }
 

@@ -64,8 +64,13 @@ struct Evaluation<Form, std::index_sequence<i...>> {
     replace(WithSlopes{x, slopes}, count, coefficients, whole);
   }
   static void ofMany(double* x, std::size_t count, const double* coefficients, std::size_t stride, int whole) {
-    for (std::size_t at = 0; at < count; at += kLanes)
-      store(x + at, Form::value(load(x + at), load(coefficients + i * stride + at)..., whole));
+    const auto valueAt = [=](std::size_t at, int exponent) {
+      return Form::value(load(x + at), load(coefficients + i * stride + at)..., exponent);
+    };
+    if (Form::kHasExponent && whole == 2)
+      for (std::size_t at = 0; at < count; at += kLanes) store(x + at, valueAt(at, 2));
+    else
+      for (std::size_t at = 0; at < count; at += kLanes) store(x + at, valueAt(at, whole));
   }
 };
 
@@ -141,12 +146,28 @@ bool allWithin(const double* values, std::size_t count, double low, double high)
   return true;
 }
 
+bool copyWithin(const double* values, std::size_t count, double low, double high, double* to) {
+  bool all = true;
+  std::size_t at = 0;
+  for (; at + kLanes <= count; at += kLanes) {
+    const Vector numbers = load(values + at);
+    store(to + at, numbers);
+    all &= within(numbers, low, high);
+  }
+  for (; at < count; ++at) {
+    to[at] = values[at];
+    all &= low <= values[at] && values[at] <= high;
+  }
+  return all;
+}
+
 }  // namespace
 }  // namespace form
 
 extern const BlockFunctions QS_INSTRUCTION_SET;
 const BlockFunctions QS_INSTRUCTION_SET = {
     QS_INSTRUCTION_SET_NAME,
+    math::kLanes,
     {
 #define QS_FORM(number, name, coefficients, exponent, scale, formula, ...) &form::Evaluation<form::name>::of,
 #include "props/forms.def"
@@ -164,6 +185,7 @@ const BlockFunctions QS_INSTRUCTION_SET = {
     form::forwardWithSlopes,
     form::backWithSlopes,
     form::allWithin,
+    form::copyWithin,
 };
 
 }  // namespace qs

@@ -23,10 +23,11 @@ struct alignas(64) Block {
   }
 };
 
-// Functions that replace the first numbers of a block by their results; counts are multiples of kBlockStep. A slope has
+// Functions that replace the first numbers of a block by their results; counts are multiples of `lanes`. A slope has
 // the bits of the first of derivativesOf, or is NaN where that may be a number.
 struct BlockFunctions {
   const char* instructionSet;
+  std::size_t lanes;  // of a vector; kBlockStep is a multiple
 
   // By number of the form: the transformed temperature is replaced by the form's value. `whole` is form::wholeOf the
   // form's exponent. Either with the same coefficients for all, or with a column of each coefficient, `stride`
@@ -49,8 +50,10 @@ struct BlockFunctions {
   bool (*forwardWithSlopes)(double* x, double* slopes, std::size_t n, double P, const Transformation& transformation);
   bool (*backWithSlopes)(double* y, double* slopes, std::size_t n, double P, const Transformation& transformation);
 
-  // Whether each of n numbers, of which there may be any count at any address, is in [low, high]; NaN is not.
+  // Whether each of n numbers, of which there may be any count at any address, is in [low, high]; NaN is not. The
+  // second also copies them.
   bool (*allWithin)(const double* values, std::size_t n, double low, double high);
+  bool (*copyWithin)(const double* values, std::size_t n, double low, double high, double* to);
 };
 
 // Those that processor and operating system support, from the narrowest to the widest.

@@ -1,6 +1,7 @@
 // Correlation equations: property objects that depend on temperature.
 #pragma once
 
+#include <cmath>
 #include <span>
 
 #include "props/forms.h"
@@ -33,6 +34,12 @@ struct Equation {
   Transformation y() const { return {yShape, yNorm, yPow, a, b}; }
   bool lacksConstants() const {
     return (xShape == COMxppdsm1 || yShape == COMxppdsm1) && (a == kEmptyValue || b == kEmptyValue);
+  }
+
+  // Whether a state is in the range. These comparisons raise nothing that a host could trap.
+  bool isWithin(double T, double P) const {
+    return std::isgreaterequal(T, tMin) && std::islessequal(T, tMax) && std::isgreaterequal(P, pMin) &&
+           std::islessequal(P, pMax);
   }
 
   // Whether not the form's function holds but form::extrapolatedVELDB5.

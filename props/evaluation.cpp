@@ -16,8 +16,6 @@ namespace qs {
 namespace {
 
 constexpr double kMostNumber = std::numeric_limits<double>::max();
-// Numbers from here on need no comparison with the empty value.
-constexpr double kAboveEmpty = -32766.0;
 
 // A temperature so near to the range is within it: the steps of a table do not end exactly at its limits.
 constexpr int kNearUlps = 4;
@@ -124,14 +122,7 @@ class Evaluation {
     return {from <= to ? sum : -sum, status};
   }
 
-  NumberWithStatus find(double value) const {
-    if (!equation_ || hasNone() || isEmpty(value)) return {request_.noValue, status_ | (hasNone() ? 0 : eStatusNotSet)};
-    const MaskedExceptions masked;
-    const Solution solution = temperatureAt(*property_, value, request_.P);
-    if (solution.crossings == 0) return {request_.noValue, status_ | eStatusNoConvergence};
-    const LONG several = solution.crossings > 1 ? eStatusSeveralSolutions : 0;
-    return {solution.temperature, status_ | eStatusInside | several};
-  }
+  LONG status() const { return status_; }
 
  private:
   // Those at one temperature; the empty value for what there is not. They are judged where they are put.
@@ -275,16 +266,18 @@ class Evaluation {
       });
       temperatures = {clamped, count};
     }
-    if (results.firstDerivatives)
-      evaluateWithSlopes(*property_, temperatures, request_.P, values, slopes, functions);
-    else
-      qs::evaluate(*property_, temperatures, request_.P, values, functions);
     const auto areFrom = [&](double least, const double* numbers) {
       return functions.allWithin(numbers, count, least, kMostNumber);
     };
-    const bool areNumbers =
-        areFrom(kAboveEmpty, values) ||
-        (areFrom(-kMostNumber, values) && std::find(values, values + count, kEmptyValue) == values + count);
+    bool areNumbers;
+    if (results.firstDerivatives) {
+      evaluateWithSlopes(*property_, temperatures, request_.P, values, slopes, functions);
+      areNumbers = areFrom(kAboveEmpty, values);
+    } else {
+      areNumbers = qs::evaluate(*property_, temperatures, request_.P, values, functions);
+    }
+    areNumbers = areNumbers ||
+                 (areFrom(-kMostNumber, values) && std::find(values, values + count, kEmptyValue) == values + count);
     if (within && areNumbers && (!results.firstDerivatives || areFrom(-kMostNumber, slopes))) {
       if (results.statuses) std::fill_n(results.statuses, count, status_ | eStatusInside);
       return true;
@@ -326,14 +319,41 @@ bool evaluate(const CQSAbstractProp* property, LONG missing, std::span<const dou
   return Evaluation(property, missing, request).evaluate(temperatures, results);
 }
 
+bool evaluateWithin(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
+                    LONG* statuses) {
+  const std::size_t count = properties.size();
+  evaluateAlike(properties, T, P, values);
+  const bool all = supportedBlockFunctions().back()->allWithin(values, count, kAboveEmpty, kMostNumber);
+  if (all)
+    std::fill_n(statuses, count, LONG{eStatusInside});
+  else
+    std::transform(values, values + count, statuses,
+                   [](double value) { return isNumber(value) ? LONG{eStatusInside} : 0; });
+  return all;
+}
+
 NumberWithStatus integrate(const CQSAbstractProp* property, LONG missing, Integrand integrand, double from, double to,
                            const EvaluationRequest& request) {
+  // Within the range, which most calls ask for, no policy matters.
+  const Equation* equation = property ? property->equation() : nullptr;
+  if (equation && from > 0.0 && to > 0.0 && equation->isWithin(from, request.P) && equation->isWithin(to, request.P))
+    if (const auto sum = integral(*property, integrand, from, to, request.P); sum && isNumber(*sum))
+      return {*sum, eStatusInside};
   return Evaluation(property, missing, request).integrate(integrand, from, to);
 }
 
 NumberWithStatus findTemperature(const CQSAbstractProp* property, LONG missing, double value, double P,
                                  double noValue) {
-  return Evaluation(property, missing, {P, eNotSetOutside, kEmptyValue, noValue}).find(value);
+  const Equation* equation = property ? property->equation() : nullptr;
+  if (!equation || !hasValues(*equation) || isEmpty(value)) {
+    const LONG status = Evaluation(property, missing, {P, eNotSetOutside}).status();
+    return {noValue, status & eStatusNoSuchProperty ? status : status | eStatusNotSet};
+  }
+  const LONG status = equation->pMin <= P && P <= equation->pMax ? 0 : LONG{eStatusOutsidePressure};
+  const Solution solution = temperatureAt(*property, value, P);
+  if (solution.crossings == 0) return {noValue, status | eStatusNoConvergence};
+  const LONG several = solution.crossings > 1 ? eStatusSeveralSolutions : 0;
+  return {solution.temperature, status | eStatusInside | several};
 }
 
 }  // namespace qs

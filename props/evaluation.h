@@ -59,39 +59,22 @@ struct EvaluationResults {
 bool evaluate(const CQSAbstractProp* property, LONG missing, std::span<const double> temperatures,
               const EvaluationRequest& request, const EvaluationResults& results);
 
-// Whether state and equation are such that the equation's value has no other status than eStatusInside. These
-// comparisons raise nothing that a host could trap.
-inline bool isWithin(const Equation& equation, double T, double P) {
-  return std::isgreaterequal(T, equation.tMin) && std::islessequal(T, equation.tMax) &&
-         std::isgreaterequal(P, equation.pMin) && std::islessequal(P, equation.pMax);
-}
-
-// The value of an equation within its range, which most calls ask for, and its status, where they are wanted. False,
-// and nothing is written, for anything else.
-inline bool evaluateWithin(const CQSAbstractProp& property, double T, double P, double* value, LONG* status) {
-  const Equation* equation = property.equation();
-  if (!equation || !isWithin(*equation, T, P)) return false;
-  double found = kEmptyValue;
-  LONG dependencies = 0;
-  if (property.GetValue(T, P, eNoExtrapolation, &dependencies, &found) != S_OK || !isNumber(found)) return false;
+// The value of an equation within its range, which most calls ask for, and its status, where they are wanted.
+inline HRESULT evaluateWithin(const CQSAbstractProp& equation, double T, double P, tagLimitPolicyEnum policy,
+                              double* value, LONG* status) {
+  double found;  // written where the result is S_OK
+  LONG dependencies;
+  if (equation.GetValue(T, P, eNoExtrapolation, &dependencies, &found) != S_OK || !isNumber(found)) [[unlikely]]
+    return evaluate(&equation, 0, {&T, 1}, {P, policy}, {value, nullptr, nullptr, status}) ? S_OK : S_FALSE;
   if (value) *value = found;
   if (status) *status = eStatusInside;
-  return true;
+  return S_OK;
 }
 
-// The values at one temperature of those properties, from `propertyAt(0)` on, that are equations within their ranges,
-// where they are numbers. The status of all others, null ones too, is 0, and they are still to be evaluated.
-template <class PropertyAt>
-void evaluateWithin(std::size_t count, PropertyAt&& propertyAt, double T, double P, double* values, LONG* statuses) {
-  AlikeEquations equations(T, values);
-  for (std::size_t i = 0; i < count; ++i) {
-    const CQSAbstractProp* property = propertyAt(i);
-    const Equation* equation = property ? property->equation() : nullptr;
-    if (!equation || !isWithin(*equation, T, P) || !equations.add(*equation, i)) values[i] = kEmptyValue;
-  }
-  equations.finish();
-  for (std::size_t i = 0; i < count; ++i) statuses[i] = isNumber(values[i]) ? LONG{eStatusInside} : 0;
-}
+// The values at one temperature of those properties that are equations within their ranges, where they are numbers. The
+// status of all others, null ones too, is 0, and they are still to be evaluated. Returns whether there are none.
+bool evaluateWithin(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
+                    LONG* statuses);
 
 struct NumberWithStatus {
   double value;

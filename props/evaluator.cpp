@@ -36,18 +36,21 @@ void fetch(const double* numbers, std::size_t count) {
   for (std::size_t i = 0; i < count; i += kInCacheLine) __builtin_prefetch(numbers + i, forWriting ? 1 : 0);
 }
 
-// At most a block of temperatures. False when the values are to be had one by one only.
-bool evaluateBlock(const Equation& equation, std::span<const double> temperatures, double P, double* values,
-                   const BlockFunctions& functions) {
-  if (!isPlain(equation, temperatures)) return false;
+enum class Found { OneByOneOnly, Values, Numbers };
+
+// At most a block of temperatures.
+Found evaluateBlock(const Equation& equation, std::span<const double> temperatures, double P, double* values,
+                    const BlockFunctions& functions) {
+  if (!isPlain(equation, temperatures)) return Found::OneByOneOnly;
   Block block;
   std::ranges::copy(temperatures, block.values);
   const std::size_t count = block.pad(temperatures.size());
-  if (!functions.forward(block.values, count, P, equation.x())) return false;
+  if (!functions.forward(block.values, count, P, equation.x())) return Found::OneByOneOnly;
   functions.forms[equation.form.shape](block.values, count, equation.coefficients.data(), equation.whole);
-  if (!functions.back(block.values, count, P, equation.y())) return false;
-  std::copy_n(block.values, temperatures.size(), values);
-  return true;
+  if (!functions.back(block.values, count, P, equation.y())) return Found::OneByOneOnly;
+  constexpr double kMost = std::numeric_limits<double>::max();
+  return functions.copyWithin(block.values, temperatures.size(), kAboveEmpty, kMost, values) ? Found::Numbers
+                                                                                             : Found::Values;
 }
 
 // The same with the derivatives.
@@ -88,26 +91,106 @@ bool evaluateBlock(const Equation& equation, std::span<const double> temperature
   return true;
 }
 
+// Equations that are evaluated together, with the places of their values.
+class Group {
+ public:
+  // What is alike in an equation is so in all that come.
+  void start(const Equation& equation) {
+    form_ = &equation.form;
+    whole_ = equation.whole;
+    way_ = equation.way;
+    count_ = 0;
+  }
+
+  bool takes(const Equation& equation) const {
+    return form_ == &equation.form && whole_ == equation.whole && way_ == equation.way;
+  }
+
+  bool isFull() const { return count_ == kMost; }
+
+  void add(const Equation& equation, std::size_t place) {
+    double* const column = columns_ + count_;
+    const double* const coefficients = equation.coefficients.data();
+    static_assert(kMostCoefficients == 7);
+    switch (equation.coefficients.size()) {
+      case 7:
+        column[6 * kMost] = coefficients[6];
+        [[fallthrough]];
+      case 6:
+        column[5 * kMost] = coefficients[5];
+        [[fallthrough]];
+      case 5:
+        column[4 * kMost] = coefficients[4];
+        [[fallthrough]];
+      case 4:
+        column[3 * kMost] = coefficients[3];
+        [[fallthrough]];
+      case 3:
+        column[2 * kMost] = coefficients[2];
+        [[fallthrough]];
+      case 2:
+        column[1 * kMost] = coefficients[1];
+        [[fallthrough]];
+      default:
+        column[0] = coefficients[0];
+    }
+    places_[count_++] = static_cast<std::uint32_t>(place);
+  }
+
+  // Writes the values, and is empty then.
+  void evaluate(double T, double* values, std::span<const BlockFunctions* const> supported) {
+    if (count_ == 0) return;
+    // Few need no wide vectors, which take longer.
+    const auto wide = std::ranges::find_if(supported, [&](const auto* each) { return each->lanes >= count_; });
+    const BlockFunctions& functions = wide == supported.end() ? *supported.back() : **wide;
+    const std::size_t lanes = (count_ + functions.lanes - 1) / functions.lanes * functions.lanes;
+    double computed[kMost];
+    std::fill_n(computed, lanes, T);
+    for (std::size_t c = 0; c < static_cast<std::size_t>(form_->coefficients); ++c) {
+      double* const column = columns_ + c * kMost;
+      std::fill(column + count_, column + lanes, column[0]);
+    }
+    functions.formsOfMany[form_->shape](computed, lanes, columns_, kMost, whole_);
+    if (way_ == Equation::Way::LnY) functions.back(computed, lanes, 0.0, {COMlnx, 1.0, 1.0, kEmptyValue, kEmptyValue});
+    for (std::size_t i = 0; i < count_; ++i) values[places_[i]] = computed[i];
+    count_ = 0;
+  }
+
+ private:
+  static constexpr std::size_t kMost = 4 * kBlockStep;
+
+  const EquationForm* form_;
+  int whole_;
+  Equation::Way way_;
+  std::size_t count_;
+  std::uint32_t places_[kMost];
+  double columns_[kMostCoefficients * kMost];
+};
+
 }  // namespace
 
-void evaluate(const CQSAbstractProp& property, std::span<const double> temperatures, double P, double* values,
+bool evaluate(const CQSAbstractProp& property, std::span<const double> temperatures, double P, double* values,
               const BlockFunctions& functions, double noValue) {
   const Equation* equation = property.equation();
   if (!equation) {
     for (const double T : temperatures) *values++ = valueOf(property, T, P, noValue);
-    return;
+    return false;
   }
   const MaskedExceptions masked;
+  bool areNumbers = true;
   while (!temperatures.empty()) {
     const auto block = temperatures.first(std::min(temperatures.size(), kBlockLength));
     const std::size_t next = std::min(temperatures.size() - block.size(), kBlockLength);
     fetch<false>(block.data() + block.size(), next);
     fetch<true>(values + block.size(), next);
-    if (!evaluateBlock(*equation, block, P, values, functions))
+    const Found found = evaluateBlock(*equation, block, P, values, functions);
+    areNumbers &= found == Found::Numbers;
+    if (found == Found::OneByOneOnly)
       for (std::size_t i = 0; i < block.size(); ++i) values[i] = valueOf(property, block[i], P, noValue);
     temperatures = temperatures.subspan(block.size());
     values += block.size();
   }
+  return areNumbers;
 }
 
 void evaluateWithSlopes(const CQSAbstractProp& property, std::span<const double> temperatures, double P, double* values,
@@ -141,52 +224,27 @@ void evaluateWithSlopes(const CQSAbstractProp& property, std::span<const double>
   }
 }
 
-AlikeEquations::Group* AlikeEquations::groupOf(const Equation& equation) {
-  if (equation.form.shape == PropCurveVoid) return nullptr;
-  const auto groups = std::span(groups_).first(groupCount_);
-  const auto found = std::ranges::find_if(groups, [&](const Group& group) { return group.takes(equation); });
-  if (found != groups.end()) return &*found;
-  if (groupCount_ == groups_.size()) return nullptr;
-  Group& group = groups_[groupCount_++];
-  group.form = &equation.form;
-  group.whole = equation.whole;
-  group.way = equation.way;
-  group.count = 0;
-  return &group;
-}
-
-void AlikeEquations::finish() {
-  for (Group& group : std::span(groups_).first(groupCount_)) evaluate(group);
-}
-
-void AlikeEquations::evaluate(Group& group) {
-  if (group.count == 0) return;
+void evaluateAlike(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
+                   std::span<const BlockFunctions* const> functions) {
+  std::fill_n(values, properties.size(), kEmptyValue);
+  if (isEmpty(T)) return;
   const MaskedExceptions masked;
-  const std::size_t lanes = (group.count + kBlockStep - 1) / kBlockStep * kBlockStep;
-  double values[kGroup];
-  std::fill_n(values, lanes, T_);
-  for (std::size_t c = 0; c < static_cast<std::size_t>(group.form->coefficients); ++c) {
-    double* column = group.coefficients + c * kGroup;
-    std::fill(column + group.count, column + lanes, column[0]);
-  }
-  functions_.formsOfMany[group.form->shape](values, lanes, group.coefficients, kGroup, group.whole);
-  if (group.way == Equation::Way::LnY)
-    functions_.back(values, lanes, 0.0, {COMlnx, 1.0, 1.0, kEmptyValue, kEmptyValue});
-  for (std::size_t i = 0; i < group.count; ++i) values_[group.places[i]] = values[i];
-  group.count = 0;
-}
-
-void evaluate(std::span<const CQSAbstractProp* const> properties, double T, double P, double* values,
-              const BlockFunctions& functions, double noValue) {
-  AlikeEquations equations(T, values, functions);
+  std::array<Group, 6> groups;
+  Group *last = nullptr, *end = groups.data();
   for (std::size_t i = 0; i < properties.size(); ++i) {
     const Equation* equation = properties[i] ? properties[i]->equation() : nullptr;
-    if (!equation || !equations.add(*equation, i))
-      values[i] = properties[i] ? valueOf(*properties[i], T, P, kEmptyValue) : kEmptyValue;
+    if (!equation || !equation->isWithin(T, P)) continue;
+    if (!last || !last->takes(*equation)) {
+      if (equation->way == Equation::Way::Any || equation->form.shape == PropCurveVoid) continue;
+      Group* const group = std::find_if(groups.data(), end, [&](const Group& each) { return each.takes(*equation); });
+      if (group == groups.data() + groups.size()) continue;
+      if (group == end) (end++)->start(*equation);
+      last = group;
+    }
+    last->add(*equation, i);
+    if (last->isFull()) last->evaluate(T, values, functions);
   }
-  equations.finish();
-  for (double& value : std::span(values, properties.size()))
-    if (isEmpty(value)) value = noValue;
+  for (Group* group = groups.data(); group != end; ++group) group->evaluate(T, values, functions);
 }
 
 }  // namespace qs

@@ -134,27 +134,35 @@ TEST(Evaluator, HasTheSameBitsInEveryInstructionSetAndSystem) {
   EXPECT_FALSE(std::getline(file, expected)) << expected;
 }
 
-TEST(Evaluator, EvaluatesManyPropertiesAtOnce) {
+TEST(Evaluator, EvaluatesAlikeEquationsTogether) {
   std::vector<Case> all = cases();
   for (LONG shape = COMx; shape <= COMlnxp; ++shape) {
     all.push_back(caseOf(*findForm(PropCurveDIPPR101), 2.0, shape, COMlnx));
     all.push_back(caseOf(*findForm(PropCurveDIPPR101), 2.0, COMx, shape));
   }
-  all.push_back({"point", std::make_unique<CQSPointProp>()});
-  all.back().property->SetValue(18.015);
-  all.push_back({"void", std::make_unique<CQSVoidProp>()});
-  std::vector<const CQSAbstractProp*> properties{nullptr};
-  for (int repetition = 0; repetition < 3; ++repetition)
-    for (const Case& each : all) properties.push_back(each.property.get());
-  for (const double T : {0.3, 0.95, 12.0, -32767.0, 0.0, kNaN})
-    for (const BlockFunctions* functions : supportedBlockFunctions()) {
-      Values values(properties.size());
-      evaluate(properties, T, kP, values.data(), *functions);
-      for (std::size_t i = 0; i < values.size(); ++i) {
-        const double expected = properties[i] ? oneByOne(*properties[i], {T})[0] : kEmptyValue;
-        ASSERT_EQ(bitsOf(values[i]), bitsOf(expected)) << i << " at " << T << " " << functions->instructionSet;
+  // A few of one, many of the next, and none between.
+  std::vector<std::vector<const CQSAbstractProp*>> lists;
+  for (std::size_t i = 0; i + 1 < all.size(); ++i) {
+    lists.emplace_back(70, all[i + 1].property.get());
+    for (const std::size_t place : {3, 5, 40}) lists.back()[place] = all[i].property.get();
+    lists.back()[7] = nullptr;
+  }
+  const auto supported = supportedBlockFunctions();
+  for (std::size_t first = 0; first < all.size() - 1; ++first)
+    for (const double T : {0.3, 0.95, 12.0, -32767.0, 0.0, kNaN})
+      for (std::size_t sets = 1; sets <= supported.size(); ++sets) {
+        const auto& properties = lists[first];
+        Values values(properties.size());
+        evaluateAlike(properties, T, kP, values.data(), supported.first(sets));
+        for (std::size_t i = 0; i < values.size(); ++i) {
+          const Equation* equation = properties[i] ? properties[i]->equation() : nullptr;
+          const bool alone = !equation || equation->way == Equation::Way::Any || !equation->isWithin(T, kP) ||
+                             equation->form.shape == PropCurveVoid;
+          const Case& of = all[properties[i] == properties[0] ? first + 1 : first];
+          const double expected = alone ? kEmptyValue : oneByOne(*of.property, {T})[0];
+          ASSERT_EQ(bitsOf(values[i]), bitsOf(expected)) << of.name << " at " << T << ", sets " << sets;
+        }
       }
-    }
 }
 
 // The C library's last bits are its own.
