@@ -8,6 +8,19 @@
 namespace qs {
 namespace {
 
+// The value and the status of an equation within its range.
+HRESULT evaluateWithin(const CQSAbstractProp& equation, double T, double P, tagLimitPolicyEnum policy, double* value,
+                       LONG* status) {
+  double own;  // either is written where the result is S_OK
+  double* const found = value ? value : &own;
+  LONG dependencies;
+  if (equation.GetValue(T, P, eNoExtrapolation, &dependencies, found) != S_OK || !isNumber(*found)) [[unlikely]]
+    return evaluate(&equation, 0, {&T, 1}, {P, policy}, {value, nullptr, nullptr, status}) ? S_OK : S_FALSE;
+  if (!status) return value ? S_OK : E_POINTER;
+  *status = eStatusInside;
+  return S_OK;
+}
+
 // The same for one number or many: computes results in place of the arguments.
 template <class Compute>
 HRESULT forScript(const VARIANT& arguments, VARIANT* numbers, VARIANT* statuses, Compute&& compute) noexcept {
@@ -62,11 +75,11 @@ bool COQSCompound::evaluate(const std::optional<Key>& key, WideView name, std::s
 HRESULT COQSCompound::EvaluateArray(LPCOLESTR name, LONG count, const double* temperatures, double P,
                                     tagLimitPolicyEnum policy, double* values, double* firstDerivatives,
                                     double* secondDerivatives, LONG* statuses) noexcept {
-  if (count == 1 && name && temperatures && (values || statuses) && !firstDerivatives && !secondDerivatives &&
-      isPolicy(policy)) {
+  if (count == 1 && name && !firstDerivatives && !secondDerivatives && isPolicy(policy)) {
     const Key* key = findShortKey(name);
     const CQSAbstractProp* property = key ? content_.properties[*key] : nullptr;
-    if (property && property->equation() && property->equation()->isWithin(*temperatures, P))
+    const Equation* equation = property ? property->equation() : nullptr;
+    if (equation && temperatures && equation->isWithin(*temperatures, P))
       return evaluateWithin(*property, *temperatures, P, policy, values, statuses);
   }
   return evaluateArray(name, count, temperatures, P, policy, {values, firstDerivatives, secondDerivatives, statuses});

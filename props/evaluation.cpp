@@ -15,8 +15,6 @@
 namespace qs {
 namespace {
 
-constexpr double kMostNumber = std::numeric_limits<double>::max();
-
 // A temperature so near to the range is within it: the steps of a table do not end exactly at its limits.
 constexpr int kNearUlps = 4;
 

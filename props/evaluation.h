@@ -27,7 +27,10 @@ std::optional<PropertyRange> rangeOf(const CQSAbstractProp& property);
 // The statuses of a number that there is not.
 inline constexpr LONG kNoNumber = eStatusNotSet | eStatusNoSuchProperty | eStatusNotANumber | eStatusNoConvergence;
 
-inline bool isNumber(double value) { return std::isfinite(value) && !isEmpty(value); }
+inline bool isNumber(double value) {
+  const bool isOrdinary = std::isgreater(value, kAboveEmpty) && std::islessequal(value, kMostNumber);
+  return isOrdinary || (std::isfinite(value) && !isEmpty(value));
+}
 
 struct EvaluationRequest {
   double P;                   // kPa
@@ -58,18 +61,6 @@ struct EvaluationResults {
 // throws.
 bool evaluate(const CQSAbstractProp* property, LONG missing, std::span<const double> temperatures,
               const EvaluationRequest& request, const EvaluationResults& results);
-
-// The value of an equation within its range, which most calls ask for, and its status, where they are wanted.
-inline HRESULT evaluateWithin(const CQSAbstractProp& equation, double T, double P, tagLimitPolicyEnum policy,
-                              double* value, LONG* status) {
-  double found;  // written where the result is S_OK
-  LONG dependencies;
-  if (equation.GetValue(T, P, eNoExtrapolation, &dependencies, &found) != S_OK || !isNumber(found)) [[unlikely]]
-    return evaluate(&equation, 0, {&T, 1}, {P, policy}, {value, nullptr, nullptr, status}) ? S_OK : S_FALSE;
-  if (value) *value = found;
-  if (status) *status = eStatusInside;
-  return S_OK;
-}
 
 // The values at one temperature of those properties that are equations within their ranges, where they are numbers. The
 // status of all others, null ones too, is 0, and they are still to be evaluated. Returns whether there are none.

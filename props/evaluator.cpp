@@ -48,9 +48,8 @@ Found evaluateBlock(const Equation& equation, std::span<const double> temperatur
   if (!functions.forward(block.values, count, P, equation.x())) return Found::OneByOneOnly;
   functions.forms[equation.form.shape](block.values, count, equation.coefficients.data(), equation.whole);
   if (!functions.back(block.values, count, P, equation.y())) return Found::OneByOneOnly;
-  constexpr double kMost = std::numeric_limits<double>::max();
-  return functions.copyWithin(block.values, temperatures.size(), kAboveEmpty, kMost, values) ? Found::Numbers
-                                                                                             : Found::Values;
+  return functions.copyWithin(block.values, temperatures.size(), kAboveEmpty, kMostNumber, values) ? Found::Numbers
+                                                                                                   : Found::Values;
 }
 
 // The same with the derivatives.

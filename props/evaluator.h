@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <limits>
 #include <span>
 
 #include "props/block_functions.h"
@@ -11,8 +12,8 @@
 
 namespace qs {
 
-// Numbers from here on need no comparison with the empty value.
-inline constexpr double kAboveEmpty = -32766.0;
+// Numbers from the first on need no comparison with the empty value, those to the second are finite.
+inline constexpr double kAboveEmpty = -32766.0, kMostNumber = std::numeric_limits<double>::max();
 
 // Writes to `values`, which has as many places and may be the same array, what GetValue writes at each of the
 // temperatures, in K, and pressure P, in kPa: bit for bit the same, and `noValue` in the place of the empty value and
