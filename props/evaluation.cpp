@@ -64,11 +64,14 @@ class Evaluation {
   bool evaluate(std::span<const double> temperatures, const EvaluationResults& results) {
     constexpr std::size_t kFew = 4;
     bool all = true;
+    std::optional<MaskedExceptions> masked;
+    if (!isAsked()) masked.emplace();
     if (!equation_ || hasNone() || results.secondDerivatives || temperatures.size() < kFew) {
-      for (std::size_t i = 0; i < temperatures.size(); ++i) all &= put(temperatures[i], results.from(i));
+      const bool derivatives = results.firstDerivatives || results.secondDerivatives;
+      for (std::size_t i = 0; i < temperatures.size(); ++i)
+        all &= put(at(temperatures[i], derivatives), results.from(i));
       return all;
     }
-    const MaskedExceptions masked;
     for (std::size_t i = 0; i < temperatures.size(); i += kMostTogether)
       all &= putTogether(temperatures.subspan(i, std::min(temperatures.size() - i, kMostTogether)), results.from(i));
     return all;
@@ -223,13 +226,6 @@ class Evaluation {
   }
 
   // Judges what is at a temperature, and puts it where the caller wants it.
-  bool put(double T, const EvaluationResults& results) {
-    const bool derivatives = results.firstDerivatives || results.secondDerivatives;
-    std::optional<MaskedExceptions> masked;
-    if (!isAsked()) masked.emplace();
-    return put(at(T, derivatives), results);
-  }
-
   bool put(Numbers numbers, const EvaluationResults& results) const {
     const auto isMissing = [](const double* wanted, double number) { return wanted && !isNumber(number); };
     if (isEmpty(numbers.value) && !(numbers.status & kNoNumber)) numbers.status |= eStatusNotSet;

@@ -145,10 +145,9 @@ class Group {
     const std::size_t lanes = (count_ + functions.lanes - 1) / functions.lanes * functions.lanes;
     double computed[kMost];
     std::fill_n(computed, lanes, T);
-    for (std::size_t c = 0; c < static_cast<std::size_t>(form_->coefficients); ++c) {
-      double* const column = columns_ + c * kMost;
-      std::fill(column + count_, column + lanes, column[0]);
-    }
+    for (std::size_t lane = count_; lane < lanes; ++lane)
+      for (std::size_t c = 0; c < static_cast<std::size_t>(form_->coefficients); ++c)
+        columns_[c * kMost + lane] = columns_[c * kMost];
     functions.formsOfMany[form_->shape](computed, lanes, columns_, kMost, whole_);
     if (way_ == Equation::Way::LnY) functions.back(computed, lanes, 0.0, {COMlnx, 1.0, 1.0, kEmptyValue, kEmptyValue});
     for (std::size_t i = 0; i < count_; ++i) values[places_[i]] = computed[i];
