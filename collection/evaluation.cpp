@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <numeric>
 
 #include "collection/collection.h"
@@ -53,6 +54,13 @@ class ForeignProperty final : public CQSAbstractProp {
   bool known_ = false, hasRange_ = false;
 };
 
+// Has the processor fetch what an equation is evaluated from while the next property is looked for.
+void fetchEquation(const CQSAbstractProp& property) {
+  constexpr std::ptrdiff_t kCacheLine = 64, kLines = 4;
+  const auto* const bytes = reinterpret_cast<const char*>(&property);
+  for (std::ptrdiff_t line = 0; line < kLines; ++line) __builtin_prefetch(bytes + line * kCacheLine);
+}
+
 }  // namespace
 
 IBasicCompound* COQSCompoundCollection::compoundAt(LONG position) const {
@@ -101,8 +109,7 @@ HRESULT COQSCompoundCollection::EvaluateCompoundArray(LPCOLESTR name, LONG rows,
         for (std::size_t i = 0; i < size; ++i) {
           const COQSCompound* own = COQSCompound::ofThisClass(compoundAt(positionOf(begin + static_cast<LONG>(i))));
           properties[i] = own ? own->property(known) : nullptr;
-          for (std::size_t line = 0; line < 4; ++line)
-            __builtin_prefetch(reinterpret_cast<const char*>(properties[i]) + 64 * line);
+          if (properties[i]) fetchEquation(*properties[i]);
         }
         double* const found = block.values ? block.values : ownValues.data();
         LONG* const statusesFound = block.statuses ? block.statuses : ownStatuses.data();

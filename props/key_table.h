@@ -128,8 +128,9 @@ inline constexpr std::array<std::int16_t, kHashedPlaces> kKeysByHash = [] {
 // The key of a name, compared in full and case-sensitively.
 constexpr std::optional<Key> findKey(WideView name) {
   if (name.size() <= kShortName) {
+    // A NUL at the end is lost where a name is packed.
     const Key* key = kShortNames.find(packed(name));
-    return key ? std::optional(*key) : std::nullopt;
+    return key && nameOf(*key).size() == name.size() ? std::optional(*key) : std::nullopt;
   }
   for (std::size_t place = hashOfName(name);; ++place) {
     const std::int16_t number = kKeysByHash[place % kHashedPlaces];

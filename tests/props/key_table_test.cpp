@@ -15,8 +15,19 @@ TEST(KeyTable, NumbersKeysByPlaceAndFindsWholeNamesOnly) {
   EXPECT_EQ(kKeys.at(0).name, OLESTR("MW"));
   EXPECT_EQ(kKeys.at(70).name, OLESTR("SRKACEN"));
   EXPECT_EQ(kKeys.at(70).help, OLESTR("SRK Accentric Factor"));
-  for (const WideView name : {WideView(), WideView(OLESTR("mw")), WideView(OLESTR("M")), WideView(OLESTR("MWX"))})
+  for (const WideView name :
+       {WideView(), WideView(OLESTR("\0"), 1), WideView(OLESTR("mw")), WideView(OLESTR("M")), WideView(OLESTR("MWX")),
+        WideView(OLESTR("MW\0"), 3), WideView(OLESTR("MW\0\0"), 4), WideView(OLESTR("SRKACE")), WideView(OLESTR("\1")),
+        WideView(OLESTR("\xffff\xffff\xffff\xffff"))})
     EXPECT_EQ(findKey(name), std::nullopt);
+  for (const KeyEntry& key : kKeys) {
+    EXPECT_EQ(findKey(key.name), static_cast<Key>(&key - kKeys.data()));
+    const Key* found = findShortKey(WideString(key.name).c_str());
+    EXPECT_EQ(found != nullptr, key.name.size() <= 4);
+    if (found) EXPECT_EQ(nameOf(*found), key.name);
+  }
+  for (const OLECHAR* name : {OLESTR(""), OLESTR("M"), OLESTR("SRKT"), OLESTR("LIQHX")})
+    EXPECT_EQ(findShortKey(name), nullptr);
 }
 
 // A getter as the type library's source writes it: interface, DISPID, the range's DISPID unless 0, key, help.
