@@ -168,7 +168,7 @@ class SheetReader {
       fault(place, std::string(row_[place].fault));
       return std::nullopt;
     }
-    const auto column = columnOf(header);
+    auto column = columnOf(header);
     if (!column) {
       fault(place, "no such column" + suggestionFor(header));
       return std::nullopt;

@@ -56,16 +56,20 @@ std::vector<std::string> fuzzSeeds() {
            "<Tmin value=\"280\"/><Tmax value=\"500\"/></" + element + ">";
   };
   const std::string end = "</compound></compounds>";
+  const char* const sheet =
+      "Snumber,name,family,synonyms,unifac,TC [degC],TC.source,VP.form [bar],VP.A,VP.B,VP.C,VP.D,VP.E,VP.Tmin,VP.Tmax\n"
+      "1,A,Alcohol,B|C,1:2|3:4,20,s,DIPPR101,1,2,3,4,5,200,300\r\n2,\"B, \"\"C\"\"\",,,,,,,,,,,,,\n";
+  const char* const otherSheet =
+      "Snumber,name,LDN.form,LDN.A,LDN.B,LDN.C,LDN.D,LDN.Tmin,LDN.Tmax,LDN.kind,LDN.quality,LDN.note,LDN.Yshape\n"
+      "7,X,VELDB7,1,2,3,4,5,6,fitted,good,\"two\nlines\",COMlnx\n";
   return {
       library + equation("VaporPressure", "Pa", "101", "<A value=\"74\"/><B value=\"-7295\"/><C value=\"-7.4\"/>") +
           equation("LiquidDensity", "kmol/m3", "105", "<A value=\"5\"/><B value=\".2\"/><C value=\"647\"/>") + end,
       library + equation("SurfaceTension", "N/m", "116", "<B value=\".01\"/><D value=\".1\"/>") +
           equation("LiquidThermalConductivity", "W/m/K", "16", "<A value=\"-1\"/><C value=\".4\"/>") + end,
       library + equation("RPPHeatCapacityCp", "J/kmol/K", "4", "<A value=\"33444\"/><B value=\"-5.8\"/>") + end,
-      "Snumber,name,family,synonyms,unifac,TC [degC],TC.source,VP.form [bar],VP.A,VP.B,VP.C,VP.D,VP.E,VP.Tmin,VP.Tmax\n"
-      "1,A,Alcohol,B|C,1:2|3:4,20,s,DIPPR101,1,2,3,4,5,200,300\r\n2,\"B, \"\"C\"\"\",,,,,,,,,,,,,\n",
-      "Snumber,name,LDN.form,LDN.A,LDN.B,LDN.C,LDN.D,LDN.Tmin,LDN.Tmax,LDN.kind,LDN.quality,LDN.note,LDN.Yshape\n"
-      "7,X,VELDB7,1,2,3,4,5,6,fitted,good,\"two\nlines\",COMlnx\n",
+      sheet,
+      otherSheet,
   };
 }
 

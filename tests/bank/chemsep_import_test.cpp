@@ -36,7 +36,7 @@ ChemsepImport import(const std::string& text, std::vector<Finding>& findings, co
   return importChemsep(temporary.path() / "library.xml", options, findings);
 }
 
-constexpr double kWeight = 50.0, kCritical = 600.0, kEntropy = 200.0;
+constexpr double kCritical = 600.0, kEntropy = 200.0;
 
 std::string libraryOf(const std::string& elements) {
   return "<compounds library='A library, version 3000, 1999'>\n<compound>\n<CompoundID value='X'/>\n"
@@ -278,10 +278,10 @@ TEST(ChemsepImport, RefusesWhatIsNoLibrary) {
       {libraryOf(deep), "library.xml:6: compound X, a: nested too deeply"},
       {libraryOf("").substr(0, 150), "compound X, compound: not well-formed XML"},
   };
-  for (const auto& [text, message] : cases) {
+  for (const auto& row : cases) {
     std::vector<Finding> findings;
-    EXPECT_THAT([&] { import(text, findings); }, testing::ThrowsMessage<std::runtime_error>(HasSubstr(message)))
-        << text.substr(0, 300);
+    EXPECT_THAT([&] { import(row.first, findings); }, testing::ThrowsMessage<std::runtime_error>(HasSubstr(row.second)))
+        << row.first.substr(0, 300);
   }
   EXPECT_THAT(([] {
                 std::vector<Finding> findings;
