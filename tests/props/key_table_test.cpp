@@ -24,7 +24,9 @@ TEST(KeyTable, NumbersKeysByPlaceAndFindsWholeNamesOnly) {
     EXPECT_EQ(findKey(key.name), static_cast<Key>(&key - kKeys.data()));
     const Key* found = findShortKey(WideString(key.name).c_str());
     EXPECT_EQ(found != nullptr, key.name.size() <= 4);
-    if (found) EXPECT_EQ(nameOf(*found), key.name);
+    if (found) {
+      EXPECT_EQ(nameOf(*found), key.name);
+    }
   }
   for (const OLECHAR* name : {OLESTR(""), OLESTR("M"), OLESTR("SRKT"), OLESTR("LIQHX")})
     EXPECT_EQ(findShortKey(name), nullptr);
