@@ -276,7 +276,7 @@ TEST(ChemsepImport, RefusesWhatIsNoLibrary) {
       {libraryOf("<CAS value='&bomb;'/>"), "compound X, compound: not well-formed XML"},
       {"<!DOCTYPE c [<!ENTITY a 'aaaa'>]>\n" + libraryOf("<CAS value='&a;'/>"), "with a document type"},
       {libraryOf(deep), "library.xml:6: compound X, a: nested too deeply"},
-      {libraryOf("").substr(0, 150), "compound X, compound: not well-formed XML"},
+      {libraryOf("").substr(0, libraryOf("").find("<CriticalT")), "compound X, compound: not well-formed XML"},
   };
   for (const auto& row : cases) {
     std::vector<Finding> findings;
