@@ -93,6 +93,24 @@ TEST_F(LateFunctions, ArraysOfNumbersBecomeArrayObjects) {
   V_VT(&records.variant) = VT_ARRAY | VT_I8;
 }
 
+TEST_F(LateFunctions, ArraysAreLentForTheCallAlone) {
+  ASSERT_EQ(setEquation({0.0, 1.0, 0.0}), "True");
+  LateValue array(VT_R8, {{3, 0}}, {250, 300, 350});
+  const auto evaluate = [&](LateValue& result, int quantity) {
+    return callByName(compound.get(), L"Evaluate", DISPATCH_METHOD, result, L"VP", quantity,
+                      LateValue(VT_VARIANT, &array.variant), 1.5, int{eNotSetOutside},
+                      LateValue(VT_VARIANT, &array.variant));
+  };
+  LateValue none, values;
+  EXPECT_EQ(evaluate(none, 99), E_INVALIDARG);
+  EXPECT_EQ(V_ARRAY(&array.variant)->cLocks, 0u);
+  ASSERT_EQ(evaluate(values, eValue), S_OK);
+  EXPECT_EQ(shownOr(S_OK, LateValue(VT_VARIANT, V_ARRAY(&values.variant)->pvData)), "250");
+  // The statuses took the place of the temperatures.
+  EXPECT_EQ(V_VT(&array.variant), VT_ARRAY | VT_VARIANT);
+  EXPECT_EQ(shownOr(S_OK, LateValue(VT_VARIANT, V_ARRAY(&array.variant)->pvData)), std::to_string(eStatusInside));
+}
+
 TEST_F(LateFunctions, ArgumentsMayBeNamed) {
   const auto ids = [&](std::vector<WideString> names) {
     std::vector<LPOLESTR> pointers;
