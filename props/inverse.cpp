@@ -167,7 +167,7 @@ Solution temperatureAt(const CQSAbstractProp& equation, double value, double P, 
     wasBelow = isBelow;
     // Most points are where their neighbours are.
     const auto skip = [&](auto isThere) {
-      while (i + 1 < count && isThere(values[i + 1])) ++i;
+      while (i + 1 < count && isThere(scan.values[i + 1])) ++i;
     };
     if (isBelow)
       skip([value](double y) { return y < value; });
