@@ -14,10 +14,11 @@ HRESULT evaluateWithin(const CQSAbstractProp& equation, double T, double P, tagL
   double own;  // either is written where the result is S_OK
   double* const found = value ? value : &own;
   LONG dependencies;
-  if (equation.GetValue(T, P, eNoExtrapolation, &dependencies, found) != S_OK || !isNumber(*found)) [[unlikely]]
+  const HRESULT hr = equation.GetValue(T, P, eNoExtrapolation, &dependencies, found);
+  if (!status && !value) return E_POINTER;
+  if (hr != S_OK || !isNumber(*found)) [[unlikely]]
     return evaluate(&equation, 0, {&T, 1}, {P, policy}, {value, nullptr, nullptr, status}) ? S_OK : S_FALSE;
-  if (!status) return value ? S_OK : E_POINTER;
-  *status = eStatusInside;
+  if (status) *status = eStatusInside;
   return S_OK;
 }
 

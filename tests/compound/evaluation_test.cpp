@@ -335,7 +335,7 @@ TEST_F(CompoundEvaluation, RefusesWhatItCannotRead) {
   EXPECT_EQ(evaluate(3, T, -1, out, statuses), E_INVALIDARG);
   EXPECT_EQ(evaluate(3, T, 7, out, statuses), E_INVALIDARG);
   EXPECT_EQ(evaluate(3, nullptr, 0, out, statuses), E_POINTER);
-  EXPECT_EQ(evaluate(3, T, 0, nullptr, nullptr), E_POINTER);
+  for (const LONG count : {1, 3}) EXPECT_EQ(evaluate(count, T, 0, nullptr, nullptr), E_POINTER);
   EXPECT_EQ(evaluate(2, T, 0, T + 1, statuses), E_INVALIDARG);
   EXPECT_EQ(evaluate(2, T, 0, nullptr, reinterpret_cast<LONG*>(T)), E_INVALIDARG);
   EXPECT_EQ(evaluate(0, nullptr, 0, out, nullptr), S_OK);
