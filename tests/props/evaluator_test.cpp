@@ -144,7 +144,7 @@ TEST(Evaluator, EvaluatesAlikeEquationsTogether) {
   std::vector<std::vector<const CQSAbstractProp*>> lists;
   for (std::size_t i = 0; i + 1 < all.size(); ++i) {
     lists.emplace_back(70, all[i + 1].property.get());
-    for (const std::size_t place : {3, 5, 40}) lists.back()[place] = all[i].property.get();
+    for (const std::size_t place : {3u, 5u, 40u}) lists.back()[place] = all[i].property.get();
     lists.back()[7] = nullptr;
   }
   const auto supported = supportedBlockFunctions();
