@@ -237,19 +237,9 @@ Source readDatabase(const std::filesystem::path& directory, std::vector<Finding>
   return source;
 }
 
-Source readDatabase(const std::filesystem::path& directory) {
-  std::vector<Finding> ignored;
-  return readDatabase(directory, ignored);
-}
-
 Source readSourceOrDatabase(const std::filesystem::path& place, std::vector<Finding>& findings) {
   std::error_code ignored;
   return std::filesystem::is_directory(place, ignored) ? readDatabase(place, findings) : readSource(place, findings);
-}
-
-Source readSourceOrDatabase(const std::filesystem::path& place) {
-  std::error_code ignored;
-  return std::filesystem::is_directory(place, ignored) ? readDatabase(place) : readSource(place);
 }
 
 }  // namespace qs::bank

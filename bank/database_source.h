@@ -13,10 +13,8 @@ namespace qs::bank {
 // finding of the rule not-kept, with the severity of a warning; a database that qsdb made has none. Throws
 // std::runtime_error when the database cannot be read.
 Source readDatabase(const std::filesystem::path& directory, std::vector<Finding>& findings);
-Source readDatabase(const std::filesystem::path& directory);  // without the findings
 
-// A source file, or the database in a directory. Without findings, a source throws as readSource does.
+// A source file, or the database in a directory.
 Source readSourceOrDatabase(const std::filesystem::path& place, std::vector<Finding>& findings);
-Source readSourceOrDatabase(const std::filesystem::path& place);
 
 }  // namespace qs::bank

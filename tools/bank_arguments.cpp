@@ -27,6 +27,16 @@ bank::Source openBank(const std::string& place, std::ostream& err) {
   return source;
 }
 
+bank::Source openWhole(const std::string& place, std::ostream& err) {
+  std::vector<bank::Finding> findings;
+  bank::Source source = bank::readSourceOrDatabase(bank::pathOf(place), findings);
+  for (const bank::Finding& finding : findings) {
+    if (finding.severity == bank::Severity::Error) throw std::runtime_error(bank::textOf(finding));
+    err << bank::textOf(finding) << '\n';
+  }
+  return source;
+}
+
 const bank::Compound& compoundCalled(const bank::Source& bank, const std::string& text) {
   const auto found = bank::compoundsNamed(bank, text);
   if (found.size() == 1) return *found.front();

@@ -19,6 +19,9 @@ bank::Source openBank(const std::string& place, std::vector<bank::Finding>& find
 // The same; `err` is told how many findings there are.
 bank::Source openBank(const std::string& place, std::ostream& err);
 
+// The same, all of it: a fault of a source is an error. `err` is told what a database has and a source cannot hold.
+bank::Source openWhole(const std::string& place, std::ostream& err);
+
 // The one compound with a number, name, synonym or CAS number.
 const bank::Compound& compoundCalled(const bank::Source& bank, const std::string& text);
 

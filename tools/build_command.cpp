@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "bank/database_source.h"
 #include "bank/merge.h"
 #include "persist/database_writer.h"
+#include "tools/bank_arguments.h"
 
 namespace qs::tools {
 namespace {
@@ -20,21 +20,20 @@ struct BuildOptions {
   bool keep = false, replace = false, force = false;
 };
 
-bank::Source readAll(const BuildOptions& options) {
+bank::Source readAll(const BuildOptions& options, std::ostream& err) {
   std::vector<bank::Source> sources;
-  for (std::size_t i = 0; i + 1 < options.places.size(); ++i)
-    sources.push_back(bank::readSourceOrDatabase(bank::pathOf(options.places[i])));
+  for (std::size_t i = 0; i + 1 < options.places.size(); ++i) sources.push_back(openWhole(options.places[i], err));
   return bank::merge(std::move(sources), options.keep      ? bank::SameNumber::Keep
                                          : options.replace ? bank::SameNumber::Replace
                                                            : bank::SameNumber::Refuse);
 }
 
-void build(const BuildOptions& options, std::ostream& out) {
+void build(const BuildOptions& options, std::ostream& out, std::ostream& err) {
   const std::string& name = options.places.back();
   const auto directory = bank::pathOf(name);
   if (!options.force && database::hasDatabase(directory))
     throw std::runtime_error(name + ": there is a database already; --force replaces it");
-  const auto compounds = bank::compoundsOf(readAll(options));
+  const auto compounds = bank::compoundsOf(readAll(options, err));
   database::DatabaseFiles files;
   try {
     files = database::encodeDatabase(compounds);
@@ -47,7 +46,7 @@ void build(const BuildOptions& options, std::ostream& out) {
 
 }  // namespace
 
-void addBuildCommand(CLI::App& app, std::ostream& out) {
+void addBuildCommand(CLI::App& app, std::ostream& out, std::ostream& err) {
   const auto options = std::make_shared<BuildOptions>();
   CLI::App* command = app.add_subcommand("build", "Make a database from one or several sources");
   command
@@ -61,7 +60,7 @@ void addBuildCommand(CLI::App& app, std::ostream& out) {
   command->add_flag("--replace", options->replace, "Of a number that two sources have, take the last")->excludes(keep);
   command->add_flag("--force", options->force, "Replace a database that is there");
   command->footer("Example:\n  qsdb build compounds.json ours.json database --replace --force");
-  command->callback([options, &out] { build(*options, out); });
+  command->callback([options, &out, &err] { build(*options, out, err); });
 }
 
 }  // namespace qs::tools

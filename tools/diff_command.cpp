@@ -5,7 +5,6 @@
 #include <ostream>
 #include <string>
 
-#include "bank/database_source.h"
 #include "bank/differences.h"
 #include "tools/bank_arguments.h"
 
@@ -16,22 +15,21 @@ struct DiffOptions {
   std::string before, after;
 };
 
-void compare(const DiffOptions& options, std::ostream& out) {
-  const auto differences = bank::differences(bank::readSourceOrDatabase(bank::pathOf(options.before)),
-                                             bank::readSourceOrDatabase(bank::pathOf(options.after)));
+void compare(const DiffOptions& options, std::ostream& out, std::ostream& err) {
+  const auto differences = bank::differences(openWhole(options.before, err), openWhole(options.after, err));
   for (const bank::Difference& difference : differences) out << textOf(difference) << '\n';
   if (!differences.empty()) throw CLI::RuntimeError(1);
 }
 
 }  // namespace
 
-void addDiffCommand(CLI::App& app, std::ostream& out) {
+void addDiffCommand(CLI::App& app, std::ostream& out, std::ostream& err) {
   const auto options = std::make_shared<DiffOptions>();
   CLI::App* command = app.add_subcommand("diff", "Say what changed between two sources or databases");
   command->add_option("A", options->before, kBankHelp)->required();
   command->add_option("B", options->after, kBankHelp)->required();
   command->footer("Example:\n  qsdb diff compounds.json database");
-  command->callback([options, &out] { compare(*options, out); });
+  command->callback([options, &out, &err] { compare(*options, out, err); });
 }
 
 }  // namespace qs::tools

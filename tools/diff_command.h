@@ -9,8 +9,8 @@ class App;
 
 namespace qs::tools {
 
-// Adds the command. It prints the differences to `out` and throws CLI::RuntimeError(1) when there are some, another
-// std::exception when it cannot compare.
-void addDiffCommand(CLI::App& app, std::ostream& out);
+// Adds the command. It prints the differences to `out`, and to `err` what a database has and a source cannot hold; it
+// throws CLI::RuntimeError(1) when there are differences, another std::exception when it cannot compare.
+void addDiffCommand(CLI::App& app, std::ostream& out, std::ostream& err);
 
 }  // namespace qs::tools

@@ -6,10 +6,9 @@
 #include <string>
 
 #include "bank/csv_writer.h"
-#include "bank/database_source.h"
-#include "bank/json_source.h"
 #include "bank/json_writer.h"
 #include "bank/text_file.h"
+#include "tools/bank_arguments.h"
 
 namespace qs::tools {
 namespace {
@@ -20,11 +19,7 @@ struct ExportOptions {
 };
 
 void exportSource(const ExportOptions& options, std::ostream& out, std::ostream& err) {
-  const auto place = bank::pathOf(options.place);
-  std::vector<bank::Finding> notKept;
-  const bank::Source source =
-      std::filesystem::is_directory(place) ? bank::readDatabase(place, notKept) : bank::readSource(place);
-  for (const bank::Finding& finding : notKept) err << textOf(finding) << '\n';
+  const bank::Source source = openWhole(options.place, err);
   const std::string text = options.csv ? bank::writeCsv(source) : bank::writeSource(source);
   if (options.file.empty())
     out << text;

@@ -32,9 +32,9 @@ int runQsdb(std::vector<std::string> arguments, std::ostream& out, std::ostream&
   app.set_version_flag("--version", "qsdb " QS_VERSION);
   app.require_subcommand(1);
   app.allow_windows_style_options(false);  // paths may start with a slash
-  addBuildCommand(app, out);
+  addBuildCommand(app, out, err);
   addCheckCommand(app, out, err);
-  addDiffCommand(app, out);
+  addDiffCommand(app, out, err);
   addDoctorCommand(app, out);
   addExportCommand(app, out, err);
   addFindCommand(app, out, err);

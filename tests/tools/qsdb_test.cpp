@@ -110,7 +110,6 @@ TEST(QsdbBuild, MergesSources) {
   EXPECT_EQ(readFile(again / "purecmp1.dat"), readFile(directory / "purecmp1.dat"));
 }
 
-// What another writer's database has and a source cannot hold is listed.
 TEST(QsdbExport, GivesASourceThatBuildsTheSameBytes) {
   const TemporaryDirectory temporary;
   const auto database = temporary.path() / "database", again = temporary.path() / "again";
@@ -123,6 +122,18 @@ TEST(QsdbExport, GivesASourceThatBuildsTheSameBytes) {
   EXPECT_THAT(runQsdb({"export", utf8(file)}), FieldsAre(0, readFile(file), ""));
   EXPECT_THAT(runQsdb({"export", "--csv", utf8(database), "-o", utf8(sheet)}), FieldsAre(0, "", ""));
   EXPECT_THAT(readFile(sheet), testing::StartsWith("number,name,"));
+
+  // What another writer's database has and a source cannot hold is listed.
+  const TemporaryDirectory foreign;
+  foreign.write(
+      "purecmp1.idx",
+      indexFile({fieldDefinition("PName", 6, "String"), fieldDefinition("Colour", 8, "Double")}, {indexRecord(1, 0)}));
+  foreign.write("purecmp1.dat", header(2.0, 78, 0, 0).zerosTo(78).text("other", 6, '\0').real(1).zerosTo(156));
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"export", utf8(foreign.path()), "-o", utf8(file)},
+                                             {"build", utf8(foreign.path()), "--force", utf8(again)},
+                                             {"diff", utf8(foreign.path()), utf8(again)}})
+    EXPECT_THAT(runQsdb(arguments), FieldsAre(0, testing::_, HasSubstr("Colour: a source cannot hold")));
 
   EXPECT_THAT(runQsdb({"export", utf8(temporary.path() / "none")}), FieldsAre(Ne(0), "", HasSubstr("No such file")));
   EXPECT_THAT(runQsdb({"export", utf8(database), "-o", utf8(file / "x")}),
