@@ -84,7 +84,9 @@ class ShortNames {
     Key key;
   };
 
-  constexpr std::size_t placeOf(std::uint64_t name) const { return name * factor_ >> (64 - kPlaceBits); }
+  constexpr std::size_t placeOf(std::uint64_t name) const {
+    return static_cast<std::size_t>(name * factor_ >> (64 - kPlaceBits));
+  }
 
   // False where two names have the same place.
   constexpr bool place() {
