@@ -22,7 +22,7 @@ HRESULT evaluateWithin(const CQSAbstractProp& equation, double T, double P, tagL
   return S_OK;
 }
 
-// The same for one number or many: computes results in place of the arguments.
+// What a member for scripts does with one number or many: `compute` puts results in place of the arguments.
 template <class Compute>
 HRESULT forScript(const VARIANT& arguments, VARIANT* numbers, VARIANT* statuses, Compute&& compute) noexcept {
   if (!numbers || !statuses) return E_POINTER;

@@ -1,8 +1,6 @@
 // The values of properties in one call: of one at many temperatures, or of many at one.
 #pragma once
 
-#include <array>
-#include <cstdint>
 #include <limits>
 #include <span>
 
@@ -17,7 +15,7 @@ inline constexpr double kAboveEmpty = -32766.0, kMostNumber = std::numeric_limit
 
 // Writes to `values`, which has as many places and may be the same array, what GetValue writes at each of the
 // temperatures, in K, and pressure P, in kPa: bit for bit the same, and `noValue` in the place of the empty value and
-// where it writes nothing.
+// where it writes nothing. Returns true only where all of them are known to be finite and above kAboveEmpty.
 // Allocates nothing for constants and equations, and leaves the floating-point state as it was; the host's exceptions
 // are masked while an equation is evaluated. An external component is asked for each value; the caller keeps the
 // property alive meanwhile. Throws what GetValue throws.
