@@ -87,11 +87,7 @@ Fault unknown(std::string_view what, const std::string& name, const std::string&
   return {kName, std::string("no ").append(what).append(" \"") + name + '"' + suggested};
 }
 
-Fault unknownKey(const std::string& name) {
-  std::vector<std::string> keys;
-  for (const KeyEntry& key : kKeys) keys.push_back(narrow(key.name));
-  return unknown("property key", name, suggestion(name, {keys.begin(), keys.end()}));
-}
+Fault unknownKey(const std::string& name) { return {kName, unknownKeyText(name)}; }
 
 std::optional<Key> keyOf(const std::string& name) { return findKey(widen(name)); }
 

@@ -58,4 +58,10 @@ std::string suggestion(std::string_view mistyped, const std::vector<std::string_
   return nearest.empty() ? std::string() : std::string("; did you mean \"").append(nearest).append("\"?");
 }
 
+std::string unknownKeyText(const std::string& name) {
+  std::vector<std::string> keys;
+  for (const KeyEntry& key : kKeys) keys.push_back(narrow(key.name));
+  return "no property key \"" + name + '"' + suggestion(name, {keys.begin(), keys.end()});
+}
+
 }  // namespace qs::bank

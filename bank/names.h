@@ -109,6 +109,9 @@ std::string_view trimmed(std::string_view text);
 // where none is near.
 std::string suggestion(std::string_view mistyped, const std::vector<std::string_view>& names);
 
+// What messages say of a name that is no property key.
+std::string unknownKeyText(const std::string& name);
+
 template <class Table>
 std::string suggestionFrom(const Table& table, std::string_view mistyped) {
   std::vector<std::string_view> names;

@@ -2,12 +2,12 @@
 
 #include <ostream>
 #include <stdexcept>
-#include <string_view>
 
 #include "bank/compound_text.h"
 #include "bank/database_source.h"
 #include "bank/lookup.h"
 #include "bank/names.h"
+#include "bank/text_file.h"
 #include "platform/text.h"
 
 namespace qs::tools {
@@ -49,10 +49,14 @@ const bank::Compound& compoundCalled(const bank::Source& bank, const std::string
 
 Key keyCalled(const std::string& name) {
   if (const auto key = findKey(widen(name))) return *key;
-  std::vector<std::string> names;
-  for (const Key key : kKeysInOrder) names.push_back(narrow(nameOf(key)));
-  throw std::runtime_error("no property key \"" + name + '"' +
-                           bank::suggestion(name, std::vector<std::string_view>(names.begin(), names.end())));
+  throw std::runtime_error(bank::unknownKeyText(name));
+}
+
+void writeResult(const std::string& text, const std::string& file, std::ostream& out) {
+  if (file.empty())
+    out << text;
+  else
+    bank::replaceText(bank::pathOf(file), text);
 }
 
 }  // namespace qs::tools

@@ -1,4 +1,5 @@
-// Arguments that name banks, compounds and keys. What does not exist throws std::runtime_error with what is near it.
+// Arguments that name banks, compounds, keys and results. What does not exist throws std::runtime_error with what is
+// near it.
 #pragma once
 
 #include <iosfwd>
@@ -26,5 +27,8 @@ bank::Source openWhole(const std::string& place, std::ostream& err);
 const bank::Compound& compoundCalled(const bank::Source& bank, const std::string& text);
 
 Key keyCalled(const std::string& name);
+
+// Writes what a command makes to a file, in place of one that is there; to `out` where the file has no name.
+void writeResult(const std::string& text, const std::string& file, std::ostream& out);
 
 }  // namespace qs::tools

@@ -7,7 +7,6 @@
 
 #include "bank/csv_writer.h"
 #include "bank/json_writer.h"
-#include "bank/text_file.h"
 #include "tools/bank_arguments.h"
 
 namespace qs::tools {
@@ -20,11 +19,7 @@ struct ExportOptions {
 
 void exportSource(const ExportOptions& options, std::ostream& out, std::ostream& err) {
   const bank::Source source = openWhole(options.place, err);
-  const std::string text = options.csv ? bank::writeCsv(source) : bank::writeSource(source);
-  if (options.file.empty())
-    out << text;
-  else
-    bank::replaceText(bank::pathOf(options.file), text);
+  writeResult(options.csv ? bank::writeCsv(source) : bank::writeSource(source), options.file, out);
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "bank/csv_import.h"
-#include "bank/text_file.h"
 #include "tools/bank_arguments.h"
 
 namespace qs::tools {
@@ -22,11 +21,7 @@ void writeTemplate(const TemplateOptions& options, std::ostream& out) {
   std::vector<Key> keys;
   for (const std::string& name : options.keys) keys.push_back(keyCalled(name));
   if (keys.empty()) keys.assign(bank::usualKeys().begin(), bank::usualKeys().end());
-  const std::string sheet = bank::csvTemplate(keys);
-  if (options.file.empty())
-    out << sheet;
-  else
-    bank::replaceText(bank::pathOf(options.file), sheet);
+  writeResult(bank::csvTemplate(keys), options.file, out);
 }
 
 }  // namespace
