@@ -48,6 +48,16 @@ xz xz-utils
 needed_for_browser='
 chromium chromium
 '
+# What the Python wheels and their tests need besides.
+needed_for_python='
+/usr/bin/python3 python3
+/usr/lib/python3/dist-packages/pip python3-pip
+/usr/share/doc/python3-venv python3-venv
+/usr/bin/pytest-3 python3-pytest
+/usr/lib/python3/dist-packages/numpy python3-numpy
+/usr/lib/python3/dist-packages/pandas python3-pandas
+/usr/lib/python3/dist-packages/matplotlib python3-matplotlib
+'
 # What ./test deep needs besides.
 needed_for_deep='
 /usr/bin/clang++-14 clang-14
@@ -150,6 +160,17 @@ same_lines() {
   run_wine "build/${2:-windows-x64}/bin/$1.exe" "${windows[@]}" >"$log-windows.txt" &&
     "build/native/bin/$1" "${linux[@]}" >"$log-linux.txt" &&
     [[ -s $log-linux.txt ]] && cmp "$log-windows.txt" "$log-linux.txt"
+}
+
+# The Python wheels in build/wheels, of the modules that the presets wheel and windows-x64 have built. Needs
+# build_database. Debian's interpreter is the one whose packages the list above has.
+python=/usr/bin/python3
+make_wheels() {
+  local preset
+  rm -rf build/wheels
+  for preset in wheel windows-x64; do
+    $python python/build_wheel.py build/wheels --modules build/$preset/bin --database build/database || return 1
+  done >build/log/wheels.log 2>&1
 }
 
 # The packages in build/packages, of what the three presets have built as qs_product.
