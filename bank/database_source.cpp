@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <unordered_map>
 #include <utility>
 
 #include "bank/json_source.h"
@@ -17,6 +18,8 @@
 #include "com/not_set.h"
 #include "persist/database_record.h"
 #include "persist/database_writer.h"
+#include "persist/provenance_file.h"
+#include "platform/text.h"
 #include "props/forms.h"
 
 namespace qs::bank {
@@ -198,6 +201,29 @@ void checkBuild(const Compound& compound, const std::string& file, std::vector<F
   }
 }
 
+// Puts what the third file holds into the source.
+void addAnnotations(database::Annotations annotations, Source& source, std::vector<Finding>& findings) {
+  source.description = std::move(annotations.description);
+  source.origins = std::move(annotations.origins);
+  source.identityOrigins = std::move(annotations.identityOrigins);
+  for (database::Waiver& waiver : annotations.waivers) source.waivers.push_back({std::move(waiver)});
+  std::unordered_map<LONG, Compound*> compounds;
+  for (Compound& compound : source.compounds) compounds[compound.data.number] = &compound;
+  for (auto& [number, field, provenance] : annotations.values) {
+    const auto compound = compounds.find(number);
+    const auto key = findKey(widen(field));
+    if (compound != compounds.end() && key && hasValue(compound->second->data, *key))
+      compound->second->provenance[*key] = {std::move(provenance)};
+    else
+      findings.push_back({.rule = "not-kept",
+                          .severity = Severity::Warning,
+                          .file = utf8(source.file),
+                          .compound = compound != compounds.end() ? database::describe(compound->second->data) : "",
+                          .field = field,
+                          .message = "a source cannot hold the origin of a value that is not there"});
+  }
+}
+
 }  // namespace
 
 Source readDatabase(const std::filesystem::path& directory, std::vector<Finding>& findings) {
@@ -212,7 +238,8 @@ Source readDatabase(const std::filesystem::path& directory, std::vector<Finding>
   Source source;
   source.file = directory;
   try {
-    const auto database = database::openDatabase((directory / "").parent_path().string<OLECHAR>());
+    const auto folder = (directory / "").parent_path().string<OLECHAR>();
+    const auto database = database::openDatabase(folder);
     for (const database::Field& field : database.catalogue->fields()) {
       const bool isValue = field.kind == database::FieldKind::Double || field.kind == database::FieldKind::Equation;
       if (isValue && !field.key)
@@ -231,6 +258,8 @@ Source readDatabase(const std::filesystem::path& directory, std::vector<Finding>
       receiver.finish(*database.catalogue, place);
       if (!database.catalogue->build()) checkBuild(compound, place, findings);
     }
+    if (const auto build = database.catalogue->build())
+      if (auto file = database::ProvenanceFile::open(folder, *build)) addAnnotations(file->readAll(), source, findings);
   } catch (const CQSCOMError&) {
     fail("cannot be read: damaged, or its two files are not of the same build");
   }

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,25 +11,11 @@
 
 namespace qs::bank {
 
-// A publication, or another origin of values.
-struct Origin {
-  std::string title, authors, licence;
-  std::string changes;  // to the values
-  std::optional<int> year;
+using database::Origin;
+using database::Quality;
+using database::ValueKind;
 
-  bool operator==(const Origin&) const = default;
-};
-
-enum class ValueKind { NotKnown, Measured, Fitted, Estimated, Derived, Decided };
-enum class Quality { NotKnown, Good, Usable, Doubtful };
-
-// Where a value comes from.
-struct Provenance {
-  std::string origin;  // a key of Source::origins; empty where it is not known
-  ValueKind kind = ValueKind::NotKnown;
-  Quality quality = Quality::NotKnown;
-  std::string uncertainty;  // as the origin states it, such as "1 %"; empty where it does not
-  std::string note;
+struct Provenance : database::Provenance {
   int line = 0;  // of the file; 0 where there are no lines
 };
 
@@ -40,12 +25,7 @@ struct Compound {
   int line = 0;
 };
 
-// A finding that is known and accepted.
-struct Waiver {
-  std::string rule;
-  LONG compound = 0;  // its number
-  std::string field;  // a key, or the name of an identity member
-  std::string reason;
+struct Waiver : database::Waiver {
   int line = 0;
 };
 
@@ -58,7 +38,15 @@ struct Source {
   std::vector<Waiver> waivers;
 };
 
+bool hasValue(const database::CompoundData& compound, Key key);
+
 // The compounds without what is known of their values.
 std::vector<database::CompoundData> compoundsOf(Source source);
+
+// What a database keeps beside the compounds.
+database::Annotations annotationsOf(const Source& source);
+
+// The files of a database with all of this. Throws as database::encodeDatabase.
+database::DatabaseFiles encode(Source source);
 
 }  // namespace qs::bank

@@ -48,6 +48,9 @@ struct Target {
     return isThere(present) ? removeFile(old) : renameFile(old, present);
   }
 
+  // Gives the new file its first name again.
+  bool withdraw() const { return renameFile(present, made); }
+
   const path present, made, old;
 };
 
@@ -59,17 +62,22 @@ std::optional<std::uint64_t> buildOf(const path& name) {
   return got ? readHeader(std::span(bytes).first(*got)).build : std::nullopt;
 }
 
-// Replaces the data file, then the index file. The new files that are not renamed yet show how far it came:
+// Replaces the data file, then the provenance file, then the index file: from the first to the last, readers see two
+// builds. The new files that are not renamed yet show how far it came:
 //   purecmp1.dat.new    no new file is in place; what was set aside is to be put back
-//   purecmp1.idx.new    and not the other: the new data file is in place, the index file is to follow
-//   neither             both are in place; what was set aside is not needed any more
+//   purecmp1.idx.new    and not the data file: that is in place, the others are to follow
+//   neither             all are in place; what was set aside is not needed any more
 class Rebuild {
  public:
   // Finishes a killed rebuild or takes it back.
-  explicit Rebuild(const path& directory) : data_(directory, kDataFile), index_(directory, kIndexFile) {
+  explicit Rebuild(const path& directory)
+      : data_(directory, kDataFile), provenance_(directory, kProvenanceFile), index_(directory, kIndexFile) {
     if (!isThere(data_.made) && isThere(index_.made)) {
       const auto build = buildOf(index_.made);
-      if (build && build == buildOf(data_.present)) index_.replace();
+      if (build && build == buildOf(data_.present)) {
+        if (isThere(provenance_.made)) provenance_.replace();
+        index_.replace();
+      }
     }
     if (!tidy()) throw fileError(data_.present, "what an earlier build left beside it cannot be removed");
   }
@@ -78,27 +86,35 @@ class Rebuild {
   // Takes back what did not succeed. The new data file gets its first name again, so that a build which finds this
   // half done takes it back too.
   ~Rebuild() {
-    if (!dataIsNew_ || indexIsNew_ || (index_.restore() && renameFile(data_.present, data_.made))) tidy();
+    const bool isHalfDone = dataIsNew_ && !indexIsNew_;
+    if (!isHalfDone || (index_.restore() && (!provenanceIsNew_ || provenance_.withdraw()) && data_.withdraw())) tidy();
   }
 
   void write(const DatabaseFiles& files) const {
     data_.write(files.data);
+    provenance_.write(files.provenance);
     index_.write(files.index);
   }
 
   void replaceFiles() {
     data_.replace();
     dataIsNew_ = true;
+    provenance_.replace();
+    provenanceIsNew_ = true;
     index_.replace();
     indexIsNew_ = true;
   }
 
  private:
-  // Leaves the two files alone, in the order that keeps the table above true.
-  bool tidy() const { return index_.restore() && data_.restore() && removeFile(index_.made) && removeFile(data_.made); }
+  // Leaves the files alone that have their names, in the order that keeps the table above true.
+  bool tidy() const {
+    return index_.restore() && provenance_.restore() && data_.restore() && removeFile(index_.made) &&
+           removeFile(provenance_.made) && removeFile(data_.made);
+  }
 
-  const Target data_, index_;
+  const Target data_, provenance_, index_;
   bool dataIsNew_ = false;
+  bool provenanceIsNew_ = false;
   bool indexIsNew_ = false;
 };
 

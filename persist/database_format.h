@@ -1,4 +1,5 @@
-// The layout of the pure-component database files purecmp1.idx and purecmp1.dat; docs/database.md describes it in full.
+// The names of the pure-component database files, and the layout of purecmp1.idx and purecmp1.dat; docs/database.md
+// describes it in full, and that of purecmp1.src, which persist/provenance_file.cpp alone reads and writes.
 // All numbers are little-endian, text is 8-bit text of the system code page.
 #pragma once
 
@@ -10,6 +11,7 @@ namespace qs::database {
 
 inline constexpr std::string_view kIndexFile = "purecmp1.idx";
 inline constexpr std::string_view kDataFile = "purecmp1.dat";
+inline constexpr std::string_view kProvenanceFile = "purecmp1.src";
 
 // Length of a field definition and of an index record; a conforming file's record length R is the same.
 inline constexpr std::size_t kRecordLength = 78;

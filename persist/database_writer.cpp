@@ -1,7 +1,6 @@
 #include "persist/database_writer.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -11,6 +10,7 @@
 #include <utility>
 
 #include "com/not_set.h"
+#include "persist/byte_writer.h"
 #include "persist/database_format.h"
 #include "platform/text.h"
 #include "props/forms.h"
@@ -172,33 +172,6 @@ Layout checkedLayout(std::span<const CompoundData> compounds) {
   return layout;
 }
 
-class ByteWriter {
- public:
-  void real(double value) { unsignedNumber(std::bit_cast<std::uint64_t>(value)); }
-  void longInteger(std::int32_t value) { unsignedNumber(static_cast<std::uint32_t>(value)); }
-  void shortInteger(int value) { unsignedNumber(static_cast<std::uint16_t>(value)); }
-
-  void text(std::string_view text, std::size_t width, char padding) {
-    for (std::size_t i = 0; i < width; ++i)
-      bytes_.push_back(static_cast<std::byte>(i < text.size() ? text[i] : padding));
-  }
-
-  void endRecord() { bytes_.resize((bytes_.size() + kRecordLength - 1) / kRecordLength * kRecordLength); }
-
-  std::size_t size() const { return bytes_.size(); }
-  std::vector<std::byte> take() { return std::move(bytes_); }
-
- private:
-  template <class Unsigned>
-  void unsignedNumber(Unsigned value) {
-    for (std::size_t i = 0; i < sizeof value; ++i) {
-      bytes_.push_back(static_cast<std::byte>(static_cast<std::uint64_t>(value) >> (8 * i) & 0xff));
-    }
-  }
-
-  std::vector<std::byte> bytes_;
-};
-
 void writeHeader(ByteWriter& out, std::size_t fields, std::size_t compounds) {
   out.real(kVersion);
   out.text("", kRecordLengthOffset - sizeof(double), '\0');
@@ -206,7 +179,7 @@ void writeHeader(ByteWriter& out, std::size_t fields, std::size_t compounds) {
   out.longInteger(static_cast<std::int32_t>(fields));
   out.longInteger(static_cast<std::int32_t>(compounds));
   out.text(kMark, kMark.size(), '\0');
-  out.endRecord();
+  out.fillTo(kRecordLength);
 }
 
 struct FieldDefinition {
@@ -266,10 +239,10 @@ void writeDataRecord(ByteWriter& out, const Layout& layout, const CompoundData& 
     out.real(value != compound.constants.end() ? value->second : kEmptyValue);
   }
   for (const auto& [key, size] : layout.correlations) writeCorrelation(out, correlationOf(compound, key), size);
-  out.endRecord();
+  out.fillTo(kRecordLength);
 }
 
-// FNV-1a of both files, whose headers hold no build identifier yet.
+// FNV-1a of index and data, whose headers hold no build identifier yet.
 std::uint64_t checksum(const DatabaseFiles& files) {
   std::uint64_t sum = 14695981039346656037u;
   for (const auto* file : {&files.index, &files.data}) {
@@ -301,7 +274,7 @@ std::optional<Correlation> correlationOf(const CompoundData& compound, Key key) 
   return derived;
 }
 
-DatabaseFiles encodeDatabase(std::span<const CompoundData> compounds) {
+DatabaseFiles encodeDatabase(std::span<const CompoundData> compounds, const Annotations& annotations) {
   const Layout layout = checkedLayout(compounds);
   const std::vector<FieldDefinition> fields = fieldTable(layout);
 
@@ -337,9 +310,10 @@ DatabaseFiles encodeDatabase(std::span<const CompoundData> compounds) {
       index.text(synonym, kSynonymLength, '\0');
     }
   }
-  DatabaseFiles files{index.take(), data.take()};
+  DatabaseFiles files{index.take(), data.take(), {}};
   const std::uint64_t build = checksum(files);
   for (auto* file : {&files.index, &files.data}) std::memcpy(file->data() + kBuildOffset, &build, sizeof build);
+  files.provenance = encodeProvenance(annotations, build);
   return files;
 }
 

@@ -1,4 +1,4 @@
-// Makes the two files of a pure-component database (docs/database.md) from compounds in memory. Tools, tests and
+// Makes the files of a pure-component database (docs/database.md) from compounds in memory. Tools, tests and
 // benchmarks use it.
 #pragma once
 
@@ -12,6 +12,7 @@
 
 #include "interfaces/interfaces.h"
 #include "persist/database_files.h"
+#include "persist/provenance_file.h"
 #include "props/key_table.h"
 
 namespace qs::database {
@@ -49,9 +50,9 @@ struct CompoundData {
 // other compounds bring such a field of their own, the derived correlation is written out.
 std::optional<Correlation> correlationOf(const CompoundData& compound, Key key);
 
-// The bytes of both files; the compounds may come in any order. Throws std::invalid_argument, naming compound and
+// The bytes of all files; the compounds may come in any order. Throws std::invalid_argument, naming compound and
 // field, for anything that the files cannot hold or that readers would take for something else.
-DatabaseFiles encodeDatabase(std::span<const CompoundData> compounds);
+DatabaseFiles encodeDatabase(std::span<const CompoundData> compounds, const Annotations& annotations = {});
 
 // The number of coefficients of a form; an ideal-gas enthalpy also has the entropy constant.
 std::size_t coefficientCount(Key key, tagEquationShapeEnum form);

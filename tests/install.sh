@@ -15,7 +15,7 @@ pack_and_unpack() {
 package_is_whole() {
   local file missing=0
   for file in {x64,x86}/{qscontainers.dll,qshostkit.dll,qs{containers,hostkit}.sxs.manifest,qscontainers.tlb,qsdb.exe} \
-    include/qscontainers.{h,idl} database/purecmp1.{idx,dat} README.md docs/install.md examples/collection/collection.vbs; do
+    include/qscontainers.{h,idl} database/purecmp1.{idx,dat,src} README.md docs/install.md examples/collection/collection.vbs; do
     [[ -s $place/$file ]] || { echo "no $file" && missing=1; }
   done
   return $missing

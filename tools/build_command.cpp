@@ -33,15 +33,17 @@ void build(const BuildOptions& options, std::ostream& out, std::ostream& err) {
   const auto directory = bank::pathOf(name);
   if (!options.force && database::hasDatabase(directory))
     throw std::runtime_error(name + ": there is a database already; --force replaces it");
-  const auto compounds = bank::compoundsOf(readAll(options, err));
+  bank::Source source = readAll(options, err);
+  const std::size_t count = source.compounds.size();
   database::DatabaseFiles files;
   try {
-    files = database::encodeDatabase(compounds);
+    files = bank::encode(std::move(source));
   } catch (const std::invalid_argument& error) {
     throw std::runtime_error((options.places.size() == 2 ? options.places.front() : name) + ": " + error.what());
   }
   database::saveDatabase(files, directory);
-  out << name << ": " << compounds.size() << " compounds, " << files.index.size() + files.data.size() << " bytes\n";
+  out << name << ": " << count << " compounds, " << files.index.size() + files.data.size() + files.provenance.size()
+      << " bytes\n";
 }
 
 }  // namespace

@@ -19,17 +19,37 @@ using testing::IsEmpty;
 TEST(DatabaseSource, HasAllThatAnotherBuildNeeds) {
   Source mixed = readSource(kSourceFolder / "data/compounds.json");
   mixed.compounds[0].data.correlations[Key::IGCP] = {.form = PropCurvePOLY2, .coefficients = {1, 2, 3}};
-  for (Source source : {readSource(kSourceFolder / "data/compounds.json"), mixed,
-                        readSource(kSourceFolder / "tests/tools/sample_source.json")}) {
+  for (const Source& source : {readSource(kSourceFolder / "data/compounds.json"), mixed,
+                               readSource(kSourceFolder / "tests/tools/sample_source.json"),
+                               readSource(kSourceFolder / "tests/bank/full_source.json")}) {
     const TemporaryDirectory directory;
-    const auto files = encodeDatabase(compoundsOf(std::move(source)));
+    const auto files = encode(source);
     qs::database::saveDatabase(files, directory.path());
     std::vector<Finding> findings;
-    const auto again = encodeDatabase(compoundsOf(readDatabase(directory.path(), findings)));
+    const Source read = readDatabase(directory.path(), findings);
+    const auto again = encode(read);
     EXPECT_EQ(again.index, files.index);
     EXPECT_EQ(again.data, files.data);
+    EXPECT_EQ(again.provenance, files.provenance);
     EXPECT_THAT(findings, IsEmpty());
+    EXPECT_EQ(annotationsOf(read).waivers.size(), source.waivers.size());
   }
+}
+
+// What a damaged third file says of values that the database does not have.
+TEST(DatabaseSource, KeepsOriginsOfItsValuesOnly) {
+  Source source = readSource(kSourceFolder / "tests/bank/full_source.json");
+  auto annotations = annotationsOf(source);
+  const auto known = annotations.values.size();
+  for (const auto& [compound, field] : {std::pair(1, "NoKey"), std::pair(1, "ZC"), std::pair(3, "TC")})
+    annotations.values.push_back({compound, field, {.note = "n"}});
+  const TemporaryDirectory directory;
+  qs::database::saveDatabase(encodeDatabase(compoundsOf(std::move(source)), annotations), directory.path());
+  std::vector<Finding> findings;
+  EXPECT_EQ(annotationsOf(readDatabase(directory.path(), findings)).values.size(), known);
+  std::string texts;
+  for (const Finding& finding : findings) texts += finding.rule + ' ' + finding.compound + ' ' + finding.field + '\n';
+  EXPECT_EQ(texts, "not-kept compound 1 (One) NoKey\nnot-kept compound 1 (One) ZC\nnot-kept  TC\n");
 }
 
 // A file of others: old shapes, no PRPVOLT, a field twice, and what a source cannot hold.

@@ -58,7 +58,7 @@ TEST(QsdbBuild, RefusesFaultySourcesAndLeavesTheDatabaseAsItWas) {
     const auto outcome = build(source, directory);
     for (std::size_t part = 2; part < fault.size(); ++part)
       EXPECT_THAT(outcome, FieldsAre(1, "", HasSubstr(fault[part]))) << fault[1];
-    EXPECT_THAT(namesIn(directory), ElementsAre("purecmp1.dat", "purecmp1.idx"));
+    EXPECT_THAT(namesIn(directory), ElementsAre("purecmp1.dat", "purecmp1.idx", "purecmp1.src"));
     EXPECT_EQ(readFile(directory / "purecmp1.idx"), index);
   }
 }
@@ -82,7 +82,7 @@ TEST(QsdbBuild, ReplacesADatabaseOnlyWhenItIsTold) {
                 FieldsAre(1, "", HasSubstr("--force")));
     EXPECT_THAT(namesIn(temporary.path()), ElementsAre(left));
     EXPECT_EQ(build(sampleSource(), temporary.path()).code, 0);
-    EXPECT_THAT(namesIn(temporary.path()), ElementsAre("purecmp1.dat", "purecmp1.idx"));
+    EXPECT_THAT(namesIn(temporary.path()), ElementsAre("purecmp1.dat", "purecmp1.idx", "purecmp1.src"));
   }
   const TemporaryDirectory killed;
   writeFile(killed.path() / "purecmp1.dat.new", "");
@@ -114,12 +114,13 @@ TEST(QsdbExport, GivesASourceThatBuildsTheSameBytes) {
   const TemporaryDirectory temporary;
   const auto database = temporary.path() / "database", again = temporary.path() / "again";
   const auto file = temporary.path() / "exported.json", sheet = temporary.path() / "sheet.csv";
-  ASSERT_EQ(build(sampleSource(), database).code, 0);
+  const auto source = kSourceFolder / "tests/bank/full_source.json";
+  ASSERT_EQ(build(source, database).code, 0);
   EXPECT_THAT(runQsdb({"export", utf8(database), "-o", utf8(file)}), FieldsAre(0, "", ""));
   ASSERT_EQ(build(file, again).code, 0);
-  for (const char* name : {"purecmp1.idx", "purecmp1.dat"})
-    EXPECT_EQ(readFile(again / name), readFile(database / name));
-  EXPECT_THAT(runQsdb({"export", utf8(file)}), FieldsAre(0, readFile(file), ""));
+  for (const std::string& name : namesIn(database)) EXPECT_EQ(readFile(again / name), readFile(database / name));
+  for (const auto& place : {file, source})
+    EXPECT_THAT(runQsdb({"export", utf8(place)}), FieldsAre(0, readFile(file), ""));
   EXPECT_THAT(runQsdb({"export", "--csv", utf8(database), "-o", utf8(sheet)}), FieldsAre(0, "", ""));
   EXPECT_THAT(readFile(sheet), testing::StartsWith("number,name,"));
 
