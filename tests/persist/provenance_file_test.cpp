@@ -101,11 +101,11 @@ TEST_F(ProvenanceFileTest, DoesNotReadFilesOfOthers) {
 // Whatever the bytes after the header are, both readings end with some result.
 TEST_F(ProvenanceFileTest, TrustsNoByte) {
   const std::vector<std::byte> bytes = encodeProvenance(sample(), kBuild);
-  for (const unsigned char value : {0x00, 0x01, 0x7f, 0xff}) {
+  for (const unsigned value : {0x00u, 0x01u, 0x7fu, 0xffu}) {
     for (std::size_t offset = 40; offset < bytes.size(); offset += 4) {
       auto changed = bytes;
       std::fill_n(changed.begin() + static_cast<std::ptrdiff_t>(offset),
-                  std::min<std::size_t>(4, bytes.size() - offset), std::byte{value});
+                  std::min<std::size_t>(4, bytes.size() - offset), static_cast<std::byte>(value));
       auto file = open(changed);
       ASSERT_TRUE(file);
       Provenance provenance;
