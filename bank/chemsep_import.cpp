@@ -345,7 +345,8 @@ class Importer {
     }
   }
 
-  Provenance provenanceOf(const LibraryElement& element, std::string note, ValueKind kind = ValueKind::NotKnown) const {
+  Provenance provenanceOf(const LibraryElement& element, std::string note,
+                          tagValueKindEnum kind = eKindNotKnown) const {
     Provenance provenance;
     provenance.origin = kOrigin;
     provenance.kind = kind;
@@ -392,13 +393,13 @@ class Importer {
     if (const auto known = origins_.find(row.key); compound_.data.correlations.contains(row.key))
       return leaveOut(row.element, narrow(nameOf(row.key)) + " comes from " + std::string(known->second));
     std::string note;
-    ValueKind kind = ValueKind::NotKnown;
+    tagValueKindEnum kind = eKindNotKnown;
     auto correlation = correlationOf(*element, row.key, note, kind);
     if (!correlation) return;
     if (row.key == Key::IGH) {
       if (!absoluteEntropy_) return leaveOut(row.element, "there is no AbsEntropy for the entropy constant");
       correlation = enthalpyOf(*correlation, *absoluteEntropy_);
-      if (kind == ValueKind::NotKnown) kind = ValueKind::Derived;
+      if (kind == eKindNotKnown) kind = eKindDerived;
       addTo(note, "integral of " + std::string(row.element) +
                       " from 298.15 K; the seventh coefficient is the entropy constant, from AbsEntropy");
     } else if (row.element != firstElementOf(row.key)) {
@@ -415,7 +416,7 @@ class Importer {
 
   // In the unit of the key; for IGH, the heat capacity in the form VELDB1.
   std::optional<Correlation> correlationOf(const LibraryElement& element, Key key, std::string& note,
-                                           ValueKind& valueKind) {
+                                           tagValueKindEnum& valueKind) {
     const LibraryElement* kind = need(element, "eqno");
     const auto equationNumber = kind ? integer(*kind, element.name + ", eqno", "value") : std::nullopt;
     const auto unit = unitIn(element);
@@ -431,7 +432,7 @@ class Importer {
 
   // In the unit of the library, or nothing and why.
   std::optional<Correlation> inOtherForm(std::int32_t number, LibraryCorrelation& given, Key key, std::string& note,
-                                         ValueKind& valueKind, std::string& refusal) const {
+                                         tagValueKindEnum& valueKind, std::string& refusal) const {
     const auto refuse = [&](const std::string& why) {
       refusal = why;
       return std::nullopt;
@@ -467,7 +468,7 @@ class Importer {
     if (refitted->deviation > kLargestDeviation)
       return refuse(name + " has no form of its own, and every refit deviates by more than " +
                     percentText(kLargestDeviation));
-    valueKind = ValueKind::Fitted;
+    valueKind = eKindFitted;
     addTo(note, "refitted from " + std::string(equation->formula) + "; largest deviation " +
                     percentText(refitted->deviation));
     return std::move(refitted->correlation);

@@ -96,7 +96,7 @@ void combustion(const Subject& subject, Findings& findings) {
 
 void doubtful(const Subject& subject, Findings& findings) {
   for (const auto& [key, provenance] : subject.compound().provenance)
-    if (provenance.quality == Quality::Doubtful)
+    if (provenance.quality == eQualityDoubtful)
       findings.add(subject.compound(), key, provenance.note.empty() ? "without a note" : provenance.note);
 }
 

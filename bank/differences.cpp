@@ -13,8 +13,8 @@ namespace {
 bool isProvenance(const Column& column) { return column.part >= ColumnPart::Source; }
 
 bool isKnown(const Provenance& provenance) {
-  return !provenance.origin.empty() || provenance.kind != ValueKind::NotKnown ||
-         provenance.quality != Quality::NotKnown || !provenance.uncertainty.empty() || !provenance.note.empty();
+  return !provenance.origin.empty() || provenance.kind != eKindNotKnown || provenance.quality != eQualityNotKnown ||
+         !provenance.uncertainty.empty() || !provenance.note.empty();
 }
 
 bool hasProvenance(const Source& source) {

@@ -45,15 +45,15 @@ inline constexpr auto kIdentityMembers = std::to_array<std::string_view>({
     "unifac",
 });
 
-inline constexpr Named<ValueKind> kKinds[] = {
-    {"measured", ValueKind::Measured}, {"fitted", ValueKind::Fitted},   {"estimated", ValueKind::Estimated},
-    {"derived", ValueKind::Derived},   {"decided", ValueKind::Decided},
+inline constexpr Named<tagValueKindEnum> kKinds[] = {
+    {"measured", eKindMeasured}, {"fitted", eKindFitted},   {"estimated", eKindEstimated},
+    {"derived", eKindDerived},   {"decided", eKindDecided},
 };
 
-inline constexpr Named<Quality> kQualities[] = {
-    {"good", Quality::Good},
-    {"usable", Quality::Usable},
-    {"doubtful", Quality::Doubtful},
+inline constexpr Named<tagValueQualityEnum> kQualities[] = {
+    {"good", eQualityGood},
+    {"usable", eQualityUsable},
+    {"doubtful", eQualityDoubtful},
 };
 
 inline constexpr auto kTransformations = [] {

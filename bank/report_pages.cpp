@@ -67,7 +67,7 @@ std::string titleOf(const Source& source) {
   return utf8(place.has_filename() ? place.filename() : place.parent_path().filename());
 }
 
-bool isDoubtful(const Compound& compound, Key key) { return provenanceOf(compound, key).quality == Quality::Doubtful; }
+bool isDoubtful(const Compound& compound, Key key) { return provenanceOf(compound, key).quality == eQualityDoubtful; }
 
 // Temperatures that a curve is drawn at. A range that was never set is cut to what is worth a look.
 std::vector<double> temperaturesOf(const Correlation& correlation) {
@@ -126,7 +126,7 @@ class ReportPages::Writer {
     for (const Compound& compound : pages_.source_.compounds) {
       constants += compound.data.constants.size();
       correlations += compound.data.correlations.size();
-      for (const auto& [key, provenance] : compound.provenance) doubtful += provenance.quality == Quality::Doubtful;
+      for (const auto& [key, provenance] : compound.provenance) doubtful += provenance.quality == eQualityDoubtful;
     }
     page_ << "<p>";
     page_.text(pages_.source_.description)

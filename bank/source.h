@@ -12,8 +12,6 @@
 namespace qs::bank {
 
 using database::Origin;
-using database::Quality;
-using database::ValueKind;
 
 struct Provenance : database::Provenance {
   int line = 0;  // of the file; 0 where there are no lines

@@ -100,6 +100,21 @@ constexpr Pair kPairs[] = {
     {OLESTR("UNIQUAC1Parameters"), {Key::UNIQUACR, Key::UNIQUACQ}},
 };
 
+// Not every component knows sources, and not every compound keeps them.
+void storeOrigin(IUnknown* compound, BSTR name, const ValueOrigin& origin) {
+  check(required<ICompoundPropPut>(compound)->SetPropertyLoader(name, origin.name));
+  const auto known = ComPtr<IValueSource>::from(origin.component);
+  const auto target = ComPtr<IPropertySource>::from(compound);
+  if (!known || !target) return;
+  ValueSource source;
+  if (found(known->Get_ValueSource(origin.searchKey, origin.id, name, &source.kind, &source.quality, source.title.out(),
+                                   source.authors.out(), &source.year, source.licence.out(), source.changes.out(),
+                                   source.uncertainty.out(), source.note.out())))
+    check(target->SetPropertySource(name, source.kind, source.quality, source.title.get(), source.authors.get(),
+                                    source.year, source.licence.get(), source.changes.get(), source.uncertainty.get(),
+                                    source.note.get()));
+}
+
 BYTE isFixed(BSTR name) { return findKey(viewOf(name)) ? 1 : 0; }
 
 }  // namespace
@@ -109,11 +124,10 @@ Bstr identityText(IUnknown* compound, WideView fieldName) {
   return entry ? entry->read(compound) : Bstr();
 }
 
-HRESULT storePoint(IUnknown* compound, BSTR name, double value, BSTR source) {
-  const auto properties = required<ICompoundPropPut>(compound);
-  const HRESULT result = properties->SetPointProperty(name, isFixed(name), value);
+HRESULT storePoint(IUnknown* compound, BSTR name, double value, const ValueOrigin& origin) {
+  const HRESULT result = required<ICompoundPropPut>(compound)->SetPointProperty(name, isFixed(name), value);
   check(result);
-  if (result == S_OK) check(properties->SetPropertyLoader(name, source));
+  if (result == S_OK) storeOrigin(compound, name, origin);
   return result;
 }
 
@@ -213,7 +227,8 @@ bool CompoundFiller::fillEquation(BSTR name) {
   if (xShape != eNoShapeDefined && yShape != eNoShapeDefined)
     check(required<ICompEqnXYShape>(compound_)->SetEquationPropertyXYShape(name, xShape, yShape, xNorm, yNorm, xPow,
                                                                            yPow, a, b));
-  return rememberLoader(name);
+  storeOrigin(compound_, name, origin());
+  return true;
 }
 
 bool CompoundFiller::fillComponent(BSTR name) {
@@ -222,9 +237,11 @@ bool CompoundFiller::fillComponent(BSTR name) {
   if (!found(source_.loader->Get_PropCOM(source_.searchKey, source_.id, name, className.out(), component.out())) ||
       !component)
     return false;
-  return found(required<ICompoundPropPut>(compound_)->SetCOMProperty(name, isFixed(name), className.get(),
-                                                                     component.get())) &&
-         rememberLoader(name);
+  if (!found(
+          required<ICompoundPropPut>(compound_)->SetCOMProperty(name, isFixed(name), className.get(), component.get())))
+    return false;
+  storeOrigin(compound_, name, origin());
+  return true;
 }
 
 bool CompoundFiller::fillIntegers(BSTR name) {
@@ -272,12 +289,7 @@ bool CompoundFiller::fillSynonyms() {
 }
 
 bool CompoundFiller::storeNumber(BSTR name, double value) {
-  return storePoint(compound_, name, value, source_.loaderName) == S_OK;
-}
-
-bool CompoundFiller::rememberLoader(BSTR name) {
-  check(required<ICompoundPropPut>(compound_)->SetPropertyLoader(name, source_.loaderName));
-  return true;
+  return storePoint(compound_, name, value, origin()) == S_OK;
 }
 
 }  // namespace qs

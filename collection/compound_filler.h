@@ -13,11 +13,19 @@ namespace qs {
 // its value is not known.
 Bstr identityText(IUnknown* compound, WideView field);
 
+// Where a value of a compound comes from: the name of a loader or an estimator, the component, and for a loader the
+// field and the text by which it knows the compound.
+struct ValueOrigin {
+  BSTR name;
+  IUnknown* component;
+  BSTR searchKey = nullptr, id = nullptr;
+};
+
 // The loader finds the compound by the text `id` in the field `searchKey`; the filler owns none of its strings and
-// pointers. A property is stored under its name, with the loader's name; one with the name of an identity field goes
-// there. What the loader returns S_FALSE for, and what a compound has no place for, is skipped. Throws CQSCOMError with
-// the failure of any call, and E_FAIL for a loader whose list of properties does not end; the compound is then partly
-// filled.
+// pointers. A property is stored under its name, with the loader's name and with its source where the loader has
+// it; one with the name of an identity field goes there. What the loader returns S_FALSE for, and what a compound has
+// no place for, is skipped. Throws CQSCOMError with the failure of any call, and E_FAIL for a loader whose list of
+// properties does not end; the compound is then partly filled.
 class CompoundFiller {
  public:
   struct Source {
@@ -41,15 +49,15 @@ class CompoundFiller {
   bool fillReals(BSTR name);
   bool fillSynonyms();
   bool storeNumber(BSTR name, double value);
-  bool rememberLoader(BSTR name);
+  ValueOrigin origin() const { return {source_.loaderName, source_.loader, source_.searchKey, source_.id}; }
 
   const Source source_;
   IBasicCompound* const compound_;
 };
 
-// Stores a number under a fixed key or another name, with the name of the component that it comes from. Returns the
-// result of SetPointProperty. Throws CQSCOMError.
-HRESULT storePoint(IUnknown* compound, BSTR name, double value, BSTR source);
+// Stores a number under a fixed key or another name, and where it comes from. Returns the result of SetPointProperty.
+// Throws CQSCOMError.
+HRESULT storePoint(IUnknown* compound, BSTR name, double value, const ValueOrigin& origin);
 
 ComPtr<IBasicCompound> newCompound();
 

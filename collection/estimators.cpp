@@ -21,7 +21,9 @@ HRESULT COQSCompoundCollection::EstimateProperty(INT index, BSTR property, BSTR 
     const HRESULT estimated = component->Estimate(compound.get(), property, &value);
     if (estimated != S_OK) return estimated;
     if (value == kEmptyValue) return S_FALSE;
-    const auto store = [&](IBasicCompound* target) { return storePoint(target, property, value, name.get()); };
+    const auto store = [&](IBasicCompound* target) {
+      return storePoint(target, property, value, {name.get(), component.get()});
+    };
     return isCopyable(compound.get()) ? changeAsCopy(compound.get(), store) : store(compound.get());
   });
 }

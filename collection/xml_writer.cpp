@@ -30,7 +30,7 @@ void COQSCompoundCollection::CollectionXmlWriter::compounds() {
     ComPtr<IDispatch> compound;
     check(collection_.get_Compound(i, compound.out()));
     if (compound)
-      stored(compound.get());
+      stored(compound.get(), text_.form().flags());
     else if (complete_)
       text_ << OLESTR("   <EmptySlot/>\n");
     // The others are hardly longer than the first, so that the text need not grow again and again.
@@ -51,7 +51,8 @@ void COQSCompoundCollection::CollectionXmlWriter::models() {
       text_.attribute(OLESTR(" PANE = \""), next->second.pane);
       text_ << OLESTR(">\n");
     }
-    stored(parameters.get());
+    // Parameters have no sources.
+    stored(parameters.get(), text_.form().flags() & ~xmlProvenance);
     if (complete_) text_ << OLESTR("   </Model>\n");
     next = models.upper_bound(name);
   }
@@ -103,11 +104,11 @@ void COQSCompoundCollection::CollectionXmlWriter::namedViews() {
   }
 }
 
-void COQSCompoundCollection::CollectionXmlWriter::stored(IUnknown* object) {
+void COQSCompoundCollection::CollectionXmlWriter::stored(IUnknown* object, INT form) {
   Bstr text;
-  const auto exact = complete_ ? ComPtr<IXMLStoreEx>::from(object) : ComPtr<IXMLStoreEx>();
-  if (exact) {
-    check(exact->StoreAsXMLEx(text_.form().flags(), text.out()));
+  const auto other = form != xmlDefaultForm ? ComPtr<IXMLStoreEx>::from(object) : ComPtr<IXMLStoreEx>();
+  if (other) {
+    check(other->StoreAsXMLEx(form, text.out()));
   } else {
     ComPtr<IXMLStore> store;
     check(store.query(object));

@@ -23,7 +23,7 @@ class COQSCompoundCollection::CollectionXmlWriter {
   void offsets(WideView element, const ComPtr<IRealArrayDisp>& array);
   void namedViews();
 
-  void stored(IUnknown* object);
+  void stored(IUnknown* object, INT form);
 
   COQSCompoundCollection& collection_;
   XmlText& text_;

@@ -54,7 +54,7 @@ class COQSCompound final
                      ICompoundUNIQUAC1, ICompoundSolidProperties, ICompoundIDPut, ICompoundFamilyPut,
                      ICompoundUNIFAC1Put, ICompoundInitFromVelDB, ICompoundProp, ICompoundPropPut, ICompoundCopy,
                      XMLParserClient, IXMLStore, IUserProperty, ICompEqnXYShape, IXMLStoreEx, ICompoundEvaluation,
-                     ICompoundEvaluationArrays, ICompoundPeer> {
+                     IPropertySource, ICompoundEvaluationArrays, ICompoundPeer> {
  public:
   COQSCompound() { virtualTable_.store(virtualTableOf(this), std::memory_order_relaxed); }
   ~COQSCompound();
@@ -169,6 +169,16 @@ class COQSCompound final
                 tagLimitPolicyEnum policy, const EvaluationResults& results) const;
   // Null where there is none.
   const CQSAbstractProp* property(Key key) const { return content_.properties[key]; }
+
+  // sources.cpp. S_FALSE when nothing is known of the source, or there is no such property. The file that a database
+  // has of its sources is read at each call.
+  STDMETHODIMP GetPropertySource(BSTR name, tagValueKindEnum* kind, tagValueQualityEnum* quality, BSTR* title,
+                                 BSTR* authors, INT* year, BSTR* licence, BSTR* changes, BSTR* uncertainty,
+                                 BSTR* note) noexcept override;
+  // E_INVALIDARG for a number that is not of its enumeration.
+  STDMETHODIMP SetPropertySource(BSTR name, tagValueKindEnum kind, tagValueQualityEnum quality, BSTR title,
+                                 BSTR authors, INT year, BSTR licence, BSTR changes, BSTR uncertainty,
+                                 BSTR note) noexcept override;
 
   // user_properties.cpp
   STDMETHODIMP SetUserProperty(BSTR name, BSTR classId, IDispatch* component) noexcept override;

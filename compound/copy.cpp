@@ -9,7 +9,7 @@ const char moduleTag = 0;
 
 }  // namespace
 
-CompoundContent CompoundContent::copy() const { return {identity, properties.copy(), userProperties}; }
+CompoundContent CompoundContent::copy() const { return {identity, properties.copy(), userProperties, record}; }
 
 // Components may put others in their places while they are released.
 COQSCompound::~COQSCompound() {

@@ -86,6 +86,7 @@ class RecordReceiver final : public database::RecordSink {
   static PropertyName nameFrom(std::optional<Key> key, WideView name) { return key ? PropertyName(*key) : name; }
 
   void store(std::optional<Key> key, WideView name, PropertyPtr property) {
+    property->setOfDatabase();
     if (key)
       content_.properties.set(*key, std::move(property));
     else
@@ -121,12 +122,14 @@ HRESULT COQSCompound::Init(BSTR directory, INT number) noexcept {
     content_.identity = Identity();
     content_.identity.velcorinId = number;
     content_.identity.compoundIndex = number;
+    content_.record = {};
 
     const auto database = database::openDatabase(viewOf(directory));
     const database::Catalogue& catalogue = *database.catalogue;
     const auto record = catalogue.dataRecordOf(number);
     if (!record) return S_FALSE;
 
+    content_.record = {catalogue.sharedBuild(), number};
     RecordReceiver receiver(content_);
     check(database::readRecord(database, *record, receiver));
     if (!content_.properties[Key::PRPVOLT]) {

@@ -227,13 +227,22 @@ HRESULT COQSCompound::SetVoidProperty(BSTR name, BYTE fixed) noexcept {
 
 HRESULT COQSCompound::GetPropertyLoader(BSTR name, BSTR* loader) noexcept {
   if (!loader) return E_POINTER;
-  const CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
-  return property && property->Loader ? giveCopy(property->Loader, loader) : S_FALSE;
+  return guarded([&] {
+    const CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
+    Bstr known = property ? property->loader() : Bstr();
+    if (!known) return S_FALSE;
+    *loader = known.release();
+    return S_OK;
+  });
 }
 
 HRESULT COQSCompound::SetPropertyLoader(BSTR name, BSTR loader) noexcept {
-  CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
-  return property ? takeCopy(property->Loader, loader) : S_FALSE;
+  return guarded([&] {
+    CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
+    if (!property) return S_FALSE;
+    property->setLoader(Bstr::copyOf(loader));
+    return S_OK;
+  });
 }
 
 HRESULT COQSCompound::GetEquationPropertyXYShape(BSTR name, tagXYShapeEnum* xShape, tagXYShapeEnum* yShape,
@@ -266,6 +275,7 @@ HRESULT COQSCompound::SetEquationPropertyXYShape(BSTR name, tagXYShapeEnum xShap
   property->SetXYNorm(xNorm, yNorm);
   property->SetXYPow(xPow, yPow);
   property->SetAB(a, b);
+  property->forgetSource();
   return S_OK;
 }
 

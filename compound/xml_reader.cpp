@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "compound/new_component.h"
+#include "compound/source_attributes.h"
 #include "props/property_text.h"
 
 namespace qs {
@@ -39,6 +40,7 @@ const CompoundXmlReader::Element CompoundXmlReader::kElements[] = {
     {kCompound, InNothing | InCompound, InCompound, &CompoundXmlReader::startCompound, false},
     {OLESTR("FixedProperty"), InCompound, InFixedProperty, &CompoundXmlReader::startProperty, false},
     {OLESTR("AdditionProperty"), InCompound, InAdditionProperty, &CompoundXmlReader::startProperty, false},
+    {OLESTR("PropertySource"), InFixedProperty | InAdditionProperty, 0, &CompoundXmlReader::readSource, false},
     {OLESTR("PropertyContent"), InFixedProperty | InAdditionProperty, 0, &CompoundXmlReader::recallProperty, false},
     {OLESTR("UserProperty"), InCompound, 0, &CompoundXmlReader::addUserProperty, false},
     {OLESTR("Synonyms"), InCompound, InSynonyms, &CompoundXmlReader::startSynonyms, false},
@@ -170,6 +172,22 @@ HRESULT CompoundXmlReader::startProperty(const XmlAttributes& attributes) {
   return S_OK;
 }
 
+// A number that is not of its enumeration counts as not known.
+HRESULT CompoundXmlReader::readSource(const XmlAttributes& attributes) {
+  if (!pending_) return S_FALSE;
+  ValueSource source;
+  INT kind = eKindNotKnown, quality = eQualityNotKnown;
+  attributes.read(kSourceKind, kind);
+  attributes.read(kSourceQuality, quality);
+  attributes.read(kSourceYear, source.year);
+  if (kind >= eKindNotKnown && kind <= eKindDecided) source.kind = static_cast<tagValueKindEnum>(kind);
+  if (quality >= eQualityNotKnown && quality <= eQualityDoubtful)
+    source.quality = static_cast<tagValueQualityEnum>(quality);
+  forEachText(source, [&](const auto& tag, Bstr& text) { attributes.read(tag, text); });
+  pending_->property->setSource(std::move(source));
+  return S_OK;
+}
+
 HRESULT CompoundXmlReader::recallProperty(const XmlAttributes& attributes) {
   Bstr content;
   if (!attributes.read(kContent, content)) return S_FALSE;
@@ -260,7 +278,7 @@ HRESULT CompoundXmlReader::addCoefficient(const XmlAttributes& attributes) {
 
 HRESULT CompoundXmlReader::store(Pending& pending) {
   pending.property->Name = PropertyName(pending.name.view());
-  pending.property->Loader = std::move(pending.loader);
+  pending.property->setLoader(std::move(pending.loader));
   return content_.properties.AddPropertyToMap(pending.name.view(), pending.fixed, pending.property);
 }
 

@@ -66,6 +66,7 @@ class CompoundXmlReader {
   HRESULT startGroups(const XmlAttributes& attributes);
   HRESULT addGroup(const XmlAttributes& attributes);
   HRESULT startProperty(const XmlAttributes& attributes);
+  HRESULT readSource(const XmlAttributes& attributes);
   HRESULT recallProperty(const XmlAttributes& attributes);
   HRESULT addUserProperty(const XmlAttributes& attributes);
   HRESULT addPoint(const XmlAttributes& attributes);

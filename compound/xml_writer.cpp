@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "compound/source_attributes.h"
 #include "props/identity_fields.h"
 #include "props/property_text.h"
 
@@ -127,11 +128,33 @@ void CompoundXmlWriter::property(WideView element, WideView name, const CQSAbstr
     default:
       text_ << OLESTR("VoidProp\"   EQUATIONSHAPE = \"1000\"   CLASSID = \"VOID\"");
   }
-  if (complete_) text_.attribute(OLESTR("   LOADER = \""), property.Loader);
-  text_ << OLESTR(">\n           <PropertyContent CONTENT = \"");
+  if (complete_) text_.attribute(OLESTR("   LOADER = \""), property.loader());
+  text_ << OLESTR(">\n");
+  if (text_.form().provenance()) source(name, property);
+  text_ << OLESTR("           <PropertyContent CONTENT = \"");
   content(property, kind);
   text_ << OLESTR("\"/> \n");
   closeProperty(element);
+}
+
+// Before the content, with which a reader stores the property.
+void CompoundXmlWriter::source(WideView name, const CQSAbstractProp& property) {
+  ValueSource source = property.source();
+  if (property.isOfDatabase() && database_) source = database_->sourceOf(content_.record.compound, name);
+  if (!source.isKnown()) return;
+  text_ << OLESTR("           <PropertySource");
+  const auto number = [this](const auto& tag, INT value) {
+    text_ << OLESTR("   ") << viewOf(tag.get()) << OLESTR(" = \"") << value << OLESTR("\"");
+  };
+  number(kSourceKind, source.kind);
+  number(kSourceQuality, source.quality);
+  number(kSourceYear, source.year);
+  forEachText(source, [this](const auto& tag, const Bstr& text) {
+    if (!text) return;
+    text_ << OLESTR("   ") << viewOf(tag.get()) << OLESTR(" = \"");
+    text_.escaped(text.view()) << OLESTR("\"");
+  });
+  text_ << OLESTR("/> \n");
 }
 
 void CompoundXmlWriter::className(const CQSAbstractProp& component) {

@@ -9,7 +9,10 @@ namespace qs {
 class CompoundXmlWriter {
  public:
   CompoundXmlWriter(const CompoundContent& content, XmlText& text)
-      : content_(content), text_(text), complete_(text.form().complete()) {}
+      : content_(content),
+        text_(text),
+        complete_(text.form().complete()),
+        database_(text.form().provenance() ? content.record.openProvenance() : std::nullopt) {}
 
   // Throws CQSCOMError: E_INVALIDARG for data that the form cannot hold, and the failure of a component that is asked
   // for its content. A component may change the content.
@@ -35,6 +38,7 @@ class CompoundXmlWriter {
     text_ << OLESTR("      <") << element << OLESTR(" NAME=\"");
     text_.value(name) << OLESTR("\"   TYPE = \"");
   }
+  void source(WideView name, const CQSAbstractProp& property);
   void closeProperty(WideView element) { text_ << OLESTR("      </") << element << OLESTR(">\n"); }
   void className(const CQSAbstractProp& component);
   void content(const CQSAbstractProp& property, LONG kind);
@@ -43,6 +47,7 @@ class CompoundXmlWriter {
   const CompoundContent& content_;
   XmlText& text_;
   const bool complete_;
+  const std::optional<database::ProvenanceFile> database_;
 };
 
 }  // namespace qs

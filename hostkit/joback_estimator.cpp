@@ -7,6 +7,7 @@
 #include "com/bstr.h"
 #include "com/com_ptr.h"
 #include "com/host_arrays.h"
+#include "props/value_source.h"
 
 namespace qs::hostkit {
 namespace {
@@ -177,6 +178,24 @@ HRESULT JobackEstimator::Estimate(IDispatch* compound, BSTR property, double* va
     if (!sum) return S_FALSE;
     *value = known->estimate(compound, *sum);
     return S_OK;
+  });
+}
+
+HRESULT JobackEstimator::Get_ValueSource(BSTR, BSTR, BSTR name, tagValueKindEnum* kind, tagValueQualityEnum* quality,
+                                         BSTR* title, BSTR* authors, INT* year, BSTR* licence, BSTR* changes,
+                                         BSTR* uncertainty, BSTR* note) noexcept {
+  return guarded([&] {
+    ValueSource source;
+    if (std::ranges::find(kProperties, viewOf(name), &Property::name) != std::end(kProperties)) {
+      source.kind = eKindEstimated;
+      source.title =
+          Bstr(OLESTR("Estimation of pure-component properties from group-contributions, "
+                      "Chem. Eng. Commun. 57 (1987) 233-243"));
+      source.authors = Bstr(OLESTR("K. G. Joback, R. C. Reid"));
+      source.year = 1987;
+      source.note = Bstr(OLESTR("from the compound's UNIFAC groups"));
+    }
+    return std::move(source).give(kind, quality, title, authors, year, licence, changes, uncertainty, note);
   });
 }
 

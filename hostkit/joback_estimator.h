@@ -14,12 +14,16 @@ namespace qs::hostkit {
 
 // The groups come from the compound's UNIFAC groups, which do not show rings. The result is S_FALSE for a compound with
 // a ring other than benzene's, with a group that has no counterpart, or without groups. PC is in kPa, VC in m3/kmol.
-class JobackEstimator final : public Coclass<JobackEstimator, IPurePropEstimator> {
+class JobackEstimator final : public Coclass<JobackEstimator, IPurePropEstimator, IValueSource> {
  public:
   STDMETHODIMP Get_SupportedPropList(INT index, BSTR* name) noexcept override;
   // The contributions are built in; the path is ignored.
   STDMETHODIMP Set_Path(BSTR path) noexcept override;
   STDMETHODIMP Estimate(IDispatch* compound, BSTR property, double* value) noexcept override;
+  // The publication, for each property that can be estimated; key and identifier are ignored.
+  STDMETHODIMP Get_ValueSource(BSTR searchKey, BSTR id, BSTR name, tagValueKindEnum* kind, tagValueQualityEnum* quality,
+                               BSTR* title, BSTR* authors, INT* year, BSTR* licence, BSTR* changes, BSTR* uncertainty,
+                               BSTR* note) noexcept override;
 };
 
 }  // namespace qs::hostkit

@@ -121,35 +121,55 @@ HRESULT nth(INT index, TypeOf has, BSTR* name, tagPropTypeEnum* type) {
   return S_FALSE;
 }
 
-std::vector<CompoundData> readFolder(const WideString& folder) {
+std::vector<JsonLoader::Entry> readFolder(const WideString& folder) {
   auto names = namesIn(folder);
   if (!names) throw CQSCOMError(E_FAIL);
   std::ranges::sort(*names);
-  std::vector<CompoundData> compounds;
-  for (const WideString& name : *names)
-    if (name.size() > kExtension.size() && name.ends_with(kExtension))
-      std::ranges::move(bank::compoundsOf(bank::readSource(joinPath(folder, name))), std::back_inserter(compounds));
-  return compounds;
+  std::vector<JsonLoader::Entry> entries;
+  for (const WideString& name : *names) {
+    if (name.size() <= kExtension.size() || !name.ends_with(kExtension)) continue;
+    bank::Source source = bank::readSource(joinPath(folder, name));
+    const auto origins = std::make_shared<const std::map<std::string, bank::Origin>>(std::move(source.origins));
+    for (bank::Compound& compound : source.compounds) entries.push_back({std::move(compound), origins});
+  }
+  return entries;
+}
+
+ValueSource sourceOf(const JsonLoader::Entry& entry, Key key) {
+  const auto& known = entry.compound.provenance;
+  auto found = known.find(key);
+  const auto original = bank::hasValue(entry.compound.data, key) ? std::nullopt : database::derivedFrom(key);
+  if (original) found = known.find(*original);
+  if (found == known.end()) return {};
+  database::Provenance provenance = found->second;
+  if (original) provenance.kind = eKindDerived;
+  const auto origin = entry.origins->find(provenance.origin);
+  return database::sourceOf(provenance, origin == entry.origins->end() ? bank::Origin() : origin->second);
 }
 
 }  // namespace
 
-const CompoundData* JsonLoader::find(BSTR searchKey, BSTR id) const {
+const JsonLoader::Entry* JsonLoader::findEntry(BSTR searchKey, BSTR id) const {
   const auto* field = findNamed(kIdentityFields, viewOf(searchKey));
   if (!field || !id) return nullptr;
-  const auto matches = [&](const CompoundData& compound) {
-    const Bstr text = field->text(compound);
+  const auto matches = [&](const Entry& entry) {
+    const Bstr text = field->text(entry.compound.data);
     return text && text.view() == viewOf(id);
   };
-  const auto found = std::ranges::find_if(compounds_, matches);
-  return found == compounds_.end() ? nullptr : &*found;
+  const auto found = std::ranges::find_if(entries_, matches);
+  return found == entries_.end() ? nullptr : &*found;
+}
+
+const CompoundData* JsonLoader::find(BSTR searchKey, BSTR id) const {
+  const Entry* entry = findEntry(searchKey, id);
+  return entry ? &entry->compound.data : nullptr;
 }
 
 HRESULT JsonLoader::Set_Path(BSTR path) noexcept {
   return guarded([&] {
     if (path && path_ == viewOf(path)) return S_OK;
     WideString newPath(viewOf(path));
-    compounds_ = readFolder(newPath);
+    entries_ = readFolder(newPath);
     path_ = std::move(newPath);
     return S_OK;
   });
@@ -169,8 +189,8 @@ HRESULT JsonLoader::Get_SupportedPropList(INT index, BSTR* name, tagPropTypeEnum
   // Of a key it depends on the compound which of the two kinds it is.
   const auto usualKind = [this](WideView property) {
     if (const auto* field = findNamed(kIdentityFields, property)) return field->type;
-    for (const CompoundData& compound : compounds_)
-      if (const tagPropTypeEnum found = kindOf(compound, property); found != VoidProp) return found;
+    for (const Entry& entry : entries_)
+      if (const tagPropTypeEnum found = kindOf(entry.compound.data, property); found != VoidProp) return found;
     return VoidProp;
   };
   return guarded([&] { return nth(index, usualKind, name, type); });
@@ -181,9 +201,9 @@ HRESULT JsonLoader::Get_AllCompounds(BSTR searchKey, INT index, BSTR* id) noexce
   *id = nullptr;
   return guarded([&] {
     const auto* field = findNamed(kIdentityFields, viewOf(searchKey));
-    if (!field || index < 0 || static_cast<std::size_t>(index) >= compounds_.size()) return S_FALSE;
+    if (!field || index < 0 || static_cast<std::size_t>(index) >= entries_.size()) return S_FALSE;
     // A compound without that field has a place all the same.
-    Bstr text = field->text(compounds_[static_cast<std::size_t>(index)]);
+    Bstr text = field->text(entries_[static_cast<std::size_t>(index)].compound.data);
     *id = text ? text.release() : Bstr(WideView(OLESTR(""))).release();
     return S_OK;
   });
@@ -292,6 +312,17 @@ HRESULT JsonLoader::Get_AllSynonyms(BSTR searchKey, BSTR id, INT index, BSTR* sy
     if (!compound || index < 0 || static_cast<std::size_t>(index) >= compound->synonyms.size()) return S_FALSE;
     *synonym = Bstr(widen(compound->synonyms[static_cast<std::size_t>(index)])).release();
     return S_OK;
+  });
+}
+
+HRESULT JsonLoader::Get_ValueSource(BSTR searchKey, BSTR id, BSTR name, tagValueKindEnum* kind,
+                                    tagValueQualityEnum* quality, BSTR* title, BSTR* authors, INT* year, BSTR* licence,
+                                    BSTR* changes, BSTR* uncertainty, BSTR* note) noexcept {
+  return guarded([&] {
+    const Entry* entry = findEntry(searchKey, id);
+    const auto key = entry ? findKey(viewOf(name)) : std::nullopt;
+    return (key ? sourceOf(*entry, *key) : ValueSource())
+        .give(kind, quality, title, authors, year, licence, changes, uncertainty, note);
   });
 }
 

@@ -1,6 +1,9 @@
 // A loader component whose data are a folder of compounds as JSON text, in the form that docs/database.md describes.
 #pragma once
 
+#include <map>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "automation/coclass.h"
@@ -13,7 +16,7 @@ namespace qs::hostkit {
 // CMAID, the first match counting. Properties are the identity fields, UNIFAC groups (VELUNIFACSubGr, VELUNIFACNoGr),
 // constants and correlations that the source knows, and ideal-gas heat capacity and entropy as they follow from the
 // enthalpy. What is not there answers S_FALSE and writes nothing but nulls; E_POINTER for a null out-parameter.
-class JsonLoader final : public Coclass<JsonLoader, ILoad> {
+class JsonLoader final : public Coclass<JsonLoader, ILoad, IValueSource> {
  public:
   STDMETHODIMP Get_SupportedPropList(INT index, BSTR* name, tagPropTypeEnum* type) noexcept override;
   // Reads the folder unless it is the one already read. E_FAIL, and the compounds stay, when it cannot be read.
@@ -32,12 +35,22 @@ class JsonLoader final : public Coclass<JsonLoader, ILoad> {
                            IPCProperty** component) noexcept override;
   STDMETHODIMP Get_PropMultiVal(BSTR searchKey, BSTR id, BSTR name, IDispatch** values) noexcept override;
   STDMETHODIMP Get_AllSynonyms(BSTR searchKey, BSTR id, INT index, BSTR* synonym) noexcept override;
+  // Of constants and correlations, as the file states it.
+  STDMETHODIMP Get_ValueSource(BSTR searchKey, BSTR id, BSTR name, tagValueKindEnum* kind, tagValueQualityEnum* quality,
+                               BSTR* title, BSTR* authors, INT* year, BSTR* licence, BSTR* changes, BSTR* uncertainty,
+                               BSTR* note) noexcept override;
+
+  struct Entry {
+    bank::Compound compound;
+    std::shared_ptr<const std::map<std::string, bank::Origin>> origins;  // of its file
+  };
 
  private:
+  const Entry* findEntry(BSTR searchKey, BSTR id) const;
   const database::CompoundData* find(BSTR searchKey, BSTR id) const;
 
   WideString path_;
-  std::vector<database::CompoundData> compounds_;
+  std::vector<Entry> entries_;
 };
 
 }  // namespace qs::hostkit

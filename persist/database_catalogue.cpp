@@ -90,11 +90,11 @@ bool sameName(WideView a, WideView b) {
   return std::ranges::equal(withoutTrailingBlanks(a), withoutTrailingBlanks(b), {}, lowerCase, lowerCase);
 }
 
-Catalogue::Catalogue(std::vector<std::byte> indexFile, FilePath dataPath)
-    : file_(std::move(indexFile)), dataPath_(std::move(dataPath)) {
+Catalogue::Catalogue(std::vector<std::byte> indexFile, WideView directory)
+    : file_(std::move(indexFile)), dataPath_(joinPath(directory, widen(kDataFile))) {
   if (file_.size() > kLargestIndexFile) fail();
   const Header header = readHeader(file_);
-  build_ = header.build;
+  if (header.build) build_ = std::make_shared<const Build>(Build{WideString(directory), *header.build});
   if (!header.recordLength) return;
   if (*header.recordLength <= 0 || header.fieldCount < 0) fail();
   const auto length = static_cast<std::uint64_t>(*header.recordLength);

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <span>
@@ -17,6 +18,12 @@
 #include "props/key_table.h"
 
 namespace qs::database {
+
+// A build of a database and its directory, without a trailing separator.
+struct Build {
+  WideString directory;
+  std::uint64_t number;
+};
 
 // The header of either file.
 struct Header {
@@ -74,10 +81,13 @@ class Catalogue {
  public:
   // Throws CQSCOMError(E_FAIL) when the sections cannot be positioned: a record length that is not positive, a negative
   // number of fields, or a file of 2 GiB and more.
-  explicit Catalogue(std::vector<std::byte> indexFile, FilePath dataPath = {});
+  explicit Catalogue(std::vector<std::byte> indexFile, WideView directory = {});
 
   // The build that the data file must be of.
-  std::optional<std::uint64_t> build() const { return build_; }
+  std::optional<std::uint64_t> build() const { return build_ ? std::optional(build_->number) : std::nullopt; }
+
+  // For compounds to remember; null without a build.
+  const std::shared_ptr<const Build>& sharedBuild() const { return build_; }
 
   const DBFieldTable& fields() const { return fields_; }
 
@@ -122,7 +132,7 @@ class Catalogue {
 
   std::vector<std::byte> file_;
   FilePath dataPath_;
-  std::optional<std::uint64_t> build_;
+  std::shared_ptr<const Build> build_;
   DBFieldTable fields_;
   std::uint64_t recordBytes_ = 0;
   std::size_t indexOffset_ = 0;

@@ -46,9 +46,11 @@ class TextPool {
   std::unordered_map<std::string_view, std::uint32_t> places_;
 };
 
+Bstr shown(const std::string& text) { return text.empty() ? Bstr() : Bstr(widenUtf8(text)); }
+
 template <class Number>
 Number known(std::uint8_t number, Number last) {
-  return number <= static_cast<std::uint8_t>(last) ? static_cast<Number>(number) : Number::NotKnown;
+  return number <= static_cast<std::uint8_t>(last) ? static_cast<Number>(number) : Number{};
 }
 
 }  // namespace
@@ -111,11 +113,23 @@ std::vector<std::byte> encodeProvenance(const Annotations& annotations, std::uin
   return bytes;
 }
 
+ValueSource sourceOf(const Provenance& provenance, const Origin& origin) {
+  return {provenance.kind,
+          provenance.quality,
+          shown(origin.title),
+          shown(origin.authors),
+          origin.year.value_or(kEmptyInteger),
+          shown(origin.licence),
+          shown(origin.changes),
+          shown(provenance.uncertainty),
+          shown(provenance.note)};
+}
+
 struct ProvenanceFile::Entry {
   LONG compound;
   std::uint32_t field, origin;
-  ValueKind kind;
-  Quality quality;
+  tagValueKindEnum kind;
+  tagValueQualityEnum quality;
   std::uint32_t uncertainty, note;
 };
 
@@ -160,6 +174,18 @@ HRESULT ProvenanceFile::find(LONG compound, std::string_view field, Provenance& 
       last = middle;
   }
   return S_FALSE;
+}
+
+ValueSource ProvenanceFile::sourceOf(LONG compound, WideView name) const {
+  Provenance provenance;
+  Origin origin;
+  if (find(compound, narrow(name), provenance, origin) != S_OK) {
+    const auto key = findKey(name);
+    const auto original = key ? derivedFrom(*key) : std::nullopt;
+    if (!original || find(compound, narrow(nameOf(*original)), provenance, origin) != S_OK) return {};
+    provenance.kind = eKindDerived;
+  }
+  return database::sourceOf(provenance, origin);
 }
 
 Annotations ProvenanceFile::readAll() {
@@ -234,8 +260,8 @@ ProvenanceFile::Entry ProvenanceFile::entryAt(std::uint32_t i) const {
   entry.compound = cursor.take<std::int32_t>();
   entry.field = cursor.take<std::uint32_t>();
   entry.origin = cursor.take<std::uint32_t>();
-  entry.kind = known(cursor.take<std::uint8_t>(), ValueKind::Decided);
-  entry.quality = known(cursor.take<std::uint8_t>(), Quality::Doubtful);
+  entry.kind = known(cursor.take<std::uint8_t>(), eKindDecided);
+  entry.quality = known(cursor.take<std::uint8_t>(), eQualityDoubtful);
   cursor.skip(2);
   entry.uncertainty = cursor.take<std::uint32_t>();
   entry.note = cursor.take<std::uint32_t>();

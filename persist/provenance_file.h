@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "platform/input_file.h"
+#include "props/key_table.h"
+#include "props/value_source.h"
 
 namespace qs::database {
 
@@ -26,20 +28,24 @@ struct Origin {
   bool operator==(const Origin&) const = default;
 };
 
-// The file has these numbers.
-enum class ValueKind { NotKnown, Measured, Fitted, Estimated, Derived, Decided };
-enum class Quality { NotKnown, Good, Usable, Doubtful };
-
 // Where a value comes from.
 struct Provenance {
   std::string origin;  // a key of the origins; empty where it is not known
-  ValueKind kind = ValueKind::NotKnown;
-  Quality quality = Quality::NotKnown;
+  tagValueKindEnum kind = eKindNotKnown;
+  tagValueQualityEnum quality = eQualityNotKnown;
   std::string uncertainty;  // as the origin states it, such as "1 %"; empty where it does not
   std::string note;
 
   bool operator==(const Provenance&) const = default;
 };
+
+// The same as interfaces have it, with the origin of the provenance's key.
+ValueSource sourceOf(const Provenance& provenance, const Origin& origin);
+
+// The key from which readers of a database derive another where the compound has no entry of its own for that.
+constexpr std::optional<Key> derivedFrom(Key key) {
+  return key == Key::IGCP || key == Key::IGS ? std::optional(Key::IGH) : std::nullopt;
+}
 
 // A finding that is known and accepted.
 struct Waiver {
@@ -80,6 +86,9 @@ class ProvenanceFile {
   // Where a compound's value of a field comes from: S_OK, or S_FALSE when that is not known. `origin` is that of the
   // provenance's key. Reads the entries of a binary search and what is returned.
   HRESULT find(LONG compound, std::string_view field, Provenance& provenance, Origin& origin) const;
+
+  // The same for what a compound has under a name, derived or not; with nothing known, where it is not.
+  ValueSource sourceOf(LONG compound, WideView name) const;
 
   // All that the file holds.
   Annotations readAll();

@@ -69,8 +69,7 @@ class Index {
     latest_.reset();
     if (!file) return nullptr;
     watch_.beforeReading(file->stamp());
-    latest_.reset(new Reading{begin, watch_, std::move(path),
-                              Catalogue(readWhole(*file), joinPath(directory_, widen(kDataFile)))});
+    latest_.reset(new Reading{begin, watch_, std::move(path), Catalogue(readWhole(*file), directory_)});
     return latest_;
   }
 

@@ -1,4 +1,5 @@
-// The one conversion between wide strings and 8-bit text of the system code page: CP_ACP on Windows, UTF-8 elsewhere.
+// The conversions between wide strings and 8-bit text: of the system code page, which is CP_ACP on Windows and UTF-8
+// elsewhere, and of UTF-8.
 #pragma once
 
 #include <algorithm>
@@ -16,6 +17,9 @@ using WideView = std::basic_string_view<OLECHAR>;
 // Widens 8-bit text. Bytes that the code page does not define never fail: each becomes one wide character (elsewhere
 // than on Windows, the character of the same number). Throws std::bad_alloc.
 WideString widen(std::string_view text);
+
+// The same for UTF-8 on every system. Bytes that are none never fail either.
+WideString widenUtf8(std::string_view text);
 
 // What == says, in fewer steps.
 inline bool same(WideView a, WideView b) {

@@ -57,6 +57,8 @@ WideString widen(std::string_view text) {
   return wide;
 }
 
+WideString widenUtf8(std::string_view text) { return widen(text); }
+
 OLECHAR* writeWide(std::string_view text, OLECHAR* out) {
   while (!text.empty()) {
     out = takeAscii<NarrowBlock, WideBlock>(text, out, text.size());

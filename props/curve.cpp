@@ -90,7 +90,7 @@ HRESULT CurveBase::Copy(const CQSAbstractProp* src) {
   src->GetShape(&shape);
   if (shape != data_.form.shape) return S_FALSE;
 
-  Name = src->Name;
+  copyNameAndSource(*src);
   src->GetTRange(&data_.tMin, &data_.tMax);
   src->GetPRange(&data_.pMin, &data_.pMax);
   for (LONG i = 0; i < data_.form.coefficients; ++i) {

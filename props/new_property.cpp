@@ -43,7 +43,7 @@ PropertyPtr duplicate(const CQSAbstractProp& source) {
   source.GetShape(&shape);
   PropertyPtr copy = newProperty(kind, shape);
   copy->Copy(&source);
-  copy->Loader = source.Loader;
+  copy->setLoader(source.loader());
   if (kind == COMProp) {
     Bstr className;
     ComPtr<IPCProperty> component;

@@ -14,7 +14,7 @@ using PropertyPtr = std::unique_ptr<CQSAbstractProp>;
 // void one. Null for an equation whose `shape` is no tagEquationShapeEnum.
 PropertyPtr newProperty(LONG kind, LONG shape = PropCurveVoid);
 
-// An object with the name, loader, kind, content and external component of another.
+// An object with the name, loader, source, kind, content and external component of another.
 PropertyPtr duplicate(const CQSAbstractProp& source);
 
 // Objects with their name and content.

@@ -1,6 +1,8 @@
 // The results of a kind that does not override an operation, and the kinds other than equations.
 #include "props/property.h"
 
+#include <utility>
+
 #include "props/property_text.h"
 
 namespace qs {
@@ -17,6 +19,32 @@ HRESULT noValues(double* first, double* second) {
 }
 
 }  // namespace
+
+void CQSAbstractProp::setLoader(Bstr name) {
+  if (name || origin_) origin().loader = std::move(name);
+}
+
+void CQSAbstractProp::setSource(ValueSource source) {
+  if (origin_ || source.isKnown()) origin().source = std::move(source);
+  isOfDatabase_ = false;
+}
+
+void CQSAbstractProp::forgetSource() {
+  if (origin_) origin_->source = ValueSource();
+  isOfDatabase_ = false;
+}
+
+void CQSAbstractProp::copyNameAndSource(const CQSAbstractProp& src) {
+  ValueSource copy = src.source();
+  Name = src.Name;
+  setSource(std::move(copy));
+  isOfDatabase_ = src.isOfDatabase_;
+}
+
+CQSAbstractProp::Origin& CQSAbstractProp::origin() {
+  if (!origin_) origin_ = std::make_unique<Origin>();
+  return *origin_;
+}
 
 HRESULT CQSAbstractProp::SetValue(double) { return S_FALSE; }
 HRESULT CQSAbstractProp::GetClassName(BSTR* name) const { return notValid(name); }
@@ -72,7 +100,7 @@ HRESULT CQSAbstractProp::SetCOMObject(IPCProperty*) { return S_FALSE; }
 
 HRESULT CQSPointProp::Copy(const CQSAbstractProp* src) {
   if (!isOfType(src, PointProp)) return S_FALSE;
-  Name = src->Name;
+  copyNameAndSource(*src);
   LONG dependencies = 0;
   src->GetValue(0.0, 0.0, eNoExtrapolation, &dependencies, &value_);
   return S_OK;
@@ -103,7 +131,7 @@ HRESULT CQSPointProp::SetValue(double v) {
 
 HRESULT CQSVoidProp::Copy(const CQSAbstractProp* src) {
   if (!isOfType(src, VoidProp)) return S_FALSE;
-  Name = src->Name;
+  copyNameAndSource(*src);
   return SetType(VoidProp);
 }
 
@@ -122,7 +150,7 @@ HRESULT CQSVoidProp::Recall(BSTR) { return S_OK; }
 
 HRESULT CQSCOMProp::Copy(const CQSAbstractProp* src) {
   if (!isOfType(src, COMProp)) return S_FALSE;
-  Name = src->Name;
+  copyNameAndSource(*src);
   className_ = Bstr();
   object_ = ComPtr<IPCProperty>();
   content_ = Bstr();

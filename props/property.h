@@ -1,11 +1,14 @@
 // Property objects: the values that a compound owns, of one kind each. An object is no component: its owner deletes it.
 #pragma once
 
+#include <memory>
+
 #include "com/bstr.h"
 #include "com/com_ptr.h"
 #include "com/not_set.h"
 #include "interfaces/interfaces.h"
 #include "props/key_table.h"
+#include "props/value_source.h"
 
 namespace qs {
 
@@ -39,7 +42,7 @@ class CQSAbstractProp {
 
   virtual ~CQSAbstractProp() = default;
 
-  // Takes over name and content of an object of the same kind; S_FALSE and no change for any other.
+  // Takes over name, content and source of an object of the same kind; S_FALSE and no change for any other.
   virtual HRESULT Copy(const CQSAbstractProp* src) = 0;
 
   // The value at temperature T and pressure P, in the units of its data. Writes 0 to *pDependencies when the
@@ -97,15 +100,34 @@ class CQSAbstractProp {
   PropertyName Name;
 
   // The name of the loader that the content came from; null for none. The owner sets and copies it.
-  Bstr Loader;
+  Bstr loader() const { return origin_ ? origin_->loader : Bstr(); }
+  void setLoader(Bstr name);
+
+  // Where the content comes from, which the owner states. Of a database's content only that it is the database's.
+  ValueSource source() const { return origin_ ? origin_->source : ValueSource(); }
+  void setSource(ValueSource source);
+  void forgetSource();
+  bool isOfDatabase() const { return isOfDatabase_; }
+  void setOfDatabase() { isOfDatabase_ = true; }
 
  protected:
   // Whether a copy's source, which may be null, is of a kind.
   static bool isOfType(const CQSAbstractProp* src, tagPropTypeEnum type) { return src && src->type_ == type; }
 
+  void copyNameAndSource(const CQSAbstractProp& src);
+
  private:
+  // Few properties have one.
+  struct Origin {
+    Bstr loader;
+    ValueSource source;
+  };
+  Origin& origin();
+
+  std::unique_ptr<Origin> origin_;
   const Equation* const equation_;
   LONG type_ = VoidProp;
+  bool isOfDatabase_ = false;
 };
 
 // One number, the same at every state; empty until set.

@@ -35,7 +35,7 @@ constexpr WideView referenceOf(OLECHAR c) {
 }  // namespace
 
 XmlForm::XmlForm(INT flags) : flags_(flags) {
-  if ((flags & ~INT{xmlExactForm}) != 0) throw CQSCOMError(E_INVALIDARG);
+  if ((flags & ~(xmlExactForm | xmlProvenance)) != 0) throw CQSCOMError(E_INVALIDARG);
 }
 
 void XmlText::expect(std::size_t length) {
@@ -77,8 +77,9 @@ XmlText& XmlText::operator<<(double number) {
   return *this;
 }
 
-XmlText& XmlText::value(WideView text) {
-  if (!form_.escaped()) return *this << text;
+XmlText& XmlText::value(WideView text) { return form_.escaped() ? escaped(text) : *this << text; }
+
+XmlText& XmlText::escaped(WideView text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const WideView reference = referenceOf(text[i]);
     if (reference.empty() && !isXmlCharacter(text, i)) throw CQSCOMError(E_INVALIDARG);

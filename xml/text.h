@@ -9,7 +9,8 @@
 namespace qs {
 
 // What a text keeps, by the sum of tagXMLFormEnum values. The default form rounds numbers to six digits, writes strings
-// as they are, and omits some data; any other form omits nothing.
+// as they are, and omits some data; xmlProvenance adds the sources of values to it or another form. Any other form
+// omits nothing.
 class XmlForm {
  public:
   // Throws CQSCOMError(E_INVALIDARG) for a number that is no sum of the values.
@@ -18,7 +19,8 @@ class XmlForm {
   INT flags() const { return flags_; }
   bool exactNumbers() const { return (flags_ & xmlExactNumbers) != 0; }
   bool escaped() const { return (flags_ & xmlEscaped) != 0; }
-  bool complete() const { return flags_ != xmlDefaultForm; }
+  bool complete() const { return (flags_ & xmlExactForm) != 0; }
+  bool provenance() const { return (flags_ & xmlProvenance) != 0; }
 
  private:
   INT flags_;
@@ -46,9 +48,12 @@ class XmlText {
   XmlText& operator<<(INT number);
   XmlText& operator<<(double number);
 
-  // Text within an attribute value. In the escaped form markup characters, tabs and line ends are written as
-  // references, and a character that XML cannot hold throws CQSCOMError(E_INVALIDARG).
+  // Text within an attribute value, which the escaped form writes as `escaped` does.
   XmlText& value(WideView text);
+
+  // Markup characters, tabs and line ends as references. A character that XML cannot hold throws
+  // CQSCOMError(E_INVALIDARG).
+  XmlText& escaped(WideView text);
 
   // An attribute with the text before its value, which ends with the quotation mark. A form that omits no data has no
   // attribute for a string that is null.

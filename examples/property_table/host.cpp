@@ -1,4 +1,5 @@
-// A host in C++: fills compounds from the database, prints what they are and tabulates their properties.
+// A host in C++: fills compounds from the database, prints what they are, tabulates their properties and says where
+// some come from.
 //   property_table DATABASE-DIRECTORY
 // Installed classes are used through CoCreateInstance; without an installation the modules beside the program are.
 #include <array>
@@ -150,6 +151,29 @@ void printCorrelations(IBasicCompound* compound) {
   std::cout << "\n";
 }
 
+void printSources(IBasicCompound* compound) {
+  const auto sources = ComPtr<IPropertySource>::from(compound);
+  for (const OLECHAR* name : {OLESTR("TC"), OLESTR("VP"), OLESTR("LDN")}) {
+    tagValueKindEnum kind{};
+    tagValueQualityEnum quality{};
+    INT year = 0;
+    Bstr title, authors, licence, changes, uncertainty, note;
+    const HRESULT result =
+        sources->GetPropertySource(Bstr(name).get(), &kind, &quality, title.out(), authors.out(), &year, licence.out(),
+                                   changes.out(), uncertainty.out(), note.out());
+    std::cout << "  " << qs::narrow(name) << " from ";
+    if (result != S_OK) {
+      std::cout << "an unknown source\n";
+      continue;
+    }
+    std::cout << qs::narrow(title.view());
+    if (kind == eKindFitted) std::cout << "; fitted";
+    if (quality == eQualityDoubtful) std::cout << "; doubtful";
+    if (note) std::cout << "; " << qs::narrow(note.view());
+    std::cout << "\n";
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -164,6 +188,7 @@ int main(int argc, char** argv) {
       printIdentity(compound.get());
       printConstants(compound.get());
       printCorrelations(compound.get());
+      printSources(compound.get());
     }
   } catch (const std::exception& error) {
     std::cerr << "property_table: " << error.what() << "\n";

@@ -1,4 +1,4 @@
-// A host in JScript: fills compounds from the database and tabulates their properties.
+// A host in JScript: fills compounds from the database, tabulates their properties and says where some come from.
 //   cscript //nologo property_table.js DATABASE-DIRECTORY
 var PRESSURE = 101.325;
 var NOT_SET = -32767;
@@ -11,6 +11,12 @@ function shown(value) {
 function rangeOf(limits) {
   var array = new VBArray(limits).toArray();
   return array[0] + " to " + array[1] + " K";
+}
+
+// What is known of a source is kind, quality, title, authors, year, licence, changes, uncertainty and note.
+function printSource(c, name) {
+  var source = new VBArray(c.GetPropertySource(name)).toArray();
+  WScript.Echo("  " + name + " from " + source[2] + (source[8] ? "; " + source[8] : ""));
 }
 
 function printCompound(directory, number) {
@@ -37,6 +43,8 @@ function printCompound(directory, number) {
   }
   WScript.Echo("  range " + [rangeOf(c.get_VPTPRange()), rangeOf(c.get_LDNTPRange()), rangeOf(c.get_HVPTPRange()),
                              rangeOf(c.get_IGCPTPRange())].join(", "));
+  printSource(c, "VP");
+  printSource(c, "LDN");
 }
 
 var numbers = [19, 29, 30];

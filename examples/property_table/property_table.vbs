@@ -1,4 +1,4 @@
-' A host in VBScript: fills compounds from the database and tabulates their properties.
+' A host in VBScript: fills compounds from the database, tabulates their properties and says where some come from.
 '   cscript //nologo property_table.vbs DATABASE-DIRECTORY
 Option Explicit
 
@@ -16,6 +16,15 @@ End Function
 Function RangeOf(limits)
   RangeOf = limits(0) & " to " & limits(1) & " K"
 End Function
+
+' Without arguments for them, what is known of a source comes as an array: kind, quality, title, authors, year, licence,
+' changes, uncertainty and note.
+Sub PrintSource(c, name)
+  Dim source
+  source = c.GetPropertySource(name)
+  If source(8) <> "" Then source(2) = source(2) & "; " & source(8)
+  WScript.Echo "  " & name & " from " & source(2)
+End Sub
 
 Sub PrintCompound(directory, number)
   Dim c, i, t, synonyms
@@ -41,6 +50,8 @@ Sub PrintCompound(directory, number)
   Next
   WScript.Echo "  range " & RangeOf(c.get_VPTPRange) & ", " & RangeOf(c.get_LDNTPRange) & ", " & _
     RangeOf(c.get_HVPTPRange) & ", " & RangeOf(c.get_IGCPTPRange)
+  PrintSource c, "VP"
+  PrintSource c, "LDN"
 End Sub
 
 Dim number

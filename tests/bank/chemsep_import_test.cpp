@@ -134,7 +134,7 @@ TEST(ChemsepImport, KeepsTheCurveOfEachEquation) {
     EXPECT_LE(largest, row.tolerance);
     EXPECT_EQ(std::pair(correlation.tmin, correlation.tmax), std::pair(row.tmin, row.tmax));
     if (row.tolerance > 1e-12) {
-      EXPECT_EQ(provenance.kind, ValueKind::Fitted);
+      EXPECT_EQ(provenance.kind, eKindFitted);
       const std::string mark = "largest deviation ";
       const double stated = std::stod(provenance.note.substr(provenance.note.find(mark) + mark.size())) / 100;
       EXPECT_NEAR(largest, stated, 0.05 * stated);
@@ -167,7 +167,7 @@ TEST(ChemsepImport, ReadsCompoundsWithTheirOrigin) {
       ++values;
     }
     for (const auto& [key, correlation] : compound.data.correlations) {
-      const bool refitted = compound.provenance.at(key).kind == ValueKind::Fitted;
+      const bool refitted = compound.provenance.at(key).kind == eKindFitted;
       for (const double part : {0.0, 0.3, 0.6, 0.9}) {
         const double T = correlation.tmin + part * (correlation.tmax - correlation.tmin);
         const double wanted = valueAt(expected->data, key, T);

@@ -42,7 +42,7 @@ TEST(DatabaseSource, KeepsOriginsOfItsValuesOnly) {
   auto annotations = annotationsOf(source);
   const auto known = annotations.values.size();
   for (const auto& [compound, field] : {std::pair(1, "NoKey"), std::pair(1, "ZC"), std::pair(3, "TC")})
-    annotations.values.push_back({compound, field, {.note = "n"}});
+    annotations.values.push_back({compound, field, {"", {}, {}, "", "n"}});
   const TemporaryDirectory directory;
   qs::database::saveDatabase(encodeDatabase(compoundsOf(std::move(source)), annotations), directory.path());
   std::vector<Finding> findings;

@@ -31,7 +31,7 @@ TEST(Differences, SayWhatChanged) {
   one.provenance.erase(Key::ACEN);
   one.data.correlations[Key::VP].coefficients[1] = 7;
   one.data.correlations[Key::VP].xShape = COMx;
-  one.provenance[Key::TC].quality = Quality::Doubtful;
+  one.provenance[Key::TC].quality = eQualityDoubtful;
   const std::string values = R"(compound 1 (One), cas: 1-1-1 -> nothing
 compound 1 (One), synonyms: x|y -> x
 compound 1 (One), TC [K]: 0.1 -> 0.2

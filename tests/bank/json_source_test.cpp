@@ -61,7 +61,7 @@ shape:12: unknown member "compound"; did you mean "compounds"?
   EXPECT_TRUE(source.compounds[0].data.correlations.empty());
   const Provenance& known = source.compounds[0].provenance.at(qs::Key::TC);
   EXPECT_EQ(std::tuple(known.origin, known.kind, known.quality, known.uncertainty, known.note, known.line),
-            std::tuple("s", ValueKind::Measured, Quality::Good, "1 %", "n", 7));
+            std::tuple("s", eKindMeasured, eQualityGood, "1 %", "n", 7));
   ASSERT_EQ(source.waivers.size(), 1u);
   EXPECT_EQ(std::tuple(source.waivers[0].compound, source.waivers[0].field, source.waivers[0].reason),
             std::tuple(1, "TC", "known"));

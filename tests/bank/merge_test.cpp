@@ -18,7 +18,7 @@ Source sourceOf(const char* title, std::vector<std::int32_t> numbers, std::map<s
     compound.data.number = number;
     compound.data.name = title;
     compound.provenance[Key::TC].origin = "s";
-    source.waivers.push_back({.rule = title, .compound = number, .field = "", .reason = "r"});
+    source.waivers.push_back({{title, number, "", "r"}});
   }
   return source;
 }

@@ -59,8 +59,8 @@ TEST_F(Report, ShowsTextOfOthersAsText) {
   compound.data.correlations[Key::VP] = {PropCurvePOLY2, {1, 2, 3}, 300, 400};
   Provenance provenance;
   provenance.origin = "<s>";
-  provenance.kind = ValueKind::Fitted;
-  provenance.quality = Quality::Doubtful;
+  provenance.kind = eKindFitted;
+  provenance.quality = eQualityDoubtful;
   provenance.note = "<note>";
   compound.provenance = {{Key::TC, provenance}, {Key::VP, provenance}};
   source.compounds = {compound};

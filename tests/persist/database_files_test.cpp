@@ -61,7 +61,7 @@ DatabaseFiles build(int number, bool marked = true) {
     data.number = compound;
     data.name = "build " + std::to_string(number);
     data.synonyms.assign(odd ? 2 : 1, data.name);
-    annotations.values.push_back({compound, "MW", {.note = data.name}});
+    annotations.values.push_back({compound, "MW", {"", {}, {}, "", data.name}});
     for (const Key key : kSameKeys) data.constants[key] = value;
     if (odd) data.constants[Key::ACEN] = data.constants[Key::ZC] = value;
     if (odd) data.correlations[Key::VP] = {PropCurvePOLY2, {value, 0, 0}, 1, 2};

@@ -22,9 +22,9 @@ Annotations sample() {
     for (const char* field : {"VP", "TC", "IGCP", "IGC"})
       sample.values.push_back({compound,
                                field,
-                               {compound % 2 ? "a" : "b", ValueKind::Fitted, Quality::Doubtful, "1 %",
+                               {compound % 2 ? "a" : "b", eKindFitted, eQualityDoubtful, "1 %",
                                 field + std::string(compound == 7 ? 300 : 2, 'x')}});
-  sample.values.push_back({-5, "MW", {.quality = Quality::Good}});
+  sample.values.push_back({-5, "MW", {"", {}, eQualityGood, "", ""}});
   return sample;
 }
 
@@ -73,7 +73,7 @@ TEST_F(ProvenanceFileTest, RefusesWhatItCannotHold) {
     EXPECT_THAT([&] { encodeProvenance(annotations, kBuild); },
                 testing::ThrowsMessage<std::invalid_argument>(testing::HasSubstr(message)));
   };
-  expectRefusal("cut: a text with a NUL", [](Annotations& of) { of.description = std::string("cut\0off", 7); });
+  expectRefusal("\"cut\": a text with a NUL", [](Annotations& of) { of.description = std::string("cut\0off", 7); });
   expectRefusal("\"z\"", [](Annotations& of) { of.values[0].provenance.origin = "z"; });
   expectRefusal("\"z\"", [](Annotations& of) { of.identityOrigins["cas"] = "z"; });
   expectRefusal("unknown year", [](Annotations& of) { of.origins["a"].year = -32767; });
@@ -113,8 +113,8 @@ TEST_F(ProvenanceFileTest, TrustsNoByte) {
       EXPECT_THAT(file->find(7, "TC", provenance, origin), testing::AnyOf(S_OK, S_FALSE));
       EXPECT_EQ(file->readAll().values.size(), sample().values.size());
       EXPECT_THAT(file->find(7, "TC", provenance, origin), testing::AnyOf(S_OK, S_FALSE));
-      EXPECT_LE(provenance.kind, ValueKind::Decided);
-      EXPECT_LE(provenance.quality, Quality::Doubtful);
+      EXPECT_LE(provenance.kind, eKindDecided);
+      EXPECT_LE(provenance.quality, eQualityDoubtful);
       EXPECT_LE(provenance.note.size(), bytes.size());
     }
   }

@@ -61,6 +61,19 @@ Set copy = CreateObject("COQSCompound.COQSCompound.1")
 copy.CopyToThis 5, c
 Check "a copy", copy.Name = "my water" And copy.LDN(10, P, 0, 0) = 71
 
+Dim source, copied, again
+source = c.GetPropertySource("VP")
+Check "where a value comes from", source(0) = 2 And InStr(source(2), "ChemSep") = 1 And source(4) = -32767
+copied = copy.GetPropertySource("VP")
+Check "of a copied value", copied(2) = source(2) And copied(8) = source(8)
+Set again = CreateObject("COQSCompound.COQSCompound.1")
+CreateObject("QsHostKit.XMLParser.1").ParseText c.StoreAsXMLEx(7), again
+copied = again.GetPropertySource("VP")
+Check "of a value from XML", copied(2) = source(2) And copied(8) = source(8)
+c.SetPropertySource "my number", 5, 2, "me", "", 2020, "", "", "", ""
+source = c.GetPropertySource("my number")
+Check "of a value of one's own", source(0) = 5 And source(1) = 2 And source(2) = "me" And source(4) = 2020
+
 On Error Resume Next
 c.NoSuchMember
 Check "an unknown member is an error", Err.Number <> 0

@@ -14,6 +14,7 @@ var memberArguments = {
   SetVoidProperty: '"nothing", 0',
   SetPropertyLoader: '"density", "my loader"',
   GetPropertyLoader: '"density"',
+  SetPropertySource: '"density", 1, 2, "title", "authors", 1999, "licence", "changes", "1 %", "note"',
   ErasePropFromMap: '"own", 0',
   CopyToThis: "7, other",
   SetUserProperty: '"mine", "{01234567-89AB-CDEF-0123-456789ABCDEF}", other',

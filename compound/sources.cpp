@@ -1,0 +1,39 @@
+// Where a compound's values come from.
+#include "compound/compound.h"
+
+namespace qs {
+
+std::optional<database::ProvenanceFile> DatabaseRecord::openProvenance() const {
+  return build ? database::ProvenanceFile::open(build->directory, build->number) : std::nullopt;
+}
+
+HRESULT COQSCompound::GetPropertySource(BSTR name, tagValueKindEnum* kind, tagValueQualityEnum* quality, BSTR* title,
+                                        BSTR* authors, INT* year, BSTR* licence, BSTR* changes, BSTR* uncertainty,
+                                        BSTR* note) noexcept {
+  return guarded([&] {
+    ValueSource source;
+    if (const CQSAbstractProp* property = content_.properties.find(viewOf(name)).property) {
+      if (!property->isOfDatabase())
+        source = property->source();
+      else if (const auto file = content_.record.openProvenance())
+        source = file->sourceOf(content_.record.compound, viewOf(name));
+    }
+    return std::move(source).give(kind, quality, title, authors, year, licence, changes, uncertainty, note);
+  });
+}
+
+HRESULT COQSCompound::SetPropertySource(BSTR name, tagValueKindEnum kind, tagValueQualityEnum quality, BSTR title,
+                                        BSTR authors, INT year, BSTR licence, BSTR changes, BSTR uncertainty,
+                                        BSTR note) noexcept {
+  if (kind < eKindNotKnown || kind > eKindDecided || quality < eQualityNotKnown || quality > eQualityDoubtful)
+    return E_INVALIDARG;
+  return guarded([&] {
+    CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
+    if (!property) return S_FALSE;
+    property->setSource({kind, quality, Bstr::copyOf(title), Bstr::copyOf(authors), year, Bstr::copyOf(licence),
+                         Bstr::copyOf(changes), Bstr::copyOf(uncertainty), Bstr::copyOf(note)});
+    return S_OK;
+  });
+}
+
+}  // namespace qs
