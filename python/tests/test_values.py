@@ -120,6 +120,8 @@ def test_what_is_known(water):
     VP = water.VP
     assert VP.range == (263.15, 647.14) and VP.unit == "kPa" and VP.help == "Vapour Pressure" and len(VP.coefficients) == 5
     assert "exp" in VP.form and VP.shape.name == "PropCurveDIPPR101" and VP.policy.name == "eTangentLnYOverInverseT"
+    assert water.RI.source is None and VP.source.title.startswith("ChemSep") and VP.source.licence == "Artistic License 2.0"
+    assert VP.source.kind is qs.SourceKind.eKindFitted and VP.source.year is None
     assert water.TC.range is None and water.TC() == water["TC"] == float(water.TC) == 647.14
     assert water["VP"] is water.VP and water["RI"] is None and math.isnan(float(water.RI))
     assert "VP" in water and "RI" not in water and "VP" in water.keys() and "RI" not in list(water)
@@ -129,6 +131,8 @@ def test_what_is_known(water):
         water["NOPE"]
     water["RI"], water["my own"] = 1.333, 2.5
     assert water["RI"] == 1.333 and water["my own"] == 2.5 and "my own" in water.keys()
+    water.RI.source = stated = VP.source._replace(title="my own", year=2020)
+    assert water.RI.source == stated
     water["RI"] = None
     assert water["RI"] is None
     for html in (water._repr_html_(), VP._repr_html_(), qs.Compounds([water])._repr_html_()):
@@ -138,7 +142,7 @@ def test_what_is_known(water):
 def test_pickles_keep_every_bit(water):
     water["my own"] = 1 / 3
     one, many = pickle.loads(pickle.dumps((water, qs.Compounds([water, "ethanol"]))))
-    assert one.xml() == water.xml() and one["my own"] == 1 / 3 and one != water and water.copy().xml() == water.xml()
+    assert one.VP.source == water.VP.source and one.xml() == water.xml() and one["my own"] == 1 / 3 and one != water and water.copy().xml() == water.xml()
     assert [each.name for each in many] == ["Water", "Ethanol"] and many[0].VP(300.0) == water.VP(300.0)
 
 

@@ -12,7 +12,7 @@ from ._keys import Keys
 from ._property import STANDARD_PRESSURE, Property, counted, html_table, labelled, like, mark_missing, policy_of, what
 
 DATABASE = os.path.join(FOLDER, "database")
-EXACT = sum(tagXMLFormEnum) - tagXMLFormEnum.xmlExactForm  # all that a text can keep
+EXACT = tagXMLFormEnum.xmlExactForm | tagXMLFormEnum.xmlProvenance
 
 
 class NotFound(LookupError):

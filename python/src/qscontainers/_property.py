@@ -8,10 +8,10 @@ from ctypes import byref, c_double
 from enum import IntFlag
 from typing import Any, Callable, NamedTuple
 
-from . import _com, interfaces
+from . import _com
 from ._com import NOT_SET, S_OK, Elements, WrongThread
 from .interfaces import (ICompoundEvaluationArrays, tagEquationShapeEnum, tagIntegrandEnum, tagLimitPolicyEnum,
-                          tagPropTypeEnum)
+                          tagPropTypeEnum, tagValueKindEnum, tagValueQualityEnum)
 from ._options import options
 
 STANDARD_TEMPERATURE, STANDARD_PRESSURE = 298.15, 101.325  # K, kPa
@@ -64,8 +64,8 @@ class Description(NamedTuple):
 class Source(NamedTuple):
     """Where a value comes from, as far as it is known."""
 
-    kind: interfaces.tagValueKindEnum
-    quality: interfaces.tagValueQualityEnum
+    kind: tagValueKindEnum
+    quality: tagValueQualityEnum
     title: str | None
     authors: str | None
     year: int | None
@@ -159,8 +159,11 @@ class Property:
 
     def __call__(self, T: Any = None, P: float = STANDARD_PRESSURE, *, policy: int | None = None, out: Any = None) -> Any:
         if type(T) is float and policy is None and out is None and options.allows:
-            if self._owner is not _com.here.owner:
+            owner = self._owner
+            if owner is not _com.here.owner:
                 raise WrongThread("a property belongs to the thread that made its compound")
+            if owner.pending:
+                owner.release_pending()
             self._T.value = T
             if self._function(self._this, self._name, 1, self._at, P, options.policy, self._result, None, None, None) == S_OK:
                 return self._value.value
@@ -291,10 +294,12 @@ class Property:
     @property
     def source(self) -> Source | None:
         """Where the values come from; None where it is not known."""
-        if not hasattr(self._com, "GetPropertySource"):
-            return None
         found = Source(*self._com.GetPropertySource(self.key))
-        return found if found.title or found.kind else None
+        return found if any(found) else None
+
+    @source.setter
+    def source(self, value: Source) -> None:
+        self._com.SetPropertySource(self.key, *value)
 
     def __float__(self) -> float:
         value = self()
