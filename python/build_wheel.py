@@ -77,6 +77,7 @@ def stage(folder: pathlib.Path, modules: list[pathlib.Path], database: pathlib.P
     (info / "METADATA").write_text(
         f"Metadata-Version: 2.1\nName: qscontainers\nVersion: {version}\n"
         "Summary: Data of pure compounds for thermodynamic calculations\nRequires-Python: >=3.9\n"
+        "Provides-Extra: dask\nRequires-Dist: distributed; extra == \"dask\"\nRequires-Dist: numpy; extra == \"dask\"\n"
         "Description-Content-Type: text/markdown\n\n" + (ROOT / "docs/python.md").read_text(encoding="utf-8"),
         encoding="utf-8")
 

@@ -33,6 +33,7 @@ python_examples_agree() {
   build/native/bin/first_steps build/database $log-native.xml >$log-native.txt &&
     $run examples/first_steps/first_steps.py build/database $log-py.xml | cmp - $log-native.txt &&
     cmp $log-py.xml $log-native.xml &&
+    rm -rf build/sweep && for workers in 0 2; do $run examples/sweep/sweep.py build/sweep/$workers --temperatures 1000 --workers $workers || return 1; done &&
     build/native/bin/evaluation build/database | cmp - <($run examples/evaluation/evaluation.py build/database)
 }
 

@@ -57,6 +57,7 @@ needed_for_python='
 /usr/lib/python3/dist-packages/numpy python3-numpy
 /usr/lib/python3/dist-packages/pandas python3-pandas
 /usr/lib/python3/dist-packages/matplotlib python3-matplotlib
+/usr/lib/python3/dist-packages/distributed python3-distributed
 '
 # What ./test deep needs besides.
 needed_for_deep='
