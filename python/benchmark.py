@@ -53,7 +53,9 @@ def arrays():
     """water.VP(array) against the members of the module, with addresses, as a C++ host calls them."""
     numpy = sys.modules.get("numpy")
     temperatures = array("d", (280 + 360 * i / COUNT for i in range(COUNT)))
-    given, out = (numpy.frombuffer(temperatures), numpy.empty(COUNT)) if numpy else (temperatures, array("d", temperatures))
+    given, out = temperatures, array("d", temperatures)
+    if numpy:
+        given, out = numpy.frombuffer(given), numpy.frombuffer(out)
     VP, this = water.VP, water.com._pointer(ICompoundEvaluationArrays)
     raw = VP._function
     buffer = (ctypes.c_double * COUNT)()

@@ -23,12 +23,15 @@ RESULT_TYPES = {"BSTR": "str | None", "double": "float | None", "VARIANT_BOOL": 
                 "IDispatch": "Any", "IUnknown": "Any"}
 INTEGERS = ("BYTE", "INT", "LONG", "DWORD", "UINT", "ULONG")
 
+# What makes sequences of the host's arrays.
+SEQUENCES = {"HostIntegerArray": "IntegerArray", "HostRealArray": "RealArray", "HostRealMatrix": "RealMatrix"}
+
 
 class Argument(NamedTuple):
     name: str
     type: str  # as in C, without pointers
     out: bool
-    buffer: str  # "[]" and "[const]": elements of the caller's
+    buffer: str  # "[n m]" and "[const n]": elements of the caller's, as many as the arguments n and m multiply to
 
 
 @dataclass
@@ -48,13 +51,20 @@ class Member:
     @property
     def is_attribute(self) -> bool:
         """Whether it is read or set as an attribute of the object, since it takes no arguments."""
-        return self.kind == "get" and all(a.out for a in self.arguments) or self.kind == "put" and len(self.arguments) == 1
+        if self.kind == "get":
+            return all(argument.out for argument in self.arguments)
+        return self.kind == "put" and len(self.arguments) == 1
 
     @property
     def signature(self) -> str:
-        given = [f"{a.name}:{a.type}{a.buffer}" for a in self.arguments if not a.out]
-        given += ["->"] + [f"{a.name}:{a.type}" for a in self.arguments if a.out]
-        return " ".join(given).removesuffix("->").strip()
+        given = ", ".join(f"{a.name}: {a.type}{a.buffer}" for a in self.arguments if not a.out)
+        results = ", ".join(f"{a.name}: {a.type}" for a in self.arguments if a.out)
+        return f"{given} -> {results}" if results else given
+
+    def constructor(self, *help: str) -> str:
+        """What makes the member in Python."""
+        values = [str(self.slot), *map(repr, (self.signature, *help)), *(["lent=True"] if self.lent else [])]
+        return f"Method({', '.join(values)})"
 
 
 @dataclass
@@ -71,6 +81,9 @@ class Coclass(NamedTuple):
     clsid: str
     help: str
     interfaces: list[str]
+
+
+FLAGS = r"\[((?:\"[^\"]*\"|[^\]\"])*)\]"  # attributes in brackets; texts may have brackets too
 
 
 def preprocess(text: str) -> str:
@@ -102,17 +115,20 @@ def attribute(attributes: str, name: str) -> str:
 
 
 def parse_arguments(text: str, local: bool) -> Iterator[Argument]:
+    counts: list[str] = []  # those of the arguments so far that are numbers of elements
     for argument in re.findall(r"\[[^\]]*\][^,]*", text):
         flags, rest = argument[1:].split("]", 1)
         const, type_name, stars, name = re.fullmatch(r"\s*(const )?\s*(\w+)\s*(\**)\s*(\w+)\s*", rest).groups()
         if local and stars:  # the caller's buffer, whichever way its elements go
-            yield Argument(name, type_name, False, "[const]" if const else "[]")
+            yield Argument(name, type_name, False, f"[const {counts[-1]}]" if const else f"[{' '.join(counts)}]")
         else:
+            if type_name == "LONG" and name.startswith("n"):
+                counts.append(name)
             yield Argument(name, type_name, "out" in flags, "")
 
 
 def parse_members(body: str, first_slot: int, local: bool) -> Iterator[Member]:
-    pattern = re.compile(r"(?:\[((?:\"[^\"]*\"|[^\]\"])*)\]\s*)?HRESULT\s+(\w+)\s*\(([^;]*)\)\s*;")
+    pattern = re.compile(rf"(?:{FLAGS}\s*)?HRESULT\s+(\w+)\s*\(([^;]*)\)\s*;")
     for slot, (flags, name, arguments) in enumerate(pattern.findall(body), first_slot):
         kind = "get" if "propget" in flags else "put" if "propput" in flags else "method"
         text = re.sub(r"^(method|property) ", "", attribute(flags, "helpstring"))
@@ -125,7 +141,7 @@ def parse_members(body: str, first_slot: int, local: bool) -> Iterator[Member]:
 
 def parse(text: str) -> tuple[dict[str, Interface], list[Coclass], dict[str, tuple[str, list[tuple[str, int]]]]]:
     text = preprocess(text)
-    block = re.compile(r"\[((?:\"[^\"]*\"|[^\]\"])*)\]\s*(interface|coclass)\s+(\w+)\s*(?::\s*(\w+)\s*)?\{(.*?)\}", re.S)
+    block = re.compile(FLAGS + r"\s*(interface|coclass)\s+(\w+)\s*(?::\s*(\w+)\s*)?\{(.*?)\}", re.S)
     interfaces: dict[str, Interface] = {}
     classes = []
     for flags, kind, name, base, body in block.findall(text):
@@ -140,7 +156,7 @@ def parse(text: str) -> tuple[dict[str, Interface], list[Coclass], dict[str, tup
             raise ValueError(f"{name}: {body.count('HRESULT')} members, {len(members)} understood")
         interfaces[name] = Interface(name, base, uuid, summary, members)
     enumerations = {}
-    for flags, name, body in re.findall(r"typedef\s*\[((?:\"[^\"]*\"|[^\]\"])*)\]\s*enum\s+(\w+)\s*\{(.*?)\}", text, re.S):
+    for flags, name, body in re.findall(rf"typedef\s*{FLAGS}\s*enum\s+(\w+)\s*\{{(.*?)\}}", text, re.S):
         values = [(key, int(value, 0)) for key, value in re.findall(r"(\w+)\s*=\s*(\w+)", body)]
         enumerations[name] = (attribute(flags, "helpstring"), values)
     return interfaces, classes, enumerations
@@ -173,13 +189,18 @@ def merged_attributes(coclass: Coclass, interfaces: dict[str, Interface]) -> dic
         for member in interfaces[interface].members:
             if member.is_attribute:
                 (readers if member.kind == "get" else setters).setdefault(member.name, interface)
-    return {name: (readers[name], setters[name]) for name in setters if name in readers and readers[name] != setters[name]}
+    return {name: (readers[name], setter) for name, setter in setters.items() if readers.get(name, setter) != setter}
+
+
+def bases_of(coclass: Coclass) -> str:
+    return ", ".join([*filter(None, [SEQUENCES.get(coclass.name)]), *coclass.interfaces])
 
 
 def write_module(interfaces, classes, enumerations, units, modules) -> Iterator[str]:
     yield '"""Every interface, class and enumeration of the modules. Written by generate.py."""'
     yield "from enum import IntEnum\n"
-    yield "from ._com import Attribute, IDispatch, IUnknown, IntegerArray, Method, RealArray, RealMatrix, both, define\n\n"
+    yield "from ._com import Attribute, IDispatch, IUnknown, Method, both, define"
+    yield f"from ._com import {', '.join(SEQUENCES.values())}\n\n"
     for name, (summary, values) in enumerations.items():
         yield f"class {name}(IntEnum):\n    {summary!r}"
         yield from (f"    {key} = {value}" for key, value in values)
@@ -192,20 +213,14 @@ def write_module(interfaces, classes, enumerations, units, modules) -> Iterator[
                 attributes.setdefault(member.name, {})[member.kind] = member
         for member in interface.members:
             if not member.is_attribute:
-                lent = ", lent=True" if member.lent else ""
-                yield f"    {member.python_name} = Method({member.slot}, {member.signature!r}, {help_of(member, units)!r}{lent})"
+                yield f"    {member.python_name} = {member.constructor(help_of(member, units))}"
             elif member.name in attributes:
                 pair = attributes.pop(member.name)
-                get, put = ("None" if kind not in pair else
-                            f"Method({pair[kind].slot}, {pair[kind].signature!r}{', lent=True' if pair[kind].lent else ''})"
-                            for kind in ("get", "put"))
+                get, put = (pair[kind].constructor() if kind in pair else None for kind in ("get", "put"))
                 yield f"    {member.name} = Attribute({get}, {put}, {help_of(member, units)!r})"
         yield "\n"
-    # Arrays of the host are sequences.
-    sequences = {"HostIntegerArray": "IntegerArray, ", "HostRealArray": "RealArray, ", "HostRealMatrix": "RealMatrix, "}
     for coclass in classes:
-        bases = sequences.get(coclass.name, "") + ", ".join(coclass.interfaces)
-        yield f"class {coclass.name}({bases}):\n    {coclass.help!r}\n    _clsid_ = {coclass.clsid!r}"
+        yield f"class {coclass.name}({bases_of(coclass)}):\n    {coclass.help!r}\n    _clsid_ = {coclass.clsid!r}"
         yield f"    _module_ = {modules[coclass.name]!r}"
         for name, (reader, setter) in merged_attributes(coclass, interfaces).items():
             yield f"    {name} = both({reader}.{name}, {setter}.{name})"
@@ -220,10 +235,12 @@ def stub_type(argument: Argument, types: dict[str, str]) -> str:
 
 
 def write_stub(interfaces, classes, enumerations, units, modules) -> Iterator[str]:
-    yield "# Written by generate.py.\nfrom collections.abc import Sequence\nfrom enum import IntEnum\nfrom typing import Any\n"
-    yield "from ._com import IDispatch, IUnknown, IntegerArray, RealArray, RealMatrix\n"
+    yield "# Written by generate.py."
+    yield "from collections.abc import Sequence\nfrom enum import IntEnum\nfrom typing import Any\n"
+    yield f"from ._com import IDispatch, IUnknown, {', '.join(SEQUENCES.values())}\n"
     yield "Buffer = Any  # of doubles or 32-bit integers"
-    yield "IntegerArrayLike = IIntegerArrayDisp | Sequence[int] | Buffer\nRealArrayLike = IRealArrayDisp | Sequence[float] | Buffer\n"
+    yield "IntegerArrayLike = IIntegerArrayDisp | Sequence[int] | Buffer"
+    yield "RealArrayLike = IRealArrayDisp | Sequence[float] | Buffer\n"
     # What is returned has the class of which an interface is the default.
     results_in_python = {**{coclass.interfaces[0]: coclass.name for coclass in classes}, **RESULT_TYPES}
     for name, (summary, values) in enumerations.items():
@@ -244,9 +261,8 @@ def write_stub(interfaces, classes, enumerations, units, modules) -> Iterator[st
             if member.is_attribute:
                 yield "    @property"
             yield f"    def {member.python_name}(self{given}) -> {result}: {help_of(member, units)!r}"
-    sequences = {"HostIntegerArray": "IntegerArray, ", "HostRealArray": "RealArray, ", "HostRealMatrix": "RealMatrix, "}
     for coclass in classes:
-        yield f"class {coclass.name}({sequences.get(coclass.name, '')}{', '.join(coclass.interfaces)}):\n    {coclass.help!r}"
+        yield f"class {coclass.name}({bases_of(coclass)}):\n    {coclass.help!r}"
         yield "    def __init__(self) -> None: ..."
         for name in merged_attributes(coclass, interfaces):
             yield f"    {name}: Any"

@@ -163,13 +163,13 @@ same_lines() {
     [[ -s $log-linux.txt ]] && cmp "$log-windows.txt" "$log-linux.txt"
 }
 
-# The Python wheels in build/wheels, of the modules that the presets wheel and windows-x64 have built. Needs
-# build_database. Debian's interpreter is the one whose packages the list above has.
+# make_wheels PRESET...: the Python wheels in build/wheels, of the modules that the presets wheel and windows-x64 have
+# built. Needs build_database. Debian's interpreter is the one whose packages the list above has.
 python=/usr/bin/python3
 make_wheels() {
   local preset
   rm -rf build/wheels
-  for preset in wheel windows-x64; do
+  for preset; do
     $python python/build_wheel.py build/wheels --modules build/$preset/bin --database build/database || return 1
   done >build/log/wheels.log 2>&1
 }

@@ -1,6 +1,6 @@
-"""Evaluation in Python with the package qscontainers: vapour pressures from below to above the range of their data, each
-with its status; a boiling point as an inverse; and heats of vaporisation against the slope of the vapour pressure, by
-Clapeyron's equation.
+"""Evaluation in Python with the package qscontainers: vapour pressures from below to above the range of their data,
+each with its status; a boiling point as an inverse; and heats of vaporisation against the slope of the vapour pressure,
+by Clapeyron's equation.
 
     python evaluation.py DATABASE-DIRECTORY
 """

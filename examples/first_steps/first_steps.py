@@ -1,6 +1,6 @@
 """First steps in Python with the package qscontainers: fills three compounds, prints a table of properties, flashes a
-mixture of them by Raoult's law, stores the result in a collection of phases, reads it back, and writes the last compound
-as XML.
+mixture of them by Raoult's law, stores the result in a collection of phases, reads it back, and writes the last
+compound as XML.
 
     python first_steps.py DATABASE-DIRECTORY XML-FILE
 """

@@ -2,8 +2,10 @@ import ctypes
 import gc
 import math
 import pathlib
+import pickle
 import re
 import threading
+from array import array
 
 import pytest
 
@@ -67,7 +69,8 @@ def test_values_of_every_kind_go_there_and_back():
     container = interfaces.COQSPhase()
     container.RegisterProperties(registry := interfaces.PropertyRegistry())
     number = registry.RegisterProperty("of the test")
-    for value in (None, True, False, 7, 2.5, "text with ü and 水", "", 2**40, [1.5, 2.5], [1, 2], [1, "a", None, [2.0]], []):
+    for value in (None, True, False, 7, 2.5, "text with ü and 水", "", 2**40, [1.5, 2.5], [1, 2], [],
+                  [1, "a", None, [2.0]]):
         try:
             container.RemoveProperty(number)
         except qs.Error:
@@ -93,6 +96,11 @@ def test_strings_attributes_and_names(water):
     for wrong in (lambda: com.VP(300.0), lambda: com.VP(300.0, 1.0, 0, nothing=1), interfaces.IXMLStore):
         with pytest.raises(TypeError):
             wrong()
+    for short in ((2, array("d", [300.0]), array("d", [0.0] * 2)), (2, array("d", [300.0] * 2), array("d", [0.0]))):
+        with pytest.raises(ValueError, match="has to have 2 elements"):
+            com.EvaluateArray("VP", *short[:2], 101.325, 0, short[2], None, None, None)
+    with pytest.raises(OverflowError):
+        com.Init(qs.DATABASE, 2**32 + 19)
     with pytest.raises(AttributeError):
         interfaces.HostRealMatrix().Rows = 3
 
@@ -100,7 +108,7 @@ def test_strings_attributes_and_names(water):
 def test_failures_are_exceptions(water, tmp_path):
     with pytest.raises(qs.Error, match="IQueryLoader.GetVelIDs") as caught:
         qs.compound("water", tmp_path)
-    assert caught.value.code & 0x80000000
+    assert caught.value.code == 0x80004005 and str(pickle.loads(pickle.dumps(caught.value))) == str(caught.value)
     for call in (lambda: water.com.query(interfaces.IBasicPhase), lambda: qs.from_xml("<Compound"),
                  lambda: water.com.EvaluateArray("VP", -1, None, 101.325, 0, None, None, None, None)):
         with pytest.raises(qs.Error):

@@ -71,7 +71,8 @@ def test_out(water):
             water.VP(TEMPERATURES, out=wrong)
 
 
-@pytest.mark.parametrize("policy, there", [(None, False), (qs.Policy.eNotSetOutside, False), (qs.Policy.eValueAtLimit, True)])
+@pytest.mark.parametrize("policy, there", [
+    (None, False), (qs.Policy.eNotSetOutside, False), (qs.Policy.eValueAtLimit, True)])
 def test_outside(water, policy, there):
     assert water.VP(200.0, policy=policy) == (water.VP(263.15) if there else None)
     many = water.VP([200.0, 300.0], policy=policy)
@@ -84,7 +85,7 @@ def test_outside(water, policy, there):
 def test_outside_complains_as_the_options_say(water, options):
     options.policy = qs.Policy.eValueAtLimit
     calls = [lambda: water.VP(200.0), lambda: water.VP([300.0, 200.0]), lambda: water.VP.derivative(200.0),
-             lambda: water.VP.integral(300.0, 200.0)]
+             lambda: water.VP.integral(300.0, 200.0), lambda: qs.Compounds([3, water]).evaluate("VP", [300.0, 200.0])]
     for call in calls:
         assert call() is not None
         options.outside = "raise"
@@ -110,7 +111,8 @@ def test_calculus(water):
         (water.VP.derivative(T + h) - water.VP.derivative(T - h)) / (2 * h), rel=1e-7)
     middles = numpy.linspace(300, 400, 20001)[:-1] + 100 / 40000
     assert water.VP.integral(300.0, 400.0) == pytest.approx(water.VP(middles).mean() * 100, rel=1e-7)
-    assert water.VP.integral(300.0, [300.0, 400.0], over_T=True)[1] == pytest.approx((water.VP(middles) / middles).mean() * 100)
+    assert water.VP.integral(300.0, [300.0, 400.0], over_T=True)[1] == pytest.approx(
+        (water.VP(middles) / middles).mean() * 100)
     assert water.VP(water.VP.solve(101.325)) == pytest.approx(101.325, rel=1e-12)
     solved = water.VP.solve([101.325, 1e9])
     assert solved[0] == water.VP.solve(101.325) and math.isnan(solved[1]) and water.VP.solve(1e9) is None
@@ -118,10 +120,11 @@ def test_calculus(water):
 
 def test_what_is_known(water):
     VP = water.VP
-    assert VP.range == (263.15, 647.14) and VP.unit == "kPa" and VP.help == "Vapour Pressure" and len(VP.coefficients) == 5
+    assert VP.range == (263.15, 647.14) and VP.unit == "kPa" and VP.help == "Vapour Pressure"
+    assert len(VP.coefficients) == 5
     assert "exp" in VP.form and VP.shape.name == "PropCurveDIPPR101" and VP.policy.name == "eTangentLnYOverInverseT"
-    assert water.RI.source is None and VP.source.title.startswith("ChemSep") and VP.source.licence == "Artistic License 2.0"
-    assert VP.source.kind is qs.SourceKind.eKindFitted and VP.source.year is None
+    assert VP.source.title.startswith("ChemSep") and VP.source.licence == "Artistic License 2.0"
+    assert water.RI.source is None and VP.source.kind is qs.SourceKind.eKindFitted and VP.source.year is None
     assert water.TC.range is None and water.TC() == water["TC"] == float(water.TC) == 647.14
     assert water["VP"] is water.VP and water["RI"] is None and math.isnan(float(water.RI))
     assert "VP" in water and "RI" not in water and "VP" in water.keys() and "RI" not in list(water)
@@ -141,8 +144,10 @@ def test_what_is_known(water):
 
 def test_pickles_keep_every_bit(water):
     water["my own"] = 1 / 3
-    one, many = pickle.loads(pickle.dumps((water, qs.Compounds([water, "ethanol"]))))
-    assert one.VP.source == water.VP.source and one.xml() == water.xml() and one["my own"] == 1 / 3 and one != water and water.copy().xml() == water.xml()
+    one, many, view = pickle.loads(pickle.dumps((water, (two := qs.Compounds([water, "ethanol"])), two.view([1]))))
+    assert one.VP.source == water.VP.source and one["my own"] == 1 / 3 and one != water
+    assert one.xml() == water.copy().xml() == water.xml()
+    assert [each.name for each in view] == ["Ethanol"]
     assert [each.name for each in many] == ["Water", "Ethanol"] and many[0].VP(300.0) == water.VP(300.0)
 
 

@@ -11,22 +11,21 @@ import math
 import os
 import sys
 import threading
-from array import array
 from collections import deque
 from ctypes import byref, c_double, c_int, c_short, c_ubyte, c_uint, c_void_p
 from enum import IntEnum
 from types import MethodType
-from typing import Any, Callable, Iterator, NamedTuple, Sequence
+from typing import Any, Callable, NamedTuple, Sequence
 
 NOT_SET = -32767
-S_OK, S_FALSE = 0, 1
+S_OK = 0
 INPROC_SERVER, MULTIPLE_USE = 1, 1
 FOLDER = os.path.dirname(os.path.abspath(__file__))
 
 CODES = {
     0x80004001: ("E_NOTIMPL", "not provided"),
     0x80004002: ("E_NOINTERFACE", "the object does not have the interface"),
-    0x80004003: ("E_POINTER", "a result is not wanted that has to be"),
+    0x80004003: ("E_POINTER", "a result has no place"),
     0x80004005: ("E_FAIL", "the call failed"),
     0x8000000B: ("E_BOUNDS", "out of bounds"),
     0x8000FFFF: ("E_UNEXPECTED", "unexpected"),
@@ -42,12 +41,15 @@ CODES = {
 
 
 class Error(RuntimeError):
-    """A call that failed: `code` is its result, `member` what was called."""
+    """A call that failed: `code` is its result, `member` what was called, `text` what the module says of it."""
 
     def __init__(self, member: str, code: int, text: str = "") -> None:
-        self.member, self.code = member, code & 0xFFFFFFFF
+        super().__init__(member, code, text)
+        self.member, self.code, self.text = member, code & 0xFFFFFFFF, text
+
+    def __str__(self) -> str:
         name, meaning = CODES.get(self.code, (f"0x{self.code:08X}", "the call failed"))
-        super().__init__(f"{member}: {text or meaning} ({name})")
+        return f"{self.member}: {self.text or meaning} ({name})"
 
 
 class WrongThread(RuntimeError):
@@ -81,7 +83,8 @@ class BOUND(ctypes.Structure):
 
 
 co_initialize = imported(ole, "CoInitialize", c_int, c_void_p)
-co_create_instance = imported(ole, "CoCreateInstance", c_int, ctypes.c_char_p, c_void_p, c_uint, ctypes.c_char_p, c_void_p)
+co_create_instance = imported(ole, "CoCreateInstance", c_int, ctypes.c_char_p, c_void_p, c_uint, ctypes.c_char_p,
+                              c_void_p)
 co_register_class = imported(ole, "CoRegisterClassObject", c_int, ctypes.c_char_p, c_void_p, c_uint, c_uint, c_void_p)
 sys_alloc_string = imported(automation, "SysAllocStringLen", c_void_p, ctypes.c_char_p, c_uint)
 sys_free_string = imported(automation, "SysFreeString", None, c_void_p)
@@ -111,10 +114,10 @@ def release(pointer: int) -> None:
     function_at(pointer, 2, count_reference)(pointer)
 
 
-def queried(pointer: int, interface: type) -> int | None:
+def queried(pointer: int, interface: Any) -> int | None:
     """A counted reference to another interface of an object, or None."""
     found = c_void_p()
-    hr = function_at(pointer, 0, query_interface)(pointer, guid(interface._iid_), byref(found))  # type: ignore[attr-defined]
+    hr = function_at(pointer, 0, query_interface)(pointer, guid(interface._iid_), byref(found))
     return found.value if hr >= 0 else None
 
 
@@ -316,8 +319,9 @@ def host_array(values: Any, interface: type) -> Any:
 
 class PyBuffer(ctypes.Structure):
     _fields_ = [("address", c_void_p), ("exporter", ctypes.py_object), ("bytes", ctypes.c_ssize_t),
-                ("item_size", ctypes.c_ssize_t), ("read_only", c_int), ("dimensions", c_int), ("format", ctypes.c_char_p),
-                ("shape", c_void_p), ("strides", c_void_p), ("suboffsets", c_void_p), ("internal", c_void_p)]
+                ("item_size", ctypes.c_ssize_t), ("read_only", c_int), ("dimensions", c_int),
+                ("format", ctypes.c_char_p), ("shape", c_void_p), ("strides", c_void_p), ("suboffsets", c_void_p),
+                ("internal", c_void_p)]
 
 
 get_buffer = ctypes.PYFUNCTYPE(c_int, ctypes.py_object, c_void_p, c_int)(("PyObject_GetBuffer", ctypes.pythonapi))
@@ -352,10 +356,11 @@ def closed_elements(values: Any, type_name: str, writable: bool, cleanup: Cleanu
     return elements.address
 
 
-VT_EMPTY, VT_I4, VT_R8, VT_BSTR, VT_DISPATCH, VT_BOOL, VT_VARIANT, VT_UNKNOWN, VT_ARRAY = 0, 3, 5, 8, 9, 11, 12, 13, 0x2000
-VARIANT_NUMBERS: dict[int, Any] = {2: c_short, VT_I4: c_int, 4: ctypes.c_float, VT_R8: c_double, 16: ctypes.c_byte, 17: c_ubyte,
-                   18: ctypes.c_ushort, 19: c_uint, 20: ctypes.c_int64, 21: ctypes.c_uint64, 22: c_int, 23: c_uint,
-                   VT_BOOL: c_short, 10: c_int}
+VT_EMPTY, VT_I4, VT_R8, VT_BSTR, VT_DISPATCH, VT_BOOL, VT_VARIANT, VT_UNKNOWN = 0, 3, 5, 8, 9, 11, 12, 13
+VT_ARRAY = 0x2000
+VARIANT_NUMBERS: dict[int, Any] = {
+    2: c_short, VT_I4: c_int, 4: ctypes.c_float, VT_R8: c_double, 10: c_int, VT_BOOL: c_short, 16: ctypes.c_byte,
+    17: c_ubyte, 18: ctypes.c_ushort, 19: c_uint, 20: ctypes.c_int64, 21: ctypes.c_uint64, 22: c_int, 23: c_uint}
 
 
 def fill_variant(variant: VARIANT, value: Any) -> None:
@@ -464,8 +469,8 @@ NUMBERS = {"double": c_double, "LONG": c_int, "INT": c_int, "ULONG": c_uint, "UI
 def argument_of(type_name: str, lent: bool) -> tuple[Any, Callable[[Any, Cleanup], Any]]:
     """The type of an argument in C, and what makes it of a value."""
     if type_name.endswith("]"):
-        element, mode = type_name[:-1].split("[")
-        return c_void_p, lambda value, cleanup: closed_elements(value, element, not mode, cleanup)
+        element, rest = type_name.split("[")
+        return c_void_p, lambda value, cleanup: closed_elements(value, element, not rest.startswith("const"), cleanup)
     if type_name == "BSTR":
         def string(value: str | None, cleanup: Cleanup) -> int | None:
             if value is None:
@@ -485,11 +490,19 @@ def argument_of(type_name: str, lent: bool) -> tuple[Any, Callable[[Any, Cleanup
         return VARIANT, variant
     if type_name == "VARIANT_BOOL":
         return c_short, lambda value, cleanup: -bool(value)
-    if type_name in NUMBERS:
-        return NUMBERS[type_name], lambda value, cleanup: NOT_SET if value is None else value
-    named = TYPES[type_name]
-    if issubclass(named, IntEnum):
-        return c_int, lambda value, cleanup: NOT_SET if value is None else int(value)
+    if type_name == "double":
+        return c_double, lambda value, cleanup: NOT_SET if value is None else value
+    named = TYPES.get(type_name, IUnknown)
+    if type_name in NUMBERS or issubclass(named, IntEnum):
+        kind: Any = NUMBERS.get(type_name, c_int)
+
+        def integer(value: int | None, cleanup: Cleanup) -> Any:
+            if value is None:
+                return NOT_SET
+            if kind(value).value != value:
+                raise OverflowError(f"{value} is no {type_name}")
+            return value
+        return kind, integer
 
     def pointer(value: Any, cleanup: Cleanup) -> int | None:
         value = object_of(value)
@@ -538,6 +551,7 @@ class Plan(NamedTuple):
     arguments: list[Callable[[Any, Cleanup], Any]]
     result_types: list[Any]
     results: list[Callable[[Any], Any]]
+    buffers: list[tuple[int, list[int]]]  # positions of buffers, and those of the arguments that say how large they are
 
 
 class Method:
@@ -558,13 +572,16 @@ class Method:
         return self if instance is None else MethodType(self, instance)
 
     def planned(self) -> Plan:
-        given, _, returned = self.signature.partition("->")
-        arguments = [word.partition(":")[::2] for word in given.split()]
-        converted = [argument_of(kind, self.lent) for _, kind in arguments]
-        results = [result_of(word.partition(":")[2], self.lent) for word in returned.split()]
+        given, returned = ([each.strip().split(": ") for each in part.split(",") if each.strip()]
+                           for part in self.signature.partition("->")[::2])
+        names, kinds = [name for name, _ in given], [kind for _, kind in given]
+        converted = [argument_of(kind, self.lent) for kind in kinds]
+        results = [result_of(kind, self.lent) for _, kind in returned]
         prototype = FUNCTION(c_int, c_void_p, *(kind for kind, _ in converted), *(c_void_p for _ in results))
-        return Plan(prototype, [name for name, _ in arguments], [convert for _, convert in converted],
-                    [kind for kind, _ in results], [convert for _, convert in results])
+        buffers = [(i, [names.index(name) for name in kind[:-1].split("[")[1].split() if name != "const"])
+                   for i, kind in enumerate(kinds) if kind.endswith("]")]
+        return Plan(prototype, names, [convert for _, convert in converted], [kind for kind, _ in results],
+                    [convert for _, convert in results], buffers)
 
     def function(self, pointer: int) -> Any:
         """What is called on an object; the objects of a class share it."""
@@ -584,13 +601,17 @@ class Method:
             values += tuple(named.pop(name) for name in plan.names[len(values):] if name in named)
         if named or len(values) != len(plan.arguments):
             raise TypeError(f"{self.__qualname__} takes ({', '.join(plan.names)})")
+        for i, counts in plan.buffers:
+            needed = math.prod(values[count] for count in counts)
+            if values[i] is not None and memoryview(values[i]).nbytes < needed * memoryview(values[i]).itemsize:
+                raise ValueError(f"{plan.names[i]} has to have {needed} elements")
         cleanup: Cleanup = []
         results = [kind() for kind in plan.result_types]
         try:
             given = [convert(value, cleanup) for convert, value in zip(plan.arguments, values)]
             hr = function(pointer, *given, *map(byref, results))
             if hr < 0:
-                raise Error(self.__qualname__, hr)
+                raise Error(self.__qualname__, hr, reason_of(hr, instance, self))
         finally:
             for free, what in cleanup:
                 free(what)
@@ -598,6 +619,18 @@ class Method:
             return hr == S_OK
         converted = [convert(result) for convert, result in zip(plan.results, results)]
         return converted[0] if len(converted) == 1 else tuple(converted)
+
+
+def reason_of(code: int, instance: IUnknown, failed: Method) -> str:
+    """What an object says of the last failure of the thread, where that is the one and the object says it."""
+    interface = TYPES.get("ILastError")
+    if not interface or failed.interface is interface:
+        return ""
+    try:
+        last, _, text = interface.GetLastError(instance)
+    except Error:
+        return ""
+    return text if last == code and text else ""
 
 
 class Attribute:

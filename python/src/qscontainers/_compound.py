@@ -2,14 +2,17 @@
 from __future__ import annotations
 
 import os
+import re
 import sys
 from collections.abc import Iterable, Iterator, Sequence
 from typing import Any
 
 from ._com import FOLDER
-from .interfaces import COQSCompound, COQSCompoundCollection, XMLParser, tagCompoundFamilyEnum, tagPropTypeEnum, tagXMLFormEnum
+from .interfaces import (COQSCompound, COQSCompoundCollection, XMLParser, tagCompoundFamilyEnum, tagPropTypeEnum,
+                         tagXMLFormEnum)
 from ._keys import Keys
-from ._property import STANDARD_PRESSURE, Property, counted, html_table, labelled, like, mark_missing, policy_of, what
+from ._property import (STANDARD_PRESSURE, Property, complain, counted, html_table, labelled, like, mark_missing,
+                        policy_of, statuses_for, what)
 
 DATABASE = os.path.join(FOLDER, "database")
 EXACT = tagXMLFormEnum.xmlExactForm | tagXMLFormEnum.xmlProvenance
@@ -60,7 +63,8 @@ class Compound(Keys):
 
     def keys(self) -> list[str]:
         """The names of the properties that are set, in their order."""
-        names = [self.com.GetPropertyName(fixed, i) for fixed in (1, 0) for i in range(self.com.GetNumbOfProperty(fixed))]
+        com = self.com
+        names = [com.GetPropertyName(fixed, i) for fixed in (1, 0) for i in range(com.GetNumbOfProperty(fixed))]
         return [name for name, kind in names if kind != tagPropTypeEnum.VoidProp]
 
     def __iter__(self) -> Iterator[str]:
@@ -146,7 +150,7 @@ class Compounds(Sequence[Compound]):
             return [self[i] for i in range(*which.indices(len(self)))]
         if isinstance(which, str):
             for each in self:
-                if matches(each, which):
+                if each and matches(each, which):
                     return each
             raise NotFound(f"none of these compounds has the name, synonym or CAS number {which}")
         found = self.com.Compound(range(len(self))[which])
@@ -159,8 +163,11 @@ class Compounds(Sequence[Compound]):
         """A property of all compounds at temperatures, a row for each compound: an array of two dimensions with NumPy,
         a list of arrays without. NaN where there is no number."""
         given, count = counted([T] if isinstance(T, (int, float)) else T)
-        values = like(None, "d", len(self) * count)
-        if not self.com.EvaluateCompoundArray(key, len(self), None, count, given, P, policy_of(policy), values, None, None, None):
+        values, statuses = like(None, "d", len(self) * count), statuses_for(len(self) * count)
+        there = self.com.EvaluateCompoundArray(key, len(self), None, count, given, P, policy_of(policy), values, None,
+                                               None, statuses)
+        complain(key, lambda row: self[row].name, given, statuses)
+        if not there:
             mark_missing(values)
         numpy = sys.modules.get("numpy")
         if numpy:
@@ -227,7 +234,8 @@ def all_compounds(database: str | os.PathLike[str] = DATABASE) -> list[Compound]
     """All compounds of the bundled database, or of another, by number."""
     database = os.fspath(database)
     # A query wants a field's text; this field has one of these in every record.
-    numbers = {number for text in ("0", "1", "-1", "-32767") for number in numbers_with("NonCondensable", text, database)}
+    texts = ("0", "1", "-1", "-32767")
+    numbers = {number for text in texts for number in numbers_with("NonCondensable", text, database)}
     return [by_number(number, database) for number in sorted(numbers)]
 
 
@@ -247,7 +255,8 @@ def find(text: str, database: str | os.PathLike[str] = DATABASE) -> list[Compoun
 
 def from_xml(text: str) -> Compound | Compounds:
     """The compound, or the collection, that an XML text describes."""
-    made: Any = Compounds() if "<CompoundCollection" in text else Compound()
+    root = re.search(r"<(CompoundCollection|SubCompList|Compound)\b", text)
+    made: Any = Compound() if root is None or root[1] == "Compound" else Compounds()
     XMLParser().ParseText(text, made.com)
     return made
 

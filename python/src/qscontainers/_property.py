@@ -135,6 +135,21 @@ def first_outside(statuses: array[int]) -> int | None:
     return next((i for i, status in enumerate(statuses) if status & OUTSIDE), None)
 
 
+def statuses_for(count: int) -> Any:
+    """Where a call puts statuses, when the options want to know them."""
+    return None if options.allows else array("i", [0]) * count
+
+
+def complain(key: str, name_of: Callable[[int], str | None], temperatures: Any, statuses: Any) -> None:
+    """Of the first temperature outside the range, as the options say; each row of statuses is of another compound."""
+    place = None if statuses is None else first_outside(statuses)
+    if place is not None:
+        given = memoryview(temperatures).cast("B").cast("d")
+        row, column = divmod(place, len(given))
+        options.complain(f"{key} of {name_of(row)} at {given[column]:g} K is outside the range of the data: "
+                         f"{Status(statuses[place])}")
+
+
 class Property:
     """A property of a compound. `water.VP(T)` is its value at a temperature in K or at each of many: a number, any
     buffer of doubles (without a copy) or a sequence of numbers. A number gives a number, None where there is none;
@@ -157,7 +172,8 @@ class Property:
         self._T, self._value = c_double(), c_double()
         self._at, self._result = byref(self._T), byref(self._value)
 
-    def __call__(self, T: Any = None, P: float = STANDARD_PRESSURE, *, policy: int | None = None, out: Any = None) -> Any:
+    def __call__(self, T: Any = None, P: float = STANDARD_PRESSURE, *, policy: int | None = None,
+                 out: Any = None) -> Any:
         if type(T) is float and policy is None and out is None and options.allows:
             owner = self._owner
             if owner is not _com.here.owner:
@@ -165,7 +181,8 @@ class Property:
             if owner.pending:
                 owner.release_pending()
             self._T.value = T
-            if self._function(self._this, self._name, 1, self._at, P, options.policy, self._result, None, None, None) == S_OK:
+            hr = self._function(self._this, self._name, 1, self._at, P, options.policy, self._result, None, None, None)
+            if hr == S_OK:
                 return self._value.value
         if T is None:
             if self.description.type == tagPropTypeEnum.EquationProp:
@@ -194,9 +211,10 @@ class Property:
         integrand = tagIntegrandEnum.eIntegralOfYOverT if over_T else tagIntegrandEnum.eIntegralOfY
 
         def integrate(ends: Any, count: int, results: Any) -> bool:
-            starts, statuses = array("d", [T1]) * count, self._statuses(count)
-            there = self._com.IntegrateArray(self.key, integrand, count, starts, ends, P, policy_of(policy), results, statuses)
-            self._complain(ends, statuses)
+            starts, statuses = array("d", [T1]) * count, statuses_for(count)
+            there = self._com.IntegrateArray(self.key, integrand, count, starts, ends, P, policy_of(policy), results,
+                                             statuses)
+            complain(self.key, lambda row: self._com.Name, ends, statuses)
             return there
 
         return self._computed(T2, "d", out, integrate)
@@ -211,10 +229,10 @@ class Property:
 
     def _evaluated(self, quantity: int, T: Any, P: float, policy: int | None, out: Any) -> Any:
         def evaluate(given: Any, count: int, results: Any) -> bool:
-            statuses = self._statuses(count)
+            statuses = statuses_for(count)
             wanted = [results if i == quantity else None for i in range(3)]
             there = self._com.EvaluateArray(self.key, count, given, P, policy_of(policy), *wanted, statuses)
-            self._complain(given, statuses)
+            complain(self.key, lambda row: self._com.Name, given, statuses)
             return there
 
         return self._computed(T, "d", out, evaluate)
@@ -236,17 +254,6 @@ class Property:
             mark_missing(results)
         return results
 
-    def _statuses(self, count: int) -> Any:
-        return None if options.allows else array("i", [0]) * count
-
-    def _complain(self, temperatures: Any, statuses: Any) -> None:
-        """Of the first temperature outside the range, as the options say."""
-        place = None if statuses is None else first_outside(statuses)
-        if place is not None:
-            at = memoryview(temperatures).cast("B").cast("d")[place]
-            options.complain(f"{self.key} of {self._com.Name} at {at:g} K is outside the range of the data: "
-                             f"{Status(statuses[place])!r}")
-
     @property
     def description(self) -> Description:
         """All that there is to show of it."""
@@ -264,8 +271,8 @@ class Property:
     @property
     def range(self) -> Range | None:
         """The temperatures in K that the data cover; None for a constant and for what is not set."""
-        found = self.description
-        return Range(found.low, found.high) if found.type == tagPropTypeEnum.EquationProp else None  # type: ignore[arg-type]
+        found: Any = self.description
+        return Range(found.low, found.high) if found.type == tagPropTypeEnum.EquationProp else None
 
     @property
     def form(self) -> str | None:

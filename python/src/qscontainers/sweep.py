@@ -44,7 +44,9 @@ def sweep(client: distributed.Client, folder: str | os.PathLike[str], keys: Sequ
     missing = [name for name in names if name not in there]
     made = client.map(evaluate, missing, *zip(*(names[name] for name in missing)), folder=folder, P=P,
                       policy=int(policy_of(policy)), database=database, pure=False, retries=retries) if missing else []
-    return [os.path.join(folder, name) for name in client.gather(made)]
+    files = [os.path.join(folder, name) for name in client.gather(made)]
+    remove_unfinished(folder)
+    return files
 
 
 def result_name(number: int, key: str) -> str:
@@ -52,7 +54,7 @@ def result_name(number: int, key: str) -> str:
 
 
 def prepare(folder: str, temperatures: Any, P: float, policy: int, database: str) -> None:
-    """Makes the folder of a sweep, or sees that it has the same one, and takes away what killed workers left."""
+    """Makes the folder of a sweep, or sees that it has the same one."""
     os.makedirs(folder, exist_ok=True)
     digest = hashlib.sha256(temperatures.tobytes())
     for name in sorted(os.listdir(database)):
@@ -66,6 +68,11 @@ def prepare(folder: str, temperatures: Any, P: float, policy: int, database: str
     except FileNotFoundError:
         replace(folder, TEMPERATURES, lambda file: numpy.save(file, temperatures))
         replace(folder, DESCRIPTION, lambda file: file.write(json.dumps(description).encode()))
+    remove_unfinished(folder)
+
+
+def remove_unfinished(folder: str) -> None:
+    """Takes away what workers that were killed left."""
     for name in os.listdir(folder):
         if name.endswith(UNFINISHED):
             os.remove(os.path.join(folder, name))
