@@ -79,6 +79,9 @@ def test_values_of_every_kind_go_there_and_back():
         found = container.GetPropertyValue(number)
         assert (list(found) if isinstance(found, _com.HostArray) else found) == value
     assert math.isnan(interfaces.COQSCompound().Evaluate("VP", 0, [300.0], 101.325, 1)[1][0])
+    _com.fill_variant(reals := _com.VARIANT(), [1.5, float(_com.NOT_SET)])
+    assert _com.variant_value(reals)[0] == 1.5 and math.isnan(_com.variant_value(reals)[1])
+    _com.variant_clear(ctypes.byref(reals))
     matrix = interfaces.HostRealMatrix()
     matrix.SetSize(2, 3)
     matrix[1, 2] = 5.0
