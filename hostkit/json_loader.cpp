@@ -18,7 +18,6 @@ namespace qs::hostkit {
 namespace {
 
 using database::CompoundData;
-using database::Correlation;
 
 constexpr WideView kExtension = OLESTR(".json");
 
