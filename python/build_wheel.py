@@ -38,13 +38,18 @@ def project_version() -> str:
     return re.search(r"project\(qscontainers VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text())[1]
 
 
+def soname(module: pathlib.Path) -> str:
+    """The name by which a Linux module is found, which has the number of its major version."""
+    return re.search(r"SONAME\s+(\S+)", output_of("objdump", "-p", module))[1]
+
+
 def glibc_version(modules: list[pathlib.Path]) -> tuple[int, ...]:
     """The highest version of the C library that they import; fails for a library that a system may not have."""
     versions = set()
     for module in modules:
         headers = output_of("objdump", "-p", module)
         needed = set(re.findall(r"NEEDED\s+(\S+)", headers)) - SYSTEM_LIBRARIES
-        if foreign := needed - set(LINUX):
+        if foreign := needed - set(map(soname, modules)):
             raise SystemExit(f"{module.name} needs {', '.join(sorted(foreign))}; build it by the preset wheel")
         if needed and not re.search(r"RUNPATH\s+\$ORIGIN(:|\s)", headers):
             raise SystemExit(f"{module.name} does not find the modules beside it")
@@ -61,9 +66,10 @@ def stage(folder: pathlib.Path, modules: list[pathlib.Path], database: pathlib.P
     (package / "py.typed").touch()
     (package / "native").mkdir()
     for module in modules:
-        shutil.copy(module, package / "native")
-        strip = "x86_64-w64-mingw32-strip" if module.suffix == ".dll" else "strip"
-        subprocess.run([strip, "--strip-unneeded", package / "native" / module.name], check=True)
+        windows = module.suffix == ".dll"
+        copy = package / "native" / (module.name if windows else soname(module))
+        shutil.copy(module, copy)
+        subprocess.run(["x86_64-w64-mingw32-strip" if windows else "strip", "--strip-unneeded", copy], check=True)
     shutil.copytree(database, package / "database", ignore=shutil.ignore_patterns("*.lock"))
     licences = info / "licenses"
     licences.mkdir(parents=True)

@@ -59,7 +59,7 @@ class Member:
     def signature(self) -> str:
         given = ", ".join(f"{a.name}: {a.type}{a.buffer}" for a in self.arguments if not a.out)
         results = ", ".join(f"{a.name}: {a.type}" for a in self.arguments if a.out)
-        return f"{given} -> {results}" if results else given
+        return f"{given} -> {results}".strip() if results else given
 
     def constructor(self, *help: str) -> str:
         """What makes the member in Python."""

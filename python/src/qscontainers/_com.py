@@ -57,15 +57,20 @@ class WrongThread(RuntimeError):
 
 
 # The component model: the system's on Windows, elsewhere the runtime that the modules share.
+def loaded(name: str) -> Any:
+    """A module of the package; its file has the ending of the system, and on Linux the number of a version."""
+    folder = os.path.join(FOLDER, "native")
+    file = next(file for file in os.listdir(folder) if file.startswith((f"{name}.dll", f"lib{name}.so")))
+    return load(os.path.join(folder, file))
+
+
 if sys.platform == "win32":
-    FUNCTION = ctypes.WINFUNCTYPE
-    load, suffix, prefix = ctypes.WinDLL, ".dll", ""  # type: ignore[attr-defined]
+    FUNCTION, load = ctypes.WINFUNCTYPE, ctypes.WinDLL
     ole, automation = load("ole32"), load("oleaut32")
 else:
-    FUNCTION = ctypes.CFUNCTYPE
-    load, suffix, prefix = ctypes.CDLL, ".so", "lib"
-    ole = automation = load(os.path.join(FOLDER, "native", "libqsplatform.so"))
-MODULES = {name: load(os.path.join(FOLDER, "native", prefix + name + suffix)) for name in ("qscontainers", "qshostkit")}
+    FUNCTION, load = ctypes.CFUNCTYPE, ctypes.CDLL
+    ole = automation = loaded("qsplatform")
+MODULES = {name: loaded(name) for name in ("qscontainers", "qshostkit")}
 
 
 def imported(library: Any, name: str, result: Any, *arguments: Any) -> Any:
