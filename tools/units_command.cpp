@@ -15,8 +15,8 @@ std::string padded(std::string text, std::size_t width) {
   return text + "  ";
 }
 
-void printRow(const std::string& key, const std::string& property, const std::string& unit, std::string converted,
-              std::ostream& out) {
+void printRow(const std::string& key, const std::string& property, const std::string& unit,
+              const std::string& converted, std::ostream& out) {
   std::string row = padded(key, 20) + padded(property, 46) + padded(unit, 20) + converted;
   row.erase(row.find_last_not_of(' ') + 1);
   out << row << '\n';
