@@ -2,6 +2,7 @@
 #pragma once
 
 #include "automation/dispatch.h"
+#include "com/bstr.h"
 #include "com/com_object.h"
 
 namespace qs {
@@ -43,6 +44,36 @@ class Plain : public I {
   using Interface = I;
 };
 
+// The last failure of the calling thread, which every class gives. A failure for want of memory is not recorded here,
+// so that the one before can be asked for again.
+class LastErrorImpl : public Dual<ILastError> {
+ public:
+  STDMETHODIMP get_LastError(BSTR* sentence) noexcept final {
+    if (!sentence) return report(E_POINTER);
+    *sentence = nullptr;
+    return contained([&] {
+      const LastFailure* last = lastFailure();
+      if (!last) return S_FALSE;
+      *sentence = Bstr(widen(last->member).append(OLESTR(": ")).append(last->text)).release();
+      return S_OK;
+    });
+  }
+  STDMETHODIMP GetLastError(LONG* result, BSTR* member, BSTR* text) noexcept final {
+    if (!result || !member || !text) return report(E_POINTER);
+    *result = S_OK;
+    *member = *text = nullptr;
+    return contained([&] {
+      const LastFailure* last = lastFailure();
+      if (!last) return S_FALSE;
+      Bstr name(widen(last->member));
+      *text = Bstr(last->text).release();
+      *member = name.release();
+      *result = last->result;
+      return S_OK;
+    });
+  }
+};
+
 // What a class derives from for an entry of its interface list. An entry is an interface, or a class derived from Dual
 // or Plain that implements some of an interface's methods: where two interfaces have a method of the same name and
 // signature that must differ, each gets such a class.
@@ -73,16 +104,14 @@ class DefaultInterfaceImpl : public InterfaceImpl<Entry> {
   }
 };
 
-// `Default` and `Others` are the interfaces of `Derived` in order, the default one first and all dual ones before any
-// other. ComObject describes what `Derived` may have.
+// `Default` and `Others` are the interfaces of `Derived` in order, the default one first; ILastError is added to them.
+// ComObject describes what `Derived` may have.
 template <class Derived, class Default, class... Others>
 class Coclass : public ComObject<Derived, DefaultInterfaceImpl<Default, Coclass<Derived, Default, Others...>>,
-                                 InterfaceImpl<Others>...> {
+                                 InterfaceImpl<Others>..., LastErrorImpl> {
   using DefaultImpl = DefaultInterfaceImpl<Default, Coclass>;
   friend DefaultImpl;
 
-  static constexpr std::size_t kDualCount =
-      (std::size_t{std::is_base_of_v<IDispatch, Default>} + ... + std::size_t{std::is_base_of_v<IDispatch, Others>});
   template <class Impl>
   static TypeInfo* typeOf() {
     if constexpr (std::is_base_of_v<IDispatch, Impl>)
@@ -90,11 +119,11 @@ class Coclass : public ComObject<Derived, DefaultInterfaceImpl<Default, Coclass<
     else
       return nullptr;
   }
-  static inline const std::array<TypeInfo*, 1 + sizeof...(Others)> kTypes{typeOf<DefaultImpl>(),
-                                                                          typeOf<InterfaceImpl<Others>>()...};
+  static inline const std::array<TypeInfo*, 2 + sizeof...(Others)> kTypes{
+      typeOf<DefaultImpl>(), typeOf<InterfaceImpl<Others>>()..., typeOf<LastErrorImpl>()};
 
   static SharedNames& sharedNames() {
-    static SharedNames names({kTypes.data(), kDualCount});
+    static SharedNames names(kTypes);
     return names;
   }
 };

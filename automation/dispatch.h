@@ -52,13 +52,15 @@ class LateFunction;
 
 // The names that late-bound callers can use on an interface: its own, under their documented DISPIDs. The default
 // interface of a class also has the names of the class's other dual interfaces in their order, under DISPIDs from
-// kFirstSharedId on, which stay the same as long as the module is loaded. A name with a getter in one interface and a
-// setter in another is one member. What a name of the default interface lacks is looked up in the others.
+// kFirstSharedId on, which stay the same as long as the module is loaded; standard members keep theirs, up to 0. A name
+// with a getter in one interface and a setter in another is one member. What a name of the default interface lacks is
+// looked up in the others.
 class SharedNames {
  public:
   static constexpr DISPID kFirstSharedId = 0x40000000;
 
-  // `types` are those of the dual interfaces, the interface that is called first; not owned.
+  // `types` are those of the object's interfaces, the one that is called first; null for those that are not dual. Not
+  // owned.
   explicit SharedNames(std::span<TypeInfo* const> types) : types_(types) {}
   ~SharedNames();
 

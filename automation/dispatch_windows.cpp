@@ -28,7 +28,7 @@ std::wstring folded(std::wstring_view name) {
   return result;
 }
 
-// The names of a function and of its parameters, at most `most` in all, folded.
+// The names of a function and of its parameters, at most `most` in all.
 std::vector<std::wstring> namesOf(ITypeInfo& type, MEMBERID member, std::size_t most) {
   std::vector<BSTR> names(most);
   UINT count = 0;
@@ -36,7 +36,7 @@ std::vector<std::wstring> namesOf(ITypeInfo& type, MEMBERID member, std::size_t 
   std::vector<Bstr> owned;
   for (BSTR name : names) owned.push_back(Bstr::adopt(name));
   std::vector<std::wstring> result;
-  for (UINT i = 0; i < count; ++i) result.push_back(folded(owned[i].view()));
+  for (UINT i = 0; i < count; ++i) result.emplace_back(owned[i].view());
   return result;
 }
 
@@ -46,7 +46,7 @@ HRESULT TypeInfo::get(ITypeInfo** info) noexcept {
   *info = info_.load(std::memory_order_acquire);
   if (*info) return S_OK;
 
-  return guarded([&] {
+  return contained([&] {
     const std::lock_guard lock(loadedMutex);
     if ((*info = info_.load(std::memory_order_relaxed))) return S_OK;
     ComPtr<ITypeLib> library;
@@ -117,7 +117,9 @@ struct SharedNames::Table {
   Member& member(const std::wstring& name, std::size_t position, DISPID documented) {
     const auto [found, inserted] = byName.try_emplace(name, members.size());
     if (inserted) {
-      const DISPID id = position == 0 ? documented : kFirstSharedId + static_cast<DISPID>(members.size());
+      // Standard members, such as the default member, have identifiers up to 0.
+      const bool keeps = position == 0 || documented <= DISPID_VALUE;
+      const DISPID id = keeps ? documented : kFirstSharedId + static_cast<DISPID>(members.size());
       byId.emplace(id, members.size());
       members.push_back({id, {}});
     }
@@ -137,13 +139,15 @@ struct SharedNames::Table {
     for (UINT i = 0; i < count; ++i) {
       FUNCDESC* description = nullptr;
       check(type->GetFuncDesc(i, &description));
-      const HRESULT added = guarded([&] {
+      const HRESULT added = contained([&] {
         // Late-bound callers must not use these, because they return objects without a reference.
         if (description->wFuncFlags & FUNCFLAG_FRESTRICTED) return S_OK;
-        Function function{position, LateFunction(*type.get(), *description), {}};
-        std::vector<std::wstring> names = namesOf(*type.get(), description->memid, 1 + function.function.inputs());
-        function.arguments.assign(names.begin() + 1, names.end());
-        member(names[0], position, description->memid).functions.push_back(std::move(function));
+        const auto parameters = static_cast<std::size_t>(description->cParams);
+        const std::vector<std::wstring> names = namesOf(*type.get(), description->memid, 1 + parameters);
+        Function function{position, {*type.get(), *description, std::span(names).subspan(1)}, {}};
+        for (std::size_t at = 1; at < std::min(names.size(), 1 + function.function.inputs()); ++at)
+          function.arguments.push_back(folded(names[at]));
+        member(folded(names[0]), position, description->memid).functions.push_back(std::move(function));
         return S_OK;
       });
       type->ReleaseFuncDesc(description);
@@ -161,6 +165,7 @@ const SharedNames::Table& SharedNames::table() {
   if (!table_.load(std::memory_order_relaxed)) {
     auto table = std::make_unique<Table>();
     for (std::size_t position = 0; position < types_.size(); ++position) {
+      if (!types_[position]) continue;
       ITypeInfo* info = nullptr;
       check(types_[position]->get(&info));
       table->add(position, *info);
@@ -173,7 +178,7 @@ const SharedNames::Table& SharedNames::table() {
 HRESULT SharedNames::idsOfNames(const NameQuery& query) noexcept {
   if (!query.names || !query.ids || std::count(query.names, query.names + query.count, nullptr)) return E_INVALIDARG;
   if (query.count == 0) return E_INVALIDARG;
-  return guarded([&] {
+  return contained([&] {
     const Table& names = table();
     const auto found = names.byName.find(folded(query.names[0]));
     if (found == names.byName.end()) {
@@ -191,12 +196,14 @@ HRESULT SharedNames::idsOfNames(const NameQuery& query) noexcept {
 }
 
 HRESULT SharedNames::find(const Invocation& call, Target& target) noexcept {
-  return guarded([&] {
+  return contained([&] {
     const Table& names = table();
     const auto member = names.byId.find(call.member);
     if (member == names.byId.end()) return DISP_E_MEMBERNOTFOUND;
     const std::vector<Table::Function>& functions = names.members[member->second].functions;
-    auto found = std::ranges::find_if(functions, [&](const auto& entry) { return entry.function.answers(call.flags); });
+    // Some engines ask for an enumerator as for a method.
+    const auto flags = static_cast<WORD>(call.flags | (call.member == DISPID_NEWENUM ? DISPATCH_PROPERTYGET : 0));
+    auto found = std::ranges::find_if(functions, [flags](const auto& entry) { return entry.function.answers(flags); });
     // A put of more arguments than the property takes goes to the object that the property returns.
     const bool puts = call.flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF);
     if (puts && call.parameters && LateFunction::isPut(*call.parameters) &&

@@ -9,11 +9,17 @@
 // value -32767 (a string as null, an object as none). A function without outputs returns True for S_OK and False for
 // S_FALSE. A failure raises the caller's exception with its result code.
 //
+// A pressure, an extrapolation method or a policy that the caller leaves out is 101.325 kPa, none, and not set outside
+// the range. A caller that gives no extrapolation method wants no dependency word either: it gets the number alone.
+//
 // Arguments are converted as VariantChangeType does, with two exceptions: True as a byte is 1, and arrays become the
 // host's array objects. Arguments beyond those of a property that returns an object go to that object's default
 // member.
 #pragma once
 
+#include <optional>
+#include <span>
+#include <string>
 #include <vector>
 
 #include "automation/dispatch.h"
@@ -22,9 +28,9 @@ namespace qs {
 
 class LateFunction {
  public:
-  // From a function of an interface's virtual table. Throws CQSCOMError(E_NOTIMPL) for parameters of types that the
-  // system's interfaces do not have.
-  LateFunction(ITypeInfo& type, const FUNCDESC& function);
+  // From a function of an interface's virtual table; `names` are those of the parameters. Throws CQSCOMError(E_NOTIMPL)
+  // for parameters of types that the system's interfaces do not have.
+  LateFunction(ITypeInfo& type, const FUNCDESC& function, std::span<const std::wstring> names);
 
   // Whether a call with the flags of IDispatch::Invoke means this function. A put of an object is also one by
   // reference.
@@ -51,10 +57,12 @@ class LateFunction {
   friend class LateCall;
 
   struct Parameter {
-    VARTYPE type = VT_EMPTY;  // of the value, without VT_BYREF
-    bool out = false;         // passed as the address of a value that the function writes
-    bool result = false;      // the return value
-    IID iid{};                // of an interface pointer that is not IDispatch or IUnknown; else null
+    VARTYPE type = VT_EMPTY;              // of the value, without VT_BYREF
+    bool out = false;                     // passed as the address of a value that the function writes
+    bool result = false;                  // the return value
+    IID iid{};                            // of an interface pointer that is not IDispatch or IUnknown; else null
+    std::optional<double> fallback = {};  // where the caller leaves it out
+    bool isDependencyWord = false;        // behind the extrapolation method
   };
 
   static Parameter parameterOf(ITypeInfo& type, const ELEMDESC& description);

@@ -1,7 +1,9 @@
 #include "automation/late_function.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <vector>
 
@@ -18,6 +20,15 @@ namespace {
 // Mark outputs too small for -32767 as not written: no function writes these values.
 constexpr BYTE kUnwrittenByte = 0xEE;
 constexpr VARIANT_BOOL kUnwrittenBool = 0x7EEE;
+
+// What arguments that a caller leaves out stand for, by the names of their parameters.
+struct Fallback {
+  std::wstring_view parameter;
+  double value;
+};
+constexpr Fallback kFallbacks[] = {
+    {L"dPres", 101.325}, {L"eExtrapolationMethod", eNoExtrapolation}, {L"ePolicy", eNotSetOutside}};
+constexpr std::wstring_view kDependencyWord = L"pDependencies";
 
 bool isMissing(const VARIANT* given) {
   return !given || (V_VT(given) == VT_ERROR && V_ERROR(given) == DISP_E_PARAMNOTFOUND);
@@ -125,9 +136,16 @@ LateFunction::Parameter LateFunction::parameterOf(ITypeInfo& type, const ELEMDES
   return parameter;
 }
 
-LateFunction::LateFunction(ITypeInfo& type, const FUNCDESC& function)
+LateFunction::LateFunction(ITypeInfo& type, const FUNCDESC& function, std::span<const std::wstring> names)
     : kind_(static_cast<WORD>(function.invkind)), slot_(function.oVft) {
-  for (SHORT i = 0; i < function.cParams; ++i) parameters_.push_back(parameterOf(type, function.lprgelemdescParam[i]));
+  for (SHORT i = 0; i < function.cParams; ++i) {
+    Parameter& parameter = parameters_.emplace_back(parameterOf(type, function.lprgelemdescParam[i]));
+    if (static_cast<std::size_t>(i) >= names.size()) continue;
+    const std::wstring& name = names[static_cast<std::size_t>(i)];
+    const auto* fallback = std::ranges::find(kFallbacks, name, &Fallback::parameter);
+    if (fallback != std::end(kFallbacks)) parameter.fallback = fallback->value;
+    parameter.isDependencyWord = i > 0 && name == kDependencyWord;
+  }
   while (inputs_ < parameters_.size() && !parameters_[inputs_].result) ++inputs_;
 }
 
@@ -205,7 +223,7 @@ class LateCall {
   // Throws the failure of an argument's conversion and sets the number of that argument for the caller.
   template <class Conversion>
   void converting(std::size_t i, Conversion&& conversion) {
-    const HRESULT hr = guarded([&] {
+    const HRESULT hr = contained([&] {
       conversion();
       return S_OK;
     });
@@ -233,8 +251,12 @@ class LateCall {
       }
       return;
     }
-    if (isMissing(given_[i])) throw CQSCOMError(DISP_E_PARAMNOTOPTIONAL);
     VARIANT* argument = arguments_[i].address();
+    if (isMissing(given_[i])) {
+      if (!wanted.fallback) throw CQSCOMError(DISP_E_PARAMNOTOPTIONAL);
+      *argument = Variant(*wanted.fallback).release();
+      return convert(argument, wanted.type);
+    }
     const VARIANT& given = behind(*given_[i]);
     if (V_VT(&given) == wanted.type && (wanted.type == VT_R8 || wanted.type == VT_I4)) {
       *argument = given;
@@ -283,9 +305,10 @@ class LateCall {
       }
     for (std::size_t i = 0; i < count(); ++i) {
       if (!parameter(i).out || parameter(i).result) continue;
-      if (isMissing(given_[i]))
-        returned[returnedCount++] = storage_[i].address();
-      else
+      if (isMissing(given_[i])) {
+        if (!parameter(i).isDependencyWord || !isMissing(given_[i - 1]))
+          returned[returnedCount++] = storage_[i].address();
+      } else
         store(storage_[i].address(), given_[i]);
     }
     if (!call_.result) return;
@@ -340,7 +363,7 @@ class LateCall {
 };
 
 HRESULT LateFunction::call(IDispatch* object, const Invocation& call) const noexcept {
-  return guarded([&] {
+  return contained([&] {
     if (!call.parameters) return E_INVALIDARG;
     const DISPPARAMS& given = *call.parameters;
     if (!leadsToObject(given)) return LateCall(*this, call).run(object);

@@ -155,6 +155,14 @@ double numberFrom(const VARIANT& value) {
   return number.get().dblVal;
 }
 
+std::optional<LONG> positionFrom(const VARIANT& value) {
+  if (value.vt == VT_EMPTY || value.vt == VT_NULL) refuse();
+  const double number = numberFrom(value);
+  if (!(number >= 0 && number <= std::numeric_limits<LONG>::max())) return {};
+  const auto position = static_cast<LONG>(number);
+  return position == number ? std::optional(position) : std::nullopt;
+}
+
 void interfaceFrom(const VARIANT& value, REFIID iid, void** out) {
   *out = nullptr;
   const VARIANT& given = behind(value);

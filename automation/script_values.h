@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -19,6 +20,9 @@ std::size_t valueSize(VARTYPE type);
 
 // As VariantChangeType reads it.
 double numberFrom(const VARIANT& value);
+
+// A position, from 0; nothing for a number that is none. Throws as numberFrom.
+std::optional<LONG> positionFrom(const VARIANT& value);
 
 // The interface of the object in a variant; null for no object, VT_EMPTY or VT_NULL. Where the interface is that of an
 // array or a matrix, a safe array of one or two dimensions becomes a new object of the host's class. So does a script's

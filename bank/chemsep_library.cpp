@@ -15,8 +15,8 @@ namespace {
 
 constexpr std::size_t kDeepest = 8;  // levels; a library has four
 
-std::string utf8(std::string_view text) { return std::string(text); }
-std::string utf8(WideView text) { return bank::utf8(std::filesystem::path(WideString(text))); }
+std::string textOf(std::string_view text) { return std::string(text); }
+std::string textOf(WideView text) { return bank::utf8(std::filesystem::path(WideString(text))); }
 
 class Reader final : public XmlEvents {
  public:
@@ -42,7 +42,7 @@ class Reader final : public XmlEvents {
   }
 
   HRESULT attribute(WideView name, WideView value) noexcept override {
-    return run([&] { attributes_.emplace_back(utf8(name), utf8(value)); });
+    return run([&] { attributes_.emplace_back(textOf(name), textOf(value)); });
   }
   HRESULT attributes(const char* const* all) noexcept override {
     return run([&] {
@@ -72,7 +72,7 @@ class Reader final : public XmlEvents {
   template <class Text>
   HRESULT start(Text name) noexcept {
     return run([&] {
-      open_.push_back({utf8(name), *line, std::exchange(attributes_, {}), {}});
+      open_.push_back({textOf(name), *line, std::exchange(attributes_, {}), {}});
       if (open_.size() > kDeepest) fail("nested too deeply");
       if (open_.size() > 1) return;
       if (open_[0].name != "compounds") fail("the file is not a list of compounds");

@@ -78,9 +78,9 @@ const KeyEntry& entryOf(Key key) { return kKeys[static_cast<std::size_t>(key)]; 
 }  // namespace
 
 const Provenance& provenanceOf(const Compound& compound, Key key) {
-  static const Provenance kNotKnown;
+  static const Provenance kNone;
   const auto found = compound.provenance.find(key);
-  return found == compound.provenance.end() ? kNotKnown : found->second;
+  return found == compound.provenance.end() ? kNone : found->second;
 }
 
 std::vector<std::pair<std::string, std::string>> identityText(const CompoundData& compound) {

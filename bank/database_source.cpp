@@ -260,8 +260,11 @@ Source readDatabase(const std::filesystem::path& directory, std::vector<Finding>
     }
     if (const auto build = database.catalogue->build())
       if (auto file = database::ProvenanceFile::open(folder, *build)) addAnnotations(file->readAll(), source, findings);
-  } catch (const CQSCOMError&) {
-    fail("cannot be read: damaged, or its two files are not of the same build");
+  } catch (const CQSCOMError& error) {
+    qs::report(error.result());
+    const LastFailure* failure = lastFailure();
+    fail("cannot be read: damaged, or its two files are not of the same build" +
+         (failure ? ": " + textFrom(failure->text) : ""));
   }
   return source;
 }

@@ -24,7 +24,7 @@ class COQSCompoundCollection final
     : public Coclass<COQSCompoundCollection, ICompoundCollection, ICompoundCollectionSetup, ICompoundManipulation,
                      ICompCollnIPInfo, ILoadCompoundProp, ISubCompList, ISubCompList1, IQueryLoader,
                      IPureEstimatorHandler, XMLParserClient, IXMLStore, IXMLStoreEx, ICompoundCollectionEvaluation,
-                     ICompoundCollectionEvaluationArrays> {
+                     IItems, ICompoundCollectionEvaluationArrays> {
  public:
   ~COQSCompoundCollection();
 
@@ -46,6 +46,13 @@ class COQSCompoundCollection final
   STDMETHODIMP PutOffsetS(IRealArrayDisp* offsets) noexcept override;
   STDMETHODIMP MoveCompound(INT compound, INT before) noexcept override;
   STDMETHODIMP RemoveLastCompound() noexcept override;
+
+  // items.cpp
+  // A text is a name, a CAS number or a synonym, in this order, regardless of the case of ASCII letters; the first
+  // compound counts. A number that is no position returns S_FALSE; DISP_E_TYPEMISMATCH for what is neither.
+  STDMETHODIMP get_Item(VARIANT index, IDispatch** compound) noexcept override;
+  STDMETHODIMP get_Count(LONG* count) noexcept override;
+  STDMETHODIMP get__NewEnum(IUnknown** enumerator) noexcept override;
 
   // models.cpp
   STDMETHODIMP get_InteractionParameters(BSTR model, IDispatch** parameters) noexcept override;
@@ -197,7 +204,7 @@ class COQSCompoundCollection final
   HRESULT load(INT index, BSTR loader, BSTR searchKey, BSTR id, BYTE useLoader, Fill fill);
 
   template <class Event>
-  HRESULT handOn(Event&& event) noexcept;
+  HRESULT handOn(Event&& event, const char* member = __builtin_FUNCTION()) noexcept;
 
   [[no_unique_address]] database::CatalogueUse catalogueUse_;
   State state_;

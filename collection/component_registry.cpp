@@ -1,5 +1,6 @@
 #include "collection/component_registry.h"
 
+#include "com/component.h"
 #include "com/query.h"
 
 namespace qs {
@@ -9,14 +10,22 @@ namespace {
 Bstr identificationOf(IDispatch* component) {
   Bstr text;
   if (const auto loader = implemented<ILoad>(component))
-    if (const HRESULT said = loader->Get_DBIdentification(text.out()); said != E_NOTIMPL) check(said);
+    if (const HRESULT said = loader->Get_DBIdentification(text.out()); said != E_NOTIMPL)
+      check(component, said, {"the loader"});
   return text;
+}
+
+HRESULT incomplete() { return because(S_FALSE, {"the name, the class name or the component is null"}); }
+HRESULT taken(WideView name) { return because(S_FALSE, {"the name \"", name, "\" is taken"}); }
+HRESULT unknown(WideView name) { return because(S_FALSE, {"nothing is registered under the name \"", name, "\""}); }
+HRESULT withoutComponent(WideView name) {
+  return because(S_FALSE, {"no component is registered under the name \"", name, "\""});
 }
 
 }  // namespace
 
 HRESULT CQSLoader::init(BSTR name, BSTR className, IDispatch* component) {
-  if (!name || !className || !component) return S_FALSE;
+  if (!name || !className || !component) return incomplete();
   Bstr newName = Bstr::copyOf(name);
   ClassName = Bstr::copyOf(className);
   Name = std::move(newName);
@@ -25,7 +34,8 @@ HRESULT CQSLoader::init(BSTR name, BSTR className, IDispatch* component) {
 }
 
 HRESULT ComponentRegistry::add(BSTR name, BSTR className, BSTR path, IDispatch* component) {
-  if (!name || !component || find(name)) return S_FALSE;
+  if (!name || !component) return incomplete();
+  if (find(name)) return taken(viewOf(name));
   CQSLoader record;
   record.Name = Bstr::copyOf(name);
   record.Path = Bstr::copyOf(path);
@@ -36,17 +46,22 @@ HRESULT ComponentRegistry::add(BSTR name, BSTR className, BSTR path, IDispatch* 
 }
 
 HRESULT ComponentRegistry::restore(CQSLoader record) {
-  if (!record.Name) return S_FALSE;
-  return records_.emplace(WideString(record.Name.view()), std::move(record)).second ? S_OK : S_FALSE;
+  if (!record.Name) return incomplete();
+  const auto [found, isNew] = records_.try_emplace(WideString(record.Name.view()));
+  if (!isNew) return taken(found->first);
+  found->second = std::move(record);
+  return S_OK;
 }
 
 HRESULT ComponentRegistry::addDefault(BSTR name, BSTR className, BSTR path, IDispatch* component) {
-  if (!name || !className || find(name)) return S_FALSE;
+  if (!name || !className) return incomplete();
+  if (find(name)) return taken(viewOf(name));
   ComPtr<IDispatch> created(component);
   if (!component) {
     CLSID clsid;
-    check(CLSIDFromString(className, &clsid));
-    check(created.create(clsid, CLSCTX_ALL));
+    HRESULT made = CLSIDFromString(className, &clsid);
+    if (SUCCEEDED(made)) made = created.create(clsid, CLSCTX_ALL);
+    if (FAILED(made)) fail(made, {"the class \"", className, "\": ", Meaning{made}});
   }
   Bstr newDefault = Bstr::copyOf(name);
   const HRESULT result = add(name, className, path, created.get());
@@ -55,7 +70,7 @@ HRESULT ComponentRegistry::addDefault(BSTR name, BSTR className, BSTR path, IDis
 }
 
 HRESULT ComponentRegistry::remove(BSTR name) {
-  if (!find(name)) return S_FALSE;
+  if (!find(name)) return unknown(viewOf(name));
   if (default_ && default_.view() == viewOf(name)) default_ = Bstr();
   // The component is released after it has left the table.
   const auto removed = records_.extract(records_.find(viewOf(name)));
@@ -63,7 +78,7 @@ HRESULT ComponentRegistry::remove(BSTR name) {
 }
 
 HRESULT ComponentRegistry::makeDefault(BSTR name) {
-  if (!find(name)) return S_FALSE;
+  if (!find(name)) return unknown(viewOf(name));
   default_ = Bstr::copyOf(name);
   return S_OK;
 }
@@ -71,7 +86,7 @@ HRESULT ComponentRegistry::makeDefault(BSTR name) {
 HRESULT ComponentRegistry::get(BSTR name, IDispatch** component) const {
   *component = nullptr;
   const CQSLoader* record = find(name);
-  if (!record || !record->object) return S_FALSE;
+  if (!record || !record->object) return withoutComponent(viewOf(name));
   *component = ComPtr(record->object).release();
   return S_OK;
 }
@@ -80,7 +95,7 @@ HRESULT ComponentRegistry::getDefault(BSTR* name, IDispatch** component) const {
   *name = nullptr;
   *component = nullptr;
   const CQSLoader* record = findDefault();
-  if (!record) return S_FALSE;
+  if (!record) return because(S_FALSE, {"there is no default"});
   *name = Bstr(record->Name).release();
   *component = ComPtr(record->object).release();
   return S_OK;
@@ -89,11 +104,16 @@ HRESULT ComponentRegistry::getDefault(BSTR* name, IDispatch** component) const {
 HRESULT ComponentRegistry::getAt(INT index, BSTR* name, IDispatch** component) const {
   *name = nullptr;
   *component = nullptr;
-  if (static_cast<UINT>(index) >= records_.size()) return S_FALSE;
+  if (static_cast<UINT>(index) >= records_.size())
+    return because(S_FALSE, {"position ", index, " is outside; there are ", records_.size()});
   const CQSLoader& record = std::next(records_.begin(), index)->second;
   *name = Bstr(record.Name).release();
   *component = ComPtr(record.object).release();
   return S_OK;
+}
+
+HRESULT ComponentRegistry::noComponent(bool named, BSTR name) {
+  return named ? withoutComponent(viewOf(name)) : because(S_FALSE, {"there is no default, or it has no component"});
 }
 
 const CQSLoader* ComponentRegistry::find(BSTR name) const {

@@ -6,6 +6,7 @@
 
 #include "com/bstr.h"
 #include "com/com_ptr.h"
+#include "com/component.h"
 #include "com/query.h"
 #include "interfaces/interfaces.h"
 
@@ -59,16 +60,17 @@ class ComponentRegistry {
   template <class I>
   HRESULT choose(BSTR name, bool named, Bstr& foundName, ComPtr<I>& found) const {
     const CQSLoader* record = named ? find(name) : findDefault();
-    if (!record || !record->object) return S_FALSE;
+    if (!record || !record->object) return noComponent(named, name);
     const ComPtr<IDispatch> object = record->object;
     const Bstr path = record->Path;
     foundName = record->Name;
-    found = required<I>(object.get());
+    found = required<I>(object.get(), "component");
     const HRESULT told = path ? found->Set_Path(path.get()) : S_OK;
-    return FAILED(told) ? told : S_OK;
+    return FAILED(told) ? toldBy(object.get(), told, {"the component \"", foundName.get(), "\""}) : S_OK;
   }
 
  private:
+  static HRESULT noComponent(bool named, BSTR name);
   const CQSLoader* find(BSTR name) const;
   const CQSLoader* findDefault() const { return find(default_.get()); }
 

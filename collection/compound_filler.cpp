@@ -6,6 +6,8 @@
 #include <string>
 #include <type_traits>
 
+#include "com/component.h"
+#include "com/host_arrays.h"
 #include "com/query.h"
 #include "compound/compound.h"
 #include "platform/number_text.h"
@@ -107,12 +109,23 @@ void storeOrigin(IUnknown* compound, BSTR name, const ValueOrigin& origin) {
   const auto target = ComPtr<IPropertySource>::from(compound);
   if (!known || !target) return;
   ValueSource source;
-  if (found(known->Get_ValueSource(origin.searchKey, origin.id, name, &source.kind, &source.quality, source.title.out(),
-                                   source.authors.out(), &source.year, source.licence.out(), source.changes.out(),
-                                   source.uncertainty.out(), source.note.out())))
+  const HRESULT asked = known->Get_ValueSource(
+      origin.searchKey, origin.id, name, &source.kind, &source.quality, source.title.out(), source.authors.out(),
+      &source.year, source.licence.out(), source.changes.out(), source.uncertainty.out(), source.note.out());
+  check(origin.component, asked, {"\"", origin.name, "\", source of ", name});
+  if (asked == S_OK)
     check(target->SetPropertySource(name, source.kind, source.quality, source.title.get(), source.authors.get(),
                                     source.year, source.licence.get(), source.changes.get(), source.uncertainty.get(),
                                     source.note.get()));
+}
+
+// Whether the compound, which is of this module, has taken a property; its failure is raised.
+bool isTaken(HRESULT result, BSTR name) {
+  if (FAILED(result)) {
+    passOn(result);
+    throw CQSCOMError(also(result, {", for the property ", name}));
+  }
+  return result == S_OK;
 }
 
 BYTE isFixed(BSTR name) { return findKey(viewOf(name)) ? 1 : 0; }
@@ -141,7 +154,7 @@ bool isCopyable(IBasicCompound* compound) { return COQSCompound::ofThisModule(co
 
 HRESULT changeAsCopy(IBasicCompound* compound, const std::function<HRESULT(IBasicCompound*)>& change) {
   const COQSCompound* original = COQSCompound::ofThisModule(compound);
-  if (!original) return E_NOINTERFACE;
+  if (!original) return because(E_NOINTERFACE, {"the compound is of another implementation"});
   const INT index = original->compoundIndex();
   const auto copy = newCompound();
   copyCompound(compound, copy.get(), index);
@@ -150,25 +163,37 @@ HRESULT changeAsCopy(IBasicCompound* compound, const std::function<HRESULT(IBasi
   return changed;
 }
 
+bool CompoundFiller::isThere(HRESULT result, BSTR name) const {
+  check(source_.loader, result, {"loader \"", source_.loaderName, "\", ", name});
+  return result == S_OK;
+}
+
+HRESULT CompoundFiller::nothing(WideView name) const {
+  return because(S_FALSE, {"loader \"", source_.loaderName, "\" has no ", name, " of the compound whose ",
+                           source_.searchKey, " is \"", source_.id, "\""});
+}
+
 HRESULT CompoundFiller::fillAll() {
   bool any = false;
   for (INT i = 0;; ++i) {
-    if (i == kMostProperties) throw CQSCOMError(E_FAIL);
+    if (i == kMostProperties)
+      fail(E_FAIL, {"loader \"", source_.loaderName, "\" lists more than ", kMostProperties, " properties"});
     Bstr name;
     tagPropTypeEnum type = VoidProp;
-    if (!found(source_.loader->Get_Prop(source_.searchKey, source_.id, i, name.out(), &type))) break;
+    const HRESULT listed = source_.loader->Get_Prop(source_.searchKey, source_.id, i, name.out(), &type);
+    if (!isThere(listed, name.get())) break;
     any = true;
     fill(name.get(), type);
   }
   if (fillSynonyms()) any = true;
-  return any ? S_OK : S_FALSE;
+  return any ? S_OK : nothing(OLESTR("properties"));
 }
 
 HRESULT CompoundFiller::fillProperty(BSTR name) {
-  if (viewOf(name) == kSynonyms) return fillSynonyms() ? S_OK : S_FALSE;
+  if (viewOf(name) == kSynonyms) return fillSynonyms() ? S_OK : nothing(kSynonyms);
   tagPropTypeEnum type = VoidProp;
-  const bool known = found(source_.loader->Get_PropType(source_.searchKey, source_.id, name, &type));
-  return known && fill(name, type) ? S_OK : S_FALSE;
+  const bool known = isThere(source_.loader->Get_PropType(source_.searchKey, source_.id, name, &type), name);
+  return known && fill(name, type) ? S_OK : nothing(viewOf(name));
 }
 
 // Whether the loader had the property and the compound took it.
@@ -194,7 +219,8 @@ bool CompoundFiller::fill(BSTR name, tagPropTypeEnum type) {
 bool CompoundFiller::fillSingleValue(BSTR name, tagPropTypeEnum type) {
   double number = kEmptyValue;
   Bstr text;
-  if (!found(source_.loader->Get_PropSingleVal(source_.searchKey, source_.id, name, &number, text.out()))) return false;
+  const HRESULT read = source_.loader->Get_PropSingleVal(source_.searchKey, source_.id, name, &number, text.out());
+  if (!isThere(read, name)) return false;
   const IdentityAccess* identity = findIdentityField(viewOf(name));
   if (type != PointPropBSTR) {
     if (number == kEmptyValue) return false;
@@ -217,13 +243,13 @@ bool CompoundFiller::fillEquation(BSTR name) {
   double tMin = kEmptyValue, tMax = kEmptyValue, pMin = kEmptyValue, pMax = kEmptyValue;
   double xNorm = 1.0, yNorm = 1.0, xPow = 1.0, yPow = 1.0, a = kEmptyValue, b = kEmptyValue;
   ComPtr<IRealArrayDisp> coefficients;
-  if (!found(source_.loader->Get_PropEquation(source_.searchKey, source_.id, name, &shape, &tMin, &tMax, &pMin, &pMax,
-                                              coefficients.out(), &xShape, &yShape, &xNorm, &yNorm, &xPow, &yPow, &a,
-                                              &b)))
-    return false;
-  if (!found(required<ICompoundPropPut>(compound_)->SetEquationProperty(name, isFixed(name), shape, tMin, tMax, pMin,
-                                                                        pMax, coefficients.get())))
-    return false;
+  const HRESULT read =
+      source_.loader->Get_PropEquation(source_.searchKey, source_.id, name, &shape, &tMin, &tMax, &pMin, &pMax,
+                                       coefficients.out(), &xShape, &yShape, &xNorm, &yNorm, &xPow, &yPow, &a, &b);
+  if (!isThere(read, name)) return false;
+  const HRESULT stored = required<ICompoundPropPut>(compound_)->SetEquationProperty(
+      name, isFixed(name), shape, tMin, tMax, pMin, pMax, coefficients.get());
+  if (!isTaken(stored, name)) return false;
   if (xShape != eNoShapeDefined && yShape != eNoShapeDefined)
     check(required<ICompEqnXYShape>(compound_)->SetEquationPropertyXYShape(name, xShape, yShape, xNorm, yNorm, xPow,
                                                                            yPow, a, b));
@@ -234,9 +260,9 @@ bool CompoundFiller::fillEquation(BSTR name) {
 bool CompoundFiller::fillComponent(BSTR name) {
   Bstr className;
   ComPtr<IPCProperty> component;
-  if (!found(source_.loader->Get_PropCOM(source_.searchKey, source_.id, name, className.out(), component.out())) ||
-      !component)
-    return false;
+  const HRESULT read =
+      source_.loader->Get_PropCOM(source_.searchKey, source_.id, name, className.out(), component.out());
+  if (!isThere(read, name) || !component) return false;
   if (!found(
           required<ICompoundPropPut>(compound_)->SetCOMProperty(name, isFixed(name), className.get(), component.get())))
     return false;
@@ -250,23 +276,23 @@ bool CompoundFiller::fillIntegers(BSTR name) {
                                                              : nullptr;
   if (!put) return false;
   ComPtr<IDispatch> values;
-  if (!found(source_.loader->Get_PropMultiVal(source_.searchKey, source_.id, name, values.out()))) return false;
-  const auto integers = required<IIntegerArrayDisp>(values.get());
+  if (!isThere(source_.loader->Get_PropMultiVal(source_.searchKey, source_.id, name, values.out()), name)) return false;
+  const auto integers = required<IIntegerArrayDisp>(values.get(), "loader's array");
   LONG size = 0;
-  check(integers->get_Size(&size));
+  checkSize(integers.get(), integers->get_Size(&size));
   const auto groups = required<ICompoundUNIFAC1Put>(compound_);
-  return found((groups.get()->*put)(size, integers.get()));
+  return isTaken((groups.get()->*put)(size, integers.get()), name);
 }
 
 bool CompoundFiller::fillReals(BSTR name) {
   const auto* pair = std::ranges::find(kPairs, viewOf(name), &Pair::name);
   if (pair == std::end(kPairs)) return false;
   ComPtr<IDispatch> values;
-  if (!found(source_.loader->Get_PropMultiVal(source_.searchKey, source_.id, name, values.out()))) return false;
-  const auto reals = required<IRealArrayDisp>(values.get());
+  if (!isThere(source_.loader->Get_PropMultiVal(source_.searchKey, source_.id, name, values.out()), name)) return false;
+  const auto reals = required<IRealArrayDisp>(values.get(), "loader's array");
   for (LONG i = 0; i < 2; ++i) {
     double value = kEmptyValue;
-    check(reals->get_IthValue(i, &value));
+    checkElement(reals.get(), reals->get_IthValue(i, &value), static_cast<std::size_t>(i));
     storeNumber(Bstr(nameOf(pair->keys[i])).get(), value);
   }
   return true;
@@ -277,7 +303,8 @@ bool CompoundFiller::fillSynonyms() {
   ComPtr<ICompoundIDPut> identity;
   for (INT i = 0;; ++i) {
     Bstr synonym;
-    if (!found(source_.loader->Get_AllSynonyms(source_.searchKey, source_.id, i, synonym.out()))) break;
+    if (!isThere(source_.loader->Get_AllSynonyms(source_.searchKey, source_.id, i, synonym.out()), synonym.get()))
+      break;
     if (!identity) {
       identity = required<ICompoundIDPut>(compound_);
       check(identity->put_NumberOfSynonymNames(0));

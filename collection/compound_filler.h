@@ -41,6 +41,9 @@ class CompoundFiller {
   HRESULT fillProperty(BSTR name);
 
  private:
+  // Whether the loader has what it was asked for; its failure is raised.
+  bool isThere(HRESULT result, BSTR name) const;
+  HRESULT nothing(WideView name) const;
   bool fill(BSTR name, tagPropTypeEnum type);
   bool fillSingleValue(BSTR name, tagPropTypeEnum type);
   bool fillEquation(BSTR name);

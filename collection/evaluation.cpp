@@ -89,7 +89,7 @@ HRESULT COQSCompoundCollection::EvaluateCompoundArray(LPCOLESTR name, LONG rows,
                                                       double* values, double* firstDerivatives,
                                                       double* secondDerivatives, LONG* statuses) noexcept {
   const EvaluationResults results{values, firstDerivatives, secondDerivatives, statuses};
-  if (const HRESULT hr = checkEvaluation(rows, count, temperatures, policy, results); FAILED(hr)) return hr;
+  if (const HRESULT hr = checkEvaluation(rows, count, temperatures, policy, results); FAILED(hr)) return report(hr);
   return guarded([&] {
     const WideView text = viewOf(name);
     const auto key = findKey(text);
@@ -131,7 +131,7 @@ HRESULT COQSCompoundCollection::EvaluateCompoundArray(LPCOLESTR name, LONG rows,
 HRESULT COQSCompoundCollection::EvaluateCompounds(BSTR name, tagQuantityEnum quantity, VARIANT temperatures, double P,
                                                   tagLimitPolicyEnum policy, VARIANT positions, VARIANT* statuses,
                                                   VARIANT* values) noexcept {
-  if (!statuses || !values) return E_POINTER;
+  if (!statuses || !values) return report(E_POINTER);
   return guarded([&] {
     const OneOrMany given = numbersFrom(temperatures);
     std::vector<LONG> chosen;
@@ -146,14 +146,15 @@ HRESULT COQSCompoundCollection::EvaluateCompounds(BSTR name, tagQuantityEnum qua
                              : -1);
     }
     const std::size_t rows = chosen.size(), columns = given.numbers.size();
-    if (columns > 0 && rows > std::size_t{kMostElements} / columns) return E_OUTOFMEMORY;
+    if (columns > 0 && rows > std::size_t{kMostElements} / columns)
+      return because(E_OUTOFMEMORY, {"more than ", kMostElements, " values are asked for"});
     std::vector<double> numbers(rows * columns);
     std::vector<LONG> found(rows * columns);
     const EvaluationResults results = resultsOf(quantity, numbers.data(), found.data());
     const HRESULT hr = EvaluateCompoundArray(name, static_cast<LONG>(rows), chosen.data(), static_cast<LONG>(columns),
                                              given.numbers.data(), P, policy, results.values, results.firstDerivatives,
                                              results.secondDerivatives, results.statuses);
-    check(hr);
+    check(FAILED(hr) ? passOn(hr) : hr);
     give(numbers, found, true, given.isArray ? rows : 0, values, statuses);
     return hr;
   });

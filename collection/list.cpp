@@ -9,9 +9,10 @@ namespace {
 
 // The interface under which a list keeps a compound.
 HRESULT queryCompound(IDispatch* object, ComPtr<IBasicCompound>& compound) {
-  if (!object) return E_INVALIDARG;
-  const HRESULT queried = compound.query(object);
-  return SUCCEEDED(queried) && !compound ? E_FAIL : queried;
+  if (!object) return because(E_INVALIDARG, {"the compound is null"});
+  HRESULT queried = compound.query(object);
+  if (SUCCEEDED(queried) && !compound) queried = E_FAIL;
+  return SUCCEEDED(queried) ? queried : because(queried, {"the object is no compound"});
 }
 
 template <class I>
@@ -30,8 +31,8 @@ Bstr nameOf(IUnknown* compound) {
 }
 
 // The offsets are returned and kept without adding a reference.
-HRESULT lend(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp** out) {
-  if (!out) return E_POINTER;
+HRESULT lend(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp** out, const char* member = __builtin_FUNCTION()) {
+  if (!out) return report(E_POINTER, {}, member);
   *out = stored.get();
   return stored ? S_OK : S_FALSE;
 }
@@ -54,13 +55,13 @@ COQSCompoundCollection::~COQSCompoundCollection() {
 }
 
 HRESULT COQSCompoundCollection::get_Compound(INT index, IDispatch** compound) noexcept {
-  if (!compound) return E_POINTER;
+  if (!compound) return report(E_POINTER);
   *compound = nullptr;
   return isView() ? state_.parent->get_Compound(inParent(index), compound) : give(state_.slots.at(index), compound);
 }
 
 HRESULT COQSCompoundCollection::GetBasicCompound(INT index, IBasicCompound** compound) noexcept {
-  if (!compound) return E_POINTER;
+  if (!compound) return report(E_POINTER);
   *compound = nullptr;
   return isView() ? state_.parent->GetBasicCompound(inParent(index), compound) : give(state_.slots.at(index), compound);
 }
@@ -73,20 +74,21 @@ HRESULT COQSCompoundCollection::put_Compound(INT index, IDispatch* compound) noe
   // The query may have shortened the list.
   if (!state_.slots.holds(index)) return S_FALSE;
   state_.slots.put(index, std::move(queried));
-  return result;
+  return FAILED(result) ? report(result) : result;
 }
 
 HRESULT COQSCompoundCollection::get_NumberOfCompounds(INT* number) noexcept {
-  if (!number) return E_POINTER;
+  if (!number) return report(E_POINTER);
   *number = count();
   return S_OK;
 }
 
 HRESULT COQSCompoundCollection::put_NumberOfCompounds(INT number) noexcept {
-  if (number < 0) return E_FAIL;
+  if (number < 0) return report(E_FAIL, {"the number of compounds is ", number});
   return guarded([&] {
     if (isView()) {
-      if (number > count()) return E_FAIL;
+      if (number > count())
+        return because(E_FAIL, {"a view of ", count(), " compounds cannot be made longer, to ", number});
       state_.positions->resize(static_cast<std::size_t>(number));
       trim(*state_.positions);
     } else if (number > count()) {
@@ -127,7 +129,7 @@ HRESULT COQSCompoundCollection::addToParent(IDispatch* compound) {
   if (positions->size() == positions->capacity()) positions->reserve(2 * positions->size() + 1);
   if (found == number) {
     const HRESULT added = parent->AddCompound(compound);
-    if (added != S_OK) return added;
+    if (added != S_OK) return passOn(added);
     parent->get_NumberOfCompounds(&found);
     --found;
   }
@@ -166,7 +168,8 @@ HRESULT COQSCompoundCollection::MoveCompound(INT compound, INT before) noexcept 
 }
 
 HRESULT COQSCompoundCollection::RemoveLastCompound() noexcept {
-  return count() > 0 ? put_NumberOfCompounds(count() - 1) : S_OK;
+  const HRESULT removed = count() > 0 ? put_NumberOfCompounds(count() - 1) : S_OK;
+  return FAILED(removed) ? report(passOn(removed)) : removed;
 }
 
 }  // namespace qs

@@ -2,46 +2,49 @@
 #include <utility>
 
 #include "collection/collection.h"
+#include "com/component.h"
 
 namespace qs {
 namespace {
 
 WideView modelName(BSTR name) { return name ? viewOf(name) : WideView(OLESTR("Default")); }
 
+HRESULT noModel(BSTR name) { return because(S_FALSE, {"there is no model \"", modelName(name), "\""}); }
+
 }  // namespace
 
 HRESULT COQSCompoundCollection::get_InteractionParameters(BSTR model, IDispatch** parameters) noexcept {
-  if (!parameters) return E_POINTER;
+  if (!parameters) return report(E_POINTER);
   *parameters = nullptr;
   const auto found = state_.models.find(modelName(model));
-  if (found == state_.models.end()) return S_FALSE;
+  if (found == state_.models.end()) return report(noModel(model));
   *parameters = ComPtr(found->second.parameters).release();
   return S_OK;
 }
 
 HRESULT COQSCompoundCollection::put_InteractionParameters(BSTR model, IDispatch* parameters) noexcept {
-  if (!parameters) return E_INVALIDARG;
+  if (!parameters) return report(E_INVALIDARG, {"the interaction parameters are null"});
   return guarded([&] {
     ComPtr<IInteractionParameters> queried;
     const HRESULT result = queried.query(parameters);
-    if (FAILED(result)) return result;
-    if (!queried) return E_FAIL;
+    if (FAILED(result) || !queried)
+      return because(FAILED(result) ? result : E_FAIL, {"the object has no interaction parameters"});
     state_.models[WideString(modelName(model))].parameters = std::move(queried);
     return result;
   });
 }
 
 HRESULT COQSCompoundCollection::SetPane(BSTR model, BSTR pane) noexcept {
-  return guarded([&] {
+  return guardedLookUp([&] {
     const auto found = state_.models.find(modelName(model));
-    if (found == state_.models.end()) return S_FALSE;
+    if (found == state_.models.end()) return noModel(model);
     found->second.pane = Bstr::copyOf(pane);
     return S_OK;
   });
 }
 
 HRESULT COQSCompoundCollection::CompCollnIPInfo(INT model, INT* number, BSTR* name, BSTR* pane) noexcept {
-  if (!number || !name || !pane) return E_POINTER;
+  if (!number || !name || !pane) return report(E_POINTER);
   *name = *pane = nullptr;
   return guarded([&] {
     *number = static_cast<INT>(state_.models.size());
@@ -57,8 +60,8 @@ HRESULT COQSCompoundCollection::CompCollnIPInfo(INT model, INT* number, BSTR* na
 HRESULT COQSCompoundCollection::AddLastCompoundLoadIPs(IDispatch* compound, BSTR directory) noexcept {
   return guarded([&] {
     // A copy, since their calls may change the models.
-    std::vector<ComPtr<IInteractionParameters>> models;
-    for (const auto& [name, model] : state_.models) models.push_back(model.parameters);
+    std::vector<std::pair<WideString, ComPtr<IInteractionParameters>>> models;
+    for (const auto& [name, model] : state_.models) models.emplace_back(name, model.parameters);
 
     // What adding may lengthen: this collection and, for a view, its parents.
     struct Lengthened {
@@ -71,7 +74,7 @@ HRESULT COQSCompoundCollection::AddLastCompoundLoadIPs(IDispatch* compound, BSTR
       lists.push_back({list, implementation(list).count(), -1});
 
     const HRESULT added = AddCompound(compound);
-    if (added != S_OK) return added;
+    if (added != S_OK) return passOn(added);
     ComPtr<IBasicCompound> last;
     GetBasicCompound(count() - 1, last.out());
     // A parent that had the compound already was not lengthened.
@@ -80,7 +83,7 @@ HRESULT COQSCompoundCollection::AddLastCompoundLoadIPs(IDispatch* compound, BSTR
       if (const auto& list = implementation(entry.list); list.isView())
         entry.position = list.inParent(list.count() - 1);
 
-    for (const auto& model : models) {
+    for (const auto& [name, model] : models) {
       const auto loading = ComPtr<ILoadInteractionParameters>::from(model.get());
       if (!loading) continue;
       const HRESULT loaded = loading->LoadLastCompound(static_cast<ICompoundCollection*>(this), directory);
@@ -93,7 +96,7 @@ HRESULT COQSCompoundCollection::AddLastCompoundLoadIPs(IDispatch* compound, BSTR
         if (std::exchange(parentLost, lost) && list.isView())
           for (LONG& position : *list.state_.positions) position -= position > entry->position ? 1 : 0;
       }
-      return loaded;
+      return toldBy(loading.get(), loaded, {"model \"", name, "\", directory \"", directory, "\""});
     }
     return S_OK;
   });

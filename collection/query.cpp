@@ -86,13 +86,15 @@ std::vector<LONG> matchingCompounds(const database::Database& database, WideView
 }  // namespace
 
 HRESULT COQSCompoundCollection::GetVelIDs(BSTR directory, BSTR field, BSTR text, IIntegerArrayDisp** numbers) noexcept {
-  if (!numbers) return E_POINTER;
+  if (!numbers) return report(E_POINTER);
   *numbers = nullptr;
-  if (!field || !text) return S_FALSE;
-  return guarded([&] {
+  if (!field || !text) return report(S_FALSE, {"the field or the text is null"});
+  return guardedLookUp([&] {
     const auto database = database::openDatabase(viewOf(directory));
     const std::vector<LONG> found = matchingCompounds(database, viewOf(field), viewOf(text));
-    if (found.empty()) return S_FALSE;
+    if (found.empty())
+      return because(S_FALSE,
+                     {database.catalogue->indexPath(), ": no compound has \"", text, "\" in the field ", field});
     *numbers = newIntegerArray(found).release();
     return S_OK;
   });

@@ -8,7 +8,7 @@ namespace qs {
 HRESULT COQSCompoundCollection::StoreAsXML(BSTR* text) noexcept { return StoreAsXMLEx(xmlDefaultForm, text); }
 
 HRESULT COQSCompoundCollection::StoreAsXMLEx(INT form, BSTR* text) noexcept {
-  if (!text) return E_POINTER;
+  if (!text) return report(E_POINTER);
   *text = nullptr;
   return guarded([&] {
     XmlText xml(XmlForm(form), 0);
@@ -19,9 +19,10 @@ HRESULT COQSCompoundCollection::StoreAsXMLEx(INT form, BSTR* text) noexcept {
 }
 
 HRESULT COQSCompoundCollection::StartElement(BSTR name, TaggedAttributes* attributes) noexcept {
-  const HRESULT result = guarded([&] {
+  const HRESULT result = guardedLookUp([&] {
     if (!reading_.reader) {
-      if (!CollectionXmlReader::isRoot(viewOf(name))) return S_FALSE;
+      if (!CollectionXmlReader::isRoot(viewOf(name)))
+        return because(S_FALSE, {"the element <", name, "> is outside a collection"});
       reading_.reader = std::make_shared<CollectionXmlReader>(*this);
       return reading_.reader->startCollection(attributes);
     }
@@ -35,7 +36,7 @@ HRESULT COQSCompoundCollection::StartElement(BSTR name, TaggedAttributes* attrib
 HRESULT COQSCompoundCollection::EndElement(BSTR name) noexcept {
   const auto reader = reading_.reader;
   if (!reader) return S_OK;
-  const HRESULT result = guarded([&] { return reader->endElement(name); });
+  const HRESULT result = guardedLookUp([&] { return reader->endElement(name); });
   if (FAILED(result)) {
     reading_.undo(state_);
   } else if (reader->isComplete()) {
@@ -60,9 +61,9 @@ HRESULT COQSCompoundCollection::ProcessElement(BSTR name, TaggedAttributes* attr
 }
 
 template <class Event>
-HRESULT COQSCompoundCollection::handOn(Event&& event) noexcept {
+HRESULT COQSCompoundCollection::handOn(Event&& event, const char* member) noexcept {
   const auto reader = reading_.reader;
-  const HRESULT result = guarded([&] { return reader ? reader->handOn(event) : S_OK; });
+  const HRESULT result = guarded([&] { return reader ? reader->handOn(event) : S_OK; }, member);
   if (FAILED(result)) reading_.undo(state_);
   return result;
 }

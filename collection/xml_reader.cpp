@@ -13,6 +13,8 @@ namespace {
 constexpr XmlTag kName{OLESTR("NAME")};
 constexpr XmlTag kClassName{OLESTR("CLASSNAME")};
 
+HRESULT without(const char* attribute) { return because(S_FALSE, {"the element has no attribute ", attribute}); }
+
 // Numbers divided by commas.
 template <class T>
 std::vector<T> numbersIn(WideView text) {
@@ -48,7 +50,7 @@ const COQSCompoundCollection::CollectionXmlReader::Element COQSCompoundCollectio
 HRESULT COQSCompoundCollection::CollectionXmlReader::startCollection(TaggedAttributes* attributes) {
   INT version = 2;
   XmlAttributes(attributes).read(XmlTag(OLESTR("VERSION")), version);
-  return version == 1 || version == 2 ? S_OK : S_FALSE;
+  return version == 1 || version == 2 ? S_OK : because(S_FALSE, {"there is no version ", version, " of collections"});
 }
 
 HRESULT COQSCompoundCollection::CollectionXmlReader::startElement(BSTR name, TaggedAttributes* attributes) {
@@ -57,15 +59,15 @@ HRESULT COQSCompoundCollection::CollectionXmlReader::startElement(BSTR name, Tag
                                       [name](const Element& known) { return known.name == viewOf(name); });
     if (element == std::end(kElements)) {
       span_.open(viewOf(name));
-      return S_FALSE;
+      return because(S_FALSE, {"the element <", name, "> is not known here and is skipped"});
     }
     const HRESULT result = (this->*element->start)(XmlAttributes(attributes));
     if (!span_.isOpen() || !receiver_) return result;
   } else {
     span_.start(viewOf(name));
   }
-  const auto receiver = receiver_;
-  return receiver ? receiver->StartElement(name, attributes) : S_FALSE;
+  if (!receiver_) return because(S_FALSE, {"the element <", name, "> is in an element that is skipped"});
+  return handOn([&](XMLParserClient& receiver) { return receiver.StartElement(name, attributes); });
 }
 
 HRESULT COQSCompoundCollection::CollectionXmlReader::endElement(BSTR name) {
@@ -84,7 +86,7 @@ HRESULT COQSCompoundCollection::CollectionXmlReader::finish() {
   complete_ = true;
   bool known = true;
   const auto makeDefault = [&known](ComponentRegistry& registry, const Bstr& name) {
-    if (registry.makeDefault(name.get()) != S_OK && !name.view().empty()) known = false;
+    if (name && registry.makeDefault(name.get()) != S_OK && !name.view().empty()) known = false;
   };
   makeDefault(state_.loaders, defaultLoader_);
   makeDefault(state_.estimators, defaultEstimator_);
@@ -106,7 +108,7 @@ HRESULT COQSCompoundCollection::CollectionXmlReader::addEmptySlot(const XmlAttri
 HRESULT COQSCompoundCollection::CollectionXmlReader::nameModel(const XmlAttributes& attributes) {
   model_ = {};
   attributes.read(XmlTag(OLESTR("PANE")), model_.pane);
-  return attributes.read(kName, model_.name) ? S_OK : S_FALSE;
+  return attributes.read(kName, model_.name) ? S_OK : without("NAME");
 }
 
 HRESULT COQSCompoundCollection::CollectionXmlReader::startModel(const XmlAttributes& attributes) {
@@ -120,10 +122,10 @@ HRESULT COQSCompoundCollection::CollectionXmlReader::startModel(const XmlAttribu
   if (!parameters)
     if (const auto found = collection_.state_.models.find(name); found != collection_.state_.models.end())
       parameters = found->second.parameters;
-  if (!parameters) return S_FALSE;
+  if (!parameters) return because(S_FALSE, {"there is no object for the model \"", name, "\", which is skipped"});
   receiver_ = ComPtr<XMLParserClient>::from(parameters.get());
   state_.models.insert_or_assign(name, Model{std::move(parameters), model_.pane});
-  return receiver_ ? S_OK : S_FALSE;
+  return receiver_ ? S_OK : because(S_FALSE, {"the object of a model does not read XML"});
 }
 
 template <ComponentRegistry COQSCompoundCollection::State::*registry>
@@ -136,7 +138,7 @@ HRESULT COQSCompoundCollection::CollectionXmlReader::addComponent(const XmlAttri
   record.object = newComponent<IDispatch>(record.ClassName.get());
   const bool complete = record.object || !record.ClassName;
   const HRESULT added = (state_.*registry).restore(std::move(record));
-  return complete ? added : S_FALSE;
+  return complete ? added : because(S_FALSE, {"there is no object of the class of a loader or estimator"});
 }
 
 template <Bstr COQSCompoundCollection::CollectionXmlReader::*name>
@@ -149,16 +151,18 @@ HRESULT COQSCompoundCollection::CollectionXmlReader::nameDefault(const XmlAttrib
 template <ComPtr<IRealArrayDisp> COQSCompoundCollection::State::*array>
 HRESULT COQSCompoundCollection::CollectionXmlReader::readOffsets(const XmlAttributes& attributes) {
   Bstr values;
-  if (!attributes.read(XmlTag(OLESTR("VALUES")), values)) return S_FALSE;
+  if (!attributes.read(XmlTag(OLESTR("VALUES")), values)) return without("VALUES");
   state_.*array = newRealArray(numbersIn<double>(values.view()));
   return S_OK;
 }
 
 HRESULT COQSCompoundCollection::CollectionXmlReader::addNamedView(const XmlAttributes& attributes) {
   Bstr name, positions;
-  if (!attributes.read(kName, name) || !attributes.read(XmlTag(OLESTR("POSITIONS")), positions)) return S_FALSE;
+  if (!attributes.read(kName, name) || !attributes.read(XmlTag(OLESTR("POSITIONS")), positions))
+    return without("NAME or no attribute POSITIONS");
   auto list = std::make_shared<Positions>(numbersIn<LONG>(positions.view()));
-  return state_.subLists.emplace(WideString(name.view()), std::move(list)).second ? S_OK : S_FALSE;
+  const bool isNew = state_.subLists.emplace(WideString(name.view()), std::move(list)).second;
+  return isNew ? S_OK : because(S_FALSE, {"there is a view \"", name.get(), "\" already"});
 }
 
 }  // namespace qs

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "collection/collection.h"
+#include "com/component.h"
 #include "xml/events.h"
 
 namespace qs {
@@ -33,7 +34,10 @@ class COQSCompoundCollection::CollectionXmlReader {
   template <class Event>
   HRESULT handOn(Event&& event) {
     const ComPtr<XMLParserClient> receiver = receiver_;
-    return receiver ? event(*receiver.get()) : S_OK;
+    const bool isCompound = static_cast<bool>(compound_);
+    const HRESULT result = receiver ? event(*receiver.get()) : S_OK;
+    if (result == S_OK) return result;
+    return isCompound ? passOn(result) : toldBy(receiver.get(), result, {"the interaction parameters"});
   }
 
  private:

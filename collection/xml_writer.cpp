@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "com/bstr.h"
+#include "com/host_arrays.h"
+#include "com/query.h"
 
 namespace qs {
 
@@ -81,11 +83,11 @@ void COQSCompoundCollection::CollectionXmlWriter::components(const ComponentRegi
 void COQSCompoundCollection::CollectionXmlWriter::offsets(WideView element, const ComPtr<IRealArrayDisp>& array) {
   if (!array) return;
   LONG size = 0;
-  check(array->get_Size(&size));
+  checkSize(array.get(), array->get_Size(&size));
   text_ << OLESTR("   <") << element << OLESTR(" VALUES = \"");
   for (LONG i = 0; i < std::min<LONG>(size, collection_.count()); ++i) {
     double value = 0.0;
-    check(array->get_IthValue(i, &value));
+    checkElement(array.get(), array->get_IthValue(i, &value), static_cast<std::size_t>(i));
     if (i > 0) text_ << OLESTR(",");
     text_ << value;
   }
@@ -108,11 +110,10 @@ void COQSCompoundCollection::CollectionXmlWriter::stored(IUnknown* object, INT f
   Bstr text;
   const auto other = form != xmlDefaultForm ? ComPtr<IXMLStoreEx>::from(object) : ComPtr<IXMLStoreEx>();
   if (other) {
-    check(other->StoreAsXMLEx(form, text.out()));
+    check(object, other->StoreAsXMLEx(form, text.out()), {"a compound or a model"});
   } else {
-    ComPtr<IXMLStore> store;
-    check(store.query(object));
-    check(store->StoreAsXML(text.out()));
+    const auto store = required<IXMLStore>(object, "compound or model");
+    check(object, store->StoreAsXML(text.out()), {"a compound or a model"});
   }
   text_ << text.view();
 }

@@ -20,10 +20,12 @@ class ComObject : public Impls... {
   // Makes an object, aggregated into `outer` unless that is null, and returns it queried for `iid`, which must be
   // IUnknown in an aggregate.
   static HRESULT create(IUnknown* outer, REFIID iid, void** out) noexcept {
-    if (!out) return E_POINTER;
+    static constexpr const char* kMember = "CreateInstance";
+    if (!out) return report(E_POINTER, {}, kMember);
     *out = nullptr;
-    if (outer && !IsEqualGUID(iid, __uuidof(IUnknown))) return CLASS_E_NOAGGREGATION;
-    return guarded([&] {
+    if (outer && !IsEqualGUID(iid, __uuidof(IUnknown)))
+      return report(CLASS_E_NOAGGREGATION, {"the outer object must ask for IUnknown"}, kMember);
+    const auto make = [&] {
       auto* object = new Derived;
       if (outer) object->outer_ = outer;
       HRESULT hr = S_OK;
@@ -34,7 +36,8 @@ class ComObject : public Impls... {
       if (SUCCEEDED(hr)) hr = object->inner_.QueryInterface(iid, out);
       object->inner_.Release();
       return hr;
-    });
+    };
+    return guarded(make, kMember);
   }
 
   // A new object that is not aggregated. Throws CQSCOMError.

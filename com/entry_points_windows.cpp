@@ -9,7 +9,7 @@
 namespace qs {
 namespace {
 
-HMODULE module = nullptr;
+HMODULE self = nullptr;
 
 void registerModule() {
   for (const ClassObject& object : moduleClasses()) registerClass(object.entry());
@@ -36,12 +36,12 @@ void unregisterModule() {
 
 }  // namespace
 
-HMODULE moduleHandle() noexcept { return module; }
+HMODULE moduleHandle() noexcept { return self; }
 
 WideString moduleFile() {
   WideString path(MAX_PATH, L'\0');
   for (;;) {
-    const DWORD length = GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
+    const DWORD length = GetModuleFileNameW(self, path.data(), static_cast<DWORD>(path.size()));
     if (length == 0) throw CQSCOMError(HRESULT_FROM_WIN32(GetLastError()));
     if (length < path.size()) {
       path.resize(length);
@@ -79,7 +79,7 @@ STDAPI DllInstall(BOOL install, PCWSTR target) {
 
 BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* processEnds) {
   if (reason == DLL_PROCESS_ATTACH) {
-    qs::module = instance;
+    qs::self = instance;
     DisableThreadLibraryCalls(instance);
   } else if (reason == DLL_PROCESS_DETACH && !processEnds) {
     qs::releaseKept();

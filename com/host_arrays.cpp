@@ -8,8 +8,9 @@ namespace {
 template <class Array>
 ComPtr<Array> newObject(REFCLSID clsid) {
   ComPtr<IDispatch> created;
-  check(created.create(clsid, CLSCTX_ALL));
-  return required<Array>(created.get());
+  const HRESULT result = created.create(clsid, CLSCTX_ALL);
+  if (FAILED(result)) fail(result, {"the host's array class: ", Meaning{result}});
+  return required<Array>(created.get(), "array of the host");
 }
 
 template <class Array, class T>
@@ -31,10 +32,12 @@ ComPtr<IRealArrayDisp> newRealArray(std::span<const double> values) {
 
 ComPtr<IRealMatrixDisp> newRealMatrix(LONG rows, LONG columns, std::span<const double> values) {
   auto matrix = newObject<IRealMatrixDisp>(__uuidof(HostRealMatrix));
-  check(matrix->SetSize(rows, columns));
+  check(matrix.get(), matrix->SetSize(rows, columns), {"the size of a matrix"});
   auto value = values.begin();
   for (LONG column = 0; column < columns; ++column)
-    for (LONG row = 0; row < rows; ++row) check(matrix->put_Value(row, column, *value++));
+    for (LONG row = 0; row < rows; ++row)
+      if (const HRESULT put = matrix->put_Value(row, column, *value++); FAILED(put))
+        failBy(matrix.get(), put, {"row ", row, ", column ", column, " of a matrix"});
   return matrix;
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "com/com_ptr.h"
+#include "com/component.h"
 #include "com/error.h"
 #include "interfaces/interfaces.h"
 
@@ -17,8 +18,19 @@ inline constexpr LONG kMostElements = 1 << 24;
 // Checks a number of elements that a host states. Throws CQSCOMError: E_FAIL for a negative one, E_OUTOFMEMORY for one
 // above the most.
 inline void checkCount(LONG count) {
-  if (count < 0) throw CQSCOMError(E_FAIL);
-  if (count > kMostElements) throw CQSCOMError(E_OUTOFMEMORY);
+  if (count < 0) fail(E_FAIL, {"a number of elements is ", count});
+  if (count > kMostElements) fail(E_OUTOFMEMORY, {count, " elements are more than the ", kMostElements, " allowed"});
+}
+
+// Throws for a failed call on an array that a host gave.
+template <class Array>
+void checkElement(Array* array, HRESULT result, std::size_t position) {
+  if (FAILED(result)) [[unlikely]]
+    failBy(array, result, {"element ", position, " of an array"});
+}
+template <class Array>
+void checkSize(Array* array, HRESULT result) {
+  check(array, result, {"the size of an array"});
 }
 
 // The elements of an array. Memory is taken for what was read, since a host may state any size. Throws CQSCOMError with
@@ -29,7 +41,7 @@ std::vector<T> elementsOf(Array* array, LONG size) {
   std::vector<T> elements;
   for (LONG i = 0; i < size; ++i) {
     T element{};
-    check(array->get_IthValue(i, &element));
+    checkElement(array, array->get_IthValue(i, &element), static_cast<std::size_t>(i));
     elements.push_back(element);
   }
   return elements;
@@ -37,14 +49,14 @@ std::vector<T> elementsOf(Array* array, LONG size) {
 template <class T, class Array>
 std::vector<T> elementsOf(Array* array) {
   LONG size = 0;
-  check(array->get_Size(&size));
+  checkSize(array, array->get_Size(&size));
   return elementsOf<T>(array, size);
 }
 // No more than `most` of them.
 template <class T, class Array>
 std::vector<T> firstElementsOf(Array* array, LONG most) {
   LONG size = 0;
-  check(array->get_Size(&size));
+  checkSize(array, array->get_Size(&size));
   return elementsOf<T>(array, std::min(size, most));
 }
 
@@ -52,13 +64,14 @@ std::vector<T> firstElementsOf(Array* array, LONG most) {
 // failed call.
 template <class Array, class T>
 void setElements(Array* array, std::span<const T> values) {
-  check(array->put_Size(static_cast<LONG>(values.size())));
-  for (std::size_t i = 0; i < values.size(); ++i) check(array->put_IthValue(static_cast<LONG>(i), values[i]));
+  checkSize(array, array->put_Size(static_cast<LONG>(values.size())));
+  for (std::size_t i = 0; i < values.size(); ++i)
+    checkElement(array, array->put_IthValue(static_cast<LONG>(i), values[i]), i);
 }
 template <class Array, class T>
 void setElements(Array* array, LONG size, T value) {
-  check(array->put_Size(size));
-  for (LONG i = 0; i < size; ++i) check(array->put_IthValue(i, value));
+  checkSize(array, array->put_Size(size));
+  for (LONG i = 0; i < size; ++i) checkElement(array, array->put_IthValue(i, value), static_cast<std::size_t>(i));
 }
 
 // A new array with the values given. Throws CQSCOMError with the result of the class object or the call that failed, as

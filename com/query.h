@@ -6,14 +6,15 @@
 
 namespace qs {
 
-// The interface of an object. Throws CQSCOMError: E_FAIL for no object and for a query that succeeds without a pointer,
-// else the result of the failed query.
+// The interface of an object, which errors call `what`. Throws CQSCOMError: E_FAIL for no object and for a query that
+// succeeds without a pointer, else the result of the failed query.
 template <class I>
-ComPtr<I> required(IUnknown* object) {
-  if (!object) throw CQSCOMError(E_FAIL);
+ComPtr<I> required(IUnknown* object, const char* what = "object") {
+  if (!object) fail(E_FAIL, {"the ", what, " is null"});
   ComPtr<I> found;
-  check(found.query(object));
-  if (!found) throw CQSCOMError(E_FAIL);
+  const HRESULT queried = found.query(object);
+  if (FAILED(queried)) fail(queried, {"the ", what, " does not give an interface that is needed: ", Meaning{queried}});
+  if (!found) fail(E_FAIL, {"the ", what, " gives no interface"});
   return found;
 }
 

@@ -229,18 +229,21 @@ class COQSCompound final
                                           tagLimitPolicyEnum policy, const EvaluationResults& results) const noexcept;
 
   static HRESULT valueOf(const CQSAbstractProp* property, double temperature, double pressure,
-                         tagExtrapolationEnum method, LONG* dependencies, double* value) noexcept {
+                         tagExtrapolationEnum method, LONG* dependencies, double* value,
+                         const char* member = __builtin_FUNCTION()) noexcept {
     if (!property) return S_FALSE;
-    return guarded([=] {
+    const auto give = [=] {
       property->GetValue(temperature, pressure, method, dependencies, value);
       return isEmpty(*value) ? S_FALSE : S_OK;
-    });
+    };
+    return guarded(give, member);
   }
   static HRESULT rangeOf(const CQSAbstractProp* property, double* tMin, double* tMax, double* pMin,
                          double* pMax) noexcept;
   // At 298.15 K and 101.325 kPa; the empty value when the property writes none.
   static double standardValue(const CQSAbstractProp& property);
-  HRESULT standardValues(Key first, Key second, double* firstValue, double* secondValue) const noexcept;
+  HRESULT standardValues(Key first, Key second, double* firstValue, double* secondValue,
+                         const char* member = __builtin_FUNCTION()) const noexcept;
 
   HRESULT basicVelcorinId(INT* value) noexcept override;
   HRESULT knownVelcorinId(INT* value) noexcept override;

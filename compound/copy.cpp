@@ -28,9 +28,9 @@ const COQSCompound* COQSCompound::ofThisModule(IUnknown* object) {
 
 HRESULT COQSCompound::CopyToThis(INT newIndex, IDispatch* original) noexcept {
   return guarded([&] {
-    if (!original) return E_INVALIDARG;
+    if (!original) return because(E_INVALIDARG, {"there is no compound to copy"});
     const COQSCompound* source = ofThisModule(original);
-    if (!source) return E_NOINTERFACE;
+    if (!source) return because(E_NOINTERFACE, {"the object to copy is no compound of this module"});
 
     CompoundContent content = source->content_.copy();
     content.identity.compoundIndex = newIndex;

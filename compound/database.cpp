@@ -117,7 +117,7 @@ class RecordReceiver final : public database::RecordSink {
 };
 
 HRESULT COQSCompound::Init(BSTR directory, INT number) noexcept {
-  return guarded([&] {
+  return guardedLookUp([&] {
     const CompoundContent old = std::move(content_);
     content_.identity = Identity();
     content_.identity.velcorinId = number;
@@ -127,11 +127,11 @@ HRESULT COQSCompound::Init(BSTR directory, INT number) noexcept {
     const auto database = database::openDatabase(viewOf(directory));
     const database::Catalogue& catalogue = *database.catalogue;
     const auto record = catalogue.dataRecordOf(number);
-    if (!record) return S_FALSE;
+    if (!record) return because(S_FALSE, {catalogue.indexPath(), ": there is no compound ", number});
 
     content_.record = {catalogue.sharedBuild(), number};
     RecordReceiver receiver(content_);
-    check(database::readRecord(database, *record, receiver));
+    check(also(database::readRecord(database, *record, receiver), {" (compound ", number, ")"}));
     if (!content_.properties[Key::PRPVOLT]) {
       const CQSAbstractProp* volume = content_.properties[Key::SRKVC];
       const double acentric = volume ? standardValue(*volume) : kEmptyValue;

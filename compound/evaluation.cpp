@@ -15,7 +15,7 @@ HRESULT evaluateWithin(const CQSAbstractProp& equation, double T, double P, tagL
   double* const found = value ? value : &own;
   LONG dependencies;
   const HRESULT hr = equation.GetValue(T, P, eNoExtrapolation, &dependencies, found);
-  if (!status && !value) return E_POINTER;
+  if (!status && !value) return report(E_POINTER, {}, "EvaluateArray");
   if (hr != S_OK || !isNumber(*found)) [[unlikely]]
     return evaluate(&equation, 0, {&T, 1}, {P, policy}, {value, nullptr, nullptr, status}) ? S_OK : S_FALSE;
   if (status) *status = eStatusInside;
@@ -24,16 +24,18 @@ HRESULT evaluateWithin(const CQSAbstractProp& equation, double T, double P, tagL
 
 // What a member for scripts does with one number or many: `compute` puts results in place of the arguments.
 template <class Compute>
-HRESULT forScript(const VARIANT& arguments, VARIANT* numbers, VARIANT* statuses, Compute&& compute) noexcept {
-  if (!numbers || !statuses) return E_POINTER;
-  return guarded([&] {
+HRESULT forScript(const VARIANT& arguments, VARIANT* numbers, VARIANT* statuses, Compute&& compute,
+                  const char* member = __builtin_FUNCTION()) noexcept {
+  if (!numbers || !statuses) return report(E_POINTER, {}, member);
+  const auto evaluate = [&] {
     OneOrMany given = numbersFrom(arguments);
     std::vector<LONG> found(given.numbers.size());
     const HRESULT hr = compute(static_cast<LONG>(given.numbers.size()), given.numbers.data(), found.data());
-    check(hr);
+    check(FAILED(hr) ? passOn(hr) : hr);
     give(given.numbers, found, given.isArray, 0, numbers, statuses);
     return hr;
-  });
+  };
+  return guarded(evaluate, member);
 }
 
 // Puts the number of each place where it is wanted. S_FALSE when one is not there.
@@ -88,12 +90,14 @@ HRESULT COQSCompound::EvaluateArray(LPCOLESTR name, LONG count, const double* te
 
 HRESULT COQSCompound::evaluateArray(LPCOLESTR name, LONG count, const double* temperatures, double P,
                                     tagLimitPolicyEnum policy, const EvaluationResults& results) const noexcept {
-  if (const HRESULT hr = checkEvaluation(1, count, temperatures, policy, results); FAILED(hr)) return hr;
-  return guarded([&] {
+  if (const HRESULT hr = checkEvaluation(1, count, temperatures, policy, results); FAILED(hr))
+    return report(hr, {}, "EvaluateArray");
+  const auto all = [&] {
     const WideView text = viewOf(name);
     const std::span given(temperatures, static_cast<std::size_t>(count));
     return evaluate(findKey(text), text, given, P, policy, results) ? S_OK : S_FALSE;
-  });
+  };
+  return guarded(all, "EvaluateArray");
 }
 
 HRESULT COQSCompound::IntegrateArray(LPCOLESTR name, tagIntegrandEnum integrand, LONG count, const double* from,
@@ -101,8 +105,9 @@ HRESULT COQSCompound::IntegrateArray(LPCOLESTR name, tagIntegrandEnum integrand,
                                      LONG* statuses) noexcept {
   const EvaluationResults results{integrals, nullptr, nullptr, statuses};
   for (const double* ends : {from, to})
-    if (const HRESULT hr = checkEvaluation(1, count, ends, policy, results); FAILED(hr)) return hr;
-  if (integrand != eIntegralOfY && integrand != eIntegralOfYOverT) return E_INVALIDARG;
+    if (const HRESULT hr = checkEvaluation(1, count, ends, policy, results); FAILED(hr)) return report(hr);
+  if (integrand != eIntegralOfY && integrand != eIntegralOfYOverT)
+    return report(E_INVALIDARG, {"there is no integrand ", integrand});
   return guarded([&] {
     const WideView text = viewOf(name);
     const auto key = findKey(text);
@@ -117,7 +122,7 @@ HRESULT COQSCompound::IntegrateArray(LPCOLESTR name, tagIntegrandEnum integrand,
 HRESULT COQSCompound::FindTemperatures(LPCOLESTR name, LONG count, const double* values, double P, double* temperatures,
                                        LONG* statuses) noexcept {
   const EvaluationResults results{temperatures, nullptr, nullptr, statuses};
-  if (const HRESULT hr = checkEvaluation(1, count, values, eNotSetOutside, results); FAILED(hr)) return hr;
+  if (const HRESULT hr = checkEvaluation(1, count, values, eNotSetOutside, results); FAILED(hr)) return report(hr);
   return guarded([&] {
     const WideView text = viewOf(name);
     const Found found = find(findKey(text), text);
@@ -151,7 +156,7 @@ HRESULT COQSCompound::FindTemperature(BSTR name, VARIANT values, double P, VARIA
 }
 
 HRESULT COQSCompound::GetRange(BSTR name, double* tMin, double* tMax, double* pMin, double* pMax) noexcept {
-  if (!tMin || !tMax || !pMin || !pMax) return E_POINTER;
+  if (!tMin || !tMax || !pMin || !pMax) return report(E_POINTER);
   return guarded([&] {
     const CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
     const auto range = property ? qs::rangeOf(*property) : std::nullopt;
@@ -169,7 +174,7 @@ HRESULT COQSCompound::Describe(BSTR name, tagPropTypeEnum* type, tagEquationShap
                                VARIANT* transformations, BSTR* unit, BSTR* help, tagLimitPolicyEnum* policy) noexcept {
   if (!type || !shape || !form || !coefficients || !tMin || !tMax || !pMin || !pMax || !transformations || !unit ||
       !help || !policy)
-    return E_POINTER;
+    return report(E_POINTER);
   return guarded([&] {
     const auto key = findKey(viewOf(name));
     const CQSAbstractProp* property = content_.properties.find(key, viewOf(name)).property;

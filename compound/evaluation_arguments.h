@@ -30,15 +30,17 @@ constexpr bool isPolicy(tagLimitPolicyEnum policy) { return policy >= eAsFormGoe
 // results that overlap what is read, E_POINTER where no result is wanted or no temperature is given.
 inline HRESULT checkEvaluation(LONG rows, LONG count, const double* temperatures, tagLimitPolicyEnum policy,
                                const EvaluationResults& results) {
-  if (rows < 0 || count < 0 || !isPolicy(policy)) return E_INVALIDARG;
-  if (!results.values && !results.firstDerivatives && !results.secondDerivatives && !results.statuses) return E_POINTER;
-  if (!temperatures && count > 0) return E_POINTER;
+  if (rows < 0 || count < 0) return because(E_INVALIDARG, {"the number of temperatures or of compounds is negative"});
+  if (!isPolicy(policy)) return because(E_INVALIDARG, {"there is no policy ", policy});
+  if (!results.values && !results.firstDerivatives && !results.secondDerivatives && !results.statuses)
+    return because(E_POINTER, {"no result is wanted"});
+  if (!temperatures && count > 0) return because(E_POINTER, {"there are no temperatures"});
   const auto read = static_cast<std::size_t>(count);
   const std::size_t written = static_cast<std::size_t>(rows) * read;
   const auto overlaps = [&](const auto* out) { return !mayReplace(temperatures, read, out, written); };
   return written > 1 && (overlaps(results.values) || overlaps(results.firstDerivatives) ||
                          overlaps(results.secondDerivatives) || overlaps(results.statuses))
-             ? E_INVALIDARG
+             ? because(E_INVALIDARG, {"the results overlap what is read"})
              : S_OK;
 }
 
@@ -52,7 +54,7 @@ inline EvaluationResults resultsOf(tagQuantityEnum quantity, double* numbers, LO
     case eSecondDerivative:
       return {nullptr, nullptr, numbers, statuses};
   }
-  throw CQSCOMError(E_INVALIDARG);
+  fail(E_INVALIDARG, {"there is no quantity ", quantity});
 }
 
 // Numbers and statuses as a member for scripts returns them; both or none.

@@ -30,11 +30,12 @@ HRESULT Identity::putSynonym(INT index, BSTR value) {
 }
 
 HRESULT COQSCompound::put_VelcorinID(INT value) noexcept { return takeInteger(content_.identity.velcorinId, value); }
-HRESULT COQSCompound::knownVelcorinId(INT* value) noexcept { return giveInteger(content_.identity.velcorinId, value); }
+HRESULT COQSCompound::knownVelcorinId(INT* value) noexcept {
+  return giveInteger(content_.identity.velcorinId, value, "get_VelcorinID");
+}
 HRESULT COQSCompound::basicVelcorinId(INT* value) noexcept {
-  if (!value) return E_POINTER;
-  *value = content_.identity.velcorinId;
-  return S_OK;
+  const HRESULT given = knownVelcorinId(value);
+  return SUCCEEDED(given) ? S_OK : given;
 }
 
 HRESULT COQSCompound::get_NumberOfSynonymNames(INT* value) noexcept {
@@ -45,7 +46,7 @@ HRESULT COQSCompound::put_NumberOfSynonymNames(INT value) noexcept {
 }
 
 HRESULT COQSCompound::get_SynonymName(INT index, BSTR* value) noexcept {
-  if (!value) return E_POINTER;
+  if (!value) return report(E_POINTER);
   if (index < 0 || index >= content_.identity.synonymCount) return S_FALSE;
   const auto position = static_cast<std::size_t>(index);
   // A count that was put may promise more synonyms than were ever given.

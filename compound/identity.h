@@ -35,23 +35,25 @@ struct Identity {
 
 // A string field as the interfaces read and write it: a new copy for the caller, and one of the caller's; null for
 // null.
-inline HRESULT giveCopy(const Bstr& field, BSTR* value) noexcept {
-  if (!value) return E_POINTER;
-  return guarded([&] {
+inline HRESULT giveCopy(const Bstr& field, BSTR* value, const char* member = __builtin_FUNCTION()) noexcept {
+  if (!value) return report(E_POINTER, {}, member);
+  const auto give = [&] {
     *value = Bstr(field).release();
     return S_OK;
-  });
+  };
+  return guarded(give, member);
 }
-inline HRESULT takeCopy(Bstr& field, BSTR value) noexcept {
-  return guarded([&] {
+inline HRESULT takeCopy(Bstr& field, BSTR value, const char* member = __builtin_FUNCTION()) noexcept {
+  const auto take = [&] {
     field = Bstr::copyOf(value);
     return S_OK;
-  });
+  };
+  return guarded(take, member);
 }
 
 // An integer field likewise; the value is written even when it is not known, which is S_FALSE.
-inline HRESULT giveInteger(INT field, INT* value) noexcept {
-  if (!value) return E_POINTER;
+inline HRESULT giveInteger(INT field, INT* value, const char* member = __builtin_FUNCTION()) noexcept {
+  if (!value) return report(E_POINTER, {}, member);
   *value = field;
   return field == kEmptyInteger ? S_FALSE : S_OK;
 }

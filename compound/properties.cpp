@@ -44,6 +44,10 @@ tagPropTypeEnum kindOf(const CQSAbstractProp& property) {
 
 bool isEquation(const CQSAbstractProp* property) { return property && kindOf(*property) == EquationProp; }
 
+HRESULT noEquation(BSTR name) noexcept {
+  return because(S_FALSE, {"the property \"", name, "\" is no equation, or not there"});
+}
+
 std::vector<double> coefficientsOf(const CQSAbstractProp& equation) {
   LONG count = 0;
   equation.GetNumbOfParameters(&count);
@@ -55,13 +59,13 @@ std::vector<double> coefficientsOf(const CQSAbstractProp& equation) {
 }  // namespace
 
 HRESULT COQSCompound::GetNumbOfProperty(BYTE fixed, INT* count) noexcept {
-  if (!count) return E_POINTER;
+  if (!count) return report(E_POINTER);
   *count = isFixed(fixed) ? kKeyCount : static_cast<INT>(content_.properties.others().size());
   return S_OK;
 }
 
 HRESULT COQSCompound::GetPropertyName(BYTE fixed, INT index, BSTR* name, tagPropTypeEnum* type) noexcept {
-  if (!name || !type) return E_POINTER;
+  if (!name || !type) return report(E_POINTER);
   INT count = 0;
   GetNumbOfProperty(fixed, &count);
   if (index < 0 || index >= count) return S_FALSE;
@@ -86,33 +90,33 @@ HRESULT COQSCompound::GetPropertyName(BYTE fixed, INT index, BSTR* name, tagProp
 
 HRESULT COQSCompound::GetPropertyValue(BSTR name, double temperature, double pressure, tagExtrapolationEnum method,
                                        LONG* dependencies, double* value) noexcept {
-  if (!dependencies || !value) return E_POINTER;
+  if (!dependencies || !value) return report(E_POINTER);
   return valueOf(content_.properties.find(viewOf(name)).property, temperature, pressure, method, dependencies, value);
 }
 
 HRESULT COQSCompound::GetPropertyType(BSTR name, tagPropTypeEnum* type) noexcept {
-  if (!type) return E_POINTER;
+  if (!type) return report(E_POINTER);
   const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
   *type = entry.property ? kindOf(*entry.property) : VoidProp;
   // Among the other names an entry without an object counts as a void property.
   const bool known = entry.property || (entry.present && !entry.fixed);
-  return known ? S_OK : S_FALSE;
+  return known ? S_OK : report(noProperty(name));
 }
 
 HRESULT COQSCompound::GetEquationProperty(BSTR name, tagEquationShapeEnum* shape, BSTR* form, double* tMin,
                                           double* tMax, double* pMin, double* pMax, INT* parameterCount,
                                           IRealArrayDisp** parameters) noexcept {
-  if (!shape || !form || !tMin || !tMax || !pMin || !pMax || !parameterCount || !parameters) return E_POINTER;
-  return guarded([&] {
+  if (!shape || !form || !tMin || !tMax || !pMin || !pMax || !parameterCount || !parameters) return report(E_POINTER);
+  return guardedLookUp([&] {
     const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
-    if (!entry.present) return S_FALSE;
+    if (!entry.present) return noProperty(name);
     if (!isEquation(entry.property)) {
       *shape = PropCurveVoid;
       *form = nullptr;
       *tMin = *tMax = *pMin = *pMax = kEmptyValue;
       *parameterCount = 0;
       *parameters = nullptr;
-      return S_FALSE;
+      return noEquation(name);
     }
     // Copies: the host makes the array, and may take the equation away meanwhile.
     const CQSAbstractProp& equation = *entry.property;
@@ -137,13 +141,14 @@ HRESULT COQSCompound::GetEquationProperty(BSTR name, tagEquationShapeEnum* shape
 }
 
 HRESULT COQSCompound::GetCOMProperty(BSTR name, BSTR* className, IPCProperty** component) noexcept {
-  if (!className || !component) return E_POINTER;
-  return guarded([&] {
+  if (!className || !component) return report(E_POINTER);
+  return guardedLookUp([&] {
     const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
-    if (!entry.present) return S_FALSE;
+    if (!entry.present) return noProperty(name);
     *className = nullptr;
     *component = nullptr;
-    if (!entry.property || kindOf(*entry.property) != COMProp) return S_FALSE;
+    if (!entry.property || kindOf(*entry.property) != COMProp)
+      return because(S_FALSE, {"the property \"", name, "\" is no component, or not there"});
     entry.property->GetCOMClassName(className);
     entry.property->GetCOMObject(component);
     return S_OK;
@@ -151,13 +156,13 @@ HRESULT COQSCompound::GetCOMProperty(BSTR name, BSTR* className, IPCProperty** c
 }
 
 HRESULT COQSCompound::GetNumbOfCommonProperty(INT* count) noexcept {
-  if (!count) return E_POINTER;
+  if (!count) return report(E_POINTER);
   *count = static_cast<INT>(kCommonNames.size());
   return S_OK;
 }
 
 HRESULT COQSCompound::GetCommonPropertyName(INT index, BSTR* name, tagPropTypeEnum* type) noexcept {
-  if (!name || !type) return E_POINTER;
+  if (!name || !type) return report(E_POINTER);
   if (index < 0 || static_cast<std::size_t>(index) >= kCommonNames.size()) return S_FALSE;
   return guarded([&] {
     *name = Bstr(kCommonNames[static_cast<std::size_t>(index)]).release();
@@ -168,21 +173,21 @@ HRESULT COQSCompound::GetCommonPropertyName(INT index, BSTR* name, tagPropTypeEn
 }
 
 HRESULT COQSCompound::SetPointProperty(BSTR name, BYTE fixed, double value) noexcept {
-  return guarded([&] {
+  return guardedLookUp([&] {
     PropertyPtr point = newPoint(viewOf(name), value);
-    return content_.properties.AddPropertyToMap(viewOf(name), isFixed(fixed), point);
+    return stored(content_.properties.AddPropertyToMap(viewOf(name), isFixed(fixed), point), name);
   });
 }
 
 HRESULT COQSCompound::SetEquationProperty(BSTR name, BYTE fixed, tagEquationShapeEnum shape, double tMin, double tMax,
                                           double pMin, double pMax, IRealArrayDisp* parameters) noexcept {
-  return guarded([&] {
+  return guardedLookUp([&] {
     const EquationForm* form = findForm(LONG{shape});
-    if (!form) return E_FAIL;
+    if (!form) return because(E_FAIL, {"property \"", name, "\": there is no form of equation ", shape});
     const std::vector<double> coefficients =
         parameters ? firstElementsOf<double>(parameters, form->coefficients) : std::vector<double>();
     PropertyPtr equation = newEquation(viewOf(name), {shape, tMin, tMax, pMin, pMax, coefficients});
-    return content_.properties.AddPropertyToMap(viewOf(name), isFixed(fixed), equation);
+    return stored(content_.properties.AddPropertyToMap(viewOf(name), isFixed(fixed), equation), name);
   });
 }
 
@@ -196,22 +201,23 @@ HRESULT COQSCompound::SetCOMProperty(BSTR name, BYTE fixed, BSTR className, IPCP
 }
 
 HRESULT COQSCompound::ErasePropFromMap(BSTR name, BYTE fixed) noexcept {
-  return content_.properties.erase(viewOf(name), isFixed(fixed));
+  const HRESULT erased = content_.properties.erase(viewOf(name), isFixed(fixed));
+  return erased == S_OK ? erased : report(noProperty(name));
 }
 
 HRESULT COQSCompound::FindProperty(BSTR name, BYTE* found, BYTE* fixed) noexcept {
-  if (!found || !fixed) return E_POINTER;
+  if (!found || !fixed) return report(E_POINTER);
   const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
   *found = entry.property ? 1 : 0;
   *fixed = entry.fixed ? 1 : 0;
-  return entry.property ? S_OK : S_FALSE;
+  return entry.property ? S_OK : report(noProperty(name));
 }
 
 HRESULT COQSCompound::GetEquationInfo(tagEquationShapeEnum shape, BSTR* form, INT* parameterCount) noexcept {
-  if (!form || !parameterCount) return E_POINTER;
-  return guarded([&] {
+  if (!form || !parameterCount) return report(E_POINTER);
+  return guardedLookUp([&] {
     const EquationForm* found = findForm(LONG{shape});
-    if (!found) return S_FALSE;
+    if (!found) return because(S_FALSE, {"there is no form of equation ", shape});
     *form = Bstr(found->formula).release();
     *parameterCount = found->coefficients;
     return S_OK;
@@ -219,27 +225,28 @@ HRESULT COQSCompound::GetEquationInfo(tagEquationShapeEnum shape, BSTR* form, IN
 }
 
 HRESULT COQSCompound::SetVoidProperty(BSTR name, BYTE fixed) noexcept {
-  return guarded([&] {
+  return guardedLookUp([&] {
     PropertyPtr property = newVoid(viewOf(name));
-    return content_.properties.AddPropertyToMap(viewOf(name), isFixed(fixed), property);
+    return stored(content_.properties.AddPropertyToMap(viewOf(name), isFixed(fixed), property), name);
   });
 }
 
 HRESULT COQSCompound::GetPropertyLoader(BSTR name, BSTR* loader) noexcept {
-  if (!loader) return E_POINTER;
-  return guarded([&] {
+  if (!loader) return report(E_POINTER);
+  return guardedLookUp([&] {
     const CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
-    Bstr known = property ? property->loader() : Bstr();
-    if (!known) return S_FALSE;
+    if (!property) return noProperty(name);
+    Bstr known = property->loader();
+    if (!known) return because(S_FALSE, {"the property \"", name, "\" is of no loader"});
     *loader = known.release();
     return S_OK;
   });
 }
 
 HRESULT COQSCompound::SetPropertyLoader(BSTR name, BSTR loader) noexcept {
-  return guarded([&] {
+  return guardedLookUp([&] {
     CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
-    if (!property) return S_FALSE;
+    if (!property) return noProperty(name);
     property->setLoader(Bstr::copyOf(loader));
     return S_OK;
   });
@@ -248,13 +255,13 @@ HRESULT COQSCompound::SetPropertyLoader(BSTR name, BSTR loader) noexcept {
 HRESULT COQSCompound::GetEquationPropertyXYShape(BSTR name, tagXYShapeEnum* xShape, tagXYShapeEnum* yShape,
                                                  double* xNorm, double* yNorm, double* xPow, double* yPow, double* a,
                                                  double* b) noexcept {
-  if (!xShape || !yShape || !xNorm || !yNorm || !xPow || !yPow || !a || !b) return E_POINTER;
+  if (!xShape || !yShape || !xNorm || !yNorm || !xPow || !yPow || !a || !b) return report(E_POINTER);
   const PropertyTable::Entry entry = content_.properties.find(viewOf(name));
-  if (!entry.present) return S_FALSE;
+  if (!entry.present) return report(noProperty(name));
   if (!isEquation(entry.property)) {
     *xShape = *yShape = eNoShapeDefined;
     *xNorm = *yNorm = *xPow = *yPow = *a = *b = kEmptyValue;
-    return S_FALSE;
+    return report(noEquation(name));
   }
   LONG x = 0;
   LONG y = 0;
@@ -270,7 +277,7 @@ HRESULT COQSCompound::GetEquationPropertyXYShape(BSTR name, tagXYShapeEnum* xSha
 HRESULT COQSCompound::SetEquationPropertyXYShape(BSTR name, tagXYShapeEnum xShape, tagXYShapeEnum yShape, double xNorm,
                                                  double yNorm, double xPow, double yPow, double a, double b) noexcept {
   CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
-  if (!isEquation(property)) return S_FALSE;
+  if (!isEquation(property)) return report(noEquation(name));
   property->SetXYShape(xShape, yShape);
   property->SetXYNorm(xNorm, yNorm);
   property->SetXYPow(xPow, yPow);

@@ -5,10 +5,19 @@
 #include <functional>
 #include <map>
 
+#include "com/error.h"
 #include "props/key_table.h"
 #include "props/new_property.h"
 
 namespace qs {
+
+// Says that a look-up found no property of the name, and returns S_FALSE.
+inline HRESULT noProperty(BSTR name) noexcept { return because(S_FALSE, {"there is no property \"", name, "\""}); }
+
+// The result of storing a property under a name, where S_FALSE says that the name is no fixed key.
+inline HRESULT stored(HRESULT result, BSTR name) noexcept {
+  return result == S_FALSE ? because(S_FALSE, {"there is no fixed property \"", name, "\""}) : result;
+}
 
 class PropertyTable {
  public:

@@ -10,7 +10,7 @@ std::optional<database::ProvenanceFile> DatabaseRecord::openProvenance() const {
 HRESULT COQSCompound::GetPropertySource(BSTR name, tagValueKindEnum* kind, tagValueQualityEnum* quality, BSTR* title,
                                         BSTR* authors, INT* year, BSTR* licence, BSTR* changes, BSTR* uncertainty,
                                         BSTR* note) noexcept {
-  return guarded([&] {
+  return guardedLookUp([&] {
     ValueSource source;
     if (const CQSAbstractProp* property = content_.properties.find(viewOf(name)).property) {
       if (!property->isOfDatabase())
@@ -18,7 +18,10 @@ HRESULT COQSCompound::GetPropertySource(BSTR name, tagValueKindEnum* kind, tagVa
       else if (const auto file = content_.record.openProvenance())
         source = file->sourceOf(content_.record.compound, viewOf(name));
     }
-    return std::move(source).give(kind, quality, title, authors, year, licence, changes, uncertainty, note);
+    const HRESULT given =
+        std::move(source).give(kind, quality, title, authors, year, licence, changes, uncertainty, note);
+    if (given != S_FALSE) return given;
+    return because(S_FALSE, {"it is not known where the property \"", name, "\" comes from"});
   });
 }
 
@@ -26,10 +29,10 @@ HRESULT COQSCompound::SetPropertySource(BSTR name, tagValueKindEnum kind, tagVal
                                         BSTR authors, INT year, BSTR licence, BSTR changes, BSTR uncertainty,
                                         BSTR note) noexcept {
   if (kind < eKindNotKnown || kind > eKindDecided || quality < eQualityNotKnown || quality > eQualityDoubtful)
-    return E_INVALIDARG;
-  return guarded([&] {
+    return report(E_INVALIDARG, {"there is no kind ", kind, " or no quality ", quality});
+  return guardedLookUp([&] {
     CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
-    if (!property) return S_FALSE;
+    if (!property) return noProperty(name);
     property->setSource({kind, quality, Bstr::copyOf(title), Bstr::copyOf(authors), year, Bstr::copyOf(licence),
                          Bstr::copyOf(changes), Bstr::copyOf(uncertainty), Bstr::copyOf(note)});
     return S_OK;

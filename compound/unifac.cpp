@@ -1,4 +1,5 @@
 // UNIFAC groups.
+#include "com/component.h"
 #include "com/host_arrays.h"
 #include "compound/compound.h"
 
@@ -7,26 +8,24 @@ namespace {
 
 // Fills one array of the compound and the number of groups from the host's array. A failure of the array ends
 // it.
-HRESULT fill(INT groupCount, IIntegerArrayDisp* source, INT& count, std::vector<LONG>& field) noexcept {
-  return guarded([&] {
-    if (groupCount < 0) return S_FALSE;
-    field.clear();
-    count = groupCount;
-    if (groupCount == 0) return S_OK;
-    if (!source) return S_FALSE;
+HRESULT fill(INT groupCount, IIntegerArrayDisp* source, INT& count, std::vector<LONG>& field) {
+  if (groupCount < 0) return because(S_FALSE, {"the number of groups is ", groupCount});
+  field.clear();
+  count = groupCount;
+  if (groupCount == 0) return S_OK;
+  if (!source) return because(S_FALSE, {"there is no array of the groups"});
 
-    LONG size = 0;
-    check(source->get_Size(&size));
-    if (size != groupCount) return S_FALSE;
-    field = elementsOf<LONG>(source, size);
-    return S_OK;
-  });
+  LONG size = 0;
+  check(source, source->get_Size(&size), {"the array of groups"});
+  if (size != groupCount) return because(S_FALSE, {"the array has ", size, " elements for ", groupCount, " groups"});
+  field = elementsOf<LONG>(source, size);
+  return S_OK;
 }
 
 }  // namespace
 
 HRESULT COQSCompound::get_UNIFAC1NumberOfGroups(INT* value) noexcept {
-  if (!value) return E_POINTER;
+  if (!value) return report(E_POINTER);
   *value = content_.identity.groupCount;
   return content_.identity.groupCount == kEmptyInteger ? S_FALSE : S_OK;
 }
@@ -37,7 +36,7 @@ HRESULT COQSCompound::put_UNIFAC1NumberOfGroups(INT value) noexcept {
 }
 
 HRESULT COQSCompound::get_UNIFAC1Groups(IDispatch** types, IDispatch** counts) noexcept {
-  if (!types || !counts) return E_POINTER;
+  if (!types || !counts) return report(E_POINTER);
   return guarded([&] {
     // Copies: the host makes the arrays, and may put other groups meanwhile.
     const INT groupCount = content_.identity.groupCount;
@@ -52,7 +51,7 @@ HRESULT COQSCompound::get_UNIFAC1Groups(IDispatch** types, IDispatch** counts) n
 }
 
 HRESULT COQSCompound::put_UNIFAC1Groups(INT groupCount, IDispatch* types, IDispatch* counts) noexcept {
-  return guarded([&] {
+  return guardedLookUp([&] {
     INT count = kEmptyInteger;
     std::vector<LONG> newTypes;
     std::vector<LONG> newCounts;
@@ -68,11 +67,13 @@ HRESULT COQSCompound::put_UNIFAC1Groups(INT groupCount, IDispatch* types, IDispa
 }
 
 HRESULT COQSCompound::put_VELUNIFACNoGr(INT groupCount, IIntegerArrayDisp* counts) noexcept {
-  return fill(groupCount, counts, content_.identity.groupCount, content_.identity.groupCounts);
+  return guardedLookUp(
+      [&] { return fill(groupCount, counts, content_.identity.groupCount, content_.identity.groupCounts); });
 }
 
 HRESULT COQSCompound::put_VELUNIFACSubGr(INT groupCount, IIntegerArrayDisp* types) noexcept {
-  return fill(groupCount, types, content_.identity.groupCount, content_.identity.groupTypes);
+  return guardedLookUp(
+      [&] { return fill(groupCount, types, content_.identity.groupCount, content_.identity.groupTypes); });
 }
 
 }  // namespace qs

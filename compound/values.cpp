@@ -31,8 +31,9 @@ double COQSCompound::standardValue(const CQSAbstractProp& property) {
   return value;
 }
 
-HRESULT COQSCompound::standardValues(Key first, Key second, double* firstValue, double* secondValue) const noexcept {
-  return guarded([&] {
+HRESULT COQSCompound::standardValues(Key first, Key second, double* firstValue, double* secondValue,
+                                     const char* member) const noexcept {
+  const auto give = [&] {
     const PropertyTable& properties = content_.properties;
     if (!properties[first] || !properties[second]) return S_FALSE;
     const double one = standardValue(*properties[first]);
@@ -42,16 +43,17 @@ HRESULT COQSCompound::standardValues(Key first, Key second, double* firstValue, 
     *firstValue = one;
     *secondValue = two;
     return one == kEmptyValue || two == kEmptyValue ? S_FALSE : S_OK;
-  });
+  };
+  return guarded(give, member);
 }
 
 HRESULT COQSCompound::get_ViscosityThetas(double* thetaA, double* thetaB) noexcept {
-  if (!thetaA || !thetaB) return E_POINTER;
+  if (!thetaA || !thetaB) return report(E_POINTER);
   return standardValues(Key::THETAA, Key::THETAB, thetaA, thetaB);
 }
 
 HRESULT COQSCompound::get_UNIQUAC1Parameters(double* r, double* q) noexcept {
-  if (!r || !q) return E_POINTER;
+  if (!r || !q) return report(E_POINTER);
   return standardValues(Key::UNIQUACR, Key::UNIQUACQ, r, q);
 }
 

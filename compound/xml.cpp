@@ -13,7 +13,7 @@ constexpr std::size_t kExpectedLength = 32 * 1024;
 HRESULT COQSCompound::StoreAsXML(BSTR* text) noexcept { return StoreAsXMLEx(xmlDefaultForm, text); }
 
 HRESULT COQSCompound::StoreAsXMLEx(INT form, BSTR* text) noexcept {
-  if (!text) return E_POINTER;
+  if (!text) return report(E_POINTER);
   return guarded([&] {
     XmlText xml(XmlForm(form), kExpectedLength);
     CompoundXmlWriter(content_, xml).write();
@@ -23,9 +23,10 @@ HRESULT COQSCompound::StoreAsXMLEx(INT form, BSTR* text) noexcept {
 }
 
 HRESULT COQSCompound::StartElement(BSTR name, TaggedAttributes* attributes) noexcept {
-  const HRESULT result = guarded([&] {
+  const HRESULT result = guardedLookUp([&] {
     if (!reading_.reader) {
-      if (!CompoundXmlReader::isRoot(viewOf(name))) return S_FALSE;
+      if (!CompoundXmlReader::isRoot(viewOf(name)))
+        return because(S_FALSE, {"the element <", name, "> is outside a compound"});
       if (!reading_.before) reading_.before = std::make_unique<CompoundContent>(content_.copy());
       reading_.reader = std::make_shared<CompoundXmlReader>(content_);
     }

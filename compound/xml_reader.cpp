@@ -5,6 +5,7 @@
 #include <iterator>
 #include <utility>
 
+#include "com/component.h"
 #include "compound/new_component.h"
 #include "compound/source_attributes.h"
 #include "props/property_text.h"
@@ -17,21 +18,35 @@ constexpr XmlTag kNumber{OLESTR("NUMB")};
 constexpr XmlTag kContent{OLESTR("CONTENT")};
 constexpr XmlTag kValue{OLESTR("VALUE")};
 
-HRESULT resultOf(bool complete) { return complete ? S_OK : S_FALSE; }
+// Of an element that is used, or lacks an attribute.
+HRESULT resultOf(bool complete, const char* attribute) {
+  return complete ? S_OK : because(S_FALSE, {"the element has no attribute ", attribute});
+}
 
-// Sets class name and component of a property from its text; false when the component cannot be had.
-bool recallComponent(CQSAbstractProp& property, const Bstr& className, WideView text) {
+HRESULT noClass(WideView className) {
+  return because(S_FALSE, {"the class \"", className, "\" gives no such component; the content is kept"});
+}
+
+// The result of a component's Recall. A component that fails is not kept.
+HRESULT recalled(IUnknown* component, HRESULT result) {
+  if (succeeded(result)) return S_OK;
+  return toldBy(component, result, {"the component has not read its content, which is kept"}, S_FALSE);
+}
+
+// Sets class name and component of a property from its text; S_FALSE when the component cannot be had.
+HRESULT recallComponent(CQSAbstractProp& property, const Bstr& className, WideView text) {
   const ComponentText parts = readComponent(kClassName, text);
   const Bstr storedName = parts.className ? Bstr(*parts.className) : Bstr();
   property.SetCOMClassName(storedName ? storedName.get() : className.get());
-  const auto component = newComponent<IPCProperty>(className ? className.get() : storedName.get());
+  const Bstr& used = className ? className : storedName;
+  const auto component = newComponent<IPCProperty>(used.get());
   Bstr content(parts.content);
-  const bool recalled = component && succeeded(component->Recall(content.get()));
-  if (recalled)
+  const HRESULT result = component ? recalled(component.get(), component->Recall(content.get())) : noClass(used.view());
+  if (result == S_OK)
     property.SetCOMObject(component.get());
   else
     static_cast<CQSCOMProp&>(property).keepContent(std::move(content));
-  return recalled;
+  return result;
 }
 
 }  // namespace
@@ -56,7 +71,7 @@ const CompoundXmlReader::Element CompoundXmlReader::kElements[] = {
 HRESULT CompoundXmlReader::startElement(WideView name, TaggedAttributes* attributes) {
   if (skipped_.isOpen()) {
     skipped_.start(name);
-    return S_FALSE;
+    return because(S_FALSE, {"the element <", name, "> is in an element that is skipped"});
   }
   const auto element = std::find_if(std::begin(kElements), std::end(kElements),
                                     [name](const Element& known) { return same(known.name, name); });
@@ -87,7 +102,7 @@ bool CompoundXmlReader::endElement(WideView name) {
 
 HRESULT CompoundXmlReader::skip(WideView name) {
   skipped_.open(name);
-  return S_FALSE;
+  return because(S_FALSE, {"the element <", name, "> is not known here and is skipped"});
 }
 
 HRESULT CompoundXmlReader::startCompound(const XmlAttributes& attributes) {
@@ -102,7 +117,7 @@ HRESULT CompoundXmlReader::startCompound(const XmlAttributes& attributes) {
 HRESULT CompoundXmlReader::startSynonyms(const XmlAttributes& attributes) {
   content_.identity.synonyms.clear();
   synonyms_ = 0;
-  return resultOf(attributes.read(kNumber, content_.identity.synonymCount));
+  return resultOf(attributes.read(kNumber, content_.identity.synonymCount), "NUMB");
 }
 
 // A synonym may be null, and then has no name.
@@ -110,7 +125,8 @@ HRESULT CompoundXmlReader::addSynonym(const XmlAttributes& attributes) {
   Bstr name;
   attributes.read(kName, name);
   const HRESULT stored = content_.identity.putSynonym(synonyms_, name.get());
-  if (stored == S_OK) ++synonyms_;
+  if (stored != S_OK) return because(stored, {"there is no place for the synonym \"", name.get(), "\""});
+  ++synonyms_;
   return stored;
 }
 
@@ -118,7 +134,8 @@ HRESULT CompoundXmlReader::addSynonym(const XmlAttributes& attributes) {
 HRESULT CompoundXmlReader::addUnusedSynonym(const XmlAttributes& attributes) {
   Bstr name;
   attributes.read(kName, name);
-  if (content_.identity.synonyms.size() >= kMostSynonyms) return S_FALSE;
+  if (content_.identity.synonyms.size() >= kMostSynonyms)
+    return because(S_FALSE, {"there is no place for the synonym \"", name.get(), "\""});
   content_.identity.synonyms.push_back(std::move(name));
   return S_OK;
 }
@@ -132,7 +149,7 @@ HRESULT CompoundXmlReader::startGroups(const XmlAttributes& attributes) {
   }
   content_.identity.groupTypes.clear();
   content_.identity.groupCounts.clear();
-  return resultOf(attributes.read(kNumber, content_.identity.groupCount));
+  return resultOf(attributes.read(kNumber, content_.identity.groupCount), "NUMB");
 }
 
 HRESULT CompoundXmlReader::addGroup(const XmlAttributes& attributes) {
@@ -142,13 +159,14 @@ HRESULT CompoundXmlReader::addGroup(const XmlAttributes& attributes) {
   const bool hasCount = attributes.read(kNumber, count);
   if (hasType) content_.identity.groupTypes.push_back(type);
   if (hasCount) content_.identity.groupCounts.push_back(count);
-  return resultOf(hasType || hasCount);
+  return resultOf(hasType || hasCount, "ID");
 }
 
 HRESULT CompoundXmlReader::startProperty(const XmlAttributes& attributes) {
   Pending pending{.name = {}, .fixed = place_ == InFixedProperty, .property = nullptr, .className = {}, .loader = {}};
   Bstr type;
-  if (!attributes.read(kName, pending.name) || !attributes.read(XmlTag(OLESTR("TYPE")), type)) return S_FALSE;
+  if (!attributes.read(kName, pending.name) || !attributes.read(XmlTag(OLESTR("TYPE")), type))
+    return resultOf(false, "NAME or no attribute TYPE");
 
   if (type.view() == OLESTR("VOID")) {
     content_.properties.erase(pending.name.view(), pending.fixed);
@@ -166,7 +184,8 @@ HRESULT CompoundXmlReader::startProperty(const XmlAttributes& attributes) {
     pending.property = newProperty(COMProp);
     attributes.read(XmlTag(OLESTR("CLASSNAME")), pending.className);
   }
-  if (!pending.property) return S_FALSE;
+  if (!pending.property)
+    return because(S_FALSE, {"property \"", pending.name.get(), "\": there is no such type or equation: ", type.get()});
   attributes.read(XmlTag(OLESTR("LOADER")), pending.loader);
   pending_ = std::move(pending);
   return S_OK;
@@ -174,7 +193,7 @@ HRESULT CompoundXmlReader::startProperty(const XmlAttributes& attributes) {
 
 // A number that is not of its enumeration counts as not known.
 HRESULT CompoundXmlReader::readSource(const XmlAttributes& attributes) {
-  if (!pending_) return S_FALSE;
+  if (!pending_) return because(S_FALSE, {"the source belongs to no property"});
   ValueSource source;
   INT kind = eKindNotKnown, quality = eQualityNotKnown;
   attributes.read(kSourceKind, kind);
@@ -190,59 +209,65 @@ HRESULT CompoundXmlReader::readSource(const XmlAttributes& attributes) {
 
 HRESULT CompoundXmlReader::recallProperty(const XmlAttributes& attributes) {
   Bstr content;
-  if (!attributes.read(kContent, content)) return S_FALSE;
+  if (!attributes.read(kContent, content)) return resultOf(false, "CONTENT");
   // Taken first: a component may call back while it reads its content.
   std::optional<Pending> pending = std::exchange(pending_, std::nullopt);
-  if (!pending) return resultOf(content.view() == OLESTR("VOID"));
+  if (!pending && content.view() != OLESTR("VOID")) return because(S_FALSE, {"the content belongs to no property"});
+  if (!pending) return S_OK;
 
   LONG kind = VoidProp;
   pending->property->GetType(&kind);
-  bool complete = true;
+  HRESULT read = S_OK;
   if (kind == COMProp)
-    complete = recallComponent(*pending->property, pending->className, content.view());
+    read = recallComponent(*pending->property, pending->className, content.view());
   else
     pending->property->Recall(content.get());
   const HRESULT stored = store(*pending);
-  return complete ? stored : S_FALSE;
+  return read == S_OK ? stored : read;
 }
 
 HRESULT CompoundXmlReader::addUserProperty(const XmlAttributes& attributes) {
   Bstr name;
   Bstr content;
-  if (!attributes.read(kName, name) || !attributes.read(kContent, content)) return S_FALSE;
+  if (!attributes.read(kName, name) || !attributes.read(kContent, content))
+    return resultOf(false, "NAME or no attribute CONTENT");
   const ComponentText parts = readComponent(kClassId, content.view());
   UserProperty property;
   if (parts.className) property.classId = Bstr(*parts.className);
   property.component = newComponent<IDispatch>(property.classId.get());
 
   property.content = Bstr(parts.content);
-  bool complete = property.component && parts.content.empty();
+  HRESULT read = S_OK;
   if (const auto receiver = ComPtr<ICOMUserProp>::from(property.component.get())) {
-    complete = succeeded(receiver->Recall(property.content.get()));
-    if (complete)
+    read = recalled(receiver.get(), receiver->Recall(property.content.get()));
+    if (read == S_OK)
       property.content = Bstr();
     else
       property.component = ComPtr<IDispatch>();
+  } else if (!property.component || !parts.content.empty()) {
+    read = noClass(property.classId.view());
   }
   std::swap(content_.userProperties[WideString(name.view())], property);
-  return resultOf(complete);
+  return read;
 }
 
 HRESULT CompoundXmlReader::addPoint(const XmlAttributes& attributes) {
   Bstr name;
   double value = kEmptyValue;
-  if (!attributes.read(kName, name)) return S_FALSE;
+  if (!attributes.read(kName, name)) return resultOf(false, "NAME");
   attributes.read(kValue, value);
   PropertyPtr point = newPoint(name.view(), value);
-  return content_.properties.AddPropertyToMap(name.view(), true, point);
+  return stored(content_.properties.AddPropertyToMap(name.view(), true, point), name.get());
 }
 
 HRESULT CompoundXmlReader::startEquation(const XmlAttributes& attributes) {
   Pending pending{.name = {}, .fixed = true, .property = nullptr, .className = {}, .loader = {}};
   INT shape = kEmptyInteger;
-  if (!attributes.read(kName, pending.name) || !attributes.read(XmlTag(OLESTR("ID")), shape)) return S_FALSE;
+  if (!attributes.read(kName, pending.name) || !attributes.read(XmlTag(OLESTR("ID")), shape))
+    return resultOf(false, "NAME or no attribute ID");
   pending.property = newProperty(EquationProp, shape);
-  if (!pending.property) return S_FALSE;
+  if (!pending.property)
+    return because(S_FALSE, {"property \"", pending.name.get(), "\": there is no form of equation ", shape});
 
   CQSAbstractProp& equation = *pending.property;
   double low = kEmptyValue;
@@ -269,9 +294,12 @@ HRESULT CompoundXmlReader::startEquation(const XmlAttributes& attributes) {
 HRESULT CompoundXmlReader::addCoefficient(const XmlAttributes& attributes) {
   double value = kEmptyValue;
   const bool given = attributes.read(kValue, value);
-  if (!pending_) return S_FALSE;
+  if (!pending_) return because(S_FALSE, {"the coefficient belongs to no equation"});
   const HRESULT set = pending_->property->SetParameter(pending_->arrived, value);
-  if (++pending_->arrived != pending_->coefficients) return given ? set : S_FALSE;
+  if (++pending_->arrived != pending_->coefficients) {
+    if (!given) return resultOf(false, "VALUE");
+    return set == S_OK ? set : because(set, {"the equation has no place for the coefficient ", pending_->arrived});
+  }
   std::optional<Pending> pending = std::exchange(pending_, std::nullopt);
   return store(*pending);
 }
@@ -279,7 +307,8 @@ HRESULT CompoundXmlReader::addCoefficient(const XmlAttributes& attributes) {
 HRESULT CompoundXmlReader::store(Pending& pending) {
   pending.property->Name = PropertyName(pending.name.view());
   pending.property->setLoader(std::move(pending.loader));
-  return content_.properties.AddPropertyToMap(pending.name.view(), pending.fixed, pending.property);
+  return stored(content_.properties.AddPropertyToMap(pending.name.view(), pending.fixed, pending.property),
+                pending.name.get());
 }
 
 }  // namespace qs

@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "com/component.h"
 #include "compound/source_attributes.h"
 #include "props/identity_fields.h"
 #include "props/property_text.h"
@@ -189,7 +190,8 @@ void CompoundXmlWriter::content(const CQSAbstractProp& property, LONG kind) {
 // A complete text omits a class name that is null.
 void CompoundXmlWriter::componentText(WideView key, const Bstr& className, const Bstr& content) {
   ComponentText text{className.view(), content.view()};
-  if (complete_ && !isReadable(className.view())) throw CQSCOMError(E_INVALIDARG);
+  if (complete_ && !isReadable(className.view()))
+    fail(E_INVALIDARG, {"the class name \"", className.get(), "\" cannot be read back"});
   if (complete_ && !className) text.className.reset();
   appendComponent(text_, key, text);
 }
@@ -200,7 +202,8 @@ void CompoundXmlWriter::userProperties(const UserProperties& properties) {
     const Bstr classId = next->second.classId;
     Bstr content = next->second.content;
     const ComPtr<IDispatch> component = next->second.component;
-    if (const auto store = ComPtr<ICOMUserProp>::from(component.get())) check(store->Store(content.out()));
+    if (const auto store = ComPtr<ICOMUserProp>::from(component.get()))
+      check(store.get(), store->Store(content.out()), {"the user property \"", name, "\""});
     text_ << OLESTR("      <UserProperty NAME=\"");
     text_.value(name) << OLESTR("\"   CONTENT = \"");
     componentText(kClassId, classId, content);

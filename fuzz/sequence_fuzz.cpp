@@ -1,6 +1,6 @@
 // A sequence of calls that is decoded from the input: objects of all classes are created, passed to one another, read
 // and released in any order, beside objects of a host's own whose answers come from the input too, and which call back
-// and throw. In the end nothing may be alive.
+// and throw. Every result is one that the reference has, and in the end nothing may be alive.
 #include <cstdlib>
 #include <sstream>
 #include <stdexcept>
@@ -91,7 +91,8 @@ class Sequence final : public Values {
     if (target.kind == kClassCount) return;
     const auto& callable = membersOf(target);
     const int outer = std::exchange(age_, target.age);
-    callable[(byte() * 256u + operation) % callable.size()]->call(target.object.get(), *this);
+    const Member& member = *callable[(byte() * 256u + operation) % callable.size()];
+    require(isStated(member, member.call(target.object.get(), *this)));
     age_ = outer;
   }
 

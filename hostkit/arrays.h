@@ -6,9 +6,12 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 #include <vector>
 
 #include "automation/coclass.h"
+#include "automation/enumerator.h"
+#include "com/host_arrays.h"
 #include "com/not_set.h"
 
 namespace qs::hostkit {
@@ -19,74 +22,113 @@ class Elements {
  public:
   static constexpr T kEmpty = kEmptyInteger;
 
-  HRESULT size(LONG* out) const noexcept {
-    if (!out) return E_POINTER;
+  HRESULT size(LONG* out, const char* member = __builtin_FUNCTION()) const noexcept {
+    if (!out) return report(E_POINTER, {}, member);
     *out = static_cast<LONG>(values_.size());
     return S_OK;
   }
-  HRESULT resize(LONG size) noexcept {
-    if (size < 0) return E_INVALIDARG;
-    return guarded([&] {
+  HRESULT resize(LONG size, const char* member = __builtin_FUNCTION()) noexcept {
+    const auto give = [&] {
+      if (size < 0) return because(E_INVALIDARG, {"the size is ", size});
       values_.resize(static_cast<std::size_t>(size), kEmpty);
       return S_OK;
-    });
+    };
+    return guarded(give, member);
   }
-  HRESULT get(LONG index, T* out) const noexcept {
-    if (!out) return E_POINTER;
-    if (!holds(index)) return E_BOUNDS;
+  HRESULT get(LONG index, T* out, const char* member = __builtin_FUNCTION()) const noexcept {
+    if (!out) return report(E_POINTER, {}, member);
+    if (!holds(index)) return outside(index, member);
     *out = values_[static_cast<std::size_t>(index)];
     return S_OK;
   }
-  HRESULT put(LONG index, T value) noexcept {
-    if (!holds(index)) return E_BOUNDS;
+  HRESULT put(LONG index, T value, const char* member = __builtin_FUNCTION()) noexcept {
+    if (!holds(index)) return outside(index, member);
     values_[static_cast<std::size_t>(index)] = value;
     return S_OK;
   }
   // Copies size and elements of an array with get_Size and get_IthValue. Changes nothing when a call on it fails.
   template <class Source>
   HRESULT copy(Source* source) noexcept {
-    if (!source) return E_INVALIDARG;
-    return guarded([&] {
+    const auto take = [&] {
+      if (!source) return because(E_INVALIDARG, {"the array to copy is null"});
       LONG size = 0;
-      check(source->get_Size(&size));
-      if (size < 0) return E_INVALIDARG;
+      checkSize(source, source->get_Size(&size));
+      if (size < 0) return because(E_INVALIDARG, {"the array to copy has the size ", size});
       // Memory is taken for what was read, since a host may state any size.
       std::vector<T> values;
       for (LONG i = 0; i < size; ++i) {
         T value{};
-        check(source->get_IthValue(i, &value));
+        checkElement(source, source->get_IthValue(i, &value), static_cast<std::size_t>(i));
         values.push_back(value);
       }
       values_.swap(values);
       return S_OK;
-    });
+    };
+    return guarded(take, "Copy");
   }
 
  private:
+  [[gnu::cold]] HRESULT outside(LONG index, const char* member) const noexcept {
+    return report(E_BOUNDS, {"position ", index, " is outside an array of ", values_.size()}, member);
+  }
   bool holds(LONG index) const { return index >= 0 && static_cast<std::size_t>(index) < values_.size(); }
 
   std::vector<T> values_;
 };
 
-class IntegerArray final : public Coclass<IntegerArray, IIntegerArrayDisp> {
+// The elements of an array, for an enumerator.
+template <class Array>
+struct ElementsOf {
+  ComPtr<Array> array;
+
+  LONG count() {
+    LONG size = 0;
+    check(array->get_Size(&size));
+    return size;
+  }
+  Variant at(LONG position) {
+    std::conditional_t<std::is_same_v<Array, IRealArrayDisp>, double, LONG> value{};
+    check(array->get_IthValue(position, &value));
+    return Variant(value);
+  }
+};
+
+// Those of a matrix, row by row.
+template <>
+struct ElementsOf<IRealMatrixDisp> {
+  ComPtr<IRealMatrixDisp> array;
+
+  LONG count();
+  Variant at(LONG position);
+};
+
+class IntegerArray final : public Coclass<IntegerArray, IIntegerArrayDisp, IElements> {
  public:
   STDMETHODIMP get_IthValue(LONG index, LONG* value) noexcept override { return elements_.get(index, value); }
   STDMETHODIMP put_IthValue(LONG index, LONG value) noexcept override { return elements_.put(index, value); }
   STDMETHODIMP get_Size(LONG* size) noexcept override { return elements_.size(size); }
   STDMETHODIMP put_Size(LONG size) noexcept override { return elements_.resize(size); }
   STDMETHODIMP Copy(IIntegerArrayDisp* source) noexcept override { return elements_.copy(source); }
+  STDMETHODIMP get_Count(LONG* count) noexcept override { return elements_.size(count); }
+  STDMETHODIMP get__NewEnum(IUnknown** enumerator) noexcept override {
+    return newEnumerator(ElementsOf<IIntegerArrayDisp>{ComPtr<IIntegerArrayDisp>(this)}, enumerator);
+  }
 
  private:
   Elements<LONG> elements_;
 };
 
-class RealArray final : public Coclass<RealArray, IRealArrayDisp, IRealVector> {
+class RealArray final : public Coclass<RealArray, IRealArrayDisp, IElements, IRealVector> {
  public:
   STDMETHODIMP get_IthValue(LONG index, double* value) noexcept override { return elements_.get(index, value); }
   STDMETHODIMP put_IthValue(LONG index, double value) noexcept override { return elements_.put(index, value); }
   STDMETHODIMP get_Size(LONG* size) noexcept override { return elements_.size(size); }
   STDMETHODIMP put_Size(LONG size) noexcept override { return elements_.resize(size); }
   STDMETHODIMP Copy(IRealArrayDisp* source) noexcept override { return elements_.copy(source); }
+  STDMETHODIMP get_Count(LONG* count) noexcept override { return elements_.size(count); }
+  STDMETHODIMP get__NewEnum(IUnknown** enumerator) noexcept override {
+    return newEnumerator(ElementsOf<IRealArrayDisp>{ComPtr<IRealArrayDisp>(this)}, enumerator);
+  }
 
   STDMETHODIMP GetSize(LONG* size) noexcept override { return elements_.size(size); }
   STDMETHODIMP SetSize(LONG size) noexcept override { return elements_.resize(size); }
@@ -97,7 +139,7 @@ class RealArray final : public Coclass<RealArray, IRealArrayDisp, IRealVector> {
   Elements<double> elements_;
 };
 
-class RealMatrix final : public Coclass<RealMatrix, IRealMatrixDisp> {
+class RealMatrix final : public Coclass<RealMatrix, IRealMatrixDisp, IElements> {
  public:
   STDMETHODIMP get_Value(LONG row, LONG column, double* value) noexcept override;
   STDMETHODIMP put_Value(LONG row, LONG column, double value) noexcept override;
@@ -106,6 +148,9 @@ class RealMatrix final : public Coclass<RealMatrix, IRealMatrixDisp> {
   // Elements whose row and column both remain keep their values.
   STDMETHODIMP SetSize(LONG rows, LONG columns) noexcept override;
   STDMETHODIMP Copy(IRealMatrixDisp* source) noexcept override;
+  // E_BOUNDS for more elements than a LONG counts.
+  STDMETHODIMP get_Count(LONG* count) noexcept override;
+  STDMETHODIMP get__NewEnum(IUnknown** enumerator) noexcept override;
 
  private:
   // In 64 bits on every target, for any sizes.
@@ -113,6 +158,7 @@ class RealMatrix final : public Coclass<RealMatrix, IRealMatrixDisp> {
     return static_cast<std::uint64_t>(rows) * static_cast<std::uint64_t>(columns);
   }
   double* element(LONG row, LONG column);
+  HRESULT outside(LONG row, LONG column, const char* member = __builtin_FUNCTION()) const noexcept;
 
   LONG rows_ = 0;
   LONG columns_ = 0;

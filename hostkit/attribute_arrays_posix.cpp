@@ -2,7 +2,7 @@
 
 namespace qs::hostkit {
 
-HRESULT AttributeSet::AddMultiple(VARIANT) noexcept { return E_NOTIMPL; }
-HRESULT AttributeSet::GetMultiple(VARIANT*) noexcept { return E_NOTIMPL; }
+HRESULT AttributeSet::AddMultiple(VARIANT) noexcept { return report(E_NOTIMPL); }
+HRESULT AttributeSet::GetMultiple(VARIANT*) noexcept { return report(E_NOTIMPL); }
 
 }  // namespace qs::hostkit

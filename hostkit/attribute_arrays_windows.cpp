@@ -27,9 +27,9 @@ HRESULT AttributeSet::AddMultiple(VARIANT attributes) noexcept {
     SAFEARRAY* array = arrayIn(attributes);
     VARTYPE type = VT_EMPTY;
     if (!array || FAILED(SafeArrayGetVartype(array, &type)) || (type != VT_BSTR && type != VT_VARIANT))
-      return E_INVALIDARG;
+      return because(E_INVALIDARG, {"the attributes are no array of texts or variants"});
     const LockedArray locked(array);
-    if (locked.extent(1) % 2 != 0) return E_INVALIDARG;
+    if (locked.extent(1) % 2 != 0) return because(E_INVALIDARG, {"the last attribute has no value"});
     std::vector<WideString> texts;
     for (std::size_t i = 0; i < locked.extent(1); ++i)
       texts.push_back(type == VT_BSTR ? WideString(viewOf(*static_cast<BSTR*>(locked.element(i))))
@@ -43,11 +43,11 @@ HRESULT AttributeSet::AddMultiple(VARIANT attributes) noexcept {
 }
 
 HRESULT AttributeSet::GetMultiple(VARIANT* attributes) noexcept {
-  if (!attributes) return E_POINTER;
+  if (!attributes) return report(E_POINTER);
   VariantInit(attributes);
   if (const HRESULT owned = guarded([&] { return own(), S_OK; }); FAILED(owned)) return owned;
   SAFEARRAY* array = SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(2 * attributes_.size()));
-  if (!array) return E_OUTOFMEMORY;
+  if (!array) return report(E_OUTOFMEMORY);
   const HRESULT filled = guarded([&] {
     const LockedArray locked(array);
     auto* element = static_cast<VARIANT*>(locked.element(0));

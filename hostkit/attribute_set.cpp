@@ -36,9 +36,9 @@ HRESULT AttributeSet::Add(BSTR tag, BSTR value) noexcept {
 }
 
 HRESULT AttributeSet::find(BSTR tag, BSTR* value) noexcept {
-  if (!value) return E_POINTER;
+  if (!value) return report(E_POINTER);
   *value = nullptr;
-  return guarded([&] {
+  return guardedLookUp([&] {
     const WideView wanted = viewOf(tag);
     for (const char* const* shown = shown_; shown && *shown; shown += 2)
       if (isTag(*shown, wanted)) {
@@ -54,10 +54,11 @@ HRESULT AttributeSet::find(BSTR tag, BSTR* value) noexcept {
 }
 
 HRESULT AttributeSet::GetByIndex(INT index, BSTR* tag, BSTR* value) noexcept {
-  if (!tag || !value) return E_POINTER;
+  if (!tag || !value) return report(E_POINTER);
   return guarded([&] {
     own();
-    if (index < 0 || static_cast<std::size_t>(index) >= attributes_.size()) return E_BOUNDS;
+    if (index < 0 || static_cast<std::size_t>(index) >= attributes_.size())
+      return because(E_BOUNDS, {"position ", index, " is outside ", attributes_.size(), " attributes"});
     const auto& [foundTag, foundValue] = attributes_[static_cast<std::size_t>(index)];
     Bstr tagCopy(foundTag);
     *value = Bstr(foundValue).release();
@@ -67,7 +68,7 @@ HRESULT AttributeSet::GetByIndex(INT index, BSTR* tag, BSTR* value) noexcept {
 }
 
 HRESULT AttributeSet::Size(INT* count) noexcept {
-  if (!count) return E_POINTER;
+  if (!count) return report(E_POINTER);
   return guarded([&] {
     own();
     *count = static_cast<INT>(attributes_.size());

@@ -85,17 +85,17 @@ constexpr LONG kMost = 1000;
 // The elements of a compound's array, up to one more than the most.
 std::vector<LONG> groupsOf(IDispatch* array) {
   const auto integers = ComPtr<IIntegerArrayDisp>::from(array);
-  if (!integers) throw CQSCOMError(E_NOINTERFACE);
+  if (!integers) fail(E_NOINTERFACE, {"the compound's groups are no array of integers"});
   return firstElementsOf<LONG>(integers.get(), kMost + 1);
 }
 
 // The sums over a compound's groups; nothing when it has none or the method does not apply.
 std::optional<Contribution> sumOf(IDispatch* compound) {
   const auto groups = ComPtr<ICompoundUNIFAC1>::from(compound);
-  if (!groups) throw CQSCOMError(E_NOINTERFACE);
+  if (!groups) fail(E_NOINTERFACE, {"the compound has no UNIFAC groups to ask for"});
   ComPtr<IDispatch> typeArray, countArray;
   const HRESULT result = groups->get_UNIFAC1Groups(typeArray.out(), countArray.out());
-  check(result);
+  check(compound, result, {"the compound's groups"});
   if (result != S_OK) return std::nullopt;
   const std::vector<LONG> types = groupsOf(typeArray.get()), counts = groupsOf(countArray.get());
   if (types.size() != counts.size() || types.size() > static_cast<std::size_t>(kMost)) return std::nullopt;
@@ -157,9 +157,10 @@ constexpr Property kProperties[] = {
 }  // namespace
 
 HRESULT JobackEstimator::Get_SupportedPropList(INT index, BSTR* name) noexcept {
-  if (!name) return E_POINTER;
+  if (!name) return report(E_POINTER);
   *name = nullptr;
-  if (index < 0 || static_cast<std::size_t>(index) >= std::size(kProperties)) return S_FALSE;
+  if (index < 0 || static_cast<std::size_t>(index) >= std::size(kProperties))
+    return report(S_FALSE, {"there are ", std::size(kProperties), " properties"});
   return guarded([&] {
     *name = Bstr(kProperties[index].name).release();
     return S_OK;
@@ -169,13 +170,13 @@ HRESULT JobackEstimator::Get_SupportedPropList(INT index, BSTR* name) noexcept {
 HRESULT JobackEstimator::Set_Path(BSTR) noexcept { return S_OK; }
 
 HRESULT JobackEstimator::Estimate(IDispatch* compound, BSTR property, double* value) noexcept {
-  if (!value) return E_POINTER;
-  if (!compound) return E_INVALIDARG;
-  return guarded([&] {
+  if (!value) return report(E_POINTER);
+  if (!compound) return report(E_INVALIDARG, {"the compound is null"});
+  return guardedLookUp([&] {
     const auto* known = std::ranges::find(kProperties, viewOf(property), &Property::name);
-    if (known == std::end(kProperties)) return S_FALSE;
+    if (known == std::end(kProperties)) return because(S_FALSE, {"the method does not estimate ", property});
     const auto sum = sumOf(compound);
-    if (!sum) return S_FALSE;
+    if (!sum) return because(S_FALSE, {"the method does not cover the compound's UNIFAC groups, or there are none"});
     *value = known->estimate(compound, *sum);
     return S_OK;
   });
@@ -184,7 +185,7 @@ HRESULT JobackEstimator::Estimate(IDispatch* compound, BSTR property, double* va
 HRESULT JobackEstimator::Get_ValueSource(BSTR, BSTR, BSTR name, tagValueKindEnum* kind, tagValueQualityEnum* quality,
                                          BSTR* title, BSTR* authors, INT* year, BSTR* licence, BSTR* changes,
                                          BSTR* uncertainty, BSTR* note) noexcept {
-  return guarded([&] {
+  return guardedLookUp([&] {
     ValueSource source;
     if (std::ranges::find(kProperties, viewOf(name), &Property::name) != std::end(kProperties)) {
       source.kind = eKindEstimated;

@@ -13,6 +13,7 @@
 #include "platform/folder.h"
 #include "platform/input_file.h"
 #include "platform/number_text.h"
+#include "platform/system_reason.h"
 
 namespace qs::hostkit {
 namespace {
@@ -109,7 +110,7 @@ WideView nameAt(std::size_t index) {
 // The first, second ... name and kind of what `has` tells a kind other than VoidProp for.
 template <class TypeOf>
 HRESULT nth(INT index, TypeOf has, BSTR* name, tagPropTypeEnum* type) {
-  if (index < 0) return S_FALSE;
+  if (index < 0) return because(S_FALSE, {"position ", index, " is outside"});
   for (std::size_t i = 0; !nameAt(i).empty(); ++i) {
     const tagPropTypeEnum found = has(nameAt(i));
     if (found == VoidProp || index-- > 0) continue;
@@ -117,12 +118,12 @@ HRESULT nth(INT index, TypeOf has, BSTR* name, tagPropTypeEnum* type) {
     *type = found;
     return S_OK;
   }
-  return S_FALSE;
+  return because(S_FALSE, {"the list has ended"});
 }
 
 std::vector<JsonLoader::Entry> readFolder(const WideString& folder) {
   auto names = namesIn(folder);
-  if (!names) throw CQSCOMError(E_FAIL);
+  if (!names) fail(E_FAIL, {"folder ", folder, ": ", systemReason().text});
   std::ranges::sort(*names);
   std::vector<JsonLoader::Entry> entries;
   for (const WideString& name : *names) {
@@ -164,8 +165,12 @@ const CompoundData* JsonLoader::find(BSTR searchKey, BSTR id) const {
   return entry ? &entry->compound.data : nullptr;
 }
 
+HRESULT JsonLoader::nothing(BSTR searchKey, BSTR id, BSTR name) {
+  return because(S_FALSE, {"there is no compound whose ", searchKey, " is \"", id, "\", or it has no ", name});
+}
+
 HRESULT JsonLoader::Set_Path(BSTR path) noexcept {
-  return guarded([&] {
+  return guardedLookUp([&] {
     if (path && path_ == viewOf(path)) return S_OK;
     WideString newPath(viewOf(path));
     entries_ = readFolder(newPath);
@@ -175,15 +180,15 @@ HRESULT JsonLoader::Set_Path(BSTR path) noexcept {
 }
 
 HRESULT JsonLoader::Get_DBIdentification(BSTR* text) noexcept {
-  if (!text) return E_POINTER;
-  return guarded([&] {
+  if (!text) return report(E_POINTER);
+  return guardedLookUp([&] {
     *text = Bstr(OLESTR("Folder of JSON compounds")).release();
     return S_OK;
   });
 }
 
 HRESULT JsonLoader::Get_SupportedPropList(INT index, BSTR* name, tagPropTypeEnum* type) noexcept {
-  if (!name || !type) return E_POINTER;
+  if (!name || !type) return report(E_POINTER);
   *name = nullptr;
   // Of a key it depends on the compound which of the two kinds it is.
   const auto usualKind = [this](WideView property) {
@@ -192,15 +197,16 @@ HRESULT JsonLoader::Get_SupportedPropList(INT index, BSTR* name, tagPropTypeEnum
       if (const tagPropTypeEnum found = kindOf(entry.compound.data, property); found != VoidProp) return found;
     return VoidProp;
   };
-  return guarded([&] { return nth(index, usualKind, name, type); });
+  return guardedLookUp([&] { return nth(index, usualKind, name, type); });
 }
 
 HRESULT JsonLoader::Get_AllCompounds(BSTR searchKey, INT index, BSTR* id) noexcept {
-  if (!id) return E_POINTER;
+  if (!id) return report(E_POINTER);
   *id = nullptr;
-  return guarded([&] {
+  return guardedLookUp([&] {
     const auto* field = findNamed(kIdentityFields, viewOf(searchKey));
-    if (!field || index < 0 || static_cast<std::size_t>(index) >= entries_.size()) return S_FALSE;
+    if (!field || index < 0 || static_cast<std::size_t>(index) >= entries_.size())
+      return because(S_FALSE, {"no compound has position ", index, ", or none has the field ", searchKey});
     // A compound without that field has a place all the same.
     Bstr text = field->text(entries_[static_cast<std::size_t>(index)].compound.data);
     *id = text ? text.release() : Bstr(WideView(OLESTR(""))).release();
@@ -209,36 +215,36 @@ HRESULT JsonLoader::Get_AllCompounds(BSTR searchKey, INT index, BSTR* id) noexce
 }
 
 HRESULT JsonLoader::Get_Prop(BSTR searchKey, BSTR id, INT index, BSTR* name, tagPropTypeEnum* type) noexcept {
-  if (!name || !type) return E_POINTER;
+  if (!name || !type) return report(E_POINTER);
   *name = nullptr;
-  return guarded([&] {
+  return guardedLookUp([&] {
     const CompoundData* compound = find(searchKey, id);
-    if (!compound) return S_FALSE;
+    if (!compound) return because(S_FALSE, {"there is no compound whose ", searchKey, " is \"", id, "\""});
     return nth(
         index, [compound](WideView property) { return kindOf(*compound, property); }, name, type);
   });
 }
 
 HRESULT JsonLoader::Get_PropType(BSTR searchKey, BSTR id, BSTR name, tagPropTypeEnum* type) noexcept {
-  if (!type) return E_POINTER;
-  return guarded([&] {
+  if (!type) return report(E_POINTER);
+  return guardedLookUp([&] {
     const CompoundData* compound = find(searchKey, id);
     const tagPropTypeEnum found = compound ? kindOf(*compound, viewOf(name)) : VoidProp;
-    if (found == VoidProp) return S_FALSE;
+    if (found == VoidProp) return nothing(searchKey, id, name);
     *type = found;
     return S_OK;
   });
 }
 
 HRESULT JsonLoader::Get_PropSingleVal(BSTR searchKey, BSTR id, BSTR name, double* number, BSTR* text) noexcept {
-  if (!number || !text) return E_POINTER;
+  if (!number || !text) return report(E_POINTER);
   *text = nullptr;
-  return guarded([&] {
+  return guardedLookUp([&] {
     const CompoundData* compound = find(searchKey, id);
-    if (!compound) return S_FALSE;
+    if (!compound) return nothing(searchKey, id, name);
     if (const auto* field = findNamed(kIdentityFields, viewOf(name))) {
       Bstr value = field->text(*compound);
-      if (!value) return S_FALSE;
+      if (!value) return nothing(searchKey, id, name);
       if (field->type == PointPropLong)
         *number = readInteger(narrow(value.view()));
       else
@@ -247,7 +253,7 @@ HRESULT JsonLoader::Get_PropSingleVal(BSTR searchKey, BSTR id, BSTR name, double
     }
     const auto key = findKey(viewOf(name));
     const auto constant = key ? compound->constants.find(*key) : compound->constants.end();
-    if (constant == compound->constants.end()) return S_FALSE;
+    if (constant == compound->constants.end()) return nothing(searchKey, id, name);
     *number = constant->second;
     return S_OK;
   });
@@ -259,13 +265,13 @@ HRESULT JsonLoader::Get_PropEquation(BSTR searchKey, BSTR id, BSTR name, tagEqua
                                      double* xPow, double* yPow, double* a, double* b) noexcept {
   if (!shape || !tMin || !tMax || !pMin || !pMax || !coefficients || !xShape || !yShape || !xNorm || !yNorm || !xPow ||
       !yPow || !a || !b)
-    return E_POINTER;
+    return report(E_POINTER);
   *coefficients = nullptr;
-  return guarded([&] {
+  return guardedLookUp([&] {
     const CompoundData* compound = find(searchKey, id);
     const auto key = findKey(viewOf(name));
     const auto correlation = compound && key ? correlationOf(*compound, *key) : std::nullopt;
-    if (!correlation) return S_FALSE;
+    if (!correlation) return nothing(searchKey, id, name);
     *coefficients = newRealArray(correlation->coefficients).release();
     *shape = correlation->form;
     *tMin = correlation->tmin;
@@ -282,20 +288,20 @@ HRESULT JsonLoader::Get_PropEquation(BSTR searchKey, BSTR id, BSTR name, tagEqua
   });
 }
 
-HRESULT JsonLoader::Get_PropCOM(BSTR, BSTR, BSTR, BSTR* className, IPCProperty** component) noexcept {
-  if (!className || !component) return E_POINTER;
+HRESULT JsonLoader::Get_PropCOM(BSTR searchKey, BSTR id, BSTR name, BSTR* className, IPCProperty** component) noexcept {
+  if (!className || !component) return report(E_POINTER);
   *className = nullptr;
   *component = nullptr;
-  return S_FALSE;
+  return report(nothing(searchKey, id, name));
 }
 
 HRESULT JsonLoader::Get_PropMultiVal(BSTR searchKey, BSTR id, BSTR name, IDispatch** values) noexcept {
-  if (!values) return E_POINTER;
+  if (!values) return report(E_POINTER);
   *values = nullptr;
-  return guarded([&] {
+  return guardedLookUp([&] {
     const CompoundData* compound = find(searchKey, id);
     const auto* list = findNamed(kGroupLists, viewOf(name));
-    if (!compound || !list || compound->unifac.empty()) return S_FALSE;
+    if (!compound || !list || compound->unifac.empty()) return nothing(searchKey, id, name);
     std::vector<LONG> numbers;
     for (const database::UnifacGroup& group : compound->unifac) numbers.push_back(group.*(list->member));
     *values = newIntegerArray(numbers).release();
@@ -304,11 +310,12 @@ HRESULT JsonLoader::Get_PropMultiVal(BSTR searchKey, BSTR id, BSTR name, IDispat
 }
 
 HRESULT JsonLoader::Get_AllSynonyms(BSTR searchKey, BSTR id, INT index, BSTR* synonym) noexcept {
-  if (!synonym) return E_POINTER;
+  if (!synonym) return report(E_POINTER);
   *synonym = nullptr;
-  return guarded([&] {
+  return guardedLookUp([&] {
     const CompoundData* compound = find(searchKey, id);
-    if (!compound || index < 0 || static_cast<std::size_t>(index) >= compound->synonyms.size()) return S_FALSE;
+    if (!compound || index < 0 || static_cast<std::size_t>(index) >= compound->synonyms.size())
+      return because(S_FALSE, {"there is no compound whose ", searchKey, " is \"", id, "\", or no synonym ", index});
     *synonym = Bstr(widen(compound->synonyms[static_cast<std::size_t>(index)])).release();
     return S_OK;
   });
@@ -317,7 +324,7 @@ HRESULT JsonLoader::Get_AllSynonyms(BSTR searchKey, BSTR id, INT index, BSTR* sy
 HRESULT JsonLoader::Get_ValueSource(BSTR searchKey, BSTR id, BSTR name, tagValueKindEnum* kind,
                                     tagValueQualityEnum* quality, BSTR* title, BSTR* authors, INT* year, BSTR* licence,
                                     BSTR* changes, BSTR* uncertainty, BSTR* note) noexcept {
-  return guarded([&] {
+  return guardedLookUp([&] {
     const Entry* entry = findEntry(searchKey, id);
     const auto key = entry ? findKey(viewOf(name)) : std::nullopt;
     return (key ? sourceOf(*entry, *key) : ValueSource())

@@ -46,6 +46,7 @@ class JsonLoader final : public Coclass<JsonLoader, ILoad, IValueSource> {
   };
 
  private:
+  static HRESULT nothing(BSTR searchKey, BSTR id, BSTR name);
   const Entry* findEntry(BSTR searchKey, BSTR id) const;
   const database::CompoundData* find(BSTR searchKey, BSTR id) const;
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/input_file.h"
+#include "platform/system_reason.h"
 #include "platform/unit_block.h"
 #include "xml/character.h"
 
@@ -46,22 +47,27 @@ bool hasDocumentType(WideView text) {
 template <class Source>
 HRESULT feed(const Source& source, IDispatch* receiver) {
   const auto client = ComPtr<XMLParserClient>::from(receiver);
-  if (!client) return E_INVALIDARG;
-  check(client->StartDocument());
+  if (!client) return because(E_INVALIDARG, {"the object is null or reads no XML"});
+  check(client.get(), client->StartDocument(), {"the reader"});
   EventFeed events(*client.get());
-  const HRESULT parsed = guarded([&] { return parseXml(source, events) ? S_OK : E_FAIL; });
+  const HRESULT parsed = contained([&] { return parseXml(source, events) ? S_OK : E_FAIL; });
   if (events.isRefused()) return events.result();
   const HRESULT result = FAILED(events.result()) ? events.result() : parsed;
-  if (SUCCEEDED(result)) return client->EndDocument();
+  if (SUCCEEDED(result)) {
+    const HRESULT ended = client->EndDocument();
+    return ended == S_OK ? ended : toldBy(client.get(), ended, {"the reader"});
+  }
   client->Error();
   return result;
 }
 
 std::vector<std::byte> contentOf(const WideString& path) {
   const auto file = InputFile::open(path);
-  if (!file) throw CQSCOMError(E_FAIL);
+  if (!file) fail(E_FAIL, {systemReason().text});
   std::vector<std::byte> bytes(static_cast<std::size_t>(file->stamp().size));
-  if (file->readAt(0, bytes) != bytes.size()) throw CQSCOMError(E_FAIL);
+  const auto got = file->readAt(0, bytes);
+  if (!got) fail(E_FAIL, {systemReason().text});
+  if (*got != bytes.size()) fail(E_FAIL, {"it has become shorter"});
   return bytes;
 }
 
@@ -75,20 +81,26 @@ void EventFeed::release(AttributeSet& all) {
 }
 
 HRESULT XmlParser::ParseText(BSTR text, IDispatch* client) noexcept {
-  return guarded([&] {
+  return guardedLookUp([&] {
     // Some parsers take the encoding from the first character.
     WideView document = viewOf(text);
     if (document.starts_with(OLECHAR{0xFEFF})) document.remove_prefix(1);
     document = withoutBlanks(document);
-    if (!text || !holdsCharactersAlone(document) || hasDocumentType(document)) return E_INVALIDARG;
+    if (!text) return because(E_INVALIDARG, {"the text is null"});
+    if (!holdsCharactersAlone(document))
+      return because(E_INVALIDARG, {"the text has a character that XML cannot hold"});
+    if (hasDocumentType(document)) return because(E_INVALIDARG, {"the text has a document type, which is refused"});
     return feed(document, client);
   });
 }
 
 HRESULT XmlParser::ParseFile(BSTR path, IDispatch* client) noexcept {
-  return guarded([&] {
-    const std::vector<std::byte> bytes = contentOf(WideString(viewOf(path)));
-    return feed(std::span<const std::byte>(bytes), client);
+  return guardedLookUp([&] {
+    const HRESULT result = contained([&] {
+      const std::vector<std::byte> bytes = contentOf(WideString(viewOf(path)));
+      return feed(std::span<const std::byte>(bytes), client);
+    });
+    return also(result, {" (file ", path, ")"});
   });
 }
 

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "com/com_ptr.h"
+#include "com/component.h"
 #include "hostkit/attribute_set.h"
 #include "xml/parser.h"
 
@@ -78,14 +79,14 @@ class EventFeed final : public XmlEvents {
   template <class Make>
   HRESULT make(Make&& event) noexcept {
     if (SUCCEEDED(result_))
-      if (const HRESULT made = guarded(std::forward<Make>(event)); FAILED(made)) result_ = made;
+      if (const HRESULT made = contained(std::forward<Make>(event)); FAILED(made)) result_ = made;
     return result_;
   }
   template <class Call>
   HRESULT hand(Call&& call) {
-    const HRESULT answer = guarded(std::forward<Call>(call));
+    const HRESULT answer = contained(std::forward<Call>(call));
     refused_ = FAILED(answer);
-    return answer;
+    return refused_ ? toldBy(&client_, answer, {"the reader"}) : answer;
   }
 
   template <class Text>

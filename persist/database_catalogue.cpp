@@ -3,13 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "com/error.h"
 #include "persist/byte_cursor.h"
 
 namespace qs::database {
 namespace {
-
-[[noreturn]] void fail() { throw CQSCOMError(E_FAIL); }
 
 std::uint64_t notNegative(std::int32_t size) { return size < 0 ? 0 : static_cast<std::uint64_t>(size); }
 
@@ -91,12 +88,13 @@ bool sameName(WideView a, WideView b) {
 }
 
 Catalogue::Catalogue(std::vector<std::byte> indexFile, WideView directory)
-    : file_(std::move(indexFile)), dataPath_(joinPath(directory, widen(kDataFile))) {
-  if (file_.size() > kLargestIndexFile) fail();
+    : file_(std::move(indexFile)), directory_(directory), dataPath_(joinPath(directory, widen(kDataFile))) {
+  if (file_.size() > kLargestIndexFile) fail({"it is too large for an index file"});
   const Header header = readHeader(file_);
   if (header.build) build_ = std::make_shared<const Build>(Build{WideString(directory), *header.build});
   if (!header.recordLength) return;
-  if (*header.recordLength <= 0 || header.fieldCount < 0) fail();
+  if (*header.recordLength <= 0) fail({"its records have the length ", *header.recordLength});
+  if (header.fieldCount < 0) fail({"it has ", header.fieldCount, " fields"});
   const auto length = static_cast<std::uint64_t>(*header.recordLength);
   const auto fieldCount = static_cast<std::uint64_t>(header.fieldCount);
   loadFields(length, header.fieldCount);
@@ -104,6 +102,11 @@ Catalogue::Catalogue(std::vector<std::byte> indexFile, WideView directory)
   const auto compoundCount = static_cast<std::uint64_t>(header.compoundCount);
   loadIndex((fieldCount + 1) * length, header.compoundCount);
   loadSynonyms((fieldCount + compoundCount + 1) * length, *header.recordLength);
+}
+
+void Catalogue::fail(TextParts why) const {
+  because(E_FAIL, {indexPath(), ": "});
+  throw CQSCOMError(also(E_FAIL, why));
 }
 
 std::span<const std::byte> Catalogue::bytesFrom(std::uint64_t offset) const {
@@ -207,7 +210,7 @@ bool Catalogue::readTextOf(const Synonym& synonym, WideString& text) const {
 
 WideString Catalogue::synonymText(const Synonym& synonym) const {
   WideString text;
-  if (!readTextOf(synonym, text)) fail();
+  if (!readTextOf(synonym, text)) fail({"a synonym of compound ", synonym.compound, " is too long"});
   return text;
 }
 

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "com/error.h"
 #include "persist/database_format.h"
 #include "persist/hashed_positions.h"
 #include "platform/input_file.h"
@@ -94,7 +95,8 @@ class Catalogue {
   // Bytes from the start of a data record to the end of its last field.
   std::uint64_t recordBytes() const { return recordBytes_; }
 
-  // The path of the data file beside the index file.
+  // The paths of the index file and of the data file beside it.
+  WideString indexPath() const { return joinPath(directory_, widen(kIndexFile)); }
   const FilePath& dataPath() const { return dataPath_; }
 
   // The data record number of a compound, from the first index record that carries the compound's number.
@@ -130,7 +132,10 @@ class Catalogue {
   std::uint32_t hashOf(LONG compound) const;
   std::uint32_t hashOf(const Synonym& synonym) const;
 
+  [[noreturn]] void fail(TextParts why) const;
+
   std::vector<std::byte> file_;
+  WideString directory_;
   FilePath dataPath_;
   std::shared_ptr<const Build> build_;
   DBFieldTable fields_;

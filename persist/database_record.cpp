@@ -40,12 +40,13 @@ class Decoder {
   Decoder(std::span<const std::byte> bytes, double version, RecordSink& sink)
       : cursor_(bytes), oldShapes_(version == kVersionWithOldShapes), sink_(sink) {}
 
-  HRESULT decode(std::span<const Field> fields) {
+  // The field that can be no field; null when all fields were delivered.
+  const Field* decode(std::span<const Field> fields) {
     for (const Field& field : fields) {
-      if (!decode(field)) return E_FAIL;
+      if (!decode(field)) return &field;
       if (cursor_.cutOff()) break;
     }
-    return S_OK;
+    return nullptr;
   }
 
  private:
@@ -179,6 +180,25 @@ std::optional<Header> headerOf(const FilePath& path, const InputFile& file) {
   return last.header;
 }
 
+// What is wrong with a record.
+HRESULT badRecord(const Catalogue& catalogue, LONG dataRecord, TextParts why) {
+  because(E_FAIL, {catalogue.dataPath().text(), ": record ", dataRecord});
+  return also(E_FAIL, why);
+}
+HRESULT badField(const Catalogue& catalogue, LONG dataRecord, const Field& field) {
+  return badRecord(catalogue, dataRecord,
+                   {", field ", field.name, field.size < 0 ? ": its size is negative" : ": its text is too long"});
+}
+HRESULT badPlace(const Catalogue& catalogue, LONG dataRecord) {
+  return badRecord(catalogue, dataRecord, {" has no place in the file"});
+}
+HRESULT unreadable(const Catalogue& catalogue, LONG dataRecord) {
+  return badRecord(catalogue, dataRecord, {" cannot be read: ", systemReason().text});
+}
+HRESULT noData(const Database& database) {
+  return because(E_FAIL, {database.catalogue->dataPath().text(), ": ", database.whyNoData.text});
+}
+
 std::optional<DataFile> openData(const FilePath& path) {
   auto file = InputFile::open(path);
   if (!file) return std::nullopt;
@@ -196,40 +216,46 @@ Database openDatabase(WideView directory) {
     auto catalogue = openCatalogue(directory);
     auto data = openData(catalogue ? catalogue->dataPath() : FilePath(joinPath(directory, widen(kDataFile))));
     if (catalogue && data && catalogue->build() == data->header.build) return {std::move(catalogue), std::move(data)};
-    if (left == 1 && catalogue && !data) return {std::move(catalogue), std::nullopt};
+    if (left == 1 && catalogue && !data) return {std::move(catalogue), std::nullopt, systemReason()};
+    if (left == 1 && catalogue)
+      fail(E_FAIL, {catalogue->dataPath().text(), ": it is not of the same build as ", kIndexFile});
+    // The catalogue has said why it could not be opened.
     if (left == 1 || (!catalogue && !data)) throw CQSCOMError(E_FAIL);
     std::this_thread::sleep_for(kPause);
   }
 }
 
 HRESULT readRecord(const Database& database, LONG dataRecord, RecordSink& sink) {
-  if (!database.data) return E_FAIL;
+  if (!database.data) return noData(database);
   const auto& [file, header] = *database.data;
   const Catalogue& catalogue = *database.catalogue;
   const auto extent = locate(header, file.stamp().size, dataRecord, 0, catalogue.recordBytes());
-  if (!extent) return E_FAIL;
+  if (!extent) return badPlace(catalogue, dataRecord);
   std::array<std::byte, 4096> usual;
   std::unique_ptr<std::byte[]> larger;
   if (extent->length > usual.size()) larger = std::make_unique_for_overwrite<std::byte[]>(extent->length);
   const std::span bytes(larger ? larger.get() : usual.data(), extent->length);
   const auto got = file.readAt(extent->offset, bytes);
-  if (!got) return E_FAIL;
-  return Decoder(bytes.first(*got), header.version, sink).decode(catalogue.fields());
+  if (!got) return unreadable(catalogue, dataRecord);
+  const Field* bad = Decoder(bytes.first(*got), header.version, sink).decode(catalogue.fields());
+  return bad ? badField(catalogue, dataRecord, *bad) : S_OK;
 }
 
 HRESULT readRecord(const Catalogue& catalogue, std::span<const std::byte> dataFile, LONG dataRecord, RecordSink& sink) {
   const Header header = readHeader(dataFile);
   const auto extent = locate(header, dataFile.size(), dataRecord, 0, catalogue.recordBytes());
-  if (!extent) return E_FAIL;
+  if (!extent) return badPlace(catalogue, dataRecord);
   const auto bytes = dataFile.subspan(static_cast<std::size_t>(extent->offset), extent->length);
-  return Decoder(bytes, header.version, sink).decode(catalogue.fields());
+  const Field* bad = Decoder(bytes, header.version, sink).decode(catalogue.fields());
+  return bad ? badField(catalogue, dataRecord, *bad) : S_OK;
 }
 
 HRESULT readField(const Database& database, std::span<const CompoundRecord> records, const Field& field,
                   RecordSink& sink, const std::function<void(std::size_t)>& done) {
   if (records.empty()) return S_OK;
-  if (!database.data) return E_FAIL;
+  if (!database.data) return noData(database);
   const auto& [file, header] = *database.data;
+  const Catalogue& catalogue = *database.catalogue;
   const std::uint64_t size = encodedBytes(field.kind, field.size < 0 ? 0 : static_cast<std::uint64_t>(field.size));
   struct Place : Extent {
     std::size_t record = 0;
@@ -237,7 +263,7 @@ HRESULT readField(const Database& database, std::span<const CompoundRecord> reco
   std::vector<Place> places(records.size());
   for (std::size_t i = 0; i < records.size(); ++i) {
     const auto extent = locate(header, file.stamp().size, records[i].dataRecord, field.offset, size);
-    if (!extent) return E_FAIL;
+    if (!extent) return badPlace(catalogue, records[i].dataRecord);
     places[i] = {*extent, i};
   }
   if (!std::ranges::is_sorted(places, {}, &Place::offset)) std::ranges::sort(places, {}, &Place::offset);
@@ -252,13 +278,12 @@ HRESULT readField(const Database& database, std::span<const CompoundRecord> reco
       end = std::max(end, last->offset + last->length);
     buffer.resize(std::max(buffer.size(), static_cast<std::size_t>(end - begin)));
     const auto got = file.readAt(begin, std::span(buffer).first(static_cast<std::size_t>(end - begin)));
-    if (!got) return E_FAIL;
+    if (!got) return unreadable(catalogue, records[next->record].dataRecord);
     const auto piece = std::span(std::as_const(buffer)).first(*got);
     for (; next != last; ++next) {
       const auto bytes = piece.subspan(std::min(static_cast<std::size_t>(next->offset - begin), *got));
-      const HRESULT result =
-          Decoder(bytes.first(std::min(next->length, bytes.size())), header.version, sink).decode(std::span(&field, 1));
-      if (result != S_OK) return result;
+      Decoder decoder(bytes.first(std::min(next->length, bytes.size())), header.version, sink);
+      if (decoder.decode(std::span(&field, 1))) return badField(catalogue, records[next->record].dataRecord, field);
       done(next->record);
     }
   }

@@ -11,6 +11,7 @@
 
 #include "persist/database_catalogue.h"
 #include "platform/input_file.h"
+#include "platform/system_reason.h"
 
 namespace qs::database {
 
@@ -23,6 +24,7 @@ struct DataFile {
 struct Database {
   std::shared_ptr<const Catalogue> catalogue;
   std::optional<DataFile> data;  // nothing when the data file cannot be opened or read; then no record can be read
+  SystemReason whyNoData = {};
 };
 
 // Opens the database in a directory, for use by this thread and soon. Where one of the files is missing, or where they

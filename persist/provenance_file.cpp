@@ -14,6 +14,7 @@
 #include "persist/byte_cursor.h"
 #include "persist/byte_writer.h"
 #include "persist/database_format.h"
+#include "platform/system_reason.h"
 
 namespace qs::database {
 namespace {
@@ -134,9 +135,10 @@ struct ProvenanceFile::Entry {
 };
 
 std::optional<ProvenanceFile> ProvenanceFile::open(WideView directory, std::uint64_t build) {
-  auto opened = InputFile::open(joinPath(directory, widen(kProvenanceFile)));
+  WideString path = joinPath(directory, widen(kProvenanceFile));
+  auto opened = InputFile::open(path);
   if (!opened || opened->stamp().size < kProvenanceHeaderLength) return std::nullopt;
-  ProvenanceFile file(std::move(*opened));
+  ProvenanceFile file(std::move(path), std::move(*opened));
   std::array<std::byte, kProvenanceHeaderLength> header;
   file.readAt(0, header);
   ByteCursor cursor(header);
@@ -226,10 +228,13 @@ Annotations ProvenanceFile::readAll() {
 }
 
 void ProvenanceFile::readAt(std::uint64_t offset, std::span<std::byte> buffer) const {
-  if (!whole_.empty())
+  if (!whole_.empty()) {
     std::ranges::copy(std::span(whole_).subspan(static_cast<std::size_t>(offset), buffer.size()), buffer.begin());
-  else if (file_.readAt(offset, buffer) != buffer.size())
-    throw CQSCOMError(E_FAIL);
+    return;
+  }
+  const auto got = file_.readAt(offset, buffer);
+  if (!got) fail(E_FAIL, {path_, ": ", systemReason().text});
+  if (*got != buffer.size()) fail(E_FAIL, {path_, ": it has become shorter"});
 }
 
 ProvenanceFile::Record ProvenanceFile::recordAt(Section section, std::uint32_t i) const {

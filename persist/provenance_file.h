@@ -99,7 +99,7 @@ class ProvenanceFile {
   using Record = std::array<std::byte, kLongestRecord>;
   struct Entry;
 
-  explicit ProvenanceFile(InputFile file) : file_(std::move(file)) {}
+  ProvenanceFile(WideString path, InputFile file) : path_(std::move(path)), file_(std::move(file)) {}
 
   void readAt(std::uint64_t offset, std::span<std::byte> buffer) const;
   Record recordAt(Section section, std::uint32_t i) const;
@@ -110,6 +110,7 @@ class ProvenanceFile {
   // With its key; both empty for a number that no origin has.
   std::pair<std::string, Origin> originAt(std::uint32_t number) const;
 
+  WideString path_;
   InputFile file_;
   std::vector<std::byte> whole_;  // the content, where all of it has been asked for
   std::array<std::uint32_t, kSections> counts_{};

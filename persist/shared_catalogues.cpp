@@ -11,6 +11,7 @@
 #include "com/error.h"
 #include "persist/file_watch.h"
 #include "platform/per_thread.h"
+#include "platform/system_reason.h"
 
 namespace qs::database {
 namespace {
@@ -19,18 +20,18 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kDirectoryLimit = 1024;  // bytes of 8-bit text
 
-[[noreturn]] void fail() { throw CQSCOMError(E_FAIL); }
-
 void checkDirectory(WideView directory) {
-  if (directory.empty() || directory.find(OLECHAR{}) != directory.npos || narrow(directory).size() > kDirectoryLimit)
-    fail();
+  if (directory.empty()) fail(E_FAIL, {"the path of the database is empty"});
+  if (directory.find(OLECHAR{}) != directory.npos) fail(E_FAIL, {"the path of the database has a null character"});
+  if (narrow(directory).size() > kDirectoryLimit)
+    fail(E_FAIL, {"the path of the database is longer than ", kDirectoryLimit, " bytes"});
 }
 
-std::vector<std::byte> readWhole(const InputFile& file) {
-  if (file.stamp().size > kLargestIndexFile) fail();
+std::vector<std::byte> readWhole(const InputFile& file, WideView path) {
+  if (file.stamp().size > kLargestIndexFile) fail(E_FAIL, {path, ": it is too large for an index file"});
   std::vector<std::byte> bytes(static_cast<std::size_t>(file.stamp().size));
   const auto got = file.readAt(0, bytes);
-  if (!got) fail();
+  if (!got) fail(E_FAIL, {path, ": ", systemReason().text});
   bytes.resize(*got);
   return bytes;
 }
@@ -63,13 +64,15 @@ class Index {
     // What another thread has read since is as new as what this one would read.
     if (latest_ && latest_->begin > asked) return latest_;
 
-    FilePath path = joinPath(directory_, widen(kIndexFile));
+    const WideString name = joinPath(directory_, widen(kIndexFile));
+    FilePath path = name;
     const auto file = InputFile::open(path);
     if (file && latest_ && latest_->watch.holds(file->stamp())) return latest_;
+    if (!file) because(E_FAIL, {name, ": ", systemReason().text});
     latest_.reset();
     if (!file) return nullptr;
     watch_.beforeReading(file->stamp());
-    latest_.reset(new Reading{begin, watch_, std::move(path), Catalogue(readWhole(*file), directory_)});
+    latest_.reset(new Reading{begin, watch_, std::move(path), Catalogue(readWhole(*file, name), directory_)});
     return latest_;
   }
 

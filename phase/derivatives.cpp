@@ -11,7 +11,7 @@ namespace {
 template <class I>
 ComPtr<I> shapeFrom(const VARIANT& value) {
   auto shape = interfaceFrom<I>(value);
-  if (!shape) throw CQSCOMError(DISP_E_TYPEMISMATCH);
+  if (!shape) fail(DISP_E_TYPEMISMATCH, {"the derivative is an array or a matrix, and the value is none"});
   return shape;
 }
 
@@ -39,9 +39,9 @@ HRESULT COQSPhase::putObject(INT index, ComPtr<I> DerivativeRecord::*held, I* ob
 }
 
 template <class I>
-HRESULT COQSPhase::getObject(INT index, ComPtr<I> DerivativeRecord::*held, tagResultTypeEnum shape,
-                             I** object) noexcept {
-  if (!object) return E_POINTER;
+HRESULT COQSPhase::getObject(INT index, ComPtr<I> DerivativeRecord::*held, tagResultTypeEnum shape, I** object,
+                             const char* member) noexcept {
+  if (!object) return report(E_POINTER, {}, member);
   const DerivativeRecord* record = recordAt(index);
   if (!record) return S_FALSE;
   *object = record->shape == shape ? ComPtr(record->*held).release() : nullptr;
@@ -63,7 +63,7 @@ HRESULT COQSPhase::ClearDerivativesProps() noexcept {
 
 HRESULT COQSPhase::AddDerivativeProp(LONG property, LONG derivative, tagResultTypeEnum propertyShape,
                                      tagResultTypeEnum shape, INT* index) noexcept {
-  if (!index) return E_POINTER;
+  if (!index) return report(E_POINTER);
   return guarded([&] {
     INT found = indexOf(property, derivative);
     if (found == kEmptyInteger) {
@@ -80,7 +80,7 @@ HRESULT COQSPhase::AddDerivativeProp(LONG property, LONG derivative, tagResultTy
 }
 
 HRESULT COQSPhase::GetDerivativePropIndex(LONG property, LONG derivative, INT* index) noexcept {
-  if (!index) return E_POINTER;
+  if (!index) return report(E_POINTER);
   *index = indexOf(property, derivative);
   return *index == kEmptyInteger ? S_FALSE : S_OK;
 }
@@ -97,13 +97,13 @@ HRESULT COQSPhase::RemoveDerivativeProp(INT index, LONG property, LONG derivativ
 }
 
 HRESULT COQSPhase::GetNumDerivativeProps(INT* count) noexcept {
-  if (!count) return E_POINTER;
+  if (!count) return report(E_POINTER);
   *count = static_cast<INT>(derivatives_.size());
   return S_OK;
 }
 
 HRESULT COQSPhase::GetDerivativePropIDs(INT index, LONG* property, LONG* derivative) noexcept {
-  if (!property || !derivative) return E_POINTER;
+  if (!property || !derivative) return report(E_POINTER);
   const DerivativeRecord* record = recordAt(index);
   *property = record ? record->property : kEmptyInteger;
   *derivative = record ? record->derivative : kEmptyInteger;
@@ -115,7 +115,7 @@ HRESULT COQSPhase::SetNeedDerivative(INT index, BYTE needed) noexcept {
 }
 
 HRESULT COQSPhase::GetNeedDerivative(INT index, BYTE* needed) noexcept {
-  if (!needed) return E_POINTER;
+  if (!needed) return report(E_POINTER);
   return withRecord(index, [&](const DerivativeRecord& record) { *needed = record.needed; });
 }
 
@@ -124,7 +124,7 @@ HRESULT COQSPhase::SetDerivativeStatus(INT index, tagDerivativeStatusEnum status
 }
 
 HRESULT COQSPhase::GetDerivativeStatus(INT index, tagDerivativeStatusEnum* status) noexcept {
-  if (!status) return E_POINTER;
+  if (!status) return report(E_POINTER);
   return withRecord(index, [&](const DerivativeRecord& record) { *status = record.status; });
 }
 
@@ -133,7 +133,7 @@ HRESULT COQSPhase::PutPointDerivative(INT index, double value) noexcept {
 }
 
 HRESULT COQSPhase::GetPointDerivative(INT index, double* value) noexcept {
-  if (!value) return E_POINTER;
+  if (!value) return report(E_POINTER);
   const DerivativeRecord* record = recordAt(index);
   if (!record) return S_FALSE;
   *value = record->shape == RealPoint ? record->point : kEmptyValue;
@@ -162,20 +162,21 @@ HRESULT COQSPhase::PutVariantDerivative(INT index, VARIANT value) noexcept {
     if (!record) return S_FALSE;
     switch (record->shape) {
       case RealPoint:
-        if (behind(value).vt == VT_EMPTY) return DISP_E_TYPEMISMATCH;
+        if (behind(value).vt == VT_EMPTY)
+          return because(DISP_E_TYPEMISMATCH, {"the derivative is a number, and the value is empty"});
         return PutPointDerivative(index, numberFrom(value));
       case RealArray:
         return PutArrayDerivative(index, shapeFrom<IRealArrayDisp>(value).get());
       case RealMatrix:
         return PutMatrixDerivative(index, shapeFrom<IRealMatrixDisp>(value).get());
       default:
-        return DISP_E_TYPEMISMATCH;
+        return because(DISP_E_TYPEMISMATCH, {"the derivative has the shape ", record->shape, ", which takes no value"});
     }
   });
 }
 
 HRESULT COQSPhase::GetVariantDerivative(INT index, VARIANT* value) noexcept {
-  if (!value) return E_POINTER;
+  if (!value) return report(E_POINTER);
   const DerivativeRecord* record = recordAt(index);
   if (!record) return S_FALSE;
   Variant held;
@@ -187,7 +188,7 @@ HRESULT COQSPhase::GetVariantDerivative(INT index, VARIANT* value) noexcept {
 }
 
 HRESULT COQSPhase::GetResultValueType(INT index, tagResultTypeEnum* propertyShape, tagResultTypeEnum* shape) noexcept {
-  if (!propertyShape || !shape) return E_POINTER;
+  if (!propertyShape || !shape) return report(E_POINTER);
   return withRecord(index, [&](const DerivativeRecord& record) {
     *propertyShape = record.propertyShape;
     *shape = record.shape;
@@ -199,7 +200,7 @@ HRESULT COQSPhase::PutDerivativeType(INT index, tagDerivativeTypeEnum method) no
 }
 
 HRESULT COQSPhase::GetDerivativeType(INT index, tagDerivativeTypeEnum* method) noexcept {
-  if (!method) return E_POINTER;
+  if (!method) return report(E_POINTER);
   return withRecord(index, [&](const DerivativeRecord& record) { *method = record.method; });
 }
 

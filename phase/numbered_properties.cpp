@@ -20,7 +20,7 @@ template <class T>
 HRESULT getVariant(COQSPhase& phase, Getter<T> getter, VARIANT* value) {
   T got{};
   const HRESULT hr = (phase.*getter)(&got);
-  if (FAILED(hr)) return hr;
+  if (FAILED(hr)) return passOn(hr);
   if constexpr (std::is_pointer_v<T>) {
     value->vt = VT_DISPATCH;
     value->pdispVal = got;
@@ -37,8 +37,9 @@ HRESULT putVariant(COQSPhase& phase, Setter<T> setter, const VARIANT& value) {
   if constexpr (std::is_pointer_v<T>) {
     const Variant object = Variant::converted(value, VT_DISPATCH);
     ComPtr<std::remove_pointer_t<T>> queried;
-    if (object.get().pdispVal) queried = required<std::remove_pointer_t<T>>(object.get().pdispVal);
-    return (phase.*setter)(queried.get());
+    if (object.get().pdispVal) queried = required<std::remove_pointer_t<T>>(object.get().pdispVal, "value");
+    const HRESULT hr = (phase.*setter)(queried.get());
+    return FAILED(hr) ? passOn(hr) : hr;
   } else if constexpr (std::is_enum_v<T>) {
     return (phase.*setter)(static_cast<T>(Variant::converted(value, VT_I4).get().lVal));
   } else {
@@ -70,13 +71,13 @@ void COQSPhase::add(LONG number, Variant value) {
 }
 
 HRESULT COQSPhase::GetNumberOfProperties(INT* count) noexcept {
-  if (!count) return E_POINTER;
+  if (!count) return report(E_POINTER);
   *count = propertyCount_;
   return S_OK;
 }
 
 HRESULT COQSPhase::GetPropertyIDs(INT most, IIntegerArrayDisp** numbers) noexcept {
-  if (!numbers) return E_POINTER;
+  if (!numbers) return report(E_POINTER);
   *numbers = nullptr;
   return guarded([&] {
     // Removals may have lowered the count below the standard properties.
@@ -90,7 +91,7 @@ HRESULT COQSPhase::GetPropertyIDs(INT most, IIntegerArrayDisp** numbers) noexcep
 }
 
 HRESULT COQSPhase::SupportsProperty(LONG number, VARIANT_BOOL* present) noexcept {
-  if (!present) return E_POINTER;
+  if (!present) return report(E_POINTER);
   const auto found = further_.find(number);
   const bool supported =
       found == further_.end() ? standardProperty(number) != StandardProperty::None : !found->second.removed;
@@ -108,7 +109,10 @@ HRESULT COQSPhase::AddProperty(LONG number, VARIANT value) noexcept {
 
 HRESULT COQSPhase::RemoveProperty(LONG number) noexcept {
   const auto found = further_.find(number);
-  if (found == further_.end()) return standardProperty(number) == StandardProperty::None ? S_FALSE : E_FAIL;
+  if (found == further_.end())
+    return standardProperty(number) == StandardProperty::None
+               ? S_FALSE
+               : report(E_FAIL, {"property ", number, " is a standard one, which cannot be removed"});
   found->second.removed = true;
   --propertyCount_;
   return S_OK;
@@ -129,7 +133,7 @@ HRESULT COQSPhase::PutPropertyValue(LONG number, VARIANT value) noexcept {
 }
 
 HRESULT COQSPhase::GetPropertyValue(LONG number, VARIANT* value) noexcept {
-  if (!value) return E_POINTER;
+  if (!value) return report(E_POINTER);
   VariantInit(value);
   return guarded([&] {
     const StandardProperty standard = standardProperty(number);
@@ -166,20 +170,21 @@ HRESULT COQSPhase::getStandard(StandardProperty property, VARIANT* value) {
 }
 
 void COQSPhase::copyFurtherProperties(IUnknown* source) {
-  const auto container = required<IEnumeratedPropertyContainer>(source);
+  const auto container = required<IEnumeratedPropertyContainer>(source, "phase to copy");
+  const auto got = [&](HRESULT result) { check(container.get(), result, {"the properties of the phase to copy"}); };
   INT count = 0;
-  check(container->GetNumberOfProperties(&count));
+  got(container->GetNumberOfProperties(&count));
   if (count <= static_cast<INT>(kStandardCount)) return;
   checkCount(count);
   ComPtr<IIntegerArrayDisp> numbers;
-  check(container->GetPropertyIDs(count, numbers.out()));
-  if (!numbers) throw CQSCOMError(E_FAIL);
+  got(container->GetPropertyIDs(count, numbers.out()));
+  if (!numbers) fail(E_FAIL, {"the phase to copy gives no numbers of its properties"});
   for (INT i = kStandardCount; i < count; ++i) {
     LONG number = kEmptyInteger;
-    check(numbers->get_IthValue(i, &number));
+    checkElement(numbers.get(), numbers->get_IthValue(i, &number), static_cast<std::size_t>(i));
     Variant value;
     const HRESULT hr = container->GetPropertyValue(number, value.address());
-    check(hr);
+    got(hr);
     if (hr == S_OK && accepts(number)) add(number, std::move(value));
   }
 }

@@ -13,26 +13,28 @@ namespace {
 ComPtr<IRealArrayDisp> newArray(IClassFactory* factory) {
   ComPtr<IDispatch> created;
   check(factory->CreateInstance(nullptr, __uuidof(IDispatch), created.outAny()));
-  return required<IRealArrayDisp>(created.get());
+  return required<IRealArrayDisp>(created.get(), "array of the host");
 }
 
+[[noreturn]] void failWithoutArray() { fail(E_FAIL, {"the phase has no array"}); }
+
 void makeUnset(IRealArrayDisp* array, INT size) {
-  if (!array) throw CQSCOMError(E_FAIL);
+  if (!array) failWithoutArray();
   setElements(array, size, kEmptyValue);
 }
 
 // Makes the first element unset: that element says whether the array is set.
 void makeFirstUnset(IRealArrayDisp* array) {
-  if (!array) throw CQSCOMError(E_FAIL);
+  if (!array) failWithoutArray();
   LONG size = 0;
-  check(array->get_Size(&size));
-  if (size > 0) check(array->put_IthValue(0, kEmptyValue));
+  checkSize(array, array->get_Size(&size));
+  if (size > 0) checkElement(array, array->put_IthValue(0, kEmptyValue), 0);
 }
 
 template <class T>
 LONG read(IBasicPhase* phase, HRESULT (STDMETHODCALLTYPE IBasicPhase::*getter)(T*)) {
   T value{};
-  check((phase->*getter)(&value));
+  check(phase, (phase->*getter)(&value), {"the phase to copy"});
   return static_cast<LONG>(value);
 }
 
@@ -60,10 +62,11 @@ COQSPhase::~COQSPhase() {
 }
 
 HRESULT COQSPhase::finalConstruct() noexcept {
-  const HRESULT hr = guarded([&] {
+  const HRESULT hr = contained([&] {
     ComPtr<IClassFactory> factory;
-    check(CoGetClassObject(__uuidof(HostRealArray), CLSCTX_ALL, nullptr, __uuidof(IClassFactory), factory.outAny()));
-    if (!factory) return E_FAIL;
+    const HRESULT found =
+        CoGetClassObject(__uuidof(HostRealArray), CLSCTX_ALL, nullptr, __uuidof(IClassFactory), factory.outAny());
+    if (FAILED(found) || !factory) return because(E_FAIL, {"the host's array class: ", Meaning{found}});
 #define PHASE_ARRAY(name) state_.name = newArray(factory.get());
 #include "phase/properties.def"
     return S_OK;
@@ -72,23 +75,23 @@ HRESULT COQSPhase::finalConstruct() noexcept {
 }
 
 HRESULT COQSPhase::get_IsPseudoRoot(BYTE* value) noexcept {
-  if (!value) return E_POINTER;
+  if (!value) return report(E_POINTER);
   *value = state_.IsPseudoRoot;
   return S_OK;
 }
 
 HRESULT COQSPhase::IsActivePhase(VARIANT_BOOL* value) noexcept {
-  if (!value) return E_POINTER;
+  if (!value) return report(E_POINTER);
   *value = state_.PhaseStatus == xpsActivePhase ? VARIANT_TRUE : VARIANT_FALSE;
   return S_OK;
 }
 
 HRESULT COQSPhase::Finalize(IDispatch* compounds) noexcept {
   return guarded([&] {
-    const auto bound = required<ICompoundCollection>(compounds);
+    const auto bound = required<ICompoundCollection>(compounds, "collection of compounds");
     compounds_ = bound;
     INT count = 0;
-    check(bound->get_NumberOfCompounds(&count));
+    check(bound.get(), bound->get_NumberOfCompounds(&count), {"the collection of compounds"});
     checkCount(count);
     compoundCount_ = 0;  // should an array fail, they describe no compounds
 #define PHASE_ARRAY(name) makeUnset(state_.name.get(), count);
@@ -99,23 +102,25 @@ HRESULT COQSPhase::Finalize(IDispatch* compounds) noexcept {
 }
 
 HRESULT COQSPhase::get_NumberOfCompounds(INT* count) noexcept {
-  if (!count) return E_POINTER;
+  if (!count) return report(E_POINTER);
   *count = compounds_ ? compoundCount_ : 0;
   return compounds_ ? S_OK : S_FALSE;
 }
 
 HRESULT COQSPhase::get_Compounds(IDispatch** compounds) noexcept {
-  if (!compounds) return E_POINTER;
+  if (!compounds) return report(E_POINTER);
   *compounds = nullptr;
   if (!compounds_) return S_FALSE;
-  ComPtr<IDispatch> dispatch;
-  const HRESULT queried = dispatch.query(compounds_.get());
-  *compounds = dispatch.release();
-  return queried;
+  return guarded([&] {
+    ComPtr<IDispatch> dispatch;
+    const HRESULT queried = dispatch.query(compounds_.get());
+    *compounds = dispatch.release();
+    return FAILED(queried) ? because(queried, {"the collection of compounds has no dispatch"}) : queried;
+  });
 }
 
 HRESULT COQSPhase::GetCompounds(ICompoundCollection** compounds) noexcept {
-  if (!compounds) return E_POINTER;
+  if (!compounds) return report(E_POINTER);
   *compounds = ComPtr(compounds_).release();
   return *compounds ? S_OK : S_FALSE;
 }
@@ -136,47 +141,53 @@ HRESULT COQSPhase::ResetProperties(DWORD kept) noexcept {
     for (const ResettableReal& real : kResettableReals)
       if (!(kept & real.bit)) state_.*real.value = kEmptyValue;
     if (kept & kKeepComposition || compoundCount_ <= 0) return S_OK;
-    const auto composition = required<IRealVector>(state_.MolarComposition.get());
-    for (INT i = 0; i < compoundCount_; ++i) check(composition->SetElement(i, kEmptyValue));
+    const auto composition = required<IRealVector>(state_.MolarComposition.get(), "array of the composition");
+    for (INT i = 0; i < compoundCount_; ++i)
+      checkElement(composition.get(), composition->SetElement(i, kEmptyValue), static_cast<std::size_t>(i));
     return S_OK;
   });
 }
 
 HRESULT COQSPhase::CopyProperties(IDispatch* source) noexcept {
   return guarded([&] {
-    const auto phase = required<IBasicPhase>(source);
+    const auto phase = required<IBasicPhase>(source, "phase to copy");
+    const auto got = [&](HRESULT result) { check(phase.get(), result, {"the phase to copy"}); };
+    const auto put = [](HRESULT result) {
+      if (FAILED(result)) throw CQSCOMError(passOn(result));
+    };
 #define PHASE_ENUMERATION(name, type) state_.name = read(phase.get(), &IBasicPhase::get_##name);
-#define PHASE_REAL(name) check(phase->get_##name(&state_.name));
+#define PHASE_REAL(name) got(phase->get_##name(&state_.name));
 #include "phase/properties.def"
 
     ComPtr<IDispatch> compounds;
     const HRESULT given = phase->get_Compounds(compounds.out());
     compounds_ = ComPtr<ICompoundCollection>();  // released even where the new one fails
-    check(given);
-    if (compounds) compounds_ = required<ICompoundCollection>(compounds.get());
-    check(phase->get_NumberOfCompounds(&compoundCount_));
+    got(given);
+    if (compounds) compounds_ = required<ICompoundCollection>(compounds.get(), "collection of compounds");
+    got(phase->get_NumberOfCompounds(&compoundCount_));
 
     ComPtr<IDispatch> composition;
-    check(phase->get_MolarComposition(composition.out()));
-    if (composition) check(put_MolarComposition(composition.get()));
+    got(phase->get_MolarComposition(composition.out()));
+    if (composition) put(put_MolarComposition(composition.get()));
 
     copyFurtherProperties(source);
 
-    check(phase->get_IsPseudoRoot(&state_.IsPseudoRoot));
+    got(phase->get_IsPseudoRoot(&state_.IsPseudoRoot));
     ComPtr<IRealArrayDisp> fugacities;
-    check(phase->get_LnFugacity(fugacities.out()));
-    check(put_LnFugacity(fugacities.get()));
-    check(phase->get_LnFugacityCoeff(fugacities.out()));
-    check(put_LnFugacityCoeff(fugacities.get()));
+    got(phase->get_LnFugacity(fugacities.out()));
+    put(put_LnFugacity(fugacities.get()));
+    got(phase->get_LnFugacityCoeff(fugacities.out()));
+    put(put_LnFugacityCoeff(fugacities.get()));
     return S_OK;
   });
 }
 
 HRESULT COQSPhase::RegisterProperties(IDispatch* registry) noexcept {
   return guarded([&] {
-    const auto names = required<IEnumeratedPropertyRegistry>(registry);
+    const auto names = required<IEnumeratedPropertyRegistry>(registry, "registry of properties");
     for (std::size_t i = 0; i < kRegisteredCount; ++i)
-      check(names->RegisterProperty(Bstr(kRegisteredNames[i]).get(), &numbers_[i]));
+      check(names.get(), names->RegisterProperty(Bstr(kRegisteredNames[i]).get(), &numbers_[i]),
+            {"the registry of properties, ", kRegisteredNames[i]});
     return S_OK;
   });
 }

@@ -42,8 +42,8 @@ class COQSPhase final : public Coclass<COQSPhase, IBasicPhase, IUserPhaseType, I
   // arrays.cpp
   STDMETHODIMP get_MolarComposition(IDispatch** array) noexcept override;
   STDMETHODIMP put_MolarComposition(IDispatch* array) noexcept override;
-  STDMETHODIMP get_MassComposition(IDispatch**) noexcept override { return E_NOTIMPL; }
-  STDMETHODIMP put_MassComposition(IDispatch*) noexcept override { return E_NOTIMPL; }
+  STDMETHODIMP get_MassComposition(IDispatch**) noexcept override { return report(E_NOTIMPL); }
+  STDMETHODIMP put_MassComposition(IDispatch*) noexcept override { return report(E_NOTIMPL); }
   STDMETHODIMP get_MolarCompositionDisp(IRealArrayDisp** lent) noexcept override;
   STDMETHODIMP put_MolarCompositionDisp(IRealArrayDisp* array) noexcept override;
   STDMETHODIMP get_LnFugacity(IRealArrayDisp** array) noexcept override;
@@ -109,8 +109,8 @@ class COQSPhase final : public Coclass<COQSPhase, IBasicPhase, IUserPhaseType, I
   };
 
   template <class Stored, class T>
-  static HRESULT give(Stored stored, T* value) noexcept {
-    if (!value) return E_POINTER;
+  static HRESULT give(Stored stored, T* value, const char* member = __builtin_FUNCTION()) noexcept {
+    if (!value) return report(E_POINTER, {}, member);
     *value = static_cast<T>(stored);
     return stored == kEmptyInteger ? S_FALSE : S_OK;
   }
@@ -137,7 +137,8 @@ class COQSPhase final : public Coclass<COQSPhase, IBasicPhase, IUserPhaseType, I
   template <class I>
   HRESULT putObject(INT index, ComPtr<I> DerivativeRecord::*held, I* object) noexcept;
   template <class I>
-  HRESULT getObject(INT index, ComPtr<I> DerivativeRecord::*held, tagResultTypeEnum shape, I** object) noexcept;
+  HRESULT getObject(INT index, ComPtr<I> DerivativeRecord::*held, tagResultTypeEnum shape, I** object,
+                    const char* member = __builtin_FUNCTION()) noexcept;
 
   PhaseState state_;
   LONG userType_ = kEmptyInteger;

@@ -15,8 +15,8 @@
 
 namespace qs {
 
-class COQSPhaseCollection final
-    : public Coclass<COQSPhaseCollection, IPhaseCollection, IFlashPhaseCollection, IRegisterableObject, IReplacePhase> {
+class COQSPhaseCollection final : public Coclass<COQSPhaseCollection, IPhaseCollection, IFlashPhaseCollection,
+                                                 IRegisterableObject, IReplacePhase, IItems> {
  public:
   ~COQSPhaseCollection();
 
@@ -41,6 +41,12 @@ class COQSPhaseCollection final
 
   STDMETHODIMP LocateEqmPhaseIndex(tagPhaseTypeEnum type, INT index, INT* equilibriumIndex) noexcept override;
   STDMETHODIMP ReplaceEquilibriumPhase(INT index, IDispatch* phase) noexcept override;
+
+  // All slots in their order. A position outside and an empty slot return S_FALSE; DISP_E_TYPEMISMATCH for what is no
+  // number.
+  STDMETHODIMP get_Item(VARIANT position, IDispatch** phase) noexcept override;
+  STDMETHODIMP get_Count(LONG* count) noexcept override;
+  STDMETHODIMP get__NewEnum(IUnknown** enumerator) noexcept override;
 
  private:
   using Phases = std::vector<ComPtr<IBasicPhase>>;

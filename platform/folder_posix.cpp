@@ -9,7 +9,11 @@
 namespace qs {
 
 std::optional<std::vector<WideString>> namesIn(const WideString& folder) {
-  const auto close = [](DIR* stream) { ::closedir(stream); };
+  const auto close = [](DIR* stream) {
+    const int error = errno;
+    ::closedir(stream);
+    errno = error;
+  };
   const std::unique_ptr<DIR, decltype(close)> stream(::opendir(narrow(folder).c_str()), close);
   if (!stream && errno == ENOMEM) throw std::bad_alloc();
   if (!stream) return std::nullopt;

@@ -10,7 +10,11 @@ std::optional<std::vector<WideString>> namesIn(const WideString& folder) {
   WIN32_FIND_DATAW found;
   const HANDLE first = FindFirstFileW((folder + L"\\*").c_str(), &found);
   if (first == INVALID_HANDLE_VALUE) return std::nullopt;
-  const auto close = [](HANDLE handle) { FindClose(handle); };
+  const auto close = [](HANDLE handle) {
+    const DWORD error = GetLastError();
+    FindClose(handle);
+    SetLastError(error);
+  };
   const std::unique_ptr<void, decltype(close)> search(first, close);
   std::vector<WideString> names;
   do names.emplace_back(found.cFileName);

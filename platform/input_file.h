@@ -34,6 +34,7 @@ class FilePath {
   FilePath(const WideString& path);
 
   const Native& native() const { return native_; }
+  WideString text() const;
   bool operator==(const FilePath&) const = default;
 
  private:
@@ -42,7 +43,8 @@ class FilePath {
 
 class InputFile {
  public:
-  // Opens a regular file for reading, shared with other readers and writers. Nothing when it cannot be opened.
+  // Opens a regular file for reading, shared with other readers and writers. Nothing when it cannot be opened; then,
+  // and after a read error, systemReason says why.
   static std::optional<InputFile> open(const FilePath& path);
 
   InputFile(InputFile&& other) noexcept;

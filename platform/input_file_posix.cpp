@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
 
 #include "platform/file_calls_posix.h"
@@ -20,15 +21,19 @@ FileStamp stampFrom(const struct stat& status) {
 
 FilePath::FilePath(const WideString& path) : native_(narrow(path)) {}
 
+WideString FilePath::text() const { return widen(native_); }
+
 std::optional<InputFile> InputFile::open(const FilePath& path) {
   // Non-blocking, so that a path that names a pipe is refused below and does not wait for a writer.
   const int descriptor =
       callSystem(FileOperation::Open, [&] { return ::open(path.native().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
   if (descriptor < 0) return std::nullopt;
   struct stat status;
-  if (callSystem(FileOperation::Examine, [&] { return ::fstat(descriptor, &status); }) != 0 ||
-      !S_ISREG(status.st_mode)) {
+  const bool examined = callSystem(FileOperation::Examine, [&] { return ::fstat(descriptor, &status); }) == 0;
+  if (!examined || !S_ISREG(status.st_mode)) {
+    const int error = examined ? (S_ISDIR(status.st_mode) ? EISDIR : ENOTSUP) : errno;
     ::close(descriptor);
+    errno = error;
     return std::nullopt;
   }
   return InputFile(descriptor, stampFrom(status));

@@ -25,6 +25,8 @@ std::int64_t nanosecondsSince1970(const FILETIME& time) {
 
 FilePath::FilePath(const WideString& path) : native_(path) {}
 
+WideString FilePath::text() const { return native_; }
+
 std::optional<InputFile> InputFile::open(const FilePath& path) {
   if (!mayHappen(FileOperation::Open)) return std::nullopt;
   const HANDLE handle = CreateFileW(path.native().c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
@@ -33,7 +35,9 @@ std::optional<InputFile> InputFile::open(const FilePath& path) {
   BY_HANDLE_FILE_INFORMATION info;
   if (!mayHappen(FileOperation::Examine) || GetFileType(handle) != FILE_TYPE_DISK ||
       !GetFileInformationByHandle(handle, &info)) {
+    const DWORD error = GetLastError();
     CloseHandle(handle);
+    SetLastError(error == ERROR_SUCCESS ? ERROR_NOT_SUPPORTED : error);
     return std::nullopt;
   }
   const FileStamp stamp{join(info.nFileSizeHigh, info.nFileSizeLow), nanosecondsSince1970(info.ftLastWriteTime),

@@ -8,6 +8,7 @@
 #include <string>
 #include <tuple>
 
+#include "com/error.h"
 #include "platform/number_text.h"
 #include "props/form_functions.h"
 #include "props/property_text.h"
@@ -164,7 +165,8 @@ HRESULT CurveBase::SetParameter(LONG i, double v) {
 }
 
 HRESULT CurveBase::SetParameters(const double* values, LONG n) {
-  if (n < data_.form.coefficients) return E_FAIL;
+  if (n < data_.form.coefficients)
+    return because(E_FAIL, {"the form of equation takes ", data_.form.coefficients, " coefficients, not ", n});
   for (LONG i = 0; i < data_.form.coefficients; ++i) put(i, values[i]);
   return S_OK;
 }

@@ -71,7 +71,7 @@ PropertyPtr newComponentProperty(PropertyName name, BSTR className, IPCProperty*
 
 PropertyPtr newEquation(PropertyName name, const EquationData& data) {
   PropertyPtr equation = newProperty(EquationProp, data.shape);
-  if (!equation) throw CQSCOMError(E_FAIL);
+  if (!equation) fail(E_FAIL, {"there is no form of equation ", data.shape});
   equation->SetTRange(data.tMin, data.tMax);
   equation->SetPRange(data.pMin, data.pMax);
   check(equation->SetParameters(data.coefficients.data(), static_cast<LONG>(data.coefficients.size())));

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "com/component.h"
 #include "props/property_text.h"
 
 namespace qs {
@@ -170,7 +171,8 @@ HRESULT CQSCOMProp::GetValue(double T, double P, tagExtrapolationEnum e, LONG* p
 
 CQSCOMProp::Stored CQSCOMProp::stored() const {
   Stored stored{className_, content_};
-  if (const ComPtr<IPCProperty> object = object_) check(object->Store(stored.content.out()));
+  if (const ComPtr<IPCProperty> object = object_)
+    check(object.get(), object->Store(stored.content.out()), {"the component of a property"});
   return stored;
 }
 

@@ -62,16 +62,16 @@ std::vector<Place> places() {
 }
 
 // A key below Software\Classes, open for reading; it may not be there. The bitness matters for classes only.
-class Key {
+class OpenKey {
  public:
-  Key(const Place& place, const std::wstring& path) {
+  OpenKey(const Place& place, const std::wstring& path) {
     std::wstring full = L"Software\\Classes\\";
     if (place.bits == 32 && systemHas64Bits()) full += L"Wow6432Node\\";
     RegOpenKeyExW(place.root, (full + path).c_str(), 0, KEY_READ | KEY_WOW64_64KEY, &key_);
   }
-  Key(const Key&) = delete;
-  Key& operator=(const Key&) = delete;
-  ~Key() {
+  OpenKey(const OpenKey&) = delete;
+  OpenKey& operator=(const OpenKey&) = delete;
+  ~OpenKey() {
     if (key_) RegCloseKey(key_);
   }
 
@@ -150,7 +150,7 @@ std::string faultOf(const fs::path& file, int bits, const CLSID& clsid) {
 }
 
 std::optional<std::wstring> registeredFile(const NeededClass& needed, const Place& place) {
-  return Key(place, L"CLSID\\" + guidText(*needed.clsid) + L"\\InprocServer32").value();
+  return OpenKey(place, L"CLSID\\" + guidText(*needed.clsid) + L"\\InprocServer32").value();
 }
 
 void examineClass(const NeededClass& needed, Report& report) {
@@ -209,9 +209,9 @@ bool examineVersion(const Place& place, const Library& own, const std::wstring& 
   }
   bool found = false;
   const std::wstring path = L"TypeLib\\" + guidText(own.guid) + L'\\' + version;
-  for (const std::wstring& language : Key(place, path).subkeys()) {
+  for (const std::wstring& language : OpenKey(place, path).subkeys()) {
     for (const wchar_t* system : {L"\\win64", L"\\win32"}) {
-      const auto file = Key(place, path + L'\\' + language + system).value();
+      const auto file = OpenKey(place, path + L'\\' + language + system).value();
       if (!file) continue;
       found = true;
       const auto held = libraryIn(*file);
@@ -236,7 +236,7 @@ void examineTypeLibrary(Report& report) {
   bool found = false;
   for (const HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
     const Place place{root, systemHas64Bits() ? 64 : 32};  // programs of both kinds share it
-    for (const std::wstring& version : Key(place, L"TypeLib\\" + guidText(own->guid)).subkeys())
+    for (const std::wstring& version : OpenKey(place, L"TypeLib\\" + guidText(own->guid)).subkeys())
       found = examineVersion(place, *own, version, report) || found;
   }
   if (!found)

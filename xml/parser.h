@@ -36,9 +36,9 @@ class XmlEvents {
 };
 
 // Parse a text, whose declared encoding is ignored, or a file's bytes in the encoding that they declare, up to the end
-// or the first event that fails. False for a document that is not well-formed. Document types are refused where the
-// parser reports them, because a few lines can expand to gigabytes. Throw CQSCOMError when there is no parser, and
-// E_OUTOFMEMORY when it runs out of memory.
+// or the first event that fails. False for a document that is not well-formed, with what is wrong said of E_FAIL.
+// Document types are refused where the parser reports them, because a few lines can expand to gigabytes. Throw
+// CQSCOMError when there is no parser, and E_OUTOFMEMORY when it runs out of memory.
 bool parseXml(WideView text, XmlEvents& events);
 bool parseXml(std::span<const std::byte> bytes, XmlEvents& events);
 

@@ -51,11 +51,11 @@ void onComment(void* user, const XML_Char*) {
 void onInstruction(void* user, const XML_Char* target, const XML_Char* text) {
   Parsing& parsing = Parsing::from(user);
   // A conversion may run out of memory in a handler, which must not throw.
-  parsing.stopUnless(guarded([&] { return parsing.events.instruction(widen(target), widen(text)); }));
+  parsing.stopUnless(contained([&] { return parsing.events.instruction(widen(target), widen(text)); }));
 }
 
 void onDocumentType(void* user, const XML_Char*, const XML_Char*, const XML_Char*, int) {
-  Parsing::from(user).stopUnless(E_FAIL);
+  Parsing::from(user).stopUnless(because(E_FAIL, {"there is a document type, which is refused"}));
 }
 
 // `encoding` overrides the declared one; null uses that.
@@ -77,8 +77,11 @@ bool parse(std::string_view bytes, const XML_Char* encoding, XmlEvents& events) 
     bytes.remove_prefix(piece.size());
     if (XML_Parse(parser.get(), piece.data(), static_cast<int>(piece.size()), bytes.empty()) != XML_STATUS_OK) {
       parsing.reachLine();
-      if (XML_GetErrorCode(parser.get()) == XML_ERROR_NO_MEMORY) throw CQSCOMError(E_OUTOFMEMORY);
-      check(parsing.result);
+      const XML_Error error = XML_GetErrorCode(parser.get());
+      if (error == XML_ERROR_NO_MEMORY) throw CQSCOMError(E_OUTOFMEMORY);
+      const auto line = XML_GetCurrentLineNumber(parser.get());
+      check(also(parsing.result, {" (line ", line, ")"}));
+      because(E_FAIL, {"the text is not well-formed: ", XML_ErrorString(error), " (line ", line, ")"});
       return false;
     }
     if (bytes.empty()) return true;

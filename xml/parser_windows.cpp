@@ -26,6 +26,13 @@ class Handler final : public ISAXContentHandler, public ISAXLexicalHandler {
   void reachLine() {
     if (locator_ && events_.line) locator_->getLineNumber(&*events_.line);
   }
+  // After a parse that failed: what is wrong, unless the receiver has said it, and where.
+  void sayWhy() {
+    int line = 0;
+    if (locator_) locator_->getLineNumber(&line);
+    if (SUCCEEDED(refusal_)) because(refusal_ = E_FAIL, {"the text is not well-formed"});
+    also(refusal_, {" (line ", line, ")"});
+  }
 
   STDMETHODIMP QueryInterface(REFIID iid, void** out) noexcept override {
     *out = nullptr;
@@ -52,24 +59,24 @@ class Handler final : public ISAXContentHandler, public ISAXLexicalHandler {
       if (const HRESULT hr = attributes->getValue(i, &value, &valueLength); FAILED(hr)) return hr;
       events_.attribute(viewOf(tag, tagLength), viewOf(value, valueLength));
     }
-    return events_.startElement(viewOf(name, length));
+    return passed(events_.startElement(viewOf(name, length)));
   }
   STDMETHODIMP endElement(const wchar_t*, int, const wchar_t*, int, const wchar_t* name, int length) noexcept override {
-    return events_.endElement(viewOf(name, length));
+    return passed(events_.endElement(viewOf(name, length)));
   }
   STDMETHODIMP characters(const wchar_t* text, int length) noexcept override {
-    return events_.text(viewOf(text, length));
+    return passed(events_.text(viewOf(text, length)));
   }
   STDMETHODIMP ignorableWhitespace(const wchar_t* text, int length) noexcept override {
-    return events_.text(viewOf(text, length));
+    return passed(events_.text(viewOf(text, length)));
   }
   STDMETHODIMP processingInstruction(const wchar_t* target, int targetLength, const wchar_t* text,
                                      int length) noexcept override {
-    return events_.instruction(viewOf(target, targetLength), viewOf(text, length));
+    return passed(events_.instruction(viewOf(target, targetLength), viewOf(text, length)));
   }
-  STDMETHODIMP comment(const wchar_t*, int) noexcept override { return events_.comment(); }
+  STDMETHODIMP comment(const wchar_t*, int) noexcept override { return passed(events_.comment()); }
   STDMETHODIMP startDTD(const wchar_t*, int, const wchar_t*, int, const wchar_t*, int) noexcept override {
-    return E_FAIL;
+    return passed(because(E_FAIL, {"there is a document type, which is refused"}));
   }
 
   STDMETHODIMP putDocumentLocator(ISAXLocator* locator) noexcept override {
@@ -88,8 +95,14 @@ class Handler final : public ISAXContentHandler, public ISAXLexicalHandler {
   STDMETHODIMP endCDATA() noexcept override { return S_OK; }
 
  private:
+  HRESULT passed(HRESULT result) {
+    if (FAILED(result)) refusal_ = result;
+    return result;
+  }
+
   XmlEvents& events_;
   ComPtr<ISAXLocator> locator_;
+  HRESULT refusal_ = S_OK;
 };
 
 // The text with UTF-16 as its declared encoding, because the reader would use any other.
@@ -113,7 +126,10 @@ bool parse(const VARIANT& source, XmlEvents& events) {
   check(reader->putProperty(L"http://xml.org/sax/properties/lexical-handler", lexical));
   const HRESULT parsed = reader->parse(source);
   reader->putContentHandler(nullptr);
-  if (FAILED(parsed)) handler.reachLine();
+  if (FAILED(parsed)) {
+    handler.reachLine();
+    handler.sayWhy();
+  }
   return succeeded(parsed);
 }
 

@@ -35,7 +35,7 @@ constexpr WideView referenceOf(OLECHAR c) {
 }  // namespace
 
 XmlForm::XmlForm(INT flags) : flags_(flags) {
-  if ((flags & ~(xmlExactForm | xmlProvenance)) != 0) throw CQSCOMError(E_INVALIDARG);
+  if ((flags & ~(xmlExactForm | xmlProvenance)) != 0) fail(E_INVALIDARG, {"there is no form ", flags});
 }
 
 void XmlText::expect(std::size_t length) {
@@ -82,7 +82,8 @@ XmlText& XmlText::value(WideView text) { return form_.escaped() ? escaped(text) 
 XmlText& XmlText::escaped(WideView text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const WideView reference = referenceOf(text[i]);
-    if (reference.empty() && !isXmlCharacter(text, i)) throw CQSCOMError(E_INVALIDARG);
+    if (reference.empty() && !isXmlCharacter(text, i))
+      fail(E_INVALIDARG, {"a text has the character ", text[i], ", which XML cannot hold"});
     *this << (reference.empty() ? text.substr(i, 1) : reference);
   }
   return *this;

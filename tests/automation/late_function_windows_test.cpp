@@ -149,5 +149,13 @@ TEST_F(LateFunctions, ArgumentsMayBeNamed) {
   EXPECT_EQ(call(compound.get(), L"UNIFAC1NumberOfGroups"), "2");
 }
 
+TEST_F(LateFunctions, PressureMethodAndPolicyMayBeLeftOut) {
+  setEquation({0.0, 1.0, 0.0});
+  EXPECT_EQ(call(compound.get(), L"VP", 350.0), "350");
+  EXPECT_EQ(call(compound.get(), L"VP", 350.0, 1.0), "350");
+  EXPECT_EQ(call(compound.get(), L"GetPropertyValue", L"VP", 350.0), "350");
+  EXPECT_EQ(call(compound.get(), L"VP"), std::to_string(DISP_E_PARAMNOTOPTIONAL)) << "a temperature must be given";
+}
+
 }  // namespace
 }  // namespace qs::test

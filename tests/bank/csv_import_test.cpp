@@ -16,7 +16,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-Source import(const std::string& sheet, std::vector<Finding>& findings) {
+Source importSheet(const std::string& sheet, std::vector<Finding>& findings) {
   const TemporaryDirectory temporary;
   writeFile(temporary.path() / "sheet.csv", sheet);
   return importCsv(temporary.path() / "sheet.csv", findings);
@@ -25,7 +25,7 @@ Source import(const std::string& sheet, std::vector<Finding>& findings) {
 TEST(CsvImport, ReadsBackWhatIsExported) {
   const Source bundled = readSource(kSourceFolder / "data/compounds.json");
   std::vector<Finding> findings;
-  const Source read = import(writeCsv(bundled), findings);
+  const Source read = importSheet(writeCsv(bundled), findings);
   ASSERT_THAT(findings, IsEmpty());
   const auto wanted = qs::database::encodeDatabase(compoundsOf(bundled));
   const auto made = qs::database::encodeDatabase(compoundsOf(read));
@@ -37,7 +37,7 @@ TEST(CsvImport, ReadsBackWhatIsExported) {
 
 TEST(CsvImport, TakesWhatSpreadsheetsWrite) {
   std::vector<Finding> findings;
-  const Source source = import(
+  const Source source = importSheet(
       "\xEF\xBB\xBFnumber,name,cas,non_condensable,family,synonyms,unifac,TC,PC [bar],MP [degC],VP.form "
       "[Pa],VP.A,VP.B,VP.C,"
       "VP.D,VP.E,VP.Tmin [degC],VP.Tmax,VP.note,\r\n"
@@ -110,7 +110,7 @@ TEST(CsvImport, FindsAllFaultsWithLineAndColumn) {
   for (const auto& [header, row, faults] : cases) {
     SCOPED_TRACE(header);
     std::vector<Finding> findings;
-    import("number,name," + header + "\n1,X," + row, findings);
+    importSheet("number,name," + header + "\n1,X," + row, findings);
     ASSERT_EQ(findings.size(), faults.size()) << textOf(findings.at(0)) << textOf(findings.back());
     for (std::size_t i = 0; i < faults.size(); ++i) {
       const std::string place = faults[i].starts_with("1: ") ? "" : "2: compound 1 (X)";
@@ -131,7 +131,7 @@ TEST(CsvImport, FindsAllFaultsWithLineAndColumn) {
   };
   for (const auto& [sheet, faults] : sheets) {
     std::vector<Finding> findings;
-    import(sheet, findings);
+    importSheet(sheet, findings);
     ASSERT_EQ(findings.size(), faults.size()) << sheet;
     for (std::size_t i = 0; i < faults.size(); ++i)
       EXPECT_THAT(textOf(findings[i]), HasSubstr("sheet.csv:" + faults[i]));
@@ -141,8 +141,8 @@ TEST(CsvImport, FindsAllFaultsWithLineAndColumn) {
 TEST(CsvImport, TakesTheTemplate) {
   std::vector<Finding> findings;
   const Key chosen[] = {Key::TC, Key::IGH};
-  EXPECT_THAT(import(csvTemplate(chosen), findings).compounds, IsEmpty());
-  import(csvTemplate(usualKeys()), findings);
+  EXPECT_THAT(importSheet(csvTemplate(chosen), findings).compounds, IsEmpty());
+  importSheet(csvTemplate(usualKeys()), findings);
   EXPECT_THAT(findings, IsEmpty());
   EXPECT_THAT(csvTemplate(chosen), HasSubstr(",TC [K],TC.source,IGH.form [kJ/kmol],IGH.A,"));
   EXPECT_THAT(csvTemplate(chosen), HasSubstr(",IGH.G,IGH.Tmin [K],IGH.Tmax [K],IGH.source\n"));

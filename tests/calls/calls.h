@@ -44,6 +44,9 @@ struct Member {
 
 std::span<const Member> members();
 
+// Whether docs/reference.md has the result among those of a member.
+bool isStated(const Member& member, HRESULT result);
+
 // A number as another type; the least integer where it is none.
 template <class T>
 T within(double number) {

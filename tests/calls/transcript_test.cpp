@@ -10,6 +10,7 @@
 //   compound a                 a new compound with a name
 //   host                       an object of a host's own with every interface
 //   phases 3 2                 a new phase collection with three equilibrium phases and two feeds
+// Behind ` | ` may stand what LastError of the object returns after the call; paths are then without the source folder.
 // An array is [1 2] of integers or [1.0 2] of reals, and /tests a path in the source folder. Expected are the result,
 // unless it is S_OK, and all out-parameters; without `->` the result is S_OK. An object is shown by its name, or else
 // by its content.
@@ -107,6 +108,14 @@ class Objects final : public Values {
     return codeOf(result) + shown_.str();
   }
 
+  std::string lastErrorOf(const std::string& object) {
+    std::string sentence = narrow(got(objects_.at(object), &ILastError::get_LastError));
+    const std::string folder = kSourceFolder.string();
+    for (std::size_t at; (at = sentence.find(folder)) != std::string::npos;) sentence.erase(at, folder.size());
+    std::ranges::replace(sentence, '\\', '/');
+    return sentence;
+  }
+
  private:
   struct Host final : Values {
     double number() override { return 0; }
@@ -116,8 +125,11 @@ class Objects final : public Values {
     for (const Member& member : members()) {
       ComPtr<IUnknown> found;
       if ((name == member.name || name == std::string(member.face) + "::" + member.name) &&
-          objects_.at(object)->QueryInterface(member.iid, reinterpret_cast<void**>(found.out())) == S_OK)
-        return member.call(found.get(), *this);
+          objects_.at(object)->QueryInterface(member.iid, reinterpret_cast<void**>(found.out())) == S_OK) {
+        const HRESULT result = member.call(found.get(), *this);
+        EXPECT_TRUE(isStated(member, result)) << "interfaces/reference.txt lacks a result of " << name;
+        return result;
+      }
     }
     throw std::runtime_error("no member " + name);
   }
@@ -233,12 +245,19 @@ TEST_P(Calls, ReturnWhatIsWritten) {
     for (auto [number, line] : GetParam().steps) {
       for (std::size_t at; (at = line.find('%')) != std::string::npos;) line.replace(at, 1, kind);
       SCOPED_TRACE(GetParam().file + ':' + std::to_string(number) + ": " + line);
+      const std::size_t bar = line.find(" | ");
+      const std::string sentence = bar == std::string::npos ? "" : line.substr(bar + 3);
+      line.erase(std::min(bar, line.size()));
       const std::size_t arrow = line.find(" -> ");
       const std::string returned = objects.run(wordsOf(line.substr(0, arrow)));
-      if (arrow != std::string::npos)
+      if (arrow != std::string::npos) {
         EXPECT_EQ(returned, line.substr(arrow + 3));
-      else
+      } else {
         EXPECT_FALSE(returned.starts_with(" S_") || returned.starts_with(" E_")) << returned;
+      }
+      if (!sentence.empty()) {
+        EXPECT_EQ(objects.lastErrorOf(line.substr(2, line.find('.') - 2)), sentence);
+      }
     }
   }
 }

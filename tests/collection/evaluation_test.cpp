@@ -4,6 +4,7 @@
 #include "com/variant.h"
 #include "tests/support/collections.h"
 #include "tests/support/components.h"
+#include "tests/support/numbers.h"
 
 namespace qs::test {
 namespace {
@@ -138,7 +139,6 @@ struct ForeignCompound : CompoundAround<ICompoundProp> {
     *value = T > 390.0 ? kNaN : 7.0 * T;
     return S_OK;
   }
-  static constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 };
 
 TEST_F(CollectionEvaluation, ReadsCompoundsOfAnotherMaker) {

@@ -1,6 +1,10 @@
 // What a compound makes of the fields of a database record, and what is left of it when the files are bad.
 #include <gmock/gmock.h>
 
+#include <optional>
+
+#include "persist/database_format.h"
+#include "platform/input_file.h"
 #include "props/forms.h"
 #include "tests/support/compounds.h"
 #include "tests/support/database_builder.h"
@@ -165,6 +169,37 @@ TEST_F(CompoundDatabase, NothingOfAnotherCompoundStays) {
   const auto loader = query<ICompoundInitFromVelDB>(compound);
   EXPECT_EQ(loader->Init(Bstr(OLESTR("no such directory")).get(), 7), E_FAIL);
   EXPECT_EQ(loader->Init(nullptr, 7), E_FAIL);
+}
+
+TEST_F(CompoundDatabase, AFailureNamesFileRecordAndField) {
+  const auto index = [](int size) {
+    return indexFile({fieldDefinition("PName", size, "String")}, {indexRecord(7, 0)});
+  };
+  const auto marked = [](int build) {
+    return Bytes().real(2.0).integer(build, 8).text("", 2).int32(78).int32(0).int32(0).text(database::kMark, 4);
+  };
+  const Bytes data = header(2.0, 78, 0, 0).zerosTo(78);
+  const struct {
+    std::optional<Bytes> index, data;
+    std::string file, says;
+  } rows[] = {
+      {{}, {}, "idx", "there is no such file or folder"},
+      {header(2.0, 0, 0, 0), data, "idx", "its records have the length 0"},
+      {header(2.0, 78, -1, 0), data, "idx", "it has -1 fields"},
+      {indexFile({}), data, "idx", "there is no compound 7"},
+      {index(20), {}, "dat", "there is no such file or folder (compound 7)"},
+      {index(-1), data, "dat", "record 0, field PName: its size is negative (compound 7)"},
+      {marked(1), marked(2), "dat", "it is not of the same build as purecmp1.idx"},
+  };
+  for (const auto& row : rows) {
+    for (const auto& [name, content] : {std::pair("purecmp1.idx", row.index), {"purecmp1.dat", row.data}}) {
+      directory.remove(name);
+      if (content) directory.write(name, *content);
+    }
+    EXPECT_NE(init(7), S_OK);
+    const WideString file = joinPath(directory.name(), widen("purecmp1." + row.file));
+    EXPECT_EQ(got(compound, &ILastError::get_LastError), widen("Init: ") + file + widen(": " + row.says));
+  }
 }
 
 }  // namespace

@@ -9,12 +9,11 @@
 #include "tests/calls/calls.h"
 #include "tests/support/components.h"
 #include "tests/support/compounds.h"
+#include "tests/support/numbers.h"
 
 namespace qs::test {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr LONG kInside = eStatusInside, kBelow = eStatusBelow, kAbove = eStatusAbove, kPolicy = eStatusByPolicy,
                kHeld = eStatusByPolicy | eStatusClamped, kNotSet = eStatusNotSet, kNoNumber = eStatusNotANumber;
 

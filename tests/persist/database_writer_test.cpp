@@ -10,6 +10,7 @@
 #include "bank/json_source.h"
 #include "props/forms.h"
 #include "tests/support/files.h"
+#include "tests/support/numbers.h"
 #include "tests/support/record_log.h"
 
 namespace {
@@ -106,7 +107,6 @@ TEST(DatabaseWriter, WritesDerivedIdealGasCorrelationsOnlyBesideOthers) {
 
 // What a source can hold of it, tests/tools/faulty_sources.json has.
 TEST(DatabaseWriter, RefusesWhatTheFilesCannotHold) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   const std::pair<std::function<void(CompoundData&, Correlation&)>, const char*> cases[] = {
       {[](auto& c, auto&) { c.family = static_cast<tagCompoundFamilyEnum>(14); }, "Family: no such"},
       {[](auto& c, auto&) { c.constants[Key::TC] = -kInfinity; }, "TC: not a finite"},

@@ -13,14 +13,11 @@ using FlashExample = PhaseTest;
 
 TEST_F(FlashExample, StoresPhasesInEquilibrium) {
   const BundledCompounds bundled;
-  const auto compounds = create<ICompoundCollection>(__uuidof(::COQSCompoundCollection));
-  for (const INT number : {3, 4, 5, 6, 7}) {
-    const auto compound = newCompound();
-    EXPECT_EQ(query<ICompoundInitFromVelDB>(compound)->Init(Bstr(bundled.directory.name()).get(), number), S_OK);
-    EXPECT_EQ(compounds->AddCompound(compound.get()), S_OK);
-  }
+  const auto compounds = Collection::create().value();
+  for (const int number : {3, 4, 5, 6, 7})
+    compounds.add(Compound::read(utf8(bundled.directory.path()), number).value()).value();
   const auto vapourPressure = [&](std::size_t i, double temperature) {
-    return flash::valueOf(flash::compoundAt(compounds, static_cast<INT>(i)), &IBasicCompound::get_VP, temperature, 100);
+    return compounds.at(static_cast<int>(i)).value()["VP"].at(temperature).value();
   };
   const auto registry = query<IEnumeratedPropertyRegistry>(newRegistry());
   const auto phases = create<IPhaseCollection>(__uuidof(::COQSPhaseCollection));
@@ -36,7 +33,7 @@ TEST_F(FlashExample, StoresPhasesInEquilibrium) {
         }
         const flash::Feed feed{composition, temperature, bubble * std::pow(1 / (dew * bubble), place)};
         ASSERT_EQ(phases->Finalize(compounds.get(), 2, 1), S_OK);
-        flash::calculate(compounds, feed, phases, registry);
+        flash::calculate(compounds, feed, Phases(phases.get()), registry);
         ComPtr<IBasicPhase> found[3];
         double fraction[3]{};
         Reals stored[3];
@@ -64,8 +61,8 @@ TEST_F(FlashExample, StoresPhasesInEquilibrium) {
         INT index = -1;
         ComPtr<IRealArrayDisp> slopes, coefficients, ones;
         const auto derivatives = query<IDerivativeProp>(found[1]);
-        EXPECT_EQ(derivatives->GetDerivativePropIndex(flash::numberOf(registry, OLESTR("LnFugacityCoeff")),
-                                                      flash::numberOf(registry, OLESTR("dT")), &index),
+        EXPECT_EQ(derivatives->GetDerivativePropIndex(flash::numberOf(registry, "LnFugacityCoeff"),
+                                                      flash::numberOf(registry, "dT"), &index),
                   S_OK);
         EXPECT_EQ(derivatives->GetArrayDerivative(index, slopes.out()), S_OK);
         EXPECT_EQ(found[0]->get_LnFugacityCoeff(ones.out()), S_OK);

@@ -57,6 +57,24 @@ TEST_F(PhaseCollection, ReturnsTheFailureOfAPhase) {
   EXPECT_EQ(registerable->RegisterProperties(phases.get()), E_NOINTERFACE) << "which keeps neither";
 }
 
+class ThrowingPhase final : public Stub<IBasicPhase> {
+ public:
+  STDMETHODIMP get_PhaseStatus(tagPhaseStatusEnum*) override { throw 1; }
+  STDMETHODIMP ResetProperties(DWORD) override { throw 1; }
+};
+
+TEST_F(PhaseCollection, WhatAPhaseThrowsIsAFailure) {
+  if (!kExceptionsPass) GTEST_SKIP() << "on x86 an exception that reaches another module ends the process";
+  ThrowingPhase throwing;
+  const auto phases = phasesOf(&two, 1, 1);
+  ASSERT_EQ(query<IReplacePhase>(phases)->ReplaceEquilibriumPhase(0, &throwing), S_OK);
+  INT count = 0;
+  ComPtr<IBasicPhase> active;
+  EXPECT_EQ(phases->get_NumberOfActivePhases(&count), E_FAIL);
+  EXPECT_EQ(phases->GetActivePhase(9, active.out()), S_FALSE) << "no phase has this position";
+  EXPECT_EQ(phases->ResetCollection(0), E_FAIL);
+}
+
 TEST_F(PhaseCollection, ActorsStopAtAFailureAndMayChangeTheCollection) {
   const auto phases = phasesOf(&two, 3, 1);
   Observer failing(2), shrinking;

@@ -13,12 +13,10 @@
 
 #include "platform/text.h"
 #include "tests/support/comma_locale.h"
+#include "tests/support/numbers.h"
 
 namespace qs {
 namespace {
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 std::string written(double value) {
   std::string text;

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "tests/support/curve_formulas.h"
+#include "tests/support/numbers.h"
 #include "tests/support/properties.h"
 #include "tests/support/ulps.h"
 
@@ -55,7 +56,7 @@ TEST(CurveTransforms, ApplyPowersInsideTheShapes) {
 }
 
 TEST(CurveTransforms, FailOrLeaveItToArithmetic) {
-  constexpr double kEmpty = -32767.0, kInfinity = std::numeric_limits<double>::infinity();
+  constexpr double kEmpty = -32767.0;
   const Evaluation failsInX{S_FALSE, kUnwrittenLong, kUnwritten};
   const auto failsInY = [](double y) { return Evaluation{S_FALSE, kUnwrittenLong, y}; };
   const auto gives = [](double y) { return Evaluation{S_OK, 1, y}; };

@@ -6,15 +6,13 @@
 
 #include "props/evaluator.h"
 #include "tests/support/curve_formulas.h"
+#include "tests/support/numbers.h"
 
 namespace qs {
 namespace {
 
 using test::curveOf;
 using test::Real;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 Derivatives derivativesAt(const CQSAbstractProp& curve, double T) {
   Derivatives result{kUnwritten, kUnwritten, kUnwritten};

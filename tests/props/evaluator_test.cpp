@@ -10,6 +10,7 @@
 #include "props/derivatives.h"
 #include "props/evaluator.h"
 #include "tests/support/files.h"
+#include "tests/support/numbers.h"
 #include "tests/support/properties.h"
 #include "tests/support/ulps.h"
 
@@ -18,8 +19,6 @@ namespace {
 
 using Values = std::vector<double>;
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kP = 2.5;
 
 // Which NaN an operation gives is not fixed.
@@ -167,9 +166,9 @@ TEST(Evaluator, EvaluatesAlikeEquationsTogether) {
 
 // The C library's last bits are its own.
 TEST(Evaluator, TrigonometricTransformationsAreWithinTwoUlps) {
-  using Real = long double;
-  Real (*const forward[])(Real) = {std::sin, std::cos, std::tan};
-  Real (*const back[])(Real) = {std::asin, std::acos, std::atan};
+  using Long = long double;
+  Long (*const forward[])(Long) = {std::sin, std::cos, std::tan};
+  Long (*const back[])(Long) = {std::asin, std::acos, std::atan};
   const double identity[] = {0.0, 1.0, 0.0};
   for (LONG i = 0; i < 3; ++i)
     for (const bool isOfX : {true, false}) {
@@ -179,7 +178,7 @@ TEST(Evaluator, TrigonometricTransformationsAreWithinTwoUlps) {
       for (double x = -0.997; x < 1.0; x += 0.003) {
         double value = x;
         evaluate(*each.property, {&value, 1}, kP, &value);
-        EXPECT_LE(ulps(value, (isOfX ? forward : back)[i](Real(x))), 2.0) << each.name << " at " << x;
+        EXPECT_LE(ulps(value, (isOfX ? forward : back)[i](Long(x))), 2.0) << each.name << " at " << x;
       }
     }
 }

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "tests/support/curve_formulas.h"
+#include "tests/support/numbers.h"
 
 namespace qs {
 namespace {
@@ -12,9 +13,6 @@ namespace {
 using test::curveOf;
 using test::Real;
 using Function = std::function<Real(Real)>;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 struct Integrals {
   Real ofY, ofYOverT, magnitude, magnitudeOverT;

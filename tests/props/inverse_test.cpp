@@ -5,14 +5,12 @@
 #include <functional>
 
 #include "tests/support/curve_formulas.h"
+#include "tests/support/numbers.h"
 
 namespace qs {
 namespace {
 
 using test::Real;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 std::unique_ptr<CQSAbstractProp> curveOf(LONG shape, const std::vector<double>& coefficients, double tMin,
                                          double tMax) {

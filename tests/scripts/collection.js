@@ -33,6 +33,15 @@ parser.ParseText(exact, again);
 check("as many compounds", again.NumberOfCompounds == count);
 check("nothing is lost", again.StoreAsXMLEx(EXACT) == exact);
 
+var names = "", position = 0;
+for (var list = new Enumerator(collection); !list.atEnd(); list.moveNext(), ++position) {
+  if (list.item().CASN != collection(position).CASN) names += list.item().CASN + ";";
+}
+check("an enumerator", position == count && names == "");
+check("items", collection.Item("67-56-1").Name == "Methanol" && collection.Count == count);
+var water = collection.Item("water");
+check("arguments left out", water.VP(373.15) == water.VP(373.15, 101.325, 0, 0));
+
 var stated = again.StoreAsXML();
 parser.ParseText(stated, again);
 check("the default form comes back as it was", again.StoreAsXML() == stated);

@@ -34,6 +34,33 @@ Check "a loader that works", again.GetLoader("json").Get_DBIdentification = "Fol
 Check "a named view", again.GetSubCompList("alcohols").Compound(0).Name = collection.Compound(1).Name
 Check "nothing is lost", again.StoreAsXMLEx(EXACT) = text
 
+Dim item, names, numbers, sum
+For Each item In collection
+  names = names & item.CASN & ";"
+Next
+Check "For Each over compounds", names = "7732-18-5;67-56-1;"
+Check "an item by position", collection(1).CASN = "67-56-1" And collection.Count = 2
+Check "an item by name", collection("WATER").CASN = "7732-18-5" And collection.Item("water").CASN = "7732-18-5"
+Check "by synonym and CAS number", collection("oxidane").Name = "Water" And collection("7732-18-5").Name = "Water"
+Check "an item that is not there", (collection("ethanol") Is Nothing) And (collection(2) Is Nothing) And (collection(-1) Is Nothing)
+Set numbers = CreateObject("QsHostKit.RealArray.1")
+numbers.Size = 3
+numbers(0) = 1 : numbers(1) = 2.5 : numbers(2) = 4
+For Each item In numbers
+  sum = sum + item
+Next
+Check "For Each over numbers", sum = 7.5 And numbers.Count = 3
+
+Dim water, value
+Set water = collection(0)
+value = water.VP(373.15, 101.325, 0, 0)
+Check "pressure and method left out", water.VP(373.15) = value And water.VP(373.15, 200) = value
+Check "by name too", water.GetPropertyValue("VP", 373.15) = value
+numbers = water.VP(373.15, , 0)
+Check "a pressure left out in the middle", numbers(0) = value And numbers(1) = 1
+numbers = water.Evaluate("VP", 0, 900)
+Check "nothing outside the range", numbers(0) = -32767 And (numbers(1) And 64) = 64
+
 Dim matrix, statuses
 matrix = collection.EvaluateCompounds("VP", 0, Array(300, 310), 101.325, 6, Array(1, 0, 99), statuses)
 Check "a matrix of values", UBound(matrix, 1) = 2 And UBound(matrix, 2) = 1 And matrix(1, 0) = collection.Compound(0).VP(300, 101.325, 0, 0)

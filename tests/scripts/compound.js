@@ -61,5 +61,6 @@ check("array elements", integers(1) == 7 && integers(0) == -32767);
 
 check("an unknown member is an error", fails(function () { c.NoSuchMember(); }));
 check("a failing call is an error", fails(function () { c.Init("no such directory", 19); }));
+check("and says why", c.LastError.indexOf("Init: no such directory\\purecmp1.idx: ") == 0);
 check("an element outside is an error", fails(function () { return integers(2); }));
 WScript.Echo("end");

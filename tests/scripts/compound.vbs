@@ -81,6 +81,7 @@ Err.Clear
 c.Init "no such directory", 19
 Check "a failing call is an error", Err.Number <> 0
 Err.Clear
+Check "and says why", InStr(c.LastError, "Init: no such directory\purecmp1.idx: ") = 1
 Check "an element outside is an error", Not IsNumeric(coefficients(3)) Or Err.Number <> 0
 On Error Goto 0
 WScript.Echo "end"

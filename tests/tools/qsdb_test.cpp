@@ -158,7 +158,7 @@ TEST(QsdbDiff, ComparesSourcesAndDatabases) {
 
 TEST(Qsdb, TellsHowItIsUsed) {
   EXPECT_THAT(runQsdb({"--help"}), FieldsAre(0, HasSubstr("build"), ""));
-  EXPECT_THAT(runQsdb({"--version"}), FieldsAre(0, HasSubstr("1.0"), ""));
+  EXPECT_THAT(runQsdb({"--version"}), FieldsAre(0, HasSubstr("qsdb 1.1"), ""));
   for (const std::vector<std::string>& wrong :
        std::vector<std::vector<std::string>>{{}, {"biuld"}, {"build", "source"}, {"build", "a", "b", "c"}})
     EXPECT_THAT(runQsdb(wrong), FieldsAre(Ne(0), "", Not(IsEmpty())));
