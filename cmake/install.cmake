@@ -7,7 +7,7 @@ else()
   set(QS_QSDB $<TARGET_FILE:qsdb>)
 endif()
 
-set(programs qsdb first_steps property_table collection flash evaluation)
+set(programs qsdb vapour_pressure first_steps property_table collection flash evaluation)
 if(WIN32)
   list(APPEND programs without_registration)
   if(CMAKE_SIZEOF_VOID_P EQUAL 4)
@@ -18,6 +18,7 @@ if(WIN32)
   set(include include)
   set(shared .)
   set(documents .)
+  set(package cmake)
   install(TARGETS qscontainers qshostkit ${programs} RUNTIME DESTINATION ${binaries} COMPONENT programs)
   install(FILES ${QS_TYPE_LIBRARY} ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/qscontainers.sxs.manifest
                 ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/qshostkit.sxs.manifest
@@ -27,19 +28,44 @@ else()
   set(include ${CMAKE_INSTALL_INCLUDEDIR}/qscontainers)
   set(shared ${CMAKE_INSTALL_DATADIR}/qscontainers)
   set(documents ${CMAKE_INSTALL_DOCDIR})
+  set(package ${CMAKE_INSTALL_LIBDIR}/cmake/qscontainers)
   install(TARGETS qscontainers qshostkit ${programs} COMPONENT programs)
-  # For C++ hosts: find_package(qscontainers), target qscontainers::qs_host.
+  # Hosts made for 1.0 link qscontainers::qs_host and use the headers below, interfaces.h as com/interfaces.h.
   install(TARGETS qs_host qs_com qs_platform qs_interfaces EXPORT qscontainers COMPONENT programs)
-  install(EXPORT qscontainers NAMESPACE qscontainers:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/qscontainers
-          FILE qscontainers-config.cmake COMPONENT common)
-  install(DIRECTORY com interfaces platform DESTINATION ${include} COMPONENT common FILES_MATCHING PATTERN "*.h"
-          PATTERN "*_windows.h" EXCLUDE)
-  # Hosts made for 1.0 include it as com/interfaces.h.
-  install(FILES interfaces/interfaces.h DESTINATION ${include}/com COMPONENT common)
+  install(FILES com/bstr.h com/error.h interfaces/interfaces.h DESTINATION ${include}/com COMPONENT common)
+  install(FILES platform/text.h DESTINATION ${include}/platform COMPONENT common)
+  install(DIRECTORY platform/posix DESTINATION ${include}/platform COMPONENT common)
   install(FILES hostkit/module_loader.h DESTINATION ${include}/hostkit COMPONENT common)
+  # Headers that no host needs have a folder of their own, which qs_host alone has among its own.
+  install(DIRECTORY com platform DESTINATION ${include}-internal COMPONENT common FILES_MATCHING PATTERN "*.h"
+          PATTERN "*_windows.h" EXCLUDE PATTERN posix EXCLUDE
+          REGEX "/(bstr|com_ptr|com_types|error|not_set|text)\\.h$" EXCLUDE)
+  configure_file(cmake/qscontainers.pc.in qscontainers.pc @ONLY)
+  install(FILES ${CMAKE_BINARY_DIR}/qscontainers.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT common)
 endif()
 
-install(FILES ${QS_HEADER} ${QS_IDL} DESTINATION ${include} COMPONENT common)
+# For hosts in C++: the public headers, and find_package(qscontainers).
+install(FILES ${QS_HEADER} ${QS_IDL} sdk/qscontainers.hpp DESTINATION ${include} COMPONENT common)
+install(FILES com/com_ptr.h com/not_set.h DESTINATION ${include}/com COMPONENT common)
+install(FILES interfaces/interfaces.h DESTINATION ${include}/interfaces COMPONENT common)
+install(FILES platform/com_types.h DESTINATION ${include}/platform COMPONENT common)
+install(TARGETS qs_sdk EXPORT qscontainers COMPONENT common)
+install(EXPORT qscontainers NAMESPACE qscontainers:: DESTINATION ${package} FILE qscontainers-targets.cmake
+        COMPONENT common)
+include(CMakePackageConfigHelpers)
+set(database ${shared}/database)
+set(modules .)
+configure_package_config_file(cmake/qscontainers-config.cmake.in qscontainers-config.cmake
+                              INSTALL_DESTINATION ${package} PATH_VARS database modules)
+set(version_file ${CMAKE_BINARY_DIR}/qscontainers-config-version.cmake)
+if(WIN32)
+  # One for the programs of either bitness.
+  write_basic_package_version_file(${version_file} COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
+else()
+  write_basic_package_version_file(${version_file} COMPATIBILITY SameMajorVersion)
+endif()
+install(FILES ${CMAKE_BINARY_DIR}/qscontainers-config.cmake ${version_file} DESTINATION ${package} COMPONENT common)
+
 install(FILES README.md DESTINATION ${documents} COMPONENT common)
 install(DIRECTORY docs DESTINATION ${documents} COMPONENT common)
 install(DIRECTORY examples data DESTINATION ${shared} COMPONENT common)

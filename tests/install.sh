@@ -4,30 +4,94 @@
 # A folder with blanks and letters outside every 8-bit code page.
 place="$PWD/build/unpacked/Stoffe und Phäsen 水"
 
+# pack_and_unpack [windows-x86]
 pack_and_unpack() {
-  make_packages || { tail -n 20 build/log/packing.log && return 1; }
+  make_packages "$@" || { tail -n 20 build/log/packing.log && return 1; }
   rm -rf build/unpacked
   mkdir -p "$place" build/unpacked/linux &&
     (cd build/unpacked && cmake -E tar xf ../packages/*-windows.zip && cmake -E tar xf ../packages/*-linux-*.tar.gz) &&
     mv build/unpacked/*-windows/* "$place" && mv build/unpacked/*-linux-*/* build/unpacked/linux
 }
 
+# package_is_whole FOLDER...: that of Windows, with programs in these folders.
 package_is_whole() {
-  local file missing=0
-  for file in {x64,x86}/{qscontainers.dll,qshostkit.dll,qs{containers,hostkit}.sxs.manifest,qscontainers.tlb,qsdb.exe} \
-    include/qscontainers.{h,idl} database/purecmp1.{idx,dat,src} README.md docs/install.md examples/collection/collection.vbs; do
+  local folder file missing=0 files=(include/qscontainers.{h,hpp,idl} cmake/qscontainers-config{,-version}.cmake
+    database/purecmp1.{idx,dat,src} README.md docs/install.md examples/collection/collection.vbs)
+  for folder; do
+    files+=("$folder"/{qscontainers.dll,qshostkit.dll,qs{containers,hostkit}.sxs.manifest,qscontainers.tlb,qsdb.exe})
+  done
+  for file in "${files[@]}"; do
     [[ -s $place/$file ]] || { echo "no $file" && missing=1; }
   done
   return $missing
 }
 
+# build_examples PACKAGE FOLDER ARGUMENT...: all hosts in C++, as a user of the package builds them.
+build_examples() {
+  cmake -S "$1" -B "$2" -G Ninja -DCMAKE_CXX_COMPILER_LAUNCHER=ccache "${@:3}" && cmake --build "$2"
+}
+
+# examples_agree PLACE RUN: what each of the built examples prints, started by RUN, is what that of the native build
+# prints. PLACE makes a path one of their system.
+examples_agree() {
+  local example path arguments places
+  for example in vapour_pressure first_steps property_table collection flash evaluation; do
+    arguments=("$PWD/build/database") places=()
+    case $example in
+      first_steps) arguments+=("$PWD/build/unpacked/heptane.xml") ;;
+      collection) arguments+=("$PWD/data") ;;
+    esac
+    for path in "${arguments[@]}"; do places+=("$("$1" "$path")"); done
+    echo "$example"
+    "$2" "$example" "${places[@]}" | tr -d '\r' | cmp - <("build/native/bin/$example" "${arguments[@]}") || return 1
+  done
+}
+
+run_here() { "build/unpacked/examples/$1" "${@:2}"; }
+run_there() { wine "build/unpacked/examples-$bits/$1.exe" "${@:2}"; }
+
 linux_package_works() {
-  local root=build/unpacked/linux
-  local database=$root/share/qscontainers/database
-  "$root/bin/qsdb" doctor && "$root/bin/flash" "$database" &&
-    cmake -S "$root/share/qscontainers/examples" -B build/unpacked/examples -G Ninja -DCMAKE_PREFIX_PATH="$PWD/$root" \
-      -DCMAKE_CXX_COMPILER_LAUNCHER=ccache && cmake --build build/unpacked/examples --target first_steps &&
-    build/unpacked/examples/first_steps "$database" build/unpacked/heptane.xml
+  local root=$PWD/build/unpacked/linux
+  "$root/bin/qsdb" doctor && "$root/bin/flash" "$root/share/qscontainers/database" &&
+    build_examples "$root/share/qscontainers/examples" build/unpacked/examples -DCMAKE_PREFIX_PATH="$root" &&
+    examples_agree echo run_here
+}
+
+pkg_config_works() {
+  local root=$PWD/build/unpacked/linux database flags
+  local -x PKG_CONFIG_PATH=$root/lib/pkgconfig
+  database=$(pkg-config --variable=database qscontainers) && flags=$(pkg-config --cflags --libs qscontainers) || return 1
+  eval "g++ -std=c++20 examples/vapour_pressure/host.cpp $flags -o build/unpacked/vapour_pressure" &&
+    LD_LIBRARY_PATH=$root/lib build/unpacked/vapour_pressure "$database" |
+    cmp - <(build/native/bin/vapour_pressure build/database)
+}
+
+# A project that asks for a version finds the package, or does not when another major version is asked for.
+version_is_found() {
+  mkdir -p build/unpacked/version
+  printf '%s\n' 'cmake_minimum_required(VERSION 3.25)' 'project(host NONE)' 'find_package(qscontainers ${WANTED} REQUIRED)' \
+    >build/unpacked/version/CMakeLists.txt
+  local wanted
+  for wanted in 1.0 1.1 2.0; do
+    if cmake -S build/unpacked/version -B build/unpacked/version/build -DWANTED=$wanted \
+      -DCMAKE_PREFIX_PATH="$PWD/build/unpacked/linux"; then
+      [[ $wanted == 1.* ]] || return 1
+    else
+      [[ $wanted == 2.* ]] || return 1
+    fi
+  done
+}
+
+# README's program is the example that the packages build.
+readme_has_the_example() {
+  sed -n '/^    #include <qscontainers.hpp>/,/^    }$/ { s/^    //; p }' README.md | cmp - examples/vapour_pressure/host.cpp
+}
+
+windows_examples_work() {
+  build_examples "$place/examples" "build/unpacked/examples-$bits" -DCMAKE_PREFIX_PATH="$place" \
+    -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/windows-${folder##*/}.cmake" &&
+    examples_agree windows_path run_there &&
+    wine "build/unpacked/examples-$bits/without_registration.exe" "$(windows_path "$place/database")"
 }
 
 # linux_doctor_misses FILE: without that file of the package it finds a fault and names the file.
@@ -130,6 +194,9 @@ all_well() { regsvr && doctor 0 "HKEY_LOCAL_MACHINE" "All is well."; }
 other_bitness() {
   local other=x86 classes='HKLM\Software\Classes'
   [[ $bits == 64 ]] || other=x64 classes+='\Wow6432Node'
+  [[ -d $place/$other ]] || # any module will do
+    { mkdir "$place/$other" && i686-w64-mingw32-g++-posix -shared -x c++ /dev/null -o "$place/$other/qscontainers.dll"; } ||
+    return 1
   regsvr && set_value "$classes\\CLSID\\{4CA3B834-4CB3-11D2-B8D4-00A0C986F9F7}\\InprocServer32" \
     "$(windows_path "$place/$other/qscontainers.dll")" &&
     doctor 1 "COQSCompound (HKEY_LOCAL_MACHINE, $bits-bit programs)" \
@@ -158,8 +225,11 @@ moved_module() {
 
 test_packages() {
   check "packages" pack_and_unpack
-  check "the Windows package is whole" package_is_whole
+  check "the Windows package is whole" package_is_whole x64
   check "the Linux package, and examples built with it" linux_package_works
+  check "a host built by pkg-config" pkg_config_works
+  check "versions of the CMake package" version_is_found
+  check "the program in README" readme_has_the_example
   check "qsdb doctor misses a module on Linux" linux_doctor_misses libqscontainers.so
   check "qsdb doctor misses the arrays on Linux" linux_doctor_misses libqshostkit.so
 }
@@ -168,6 +238,7 @@ test_packages() {
 test_installing() {
   local folder=$place/x86 way state
   [[ $bits == 32 ]] || folder=$place/x64
+  check "examples built with the Windows package, $bits bits" in_fresh_prefix windows_examples_work
   for way in for_all_users for_the_user without_registration between_apartments; do
     check "installed ${way//_/ }, $bits bits" in_fresh_prefix $way
   done
