@@ -75,5 +75,6 @@ done
 check "lines that are reached" coverage
 cat build/log/lines-that-are-reached.log
 rm -f build/lint/passed
+build native-split all
 check "lint with the analyzer" tools/tidy
 settle soak

@@ -30,7 +30,7 @@ wheels_agree() {
 
 # Its examples print what the C++ hosts print. Needs wheel_works.
 python_examples_agree() {
-  local run=build/venv/bin/python log=build/log/first-steps
+  local run=build/venv/bin/python log=build/log/first-steps-python
   build/native/bin/first_steps build/database $log-native.xml >$log-native.txt &&
     $run examples/first_steps/first_steps.py build/database $log-py.xml | cmp - $log-native.txt &&
     cmp $log-py.xml $log-native.xml &&

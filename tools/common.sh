@@ -18,6 +18,7 @@ needed='
 cmake cmake
 ninja ninja-build
 ccache ccache
+pkg-config pkg-config
 g++ g++
 x86_64-w64-mingw32-g++-posix g++-mingw-w64-x86-64-posix
 i686-w64-mingw32-g++-posix g++-mingw-w64-i686-posix
@@ -176,10 +177,10 @@ make_wheels() {
   done >build/log/wheels.log 2>&1
 }
 
-# The packages in build/packages, of what the three presets have built as qs_product.
+# make_packages [windows-x86]: the packages in build/packages, of what the presets native, windows-x64 and the one named
+# have built as qs_product.
 make_packages() {
-  local windows
-  windows="$PWD/build/windows-x64;qscontainers;ALL;/;$PWD/build/windows-x86;qscontainers;programs;/"
+  local windows="$PWD/build/windows-x64;qscontainers;ALL;/${1:+;$PWD/build/$1;qscontainers;programs;/}"
   rm -rf build/packages
   {
     cpack --config build/native/CPackConfig.cmake -B build/packages &&
