@@ -243,18 +243,28 @@ TEST_F(DatabaseRebuild, FilesOfDifferentBuildsAreNotReadTogether) {
     EXPECT_EQ(buildIn(directory), expected) << "row " << row++;
   }
 
-  // The other file comes while the reader waits.
+  // The other file comes after the reader has looked for both, and before it gives up.
+  static int opened;
+  static std::function<void()> bringOther;
   for (const bool indexIsLate : {true, false}) {
     put("purecmp1.idx", indexIsLate ? one.index : two.index);
     put("purecmp1.dat", indexIsLate ? two.data : none);
     put("late", indexIsLate ? two.index : two.data);
-    std::thread writer([&] {
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    opened = 0;
+    bringOther = [&] {
       if (indexIsLate) setAside(directory.path() / "purecmp1.idx", directory.path() / "old");
       renameFile(directory.path() / "late", directory.path() / (indexIsLate ? "purecmp1.idx" : "purecmp1.dat"));
+    };
+    setFileFault([](FileOperation operation) {
+      if (operation == FileOperation::Open && ++opened == 4) {
+        setFileFault(nullptr);
+        bringOther();
+      }
+      return 0;
     });
     EXPECT_EQ(buildIn(directory), 2);
-    writer.join();
+    EXPECT_EQ(opened, 4);
+    setFileFault(nullptr);
   }
 }
 
