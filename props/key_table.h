@@ -127,18 +127,23 @@ inline constexpr std::array<std::int16_t, kHashedPlaces> kKeysByHash = [] {
   return places;
 }();
 
-// The key of a name, compared in full and case-sensitively.
-constexpr std::optional<Key> findKey(WideView name) {
+// The number of the key of a name, compared in full and case-sensitively; negative where there is none.
+constexpr int numberOfKey(WideView name) {
   if (name.size() <= kShortName) {
     // A NUL at the end is lost where a name is packed.
     const Key* key = kShortNames.find(packed(name));
-    return key && nameOf(*key).size() == name.size() ? std::optional(*key) : std::nullopt;
+    return key && nameOf(*key).size() == name.size() ? static_cast<int>(*key) : -1;
   }
   for (std::size_t place = hashOfName(name);; ++place) {
     const std::int16_t number = kKeysByHash[place % kHashedPlaces];
-    if (number < 0) return std::nullopt;
-    if (kKeys[static_cast<std::size_t>(number)].name == name) return static_cast<Key>(number);
+    if (number < 0 || kKeys[static_cast<std::size_t>(number)].name == name) return number;
   }
+}
+
+// The key itself. Apart from its number, since a call returns an optional slowly: written in two pieces, read as one.
+constexpr std::optional<Key> findKey(WideView name) {
+  const int number = numberOfKey(name);
+  return number < 0 ? std::nullopt : std::optional(static_cast<Key>(number));
 }
 
 // The key of a name that ends at its NUL, if both are short; null for any other.
