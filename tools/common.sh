@@ -34,7 +34,6 @@ wine wine
 /usr/include/CLI/CLI.hpp libcli11-dev
 /usr/include/expat.h libexpat1-dev
 /usr/include/benchmark/benchmark.h libbenchmark-dev
-clang-tidy clang-tidy
 /usr/share/i18n/locales/de_DE locales
 '
 # What tools/wine32 needs besides.
@@ -62,6 +61,7 @@ needed_for_python='
 '
 # What ./test deep needs besides.
 needed_for_deep='
+clang-tidy clang-tidy
 /usr/bin/clang++-14 clang-14
 /usr/lib/llvm-14/bin/llvm-cov llvm-14
 /usr/lib/llvm-14/lib/clang/14.0.6/lib/linux/libclang_rt.fuzzer-x86_64.a libclang-rt-14-dev
