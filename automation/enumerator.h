@@ -15,13 +15,12 @@ namespace qs {
 template <class Source>
 class Enumerator final : public ComObject<Enumerator<Source>, Plain<IEnumVARIANT>> {
  public:
-  static HRESULT create(Source source, LONG position, IEnumVARIANT** out) {
+  static ComPtr<IEnumVARIANT> create(Source source, LONG position) {
     auto made = Enumerator::template make<IEnumVARIANT>();
     auto& enumerator = static_cast<Enumerator&>(*made.get());
     enumerator.source_ = std::move(source);
     enumerator.position_ = position;
-    *out = made.release();
-    return S_OK;
+    return made;
   }
 
   STDMETHODIMP Next(ULONG count, VARIANT* elements, ULONG* fetched) noexcept override {
@@ -55,7 +54,10 @@ class Enumerator final : public ComObject<Enumerator<Source>, Plain<IEnumVARIANT
   STDMETHODIMP Clone(IEnumVARIANT** copy) noexcept override {
     if (!copy) return report(E_POINTER);
     *copy = nullptr;
-    return guarded([&] { return create(source_, position_, copy); });
+    return guarded([&] {
+      *copy = create(source_, position_).release();
+      return S_OK;
+    });
   }
 
  private:
@@ -80,9 +82,7 @@ HRESULT newEnumerator(Source source, IUnknown** out, const char* member = __buil
   if (!out) return report(E_POINTER, {}, member);
   *out = nullptr;
   const auto make = [&] {
-    ComPtr<IEnumVARIANT> made;
-    check(Enumerator<Source>::create(std::move(source), 0, made.out()));
-    *out = made.release();
+    *out = Enumerator<Source>::create(std::move(source), 0).release();
     return S_OK;
   };
   return guarded(make, member);

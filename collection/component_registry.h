@@ -66,7 +66,7 @@ class ComponentRegistry {
     foundName = record->Name;
     found = required<I>(object.get(), "component");
     const HRESULT told = path ? found->Set_Path(path.get()) : S_OK;
-    return FAILED(told) ? toldBy(object.get(), told, {"the component \"", foundName.get(), "\""}) : S_OK;
+    return FAILED(told) ? because(object.get(), told, {"the component \"", foundName.get(), "\""}) : S_OK;
   }
 
  private:

@@ -19,7 +19,7 @@ HRESULT COQSCompoundCollection::EstimateProperty(INT index, BSTR property, BSTR 
 
     double value = kEmptyValue;
     const HRESULT estimated = component->Estimate(compound.get(), property, &value);
-    if (estimated != S_OK) return toldBy(component.get(), estimated, {"estimator \"", name.get(), "\", ", property});
+    if (estimated != S_OK) return because(component.get(), estimated, {"estimator \"", name.get(), "\", ", property});
     if (value == kEmptyValue) return because(S_FALSE, {"estimator \"", name.get(), "\" gave no value for ", property});
     const auto store = [&](IBasicCompound* target) {
       return storePoint(target, property, value, {name.get(), component.get()});

@@ -96,7 +96,7 @@ HRESULT COQSCompoundCollection::AddLastCompoundLoadIPs(IDispatch* compound, BSTR
         if (std::exchange(parentLost, lost) && list.isView())
           for (LONG& position : *list.state_.positions) position -= position > entry->position ? 1 : 0;
       }
-      return toldBy(loading.get(), loaded, {"model \"", name, "\", directory \"", directory, "\""});
+      return because(loading.get(), loaded, {"model \"", name, "\", directory \"", directory, "\""});
     }
     return S_OK;
   });

@@ -37,7 +37,7 @@ class COQSCompoundCollection::CollectionXmlReader {
     const bool isCompound = static_cast<bool>(compound_);
     const HRESULT result = receiver ? event(*receiver.get()) : S_OK;
     if (result == S_OK) return result;
-    return isCompound ? passOn(result) : toldBy(receiver.get(), result, {"the interaction parameters"});
+    return isCompound ? passOn(result) : because(receiver.get(), result, {"the interaction parameters"});
   }
 
  private:

@@ -6,11 +6,11 @@
 
 namespace qs {
 
-HRESULT toldBy(IUnknown* component, HRESULT result, TextParts words) noexcept {
-  return toldBy(component, result, words, result);
+HRESULT because(IUnknown* component, HRESULT result, TextParts words) noexcept {
+  return because(component, result, words, result);
 }
 
-HRESULT toldBy(IUnknown* component, HRESULT result, TextParts words, HRESULT returned) noexcept {
+HRESULT because(IUnknown* component, HRESULT result, TextParts words, HRESULT returned) noexcept {
   LONG known = S_OK;
   Bstr member, text;
   const HRESULT asked = contained([&] {
@@ -22,8 +22,8 @@ HRESULT toldBy(IUnknown* component, HRESULT result, TextParts words, HRESULT ret
   return also(returned, {": ", Meaning{result}});
 }
 
-void failBy(IUnknown* component, HRESULT result, TextParts words) {
-  throw CQSCOMError(toldBy(component, result, words));
+void fail(IUnknown* component, HRESULT result, TextParts words) {
+  throw CQSCOMError(because(component, result, words));
 }
 
 }  // namespace qs

@@ -104,6 +104,10 @@ HRESULT also(HRESULT result, TextParts more) noexcept {
   return result;
 }
 
+void unsay() noexcept {
+  if (Failure* failure = failureOfThread()) failure->saidOf = S_OK;
+}
+
 HRESULT report(HRESULT result, TextParts why, const char* member) noexcept {
   Failure* failure = failureOfThread();
   if (!failure) return result;

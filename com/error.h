@@ -60,6 +60,8 @@ using TextParts = std::initializer_list<TextPart>;
 [[noreturn, gnu::cold]] void fail(HRESULT result, TextParts why);
 // Adds to what was said of a result code; without that, and for S_OK, it does nothing.
 HRESULT also(HRESULT result, TextParts more) noexcept;
+// Takes back what was said, for a body that goes on after all: no other failure has that reason.
+[[gnu::cold]] void unsay() noexcept;
 
 // For members that return without `guarded`: records a failure, or an S_FALSE that says that something is not there,
 // with what was said of it before or is said here. Returns the code.

@@ -37,7 +37,7 @@ ComPtr<IRealMatrixDisp> newRealMatrix(LONG rows, LONG columns, std::span<const d
   for (LONG column = 0; column < columns; ++column)
     for (LONG row = 0; row < rows; ++row)
       if (const HRESULT put = matrix->put_Value(row, column, *value++); FAILED(put))
-        failBy(matrix.get(), put, {"row ", row, ", column ", column, " of a matrix"});
+        fail(matrix.get(), put, {"row ", row, ", column ", column, " of a matrix"});
   return matrix;
 }
 

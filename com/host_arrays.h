@@ -26,7 +26,7 @@ inline void checkCount(LONG count) {
 template <class Array>
 void checkElement(Array* array, HRESULT result, std::size_t position) {
   if (FAILED(result)) [[unlikely]]
-    failBy(array, result, {"element ", position, " of an array"});
+    fail(array, result, {"element ", position, " of an array"});
 }
 template <class Array>
 void checkSize(Array* array, HRESULT result) {

@@ -282,7 +282,7 @@ HRESULT COQSCompound::SetEquationPropertyXYShape(BSTR name, tagXYShapeEnum xShap
   property->SetXYNorm(xNorm, yNorm);
   property->SetXYPow(xPow, yPow);
   property->SetAB(a, b);
-  property->forgetSource();
+  property->setSource({});
   return S_OK;
 }
 

@@ -30,7 +30,7 @@ HRESULT noClass(WideView className) {
 // The result of a component's Recall. A component that fails is not kept.
 HRESULT recalled(IUnknown* component, HRESULT result) {
   if (succeeded(result)) return S_OK;
-  return toldBy(component, result, {"the component has not read its content, which is kept"}, S_FALSE);
+  return because(component, result, {"the component has not read its content, which is kept"}, S_FALSE);
 }
 
 // Sets class name and component of a property from its text; S_FALSE when the component cannot be had.

@@ -107,7 +107,7 @@ HRESULT RealMatrix::Copy(IRealMatrixDisp* source) noexcept {
       for (LONG column = 0; column < columns; ++column) {
         double value = 0.0;
         if (const HRESULT got = source->get_Value(row, column, &value); FAILED(got))
-          failBy(source, got, {"row ", row, ", column ", column, " of the matrix to copy"});
+          fail(source, got, {"row ", row, ", column ", column, " of the matrix to copy"});
         values.push_back(value);
       }
     values_.swap(values);

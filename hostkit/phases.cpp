@@ -39,7 +39,7 @@ HRESULT PhaseActivator::Act(IBasicPhase* phase) noexcept {
   if (!phase) return report(E_INVALIDARG, {"the phase is null"});
   return guarded([&] {
     const HRESULT put = phase->put_PhaseStatus(xpsActivePhase);
-    return FAILED(put) ? toldBy(phase, put, {"the phase"}) : put;
+    return FAILED(put) ? because(phase, put, {"the phase"}) : put;
   });
 }
 

@@ -55,7 +55,7 @@ HRESULT feed(const Source& source, IDispatch* receiver) {
   const HRESULT result = FAILED(events.result()) ? events.result() : parsed;
   if (SUCCEEDED(result)) {
     const HRESULT ended = client->EndDocument();
-    return ended == S_OK ? ended : toldBy(client.get(), ended, {"the reader"});
+    return ended == S_OK ? ended : because(client.get(), ended, {"the reader"});
   }
   client->Error();
   return result;

@@ -86,7 +86,7 @@ class EventFeed final : public XmlEvents {
   HRESULT hand(Call&& call) {
     const HRESULT answer = contained(std::forward<Call>(call));
     refused_ = FAILED(answer);
-    return refused_ ? toldBy(&client_, answer, {"the reader"}) : answer;
+    return refused_ ? because(&client_, answer, {"the reader"}) : answer;
   }
 
   template <class Text>

@@ -215,7 +215,10 @@ Database openDatabase(WideView directory) {
   for (int left = kReadings;; --left) {
     auto catalogue = openCatalogue(directory);
     auto data = openData(catalogue ? catalogue->dataPath() : FilePath(joinPath(directory, widen(kDataFile))));
-    if (catalogue && data && catalogue->build() == data->header.build) return {std::move(catalogue), std::move(data)};
+    if (catalogue && data && catalogue->build() == data->header.build) {
+      if (left < kReadings) unsay();
+      return {std::move(catalogue), std::move(data)};
+    }
     if (left == 1 && catalogue && !data) return {std::move(catalogue), std::nullopt, systemReason()};
     if (left == 1 && catalogue)
       fail(E_FAIL, {catalogue->dataPath().text(), ": it is not of the same build as ", kIndexFile});

@@ -112,7 +112,7 @@ HRESULT COQSPhaseCollection::PutFeedComposition(IDispatch* array, INT feed) noex
   if (!target) return report(E_FAIL, {"there is no feed ", feed});
   return guarded([&] {
     const HRESULT put = target->put_MolarComposition(array);
-    return FAILED(put) ? toldBy(target.get(), put, {"feed ", feed}) : put;
+    return FAILED(put) ? because(target.get(), put, {"feed ", feed}) : put;
   });
 }
 
@@ -201,7 +201,7 @@ HRESULT COQSPhaseCollection::get_NumberOfActivePhases(INT* count) noexcept {
       tagPhaseStatusEnum status{};
       const HRESULT read = phase->get_PhaseStatus(&status);
       if (SUCCEEDED(read) && status == xpsActivePhase) ++*count;
-      return FAILED(read) ? toldBy(phase, read, {"the status of a phase"}) : read;
+      return FAILED(read) ? because(phase, read, {"the status of a phase"}) : read;
     });
   });
 }
@@ -226,7 +226,7 @@ HRESULT COQSPhaseCollection::ApplyActor(IDispatch* actor) noexcept {
     const auto found = required<IPhaseCollectionActor>(actor, "actor");
     return forEachPhase([&](IBasicPhase* phase) {
       const HRESULT acted = found->Act(phase);
-      return FAILED(acted) ? toldBy(found.get(), acted, {"the actor"}) : acted;
+      return FAILED(acted) ? because(found.get(), acted, {"the actor"}) : acted;
     });
   });
 }
@@ -255,7 +255,7 @@ HRESULT COQSPhaseCollection::RegisterProperties(IDispatch* registry) noexcept {
     registry_ = required<IEnumeratedPropertyRegistry>(registry, "registry of properties");
     check(forEachPhase([&](IBasicPhase* phase) {
       const HRESULT registered = required<IRegisterableObject>(phase, "phase")->RegisterProperties(registry);
-      return FAILED(registered) ? toldBy(phase, registered, {"a phase"}) : registered;
+      return FAILED(registered) ? because(phase, registered, {"a phase"}) : registered;
     }));
     return S_OK;
   });

@@ -30,11 +30,6 @@ void CQSAbstractProp::setSource(ValueSource source) {
   isOfDatabase_ = false;
 }
 
-void CQSAbstractProp::forgetSource() {
-  if (origin_) origin_->source = ValueSource();
-  isOfDatabase_ = false;
-}
-
 void CQSAbstractProp::copyNameAndSource(const CQSAbstractProp& src) {
   ValueSource copy = src.source();
   Name = src.Name;

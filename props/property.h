@@ -106,7 +106,6 @@ class CQSAbstractProp {
   // Where the content comes from, which the owner states. Of a database's content only that it is the database's.
   ValueSource source() const { return origin_ ? origin_->source : ValueSource(); }
   void setSource(ValueSource source);
-  void forgetSource();
   bool isOfDatabase() const { return isOfDatabase_; }
   void setOfDatabase() { isOfDatabase_ = true; }
 

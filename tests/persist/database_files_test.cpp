@@ -262,9 +262,10 @@ TEST_F(DatabaseRebuild, FilesOfDifferentBuildsAreNotReadTogether) {
       }
       return 0;
     });
-    EXPECT_EQ(buildIn(directory), 2);
+    const database::Database database = database::openDatabase(directory.name());
     EXPECT_EQ(opened, 4);
-    setFileFault(nullptr);
+    ASSERT_TRUE(database.data);
+    EXPECT_EQ(database.data->header.build, database::readHeader(two.data).build);
   }
 }
 
