@@ -18,6 +18,9 @@ struct DatabaseRecord {
 
   // Where the database's values come from; nothing when that is not known, or not of this build.
   std::optional<database::ProvenanceFile> openProvenance() const;
+  // Where a property's content comes from, by the file above for the database's.
+  ValueSource sourceOf(WideView name, const CQSAbstractProp& property,
+                       const std::optional<database::ProvenanceFile>& provenance) const;
 };
 static_assert(sizeof(DatabaseRecord) <= 32, "all that sources cost a compound that nobody asks");
 

@@ -7,16 +7,21 @@ std::optional<database::ProvenanceFile> DatabaseRecord::openProvenance() const {
   return build ? database::ProvenanceFile::open(build->directory, build->number) : std::nullopt;
 }
 
+ValueSource DatabaseRecord::sourceOf(WideView name, const CQSAbstractProp& property,
+                                     const std::optional<database::ProvenanceFile>& provenance) const {
+  if (!property.isOfDatabase()) return property.source();
+  return provenance ? provenance->sourceOf(compound, name) : ValueSource();
+}
+
 HRESULT COQSCompound::GetPropertySource(BSTR name, tagValueKindEnum* kind, tagValueQualityEnum* quality, BSTR* title,
                                         BSTR* authors, INT* year, BSTR* licence, BSTR* changes, BSTR* uncertainty,
                                         BSTR* note) noexcept {
   return guardedLookUp([&] {
     ValueSource source;
     if (const CQSAbstractProp* property = content_.properties.find(viewOf(name)).property) {
-      if (!property->isOfDatabase())
-        source = property->source();
-      else if (const auto file = content_.record.openProvenance())
-        source = file->sourceOf(content_.record.compound, viewOf(name));
+      const DatabaseRecord& record = content_.record;
+      source =
+          record.sourceOf(viewOf(name), *property, property->isOfDatabase() ? record.openProvenance() : std::nullopt);
     }
     const HRESULT given =
         std::move(source).give(kind, quality, title, authors, year, licence, changes, uncertainty, note);
@@ -28,7 +33,7 @@ HRESULT COQSCompound::GetPropertySource(BSTR name, tagValueKindEnum* kind, tagVa
 HRESULT COQSCompound::SetPropertySource(BSTR name, tagValueKindEnum kind, tagValueQualityEnum quality, BSTR title,
                                         BSTR authors, INT year, BSTR licence, BSTR changes, BSTR uncertainty,
                                         BSTR note) noexcept {
-  if (kind < eKindNotKnown || kind > eKindDecided || quality < eQualityNotKnown || quality > eQualityDoubtful)
+  if (!isKind(kind) || !isQuality(quality))
     return report(E_INVALIDARG, {"there is no kind ", kind, " or no quality ", quality});
   return guardedLookUp([&] {
     CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;

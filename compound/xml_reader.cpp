@@ -199,9 +199,8 @@ HRESULT CompoundXmlReader::readSource(const XmlAttributes& attributes) {
   attributes.read(kSourceKind, kind);
   attributes.read(kSourceQuality, quality);
   attributes.read(kSourceYear, source.year);
-  if (kind >= eKindNotKnown && kind <= eKindDecided) source.kind = static_cast<tagValueKindEnum>(kind);
-  if (quality >= eQualityNotKnown && quality <= eQualityDoubtful)
-    source.quality = static_cast<tagValueQualityEnum>(quality);
+  if (isKind(kind)) source.kind = static_cast<tagValueKindEnum>(kind);
+  if (isQuality(quality)) source.quality = static_cast<tagValueQualityEnum>(quality);
   forEachText(source, [&](const auto& tag, Bstr& text) { attributes.read(tag, text); });
   pending_->property->setSource(std::move(source));
   return S_OK;

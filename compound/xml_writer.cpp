@@ -140,8 +140,7 @@ void CompoundXmlWriter::property(WideView element, WideView name, const CQSAbstr
 
 // Before the content, with which a reader stores the property.
 void CompoundXmlWriter::source(WideView name, const CQSAbstractProp& property) {
-  ValueSource source = property.source();
-  if (property.isOfDatabase() && database_) source = database_->sourceOf(content_.record.compound, name);
+  const ValueSource source = content_.record.sourceOf(name, property, database_);
   if (!source.isKnown()) return;
   text_ << OLESTR("           <PropertySource");
   const auto number = [this](const auto& tag, INT value) {

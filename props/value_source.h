@@ -7,6 +7,9 @@
 
 namespace qs {
 
+constexpr bool isKind(INT number) { return number >= eKindNotKnown && number <= eKindDecided; }
+constexpr bool isQuality(INT number) { return number >= eQualityNotKnown && number <= eQualityDoubtful; }
+
 // Strings are null where nothing is known.
 struct ValueSource {
   tagValueKindEnum kind = eKindNotKnown;

@@ -3,24 +3,14 @@
 #include <CLI/CLI.hpp>
 #include <ostream>
 #include <string>
+#include <vector>
 
+#include "bank/compound_text.h"
 #include "bank/names.h"
 #include "bank/units.h"
 
 namespace qs::tools {
 namespace {
-
-std::string padded(std::string text, std::size_t width) {
-  text.resize(std::max(text.size(), width), ' ');
-  return text + "  ";
-}
-
-void printRow(const std::string& key, const std::string& property, const std::string& unit,
-              const std::string& converted, std::ostream& out) {
-  std::string row = padded(key, 20) + padded(property, 46) + padded(unit, 20) + converted;
-  row.erase(row.find_last_not_of(' ') + 1);
-  out << row << '\n';
-}
 
 std::string convertedTo(std::string_view target) {
   std::string list;
@@ -32,14 +22,15 @@ std::string convertedTo(std::string_view target) {
   return list;
 }
 
-void printUnits(std::ostream& out) {
-  printRow("KEY", "PROPERTY", "UNIT", "CONVERTED FROM", out);
+std::string unitsText() {
+  std::vector<std::vector<std::string>> rows{{"KEY", "PROPERTY", "UNIT", "CONVERTED FROM"}};
   for (const KeyEntry& key : kKeys) {
     const std::string unit = narrow(key.unit);
-    printRow(narrow(key.name), narrow(key.help), unit, convertedTo(unit), out);
+    rows.push_back({narrow(key.name), narrow(key.help), unit, convertedTo(unit)});
   }
   for (const std::string_view unit : {bank::kTemperatureUnit, bank::kPressureUnit})
-    printRow("", "limits of a correlation", std::string(unit), convertedTo(unit), out);
+    rows.push_back({"", "limits of a correlation", std::string(unit), convertedTo(unit)});
+  return bank::columnText(rows);
 }
 
 }  // namespace
@@ -47,7 +38,7 @@ void printUnits(std::ostream& out) {
 void addUnitsCommand(CLI::App& app, std::ostream& out) {
   app.add_subcommand("units", "List the property keys, their units, and the units that are converted to them")
       ->footer("Example:\n  qsdb units")
-      ->callback([&out] { printUnits(out); });
+      ->callback([&out] { out << unitsText(); });
 }
 
 }  // namespace qs::tools
