@@ -158,7 +158,7 @@ HRESULT COQSCompound::FindTemperature(BSTR name, VARIANT values, double P, VARIA
 HRESULT COQSCompound::GetRange(BSTR name, double* tMin, double* tMax, double* pMin, double* pMax) noexcept {
   if (!tMin || !tMax || !pMin || !pMax) return report(E_POINTER);
   return guarded([&] {
-    const CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
+    const CQSAbstractProp* property = content_.properties.named(viewOf(name));
     const auto range = property ? qs::rangeOf(*property) : std::nullopt;
     const PropertyRange found = range.value_or(PropertyRange{kEmptyValue, kEmptyValue, kEmptyValue, kEmptyValue});
     *tMin = found.tMin;

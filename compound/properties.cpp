@@ -91,7 +91,7 @@ HRESULT COQSCompound::GetPropertyName(BYTE fixed, INT index, BSTR* name, tagProp
 HRESULT COQSCompound::GetPropertyValue(BSTR name, double temperature, double pressure, tagExtrapolationEnum method,
                                        LONG* dependencies, double* value) noexcept {
   if (!dependencies || !value) return report(E_POINTER);
-  return valueOf(content_.properties.find(viewOf(name)).property, temperature, pressure, method, dependencies, value);
+  return valueOf(content_.properties.named(viewOf(name)), temperature, pressure, method, dependencies, value);
 }
 
 HRESULT COQSCompound::GetPropertyType(BSTR name, tagPropTypeEnum* type) noexcept {
@@ -234,7 +234,7 @@ HRESULT COQSCompound::SetVoidProperty(BSTR name, BYTE fixed) noexcept {
 HRESULT COQSCompound::GetPropertyLoader(BSTR name, BSTR* loader) noexcept {
   if (!loader) return report(E_POINTER);
   return guardedLookUp([&] {
-    const CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
+    const CQSAbstractProp* property = content_.properties.named(viewOf(name));
     if (!property) return noProperty(name);
     Bstr known = property->loader();
     if (!known) return because(S_FALSE, {"the property \"", name, "\" is of no loader"});
@@ -245,7 +245,7 @@ HRESULT COQSCompound::GetPropertyLoader(BSTR name, BSTR* loader) noexcept {
 
 HRESULT COQSCompound::SetPropertyLoader(BSTR name, BSTR loader) noexcept {
   return guardedLookUp([&] {
-    CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
+    CQSAbstractProp* property = content_.properties.named(viewOf(name));
     if (!property) return noProperty(name);
     property->setLoader(Bstr::copyOf(loader));
     return S_OK;
@@ -276,7 +276,7 @@ HRESULT COQSCompound::GetEquationPropertyXYShape(BSTR name, tagXYShapeEnum* xSha
 
 HRESULT COQSCompound::SetEquationPropertyXYShape(BSTR name, tagXYShapeEnum xShape, tagXYShapeEnum yShape, double xNorm,
                                                  double yNorm, double xPow, double yPow, double a, double b) noexcept {
-  CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
+  CQSAbstractProp* property = content_.properties.named(viewOf(name));
   if (!isEquation(property)) return report(noEquation(name));
   property->SetXYShape(xShape, yShape);
   property->SetXYNorm(xNorm, yNorm);

@@ -33,7 +33,11 @@ class PropertyTable {
   CQSAbstractProp* operator[](Key key) const { return slots_[static_cast<std::size_t>(key)].get(); }
   const OtherMap& others() const { return others_; }
 
-  // A fixed key hides the same name in the other map.
+  // The object under a name; null where there is none. A fixed key hides the same name in the other map.
+  CQSAbstractProp* named(WideView name) const {
+    const int number = numberOfKey(name);
+    return number < 0 ? findOther(name).property : slots_[static_cast<std::size_t>(number)].get();
+  }
   Entry find(WideView name) const { return find(findKey(name), name); }
   // The same where the name's key is known. Inline, since an optional is slow to pass by value.
   Entry find(const std::optional<Key>& key, WideView name) const {

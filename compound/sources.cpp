@@ -18,7 +18,7 @@ HRESULT COQSCompound::GetPropertySource(BSTR name, tagValueKindEnum* kind, tagVa
                                         BSTR* note) noexcept {
   return guardedLookUp([&] {
     ValueSource source;
-    if (const CQSAbstractProp* property = content_.properties.find(viewOf(name)).property) {
+    if (const CQSAbstractProp* property = content_.properties.named(viewOf(name))) {
       const DatabaseRecord& record = content_.record;
       source =
           record.sourceOf(viewOf(name), *property, property->isOfDatabase() ? record.openProvenance() : std::nullopt);
@@ -36,7 +36,7 @@ HRESULT COQSCompound::SetPropertySource(BSTR name, tagValueKindEnum kind, tagVal
   if (!isKind(kind) || !isQuality(quality))
     return report(E_INVALIDARG, {"there is no kind ", kind, " or no quality ", quality});
   return guardedLookUp([&] {
-    CQSAbstractProp* property = content_.properties.find(viewOf(name)).property;
+    CQSAbstractProp* property = content_.properties.named(viewOf(name));
     if (!property) return noProperty(name);
     property->setSource({kind, quality, Bstr::copyOf(title), Bstr::copyOf(authors), year, Bstr::copyOf(licence),
                          Bstr::copyOf(changes), Bstr::copyOf(uncertainty), Bstr::copyOf(note)});
