@@ -28,7 +28,7 @@ std::string rounded(double value, int digits) {
 }
 
 qs::Collection filled(const std::string& directory) {
-  const auto compounds = qs::Collection::create().value();
+  auto compounds = qs::Collection::create().value();
   for (const int number : {3, 5, 7}) compounds.add(qs::Compound::read(directory, number).value()).value();
   return compounds;
 }
@@ -55,7 +55,7 @@ void store(const qs::Phase& phase, double fraction, const Reals& composition) {
 }
 
 qs::Phases flashed(const qs::Collection& compounds, const Reals& ratios) {
-  const auto phases = qs::Phases::create(compounds, 2).value();
+  auto phases = qs::Phases::create(compounds, 2).value();
   phases.setEquilibriumPhases(2).value();
   int position = 0;
   for (const tagPhaseTypeEnum type : {xptVapour, xptLiquid})

@@ -29,7 +29,7 @@ std::string padded(const std::string& cell, std::size_t width = 14) {
 }
 
 qs::Collection mixture(const std::string& directory) {
-  const auto compounds = qs::Collection::create().value();
+  auto compounds = qs::Collection::create().value();
   for (const int number : kNumbers) compounds.add(qs::Compound::read(directory, number).value()).value();
   return compounds;
 }
