@@ -5,7 +5,6 @@ minutes=${DEEP_MINUTES:-8}
 targets=(database_fuzz property_text_fuzz xml_fuzz text_fuzz import_fuzz sequence_fuzz)
 llvm=/usr/lib/llvm-14/bin
 corpora=build/corpora
-install_packages "$needed_for_deep"
 
 # fuzz TARGET: for its part of the time; what it finds new stays in a corpus, what fails in build/log. The file is there
 # when it failed.

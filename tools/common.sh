@@ -76,10 +76,10 @@ missing_packages() {
   done
 }
 
-# install_packages [LIST]: those of one of the lists above, of the first without it.
+# install_packages LIST...: those of the first list above, and of others.
 install_packages() {
   local packages
-  packages=$(missing_packages <<<"${1:-$needed}" | sort -u | tr '\n' ' ')
+  packages=$(missing_packages <<<"$needed$*" | sort -u | tr '\n' ' ')
   [[ -n $packages ]] || return 0
   command -v apt-get >/dev/null || fail "these Debian packages are needed: $packages"
   echo "installing $packages"
