@@ -67,11 +67,11 @@ void appendList(Markup& text, std::string_view name, const std::vector<T>& list)
 }  // namespace
 
 std::vector<double> temperaturesBetween(double from, double to, double step) {
-  constexpr double kMost = 1e6;
+  constexpr double kMostTemperatures = 1e6;
   const double steps = (to - from) / step;
   if (!std::isfinite(from) || !std::isfinite(to) || !(step > 0.0) || !(from <= to))
     throw std::invalid_argument("the temperatures must rise from the first to the last, and the step must be positive");
-  if (!(steps < kMost)) throw std::invalid_argument("these are more than a million temperatures");
+  if (!(steps < kMostTemperatures)) throw std::invalid_argument("these are more than a million temperatures");
   std::vector<double> temperatures;
   for (int i = 0; i <= steps + 1e-9; ++i) temperatures.push_back(from + i * step);
   return temperatures;
