@@ -34,8 +34,6 @@ HRESULT lendArray(const ComPtr<IRealArrayDisp>& stored, IRealArrayDisp** lent,
   return FAILED(got) || first == kEmptyValue ? S_FALSE : S_OK;
 }
 
-HRESULT noArray() noexcept { return because(E_FAIL, {"the phase has no array"}); }
-
 // Copies a host's array into one of the phase. Throws CQSCOMError.
 HRESULT copy(IRealArrayDisp* from, IRealArrayDisp* to) {
   const HRESULT copied = to->Copy(from);

@@ -16,16 +16,14 @@ ComPtr<IRealArrayDisp> newArray(IClassFactory* factory) {
   return required<IRealArrayDisp>(created.get(), "array of the host");
 }
 
-[[noreturn]] void failWithoutArray() { fail(E_FAIL, {"the phase has no array"}); }
-
 void makeUnset(IRealArrayDisp* array, INT size) {
-  if (!array) failWithoutArray();
+  if (!array) throw CQSCOMError(noArray());
   setElements(array, size, kEmptyValue);
 }
 
 // Makes the first element unset: that element says whether the array is set.
 void makeFirstUnset(IRealArrayDisp* array) {
-  if (!array) failWithoutArray();
+  if (!array) throw CQSCOMError(noArray());
   LONG size = 0;
   checkSize(array, array->get_Size(&size));
   if (size > 0) checkElement(array, array->put_IthValue(0, kEmptyValue), 0);

@@ -16,6 +16,9 @@
 
 namespace qs {
 
+// Says that a phase lacks the array that a member needs; returns E_FAIL.
+inline HRESULT noArray() noexcept { return because(E_FAIL, {"the phase has no array"}); }
+
 // The result of GetPropertyValue for a property that was removed; the value is the one kept.
 inline constexpr HRESULT kRemovedProperty = 0x000406DC;
 
